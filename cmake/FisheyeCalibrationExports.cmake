@@ -1,0 +1,20 @@
+# Limits the shared library's dynamic symbols to the names of exports.txt: hidden visibility keeps our
+# own code in, but weak instances of the standard library's and OpenCV's templates would still show.
+function(fisheye_calibration_limit_exports target)
+  set(list_file "${PROJECT_SOURCE_DIR}/cmake/exports.txt")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list_file}")
+  if(NOT CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    return() # on Windows __declspec(dllexport) in the header does the same
+  endif()
+  file(STRINGS "${list_file}" names REGEX "^[A-Za-z]")
+  set(script "{\n  global:\n    extern \"C++\" {\n")
+  foreach(name IN LISTS names)
+    string(APPEND script "      ${name}*;\n")
+  endforeach()
+  string(APPEND script "    };\n  local: *;\n};\n")
+  set(script_file "${CMAKE_CURRENT_BINARY_DIR}/exports.map")
+  file(WRITE "${script_file}.new" "${script}")
+  file(COPY_FILE "${script_file}.new" "${script_file}" ONLY_IF_DIFFERENT)
+  target_link_options(${target} PRIVATE "LINKER:--version-script=${script_file}")
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${script_file}")
+endfunction()

@@ -1,0 +1,38 @@
+include(CMakePackageConfigHelpers)
+
+set(package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/fisheye_calibration")
+
+install(
+  TARGETS fisheye_calibration
+  EXPORT fisheye_calibration_targets
+  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(FILES "${PROJECT_SOURCE_DIR}/include/fisheye_calibration.h"
+        DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(
+  EXPORT fisheye_calibration_targets
+  NAMESPACE fisheye_calibration::
+  FILE fisheye_calibrationTargets.cmake
+  DESTINATION "${package_dir}")
+
+file(WRITE "${PROJECT_BINARY_DIR}/fisheye_calibrationConfig.cmake"
+     "include(\"\${CMAKE_CURRENT_LIST_DIR}/fisheye_calibrationTargets.cmake\")\n")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/fisheye_calibrationConfigVersion.cmake"
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/fisheye_calibrationConfig.cmake"
+              "${PROJECT_BINARY_DIR}/fisheye_calibrationConfigVersion.cmake"
+        DESTINATION "${package_dir}")
+
+if(PROJECT_IS_TOP_LEVEL)
+  set(CPACK_PACKAGE_NAME "fisheye-calibration")
+  set(CPACK_PACKAGE_VENDOR "fisheye_calibration maintainers")
+  set(CPACK_PACKAGE_CONTACT "fisheye_calibration maintainers")
+  set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
+  set(CPACK_GENERATOR "TGZ")
+  if(WIN32)
+    set(CPACK_GENERATOR "ZIP")
+  endif()
+  include(CPack)
+endif()

@@ -1,0 +1,415 @@
+// fisheye_calibration: turns the fisheye camera (or two cameras) over a work bed into a measuring
+// instrument. This header is the whole exported interface: three plain records and 21 functions.
+// It needs a C++11 compiler and the standard library, nothing else.
+//
+// Frames (docs/conventions.md draws them)
+//   world            the work bed, plane Z = 0, in the host's world unit (usually millimetres)
+//   raw image        the camera's own, distorted pixels
+//   corrected image  the ideal pinhole view with the camera's focal lengths, its principal point in
+//                    the centre (W/2, H/2) of an image of W x H pixels
+//   second-corrected image   the corrected image carried by the homography p1...p9 and shifted by
+//                    (ImageDx, ImageDy): axis-aligned, `Pixel` world units per pixel, its centre at
+//                    world (DatumPtXw, DatumPtYw)
+// Pixel coordinates have their origin in the centre of the top-left pixel, x to the right and y
+// downwards.
+//
+// Image buffers
+//   An image is a pointer, a width, a height (pixels) and a bit count: 8 (grey), 24 (three bytes)
+//   or 32 (four bytes a pixel; the order of a pixel's bytes is the host's and is kept). Rows are
+//   stored bottom-up and follow each other without padding: the stride is width x bytes per pixel,
+//   and picture row y is buffer row height - 1 - y. The caller owns every buffer.
+//
+// Calls keep no state and may run concurrently on different data. What they share: the debug files
+// under fixed names on drive D: (named at each function; off Windows the paths are used as they
+// stand, so nothing is written unless the working directory holds a directory called "D:"), the C
+// runtime's rand() and the window of GetPerspectiveTransformationParam.
+//
+// Failures are told by the bool result. Degenerate input may raise the image library's exception
+// (cv::Exception) from functions where this is said; nothing is half-converted after it.
+#ifndef FISHEYE_CALIBRATION_H
+#define FISHEYE_CALIBRATION_H
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#if defined(FISHEYE_CALIBRATION_STATIC)
+#define FISHEYE_CALIBRATION_API
+#elif defined(_WIN32)
+#if defined(FISHEYE_CALIBRATION_BUILDING)
+#define FISHEYE_CALIBRATION_API __declspec(dllexport)
+#else
+#define FISHEYE_CALIBRATION_API __declspec(dllimport)
+#endif
+#else
+#define FISHEYE_CALIBRATION_API __attribute__((visibility("default")))
+#endif
+
+// Width and height of an image: 32-bit signed everywhere. On Windows it is the type `long`, because
+// hosts bind to the decorated names, in which `long` and `int` differ.
+#if defined(_WIN32)
+typedef long ImageLong;
+#else
+typedef std::int32_t ImageLong;
+#endif
+
+// ---------------------------------------------------------------------------------------------
+// Records. Plain memory with natural alignment; the layout is part of the interface.
+// ---------------------------------------------------------------------------------------------
+
+// One point of the planar calibration target. Fields from ReprojPtX on are outputs of
+// SingleCamCalibration. The Reserved fields are never interpreted and survive every call.
+struct CalibrationPoint {
+  std::int32_t PointId;  // number on the target, from 1; equal ids in two cameras: the same point
+  std::int32_t Reserved1;
+  std::int32_t Reserved2;
+  float Xw;  // world X on the work plane, world units
+  float Yw;  // world Y
+  std::int32_t Reserved3;
+  float ImagePtX;     // measured x in the raw image, pixels
+  float ImagePtY;     // measured y
+  double ReprojPtX;   // x of the point projected with the solved camera, pixels
+  double ReprojPtY;   // y
+  double ReprojErrX;  // ImagePtX - ReprojPtX (taken in 32-bit float), pixels
+  double ReprojErrY;  // ImagePtY - ReprojPtY
+};
+
+// One calibrated camera and its work plane. In formulas: K = [fx skewness u0; 0 fy v0; 0 0 1],
+// D = (k0, k1), R = R1...R9 row by row, T = (Tx, Ty, Tz), H = p1...p9 row by row.
+struct FishEyeCalibrationParam {
+  float u0;  // principal point, pixels of the raw image
+  float v0;
+  float fx;  // focal lengths, pixels
+  float fy;
+  float skewness;  // K(0,1), also the skew argument of the projection; solved cameras: 0
+  double k0;       // distortion: theta_d = theta + k0 theta^2 + k1 theta^3
+  double k1;
+  double k2;  // k2...k5 are filler without meaning; only the parameter file keeps them
+  double k3;
+  double k4;
+  double k5;
+  float R1;  // rotation from the world frame to the camera frame, row by row
+  float R2;
+  float R3;
+  float R4;
+  float R5;
+  float R6;
+  float R7;
+  float R8;
+  float R9;
+  float Rx;  // the same rotation as a rotation vector, radians
+  float Ry;
+  float Rz;
+  float Tx;  // translation from the world frame to the camera frame, world units
+  float Ty;
+  float Tz;
+  double p1;  // homography: corrected image -> second-corrected image, row by row
+  double p2;
+  double p3;
+  double p4;
+  double p5;
+  double p6;
+  double p7;
+  double p8;
+  double p9;
+  float Pixel;      // world units per pixel of the second-corrected image
+  float DatumPtXw;  // world point in the centre of the second-corrected image
+  float DatumPtYw;
+  float ImageDx;  // shift added after the homography, pixels
+  float ImageDy;
+};
+
+// The frame of a stitched two-camera image.
+struct DualFishEyeCalibrationParam {
+  float Pixel;                 // world units per pixel
+  std::int32_t StdImageWidth;  // size of the stitched image, pixels
+  std::int32_t StdImageHeight;
+  std::int32_t DatumImagePtX;  // pixel of the datum point; Y is a buffer row, counted from the
+  std::int32_t DatumImagePtY;  // bottom row of the picture
+  float DatumPtXw;             // world coordinates of the datum point
+  float DatumPtYw;
+};
+
+// A record may hold NaN, infinities or zeros; functions then compute what their formulas give.
+
+#define FISHEYE_CALIBRATION_OFFSET(record, field, bytes) \
+  static_assert(offsetof(record, field) == (bytes),      \
+                #record "::" #field " is not where hosts expect it")
+
+static_assert(sizeof(ImageLong) == 4, "widths and heights are 32-bit");
+static_assert(sizeof(CalibrationPoint) == 64, "CalibrationPoint is 64 bytes");
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, PointId, 0);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, Reserved1, 4);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, Reserved2, 8);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, Xw, 12);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, Yw, 16);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, Reserved3, 20);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, ImagePtX, 24);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, ImagePtY, 28);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, ReprojPtX, 32);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, ReprojPtY, 40);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, ReprojErrX, 48);
+FISHEYE_CALIBRATION_OFFSET(CalibrationPoint, ReprojErrY, 56);
+
+static_assert(sizeof(FishEyeCalibrationParam) == 232, "FishEyeCalibrationParam is 232 bytes");
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, u0, 0);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, v0, 4);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, fx, 8);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, fy, 12);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, skewness, 16);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, k0, 24);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, k1, 32);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, k2, 40);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, k3, 48);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, k4, 56);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, k5, 64);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R1, 72);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R2, 76);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R3, 80);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R4, 84);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R5, 88);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R6, 92);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R7, 96);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R8, 100);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, R9, 104);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, Rx, 108);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, Ry, 112);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, Rz, 116);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, Tx, 120);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, Ty, 124);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, Tz, 128);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p1, 136);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p2, 144);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p3, 152);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p4, 160);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p5, 168);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p6, 176);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p7, 184);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p8, 192);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, p9, 200);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, Pixel, 208);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, DatumPtXw, 212);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, DatumPtYw, 216);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, ImageDx, 220);
+FISHEYE_CALIBRATION_OFFSET(FishEyeCalibrationParam, ImageDy, 224);
+
+static_assert(sizeof(DualFishEyeCalibrationParam) == 28, "DualFishEyeCalibrationParam is 28 bytes");
+FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, Pixel, 0);
+FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, StdImageWidth, 4);
+FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, StdImageHeight, 8);
+FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, DatumImagePtX, 12);
+FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, DatumImagePtY, 16);
+FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, DatumPtXw, 20);
+FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, DatumPtYw, 24);
+
+#undef FISHEYE_CALIBRATION_OFFSET
+
+// ---------------------------------------------------------------------------------------------
+// Single-camera calibration
+// ---------------------------------------------------------------------------------------------
+
+// Calibrates one fisheye camera from one view of a planar target: intrinsics, pose of the work
+// plane and the second correction, by Gauss-Newton on the reprojection error.
+//
+//   image, bitCount  accepted and not used; image may be null
+//   width, height    size of the raw image, pixels; the solver starts from focal length
+//                    max(width, height)/pi and the image centre
+//   points           at least 9 points in any order; PointId is not read. The four Reproj fields of
+//                    every element are written, nothing else is changed. The first and the last
+//                    point fix the scale `Pixel`: give them far apart.
+//   correctedWidth, correctedHeight   size of the corrected image that will be rendered later,
+//   pixels param            filled field by field; k2...k5 receive filler from the C runtime's
+//   rand() reprojectionError   sqrt(sum(du^2 + dv^2) / n), raw-image pixels
+//
+// Returns true when everything was filled. Returns false
+//   - with fewer than 9 points, after the message "特征点少于9个点，无法完成标定！" (a modal box on
+//     Windows, a line on standard error elsewhere); nothing is written;
+//   - when no second-correction homography is found: intrinsics, pose, filler, reprojection fields
+//     and reprojectionError are written; p1...p9, Pixel, DatumPtXw/Yw and ImageDx/Dy are not.
+// Raises cv::Exception on point sets that determine no homography, such as collinear ones.
+//
+// A true result does not promise a good one. A point farther than max(width, height)/2 from the
+// image centre makes the solver diverge; so can points beyond about 0.95 of that radius, or a small
+// or frontal target. Look at reprojectionError.
+FISHEYE_CALIBRATION_API bool SingleCamCalibration(
+    unsigned char* image, ImageLong width, ImageLong height, int bitCount,
+    std::vector<CalibrationPoint>& points, ImageLong correctedWidth, ImageLong correctedHeight,
+    FishEyeCalibrationParam& param, double& reprojectionError);
+
+// ---------------------------------------------------------------------------------------------
+// Parameter files (INI, one section, one key a field)
+// ---------------------------------------------------------------------------------------------
+
+// Writes section "CalibraionParam" of the file at `path`: 32-bit fields with six decimals, 64-bit
+// fields with fifteen. Keys that exist are rewritten in place, everything else in the file stays;
+// a missing file is created. Always returns true: a folder that does not exist or a read-only file
+// leaves the disk as it was. Off Windows the file is replaced as a whole or not at all. A null path
+// does nothing. Numbers are written with '.' whatever the locale.
+FISHEYE_CALIBRATION_API bool SaveCalibrationParam(const char* path, FishEyeCalibrationParam param);
+
+// Reads that section into every field of `param`. A missing file, section or key gives 0 in the
+// fields concerned; text that is not a number gives 0, a number followed by other text its leading
+// number; values are cut to 127 characters. k0...k5 come back in 32-bit precision, p1...p9 in 64.
+// Always returns true. A null path reads as a missing file.
+FISHEYE_CALIBRATION_API bool LoadCalibrationParam(const char* path, FishEyeCalibrationParam& param);
+
+// The same for section "DualCamerasCalibraionParam". Always true.
+FISHEYE_CALIBRATION_API bool SaveDualCamerasCalibrationParam(const char* path,
+                                                             DualFishEyeCalibrationParam param);
+
+// The datum's world coordinates are written with six decimals but read as whole numbers, cut
+// towards zero. Always true.
+FISHEYE_CALIBRATION_API bool LoadDualCamerasCalibrationParam(const char* path,
+                                                             DualFishEyeCalibrationParam& param);
+
+// ---------------------------------------------------------------------------------------------
+// Corrected image
+// ---------------------------------------------------------------------------------------------
+
+// Renders the second-corrected view of a raw frame.
+//
+//   src, srcWidth, srcHeight, bitCount   the raw frame, 8, 24 or 32 bits
+//   dst, dstWidth, dstHeight             receives the view, same bit count
+//   mask                                 null, or dstWidth x dstHeight bytes: 0 where the pixel
+//                                        shows image content, 255 where it does not
+//
+// Returns false, with nothing written, for null buffers, an empty source, a size of dst that is not
+// positive, another bit count, or a frame that is entirely black after the distortion is removed.
+// With a singular homography every pixel is outside (image 0, mask 255) and the result is true.
+FISHEYE_CALIBRATION_API bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth,
+                                                ImageLong srcHeight, int bitCount,
+                                                FishEyeCalibrationParam param, unsigned char* dst,
+                                                ImageLong dstWidth, ImageLong dstHeight,
+                                                unsigned char* mask);
+
+// ---------------------------------------------------------------------------------------------
+// Point mapping. (cx, cy) is half the width and half the height of the corrected image. None of
+// these checks its input; all return true.
+// ---------------------------------------------------------------------------------------------
+
+// Inert: returns true and leaves x and y as they are.
+FISHEYE_CALIBRATION_API bool RawImageToCorrectedImagePoint(float rawX, float rawY,
+                                                           FishEyeCalibrationParam param, float& x,
+                                                           float& y);
+
+// World point -> raw image by the fisheye model: Y = R X + T, r = |(Y1, Y2)/Y3|, theta = atan r,
+// theta_d = theta + k0 theta^2 + k1 theta^3, pixel = K (theta_d/r) (Y1, Y2)/Y3. The rotation is
+// taken from (Rx, Ry, Rz). A depth of 0 counts as 1; points behind the camera are not rejected.
+FISHEYE_CALIBRATION_API bool WorldToRawImagePoint(float Xw, float Yw, float Zw,
+                                                  FishEyeCalibrationParam param, float& x,
+                                                  float& y);
+
+// World point -> corrected image: the same pose without distortion, principal point in (cx, cy).
+FISHEYE_CALIBRATION_API bool WorldToCorrectedImagePoint(float Xw, float Yw, float Zw,
+                                                        FishEyeCalibrationParam param, float cx,
+                                                        float cy, float& x, float& y);
+
+// World plane -> second-corrected image: x = (Xw - DatumPtXw)/Pixel + cx, y likewise, in 32-bit
+// float. Zw is ignored. A Pixel of 0 gives infinities or NaN.
+FISHEYE_CALIBRATION_API bool WorldToSecondCorrectedImagePoint(float Xw, float Yw, float Zw,
+                                                              FishEyeCalibrationParam param,
+                                                              float cx, float cy, float& x,
+                                                              float& y);
+
+// Inert: returns true and leaves Xw, Yw and Zw as they are.
+FISHEYE_CALIBRATION_API bool RawImageToWorldPoint(float rawX, float rawY,
+                                                  FishEyeCalibrationParam param, float& Xw,
+                                                  float& Yw, float& Zw);
+
+// Second-corrected image (despite the name) -> world plane: Xw = (x - cx) Pixel + DatumPtXw, Yw
+// likewise, in 32-bit float. Zw is left as it is.
+FISHEYE_CALIBRATION_API bool CorrectedImageToWorldPoint(float x, float y, float cx, float cy,
+                                                        FishEyeCalibrationParam param, float& Xw,
+                                                        float& Yw, float& Zw);
+
+// ---------------------------------------------------------------------------------------------
+// Cropping
+// ---------------------------------------------------------------------------------------------
+
+// Copies the centred dstWidth x dstHeight rectangle of src to dst, buffer row by buffer row, offset
+// trunc(srcSize/2 + 0.5) - trunc(dstSize/2 + 0.5). Pixels of dst without a source keep their value.
+// Other bit counts, null buffers and sizes that are not positive copy nothing.
+FISHEYE_CALIBRATION_API void CroppingImage(unsigned char* src, ImageLong srcWidth,
+                                           ImageLong srcHeight, int bitCount, unsigned char* dst,
+                                           ImageLong dstWidth, ImageLong dstHeight);
+
+// ---------------------------------------------------------------------------------------------
+// Plane registration
+// ---------------------------------------------------------------------------------------------
+
+// Least-squares affine map from raw-image pixels to the world plane: Xw = a x + b y + e and
+// Yw = c x + d y + f. `params` receives a, b, c, d, e, f (six doubles). errorX and errorY, world
+// units, are sqrt(s/n), where s sums the squared residuals of the first nine points only and n
+// counts all points: give exactly nine points for a plain RMS. Writes the pairs to "D:/Affine.txt".
+// Returns false, outputs untouched, with fewer than three points. Below nine points those that are
+// there are summed.
+FISHEYE_CALIBRATION_API bool HandEyeCalibration(std::vector<CalibrationPoint> points,
+                                                double* const params, double& errorX,
+                                                double& errorY);
+
+// Setup aid: straightens "D:/CorrectedImage.bmp" by the perspective transform of exactly four
+// points (points 0 and 3 a diagonal), shows it in a window, waits for a key and writes
+// "D:/CorrectedImage2.bmp" (5184 x 5184). params, value1 and value2 are never written. Returns
+// false for an empty list; raises cv::Exception for any other number of points but four, a missing
+// input picture, or where no window can be opened. Call it on a thread that may own windows.
+FISHEYE_CALIBRATION_API bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points,
+                                                               double* const params, double& value1,
+                                                               double& value2);
+
+// ---------------------------------------------------------------------------------------------
+// Two cameras
+// ---------------------------------------------------------------------------------------------
+
+// Appends to firstCommon and secondCommon copies of the points whose PointId occurs exactly twice
+// in the two lists together, by ascending id. An id that occurs twice in one list counts too. The
+// outputs are not cleared. idCount < 1 does nothing; ids outside 1...idCount are skipped.
+FISHEYE_CALIBRATION_API void GetCommonPoints(std::vector<CalibrationPoint> first,
+                                             std::vector<CalibrationPoint> second, int idCount,
+                                             std::vector<CalibrationPoint>& firstCommon,
+                                             std::vector<CalibrationPoint>& secondCommon);
+
+// Size of the canvas that FishEyeImageStitching needs: width and height multiples of 4, and the
+// first image's bit count. World coordinates are expected within 0...10000. Writes the corrected
+// images and masks as "D:/LeftCorrectedImage.bmp", "D:/LeftMaskImage.bmp" and the same for Right.
+// Returns true; false, width and height untouched, when the lists share no point or do not pair.
+FISHEYE_CALIBRATION_API bool ComputeStitchedImageSize(
+    unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
+    FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1, unsigned char* image2,
+    ImageLong width2, ImageLong height2, int bits2, FishEyeCalibrationParam param2,
+    std::vector<CalibrationPoint> points2, ImageLong& stitchedWidth, ImageLong& stitchedHeight,
+    int& stitchedBits);
+
+// Corrects both frames at twice their size, aligns the second to the first and blends them into
+// `stitched`; fills `dual`. Canvas pixels that neither camera covers keep their value. stitchedBits
+// must be 8, 24 or 32 and equal bits1 and bits2, else no pixel is written. Also writes the debug
+// files of ComputeStitchedImageSize and "D:/DImage.bmp". Returns true; false, with canvas and
+// record untouched, when the lists share no point or do not pair.
+FISHEYE_CALIBRATION_API bool FishEyeImageStitching(
+    unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
+    FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1, unsigned char* image2,
+    ImageLong width2, ImageLong height2, int bits2, FishEyeCalibrationParam param2,
+    std::vector<CalibrationPoint> points2, unsigned char* stitched, ImageLong stitchedWidth,
+    ImageLong stitchedHeight, int stitchedBits, DualFishEyeCalibrationParam& dual);
+
+// Cuts dstWidth x dstHeight pixels whose top-left picture pixel is (cropLeft, cropTop) out of a
+// stitched image and keeps `dual` true for the result. Both sizes must be multiples of 4, else the
+// message "裁剪后图像的长和宽必须是4的整数倍！" is shown and nothing changes. Pixels without a
+// source keep their value; other bit counts copy nothing.
+FISHEYE_CALIBRATION_API void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth,
+                                                   ImageLong srcHeight, int bitCount, int cropLeft,
+                                                   int cropTop, DualFishEyeCalibrationParam& dual,
+                                                   unsigned char* dst, ImageLong dstWidth,
+                                                   ImageLong dstHeight);
+
+// World -> stitched image: u = (Xw - DatumPtXw)/Pixel + DatumImagePtX, v likewise, in 32-bit float;
+// v counts buffer rows like DatumImagePtY. Zw is ignored. Always true.
+FISHEYE_CALIBRATION_API bool DualCam_WorldToSecondCorrectedImagePoint(
+    float Xw, float Yw, float Zw, DualFishEyeCalibrationParam dual, float& u, float& v);
+
+// Stitched image -> world, the inverse. Xw and Yw are valid, Zw is left as it is, and the result is
+// always false.
+FISHEYE_CALIBRATION_API bool DualCam_CorrectedImageToWorldPoint(float u, float v,
+                                                                DualFishEyeCalibrationParam dual,
+                                                                float& Xw, float& Yw, float& Zw);
+
+#endif  // FISHEYE_CALIBRATION_H
