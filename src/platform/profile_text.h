@@ -2,8 +2,9 @@
 //
 // Lines end in CR LF, LF or CR. `[name]` opens a section; a key line is `key=value` and split at
 // its first '='; a line that begins with ';' is a comment. Names ignore the case of ASCII letters,
-// and blanks (space, tab) around names and values do not count. The first section of a name and in
-// it the first key of a name are the ones that are read and rewritten.
+// and blanks (space, tab) around names and values do not count. A UTF-8 byte order mark is skipped.
+// The first section of a name and in it the first key of a name are the ones that are read and
+// rewritten.
 #pragma once
 
 #include <string>

