@@ -9,8 +9,8 @@
 
 namespace platform {
 
-// Keys hold no line break, '=' or NUL and do not begin with '[' or ';'; values and section names no
-// line break or NUL, section names no ']' either.
+// Keys hold no line break, '=' or NUL and do not begin with '[' or ';', which begins a comment;
+// values and section names no line break or NUL, section names no ']' either.
 struct ProfileEntry {
   const char* key;
   std::string value;

@@ -62,11 +62,10 @@ std::optional<std::string_view> sectionName(std::string_view line) {
 std::optional<KeyLine> splitKeyLine(std::string_view text, const Line& line) {
   const std::string_view content = text.substr(line.begin, line.end - line.begin);
   const std::size_t equals = content.find('=');
-  const std::string_view key = trimmed(content.substr(0, equals));
-  if (equals == std::string_view::npos || key.starts_with(';')) {
+  if (equals == std::string_view::npos) {
     return std::nullopt;
   }
-  return KeyLine{line, key, content.substr(equals + 1)};
+  return KeyLine{line, trimmed(content.substr(0, equals)), content.substr(equals + 1)};
 }
 
 // `section` and `key` are trimmed.

@@ -1,7 +1,7 @@
 // The text of a profile (INI) file, read and edited as the Windows profile functions do it.
 //
 // Lines end in CR LF, LF or CR. `[name]` opens a section; a key line is `key=value` and split at
-// its first '='; a line that begins with ';' is a comment. Names ignore the case of ASCII letters,
+// its first '='; all other lines mean nothing. Names ignore the case of ASCII letters,
 // and blanks (space, tab) around names and values do not count. A UTF-8 byte order mark is skipped.
 // The first section of a name and in it the first key of a name are the ones that are read and
 // rewritten.

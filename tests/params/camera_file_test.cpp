@@ -24,9 +24,9 @@ FishEyeCalibrationParam sampleParam() {
   param.k0 = 0.1234567890123456;
   param.k1 = -0.012345678901234567;
   param.k2 = 1.0 / 3.0;
-  param.k3 = 4e-16;
+  param.k3 = 0.1;
   param.k4 = 6e-16;
-  param.k5 = 41.0;
+  param.k5 = 41.3;
   param.R1 = 1.0f / 3.0f;
   param.R2 = -2.0f / 3.0f;
   param.R3 = 0.0000004f;
@@ -46,11 +46,11 @@ FishEyeCalibrationParam sampleParam() {
   param.p2 = -2.0 / 3.0;
   param.p3 = 123.456;
   param.p4 = 0.0001;
-  param.p5 = 1.0;
-  param.p6 = -0.5;
+  param.p5 = 1.1;
+  param.p6 = -0.7;
   param.p7 = 1e-7;
   param.p8 = 2.6e-15;
-  param.p9 = 7.0;
+  param.p9 = 0.9;
   param.Pixel = 0.1f;
   param.DatumPtXw = 150.5f;
   param.DatumPtYw = 99.75f;
@@ -69,9 +69,9 @@ constexpr const char* sampleBytes =
     "k0=0.123456789012346\r\n"
     "k1=-0.012345678901235\r\n"
     "k2=0.333333333333333\r\n"
-    "k3=0.000000000000000\r\n"
+    "k3=0.100000000000000\r\n"
     "k4=0.000000000000001\r\n"
-    "k5=41.000000000000000\r\n"
+    "k5=41.299999999999997\r\n"
     "R1=0.333333\r\n"
     "R2=-0.666667\r\n"
     "R3=0.000000\r\n"
@@ -91,11 +91,11 @@ constexpr const char* sampleBytes =
     "p2=-0.666666666666667\r\n"
     "p3=123.456000000000003\r\n"
     "p4=0.000100000000000\r\n"
-    "p5=1.000000000000000\r\n"
-    "p6=-0.500000000000000\r\n"
+    "p5=1.100000000000000\r\n"
+    "p6=-0.700000000000000\r\n"
     "p7=0.000000100000000\r\n"
     "p8=0.000000000000003\r\n"
-    "p9=7.000000000000000\r\n"
+    "p9=0.900000000000000\r\n"
     "Pixel=0.100000\r\n"
     "DatumPtXw=150.500000\r\n"
     "DatumPtYw=99.750000\r\n"
@@ -180,9 +180,9 @@ TEST_F(CameraFile, DistortionComesBackInSinglePrecision) {
   EXPECT_EQ(param.k0, static_cast<double>(0.123456789012346f));
   EXPECT_EQ(param.k1, static_cast<double>(-0.012345678901235f));
   EXPECT_EQ(param.k2, static_cast<double>(0.333333333333333f));
-  EXPECT_EQ(param.k3, 0.0);
+  EXPECT_EQ(param.k3, static_cast<double>(0.1f));
   EXPECT_EQ(param.k4, static_cast<double>(1e-15f));
-  EXPECT_EQ(param.k5, 41.0);
+  EXPECT_EQ(param.k5, static_cast<double>(41.3f));
   EXPECT_NE(param.k0, 0.123456789012346);
 }
 
@@ -193,11 +193,11 @@ TEST_F(CameraFile, HomographyComesBackAsWrittenWithFifteenDecimals) {
   EXPECT_EQ(param.p2, -0.666666666666667);
   EXPECT_EQ(param.p3, 123.456);
   EXPECT_EQ(param.p4, 0.0001);
-  EXPECT_EQ(param.p5, 1.0);
-  EXPECT_EQ(param.p6, -0.5);
+  EXPECT_EQ(param.p5, 1.1);
+  EXPECT_EQ(param.p6, -0.7);
   EXPECT_EQ(param.p7, 1e-7);
   EXPECT_EQ(param.p8, 3e-15);
-  EXPECT_EQ(param.p9, 7.0);
+  EXPECT_EQ(param.p9, 0.9);
 }
 
 TEST_F(CameraFile, SectionSpelledCorrectlyLoadsAsZeros) {

@@ -19,6 +19,7 @@ TEST(NumberText, RoundsTheExactBinaryValue) {
   EXPECT_EQ(fixedText(1.5, 0), "2");
   EXPECT_EQ(fixedText(0.0000005, 6), "0.000000");  // the nearest double lies below 5e-7
   EXPECT_EQ(fixedText(0.1, 15), "0.100000000000000");
+  EXPECT_EQ(fixedText(4e-16, 15), "0.000000000000000");
   EXPECT_EQ(fixedText(-0.0, 6), "-0.000000");
   EXPECT_EQ(fixedText(-1e-9, 6), "-0.000000");
 }

@@ -1,4 +1,4 @@
-// Whatever interrupts a save, the file is the old one or the new one as a whole.
+// Whatever interrupts or refuses a save, the file is the old one or the new one as a whole.
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -121,25 +121,44 @@ TEST_F(InterruptedSave, FullDiskLeavesTheOldFileAndNothingElse) {
   EXPECT_EQ(folder.entryCount(), 1);
 }
 
+// Runs the save in a process that is not root, who may write anywhere. True when it returned true.
+bool savedByPlainUser(const std::string& path) {
+  const pid_t child = ::fork();
+  if (child == 0) {
+    constexpr uid_t nobody = 65534;
+    const bool plainUser = ::geteuid() != 0 || ::setuid(nobody) == 0;
+    ::_exit(plainUser && SaveCalibrationParam(path.c_str(), FishEyeCalibrationParam{}) ? 42 : 1);
+  }
+  int status = 0;
+  return child > 0 && ::waitpid(child, &status, 0) == child && WIFEXITED(status) &&
+         WEXITSTATUS(status) == 42;
+}
+
 TEST_F(InterruptedSave, FolderWithoutWritePermissionLeavesTheOldFile) {
   const std::string old = "[CalibraionParam]\nu0=5\n";
   support::writeBytes(path, old);
   std::filesystem::permissions(path, std::filesystem::perms::all);
   std::filesystem::permissions(folder.path(), std::filesystem::perms(0555));
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    // Root may write anywhere; anybody else will do.
-    const bool plainUser = ::geteuid() != 0 || ::setuid(65534) == 0;
-    ::_exit(plainUser && SaveCalibrationParam(path.c_str(), FishEyeCalibrationParam{}) ? 42 : 1);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_TRUE(savedByPlainUser(path));
   std::filesystem::permissions(folder.path(), std::filesystem::perms::owner_all);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 42);
   EXPECT_EQ(bytesOf(path), old);
   EXPECT_EQ(folder.entryCount(), 1);
+}
+
+TEST_F(InterruptedSave, FileThatOnlyOthersMayWriteStays) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root has files that this process may not write";
+  }
+  const std::string old = "[CalibraionParam]\nu0=5\n";
+  support::writeBytes(path, old);
+  std::filesystem::permissions(path, std::filesystem::perms(0644));
+  std::filesystem::permissions(folder.path(), std::filesystem::perms::all);
+  EXPECT_TRUE(savedByPlainUser(path));
+  EXPECT_EQ(bytesOf(path), old);
+  EXPECT_EQ(folder.entryCount(), 1);
+  std::filesystem::permissions(path, std::filesystem::perms::all);
+  EXPECT_TRUE(savedByPlainUser(path));
+  EXPECT_NE(bytesOf(path), old) << "the permission is what was missing";
 }
 
 }  // namespace
