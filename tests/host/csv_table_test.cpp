@@ -30,7 +30,7 @@ TEST(CsvTable, ByteOrderMarkCrlfBlankLinesAndBlanksDoNotCount) {
   ASSERT_EQ(table.rows.size(), 2u);
   EXPECT_EQ(table.integerAt(table.rows[0], table.require("b")), 2);
   EXPECT_EQ(table.rows[0].line, 3);
-  EXPECT_EQ(table.rows[0].fields[1].column, 5);
+  EXPECT_EQ(table.rows[0].fields[1].column, 6);
   EXPECT_EQ(table.integerAt(table.rows[1], table.require("a")), 3);
 }
 

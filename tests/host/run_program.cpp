@@ -19,8 +19,12 @@ std::string quoted(const std::string& argument) {
   return "\"" + argument + "\"";
 #else
   std::string text = "'";
-  for (const char c : argument) text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return text + "'";
+  for (const char c : argument) {
+    if (c == '\'') text += "'\\'";
+    text += c;
+  }
+  text += '\'';
+  return text;
 #endif
 }
 
@@ -69,11 +73,14 @@ std::string contents(const std::string& path) {
 
 bool exists(const std::string& path) { return fs::exists(path); }
 
-Run runProgram(const std::vector<std::string>& arguments, const std::string& input) {
+Outcome runProgram(const std::vector<std::string>& arguments, const std::string& input) {
   const TemporaryFolder folder;
   const std::string in = folder.write("in", input);
   std::string command = quoted(HOST_PROGRAM);
-  for (const std::string& argument : arguments) command += " " + quoted(argument);
+  for (const std::string& argument : arguments) {
+    command += ' ';
+    command += quoted(argument);
+  }
   command +=
       " <" + quoted(in) + " >" + quoted(folder.path("out")) + " 2>" + quoted(folder.path("err"));
 #if defined(_WIN32)

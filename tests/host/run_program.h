@@ -27,13 +27,13 @@ class TemporaryFolder {
 std::string contents(const std::string& path);
 bool exists(const std::string& path);
 
-struct Run {
+struct Outcome {
   int exitCode;
   std::string out;
   std::string err;
 };
 
-Run runProgram(const std::vector<std::string>& arguments, const std::string& input = "");
+Outcome runProgram(const std::vector<std::string>& arguments, const std::string& input = "");
 
 }  // namespace host_test
 

@@ -8,7 +8,7 @@ namespace {
 
 double angleOf(const SyntheticCamera& camera, double thetaD) {
   double theta = thetaD;
-  for (int i = 0; i < 30; ++i) {
+  for (int i = 0; i < 6; ++i) {
     const double value = theta + camera.k0 * theta * theta + camera.k1 * theta * theta * theta;
     const double slope = 1 + 2 * camera.k0 * theta + 3 * camera.k1 * theta * theta;
     theta -= (value - thetaD) / slope;
@@ -66,7 +66,7 @@ cv::Point2d SyntheticCamera::bedPointAt(double x, double y) const {
 }
 
 cv::Mat drawTarget(const SyntheticCamera& camera, const SyntheticTarget& target) {
-  constexpr int samples = 4;  // per pixel and direction
+  constexpr int samples = 3;  // per pixel and direction
   cv::Mat picture(camera.height, camera.width, CV_8UC1);
   for (int y = 0; y < camera.height; ++y) {
     for (int x = 0; x < camera.width; ++x) {
