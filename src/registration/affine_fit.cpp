@@ -77,10 +77,12 @@ bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2
 
   // p = inv(A^T A) A^T b
   const CEQMatrix At = A.Transpose();
-  if (At.Data == nullptr) return false;
   CEQMatrix N = At.Multiply(A);
+  const CEQMatrix r = At.Multiply(b);
+  if (N.Data == nullptr || r.Data == nullptr || At.Data == nullptr) return false;
   N.Invert();  // a singular N is used as it is left
-  const CEQMatrix p = N.Multiply(At.Multiply(b));
+  const CEQMatrix p = N.Multiply(r);
+  if (p.Data == nullptr) return false;
 
   if constexpr (writesDebugFiles) writePairs(src, dst);
   for (int i = 0; i < unknowns; ++i) params[i] = static_cast<float>(p.GetElement(i, 0));
