@@ -17,7 +17,7 @@ constexpr int unknowns = 6;
 
 // Appends the number as printf's "%f" prints it in the "C" locale, whatever locale the host has
 // set.
-void appendFixed(std::string& text, double value) {
+[[maybe_unused]] void appendFixed(std::string& text, double value) {
   // Room for the largest double: 309 digits, point, six decimals and sign.
   char digits[std::numeric_limits<double>::max_exponent10 + 16];
   const auto [end, error] =
@@ -25,7 +25,8 @@ void appendFixed(std::string& text, double value) {
   if (error == std::errc()) text.append(digits, end);
 }
 
-void writePairs(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst) {
+[[maybe_unused]] void writePairs(const std::vector<cv::Point2f>& src,
+                                 const std::vector<cv::Point2f>& dst) {
   std::ofstream file("D:/Affine.txt");  // text mode: the system's own line ends
   if (!file) return;
   std::string line;

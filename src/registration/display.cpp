@@ -20,7 +20,7 @@ std::string environment(const char* name) {
 // True when the image library draws its windows with Qt, which aborts the process without a
 // display. The other toolkits raise an exception of their own.
 bool windowsAreQt() {
-  const std::string information = cv::getBuildInformation();
+  const std::string& information = cv::getBuildInformation();
   const std::size_t gui = information.find("GUI:");
   if (gui == std::string::npos) return false;
   return information.substr(gui, information.find('\n', gui) - gui).find("QT") != std::string::npos;

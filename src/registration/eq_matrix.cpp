@@ -141,7 +141,7 @@ CEQMatrix CEQMatrix::Multiply(const CEQMatrix& B) const {
 
 int CEQMatrix::Invert() {
   if (Rows != Cols || Cols < 0 || (Cols > 0 && Data == nullptr)) return 0;
-  const std::size_t n = static_cast<std::size_t>(Cols);
+  const auto n = static_cast<std::size_t>(Cols);
   const std::unique_ptr<std::size_t[]> pivotRows(new (std::nothrow) std::size_t[n]());
   const std::unique_ptr<std::size_t[]> pivotCols(new (std::nothrow) std::size_t[n]());
   if (pivotRows == nullptr || pivotCols == nullptr) return 0;

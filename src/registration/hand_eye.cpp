@@ -47,7 +47,7 @@ bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const para
     sumX += residualX * residualX;
     sumY += residualY * residualY;
   }
-  const double n = static_cast<double>(points.size());
+  const auto n = static_cast<double>(points.size());
   errorX = std::sqrt(sumX / n);
   errorY = std::sqrt(sumY / n);
   return true;

@@ -190,7 +190,7 @@ std::array<long double, 3> leastSquares(const Points& src, const std::vector<flo
 RC_GTEST_PROP(AffineFitProperty, AgreesWithExtendedPrecisionToFloatRounding, ()) {
   std::mt19937 generator(*rc::gen::arbitrary<std::uint32_t>());
   const std::size_t extra = *rc::gen::inRange<std::size_t>(0, 400);
-  const float size = static_cast<float>(*rc::gen::inRange(100, 10001));
+  const auto size = static_cast<float>(*rc::gen::inRange(100, 10001));
   std::uniform_real_distribution<float> pixel(0, size);
   std::uniform_real_distribution<float> world(-1000, 1000);
   Points src{{0, 0}, {size, 0}, {0, size}, {size, size}};

@@ -31,8 +31,8 @@ std::vector<CalibrationPoint> exactGrid() {
   std::vector<CalibrationPoint> points;
   for (int row = 0; row < 3; ++row) {
     for (int col = 0; col < 3; ++col) {
-      const float i = static_cast<float>(col);
-      const float j = static_cast<float>(row);
+      const auto i = static_cast<float>(col);
+      const auto j = static_cast<float>(row);
       points.push_back(pair(8 * i, 8 * j, i + 5, 300 - j));
     }
   }
@@ -72,11 +72,11 @@ TEST_F(HandEye, ParametersAreFloatsWidenedToDouble) {
 }
 
 TEST_F(HandEye, NineResidualsOfOneAmongEighteenPointsGiveTheRootOfAHalf) {
-  // Residuals cancel at every place: +1 at the first visit (points 1 to 9), -1 at the second.
+  // Every place is visited twice, with +1 (points 1 to 9) and with -1, so the fit is 0 throughout.
   std::vector<CalibrationPoint> points;
   for (const float sign : {1.0f, -1.0f}) {
-    for (int i = 0; i < 9; ++i) {
-      points.push_back(pair(static_cast<float>(i % 3), static_cast<float>(i / 3), sign, 0));
+    for (const CalibrationPoint& place : exactGrid()) {
+      points.push_back(pair(place.ImagePtX, place.ImagePtY, sign, 0));
     }
   }
   Params params{};

@@ -18,8 +18,8 @@ using Perspective = DebugDriveTest;
 std::vector<CalibrationPoint> square(std::size_t count) {
   std::vector<CalibrationPoint> points(count);
   for (std::size_t i = 0; i < count; ++i) {
-    points[i].ImagePtX = points[i].Xw = static_cast<float>(i % 2);
-    points[i].ImagePtY = points[i].Yw = static_cast<float>(i / 2);
+    points[i].ImagePtX = points[i].Xw = i % 2 == 0 ? 0.0f : 1.0f;
+    points[i].ImagePtY = points[i].Yw = i < 2 ? 0.0f : 1.0f;
   }
   return points;
 }
