@@ -38,7 +38,7 @@ TEST_F(Perspective, EmptyListReturnsFalseAndWritesNothing) {
 TEST_F(Perspective, AnyOtherNumberOfPointsButFourIsAnAssertionOfTheImageLibrary) {
   double value1 = 0;
   double value2 = 0;
-  for (const std::size_t count : {1, 2, 3, 5, 9}) {
+  for (const std::size_t count : {1u, 2u, 3u, 5u, 9u}) {
     // A list of exactly this capacity: reading a fourth point that is not there is seen by ASan.
     std::vector<CalibrationPoint> points = square(count);
     points.shrink_to_fit();

@@ -1,11 +1,13 @@
 // Runs the perspective aid in the current directory and compares what it wrote. The script
 // window_check.sh gives it a display and presses the key.
 //   window_check identity | general     exit code 0 when the picture is right
+//   window_check hostile                exit code 0 when no input brought the process down
 //   window_check no-display             exit code 0 when the exception says what is missing
-#include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -116,12 +118,36 @@ bool checkNoDisplay() {
   }
 }
 
+// Points without a transform, numbers that are none. Without a display the picture is made all the
+// same, then the exception says so.
+bool checkHostile() {
+  std::filesystem::create_directory("D:");
+  cv::imwrite("D:/CorrectedImage.bmp", pattern(9, 7));
+  for (const float value :
+       {0.0f, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
+        -std::numeric_limits<float>::max(), std::numeric_limits<float>::denorm_min()}) {
+    const CalibrationPoint same = pair(value, value, value, value);
+    for (const auto& points : {std::vector<CalibrationPoint>(4, same),
+                               {pair(0, 0, 0, 0), same, same, pair(1, 1, 1, 1)}}) {
+      double value1 = 0;
+      double value2 = 0;
+      try {
+        GetPerspectiveTransformationParam(points, nullptr, value1, value2);
+      } catch (const cv::Exception& error) {
+        std::printf("%s\n", error.what());
+      }
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const std::string name = argc == 2 ? argv[1] : "";
   if (name == "identity") return checkIdentity() ? 0 : 1;
   if (name == "general") return checkGeneral() ? 0 : 1;
+  if (name == "hostile") return checkHostile() ? 0 : 1;
   if (name == "no-display") return checkNoDisplay() ? 0 : 1;
-  return fail("usage: window_check identity|general|no-display") ? 0 : 2;
+  return fail("usage: window_check identity|general|hostile|no-display") ? 0 : 2;
 }

@@ -19,6 +19,7 @@ unset QT_QPA_PLATFORM WAYLAND_DISPLAY XDG_SESSION_TYPE
 
 case $case in
   windowless) unset DISPLAY; "$program" identity; exit ;;
+  hostile) unset DISPLAY; "$program" hostile; exit ;;
   no-display) unset DISPLAY; "$program" no-display; exit ;;
   dead-display) DISPLAY=:9999 "$program" no-display; exit ;;
   offscreen) unset DISPLAY; QT_QPA_PLATFORM=offscreen "$program" no-display; exit ;;
