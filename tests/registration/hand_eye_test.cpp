@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <filesystem>
 #include <limits>
 #include <optional>
 #include <string>
@@ -131,8 +132,7 @@ TEST_F(HandEye, ErrorsAreTakenAlongXAndAlongY) {
 }
 
 TEST_F(HandEye, FewerThanThreePointsAreRefusedUntouchedAndWithoutAFile) {
-  const bool drive = makeDebugDrive();
-  if (drive) std::filesystem::remove("D:/Affine.txt");
+  if (makeDebugDrive()) std::filesystem::remove("D:/Affine.txt");
   Params params{9, 9, 9, 9, 9, 9};
   double errorX = 9;
   double errorY = 9;
