@@ -15,7 +15,7 @@ namespace {
 
 constexpr double longSide = 1000;  // of the plotted plane, pixels
 constexpr double margin = 60;      // around the outermost points
-constexpr int legendWidth = 420;
+constexpr int legendWidth = 480;
 constexpr int lowestHeight = 360;      // the legend needs it
 constexpr double longestArrow = 0.08;  // of the long side, for the largest residual
 constexpr double textHeight = 16;
@@ -82,8 +82,8 @@ void drawLegend(cv::Mat& canvas, double left, const AffineMap& map, const WorldR
   drawText(canvas, general(reference, 3) + " world units",
            {left + reference * pixelsPerUnit + 16, y + textHeight / 2}, textHeight, ink);
   y += 36;
-  line("plain RMS  X " + general(rms.x, 4) + "  Y " + general(rms.y, 4));
-  line("library    X " + general(map.errorX, 4) + "  Y " + general(map.errorY, 4));
+  line("plain RMS: X " + general(rms.x, 4) + "  Y " + general(rms.y, 4));
+  line("library: X " + general(map.errorX, 4) + "  Y " + general(map.errorY, 4));
   drawDisc(canvas, {left + 10, y - 5}, 5, ink);
   drawText(canvas, "summed by the library (first nine)", {left + 34, y}, textHeight, ink);
   y += 28;
