@@ -1,14 +1,48 @@
 #include "fisheye_calibration.h"
+#include "single/record.h"
+
+namespace {
+
+// What the host gets: 32-bit floats.
+void store(const cv::Point2d& point, float& x, float& y) {
+  x = static_cast<float>(point.x);
+  y = static_cast<float>(point.y);
+}
+
+}  // namespace
 
 bool RawImageToCorrectedImagePoint(float, float, FishEyeCalibrationParam, float&, float&) {
   return true;
 }
 
-// All arithmetic in 32-bit float.
+bool WorldToRawImagePoint(float Xw, float Yw, float Zw, FishEyeCalibrationParam param, float& x,
+                          float& y) {
+  store(fisheye::projectPoint(single::rawCamera(param),
+                              fisheye::rotationFromVector(single::rotationVector(param)),
+                              single::translation(param), {Xw, Yw, Zw}),
+        x, y);
+  return true;
+}
+
+bool WorldToCorrectedImagePoint(float Xw, float Yw, float Zw, FishEyeCalibrationParam param,
+                                float cx, float cy, float& x, float& y) {
+  store(fisheye::projectPinhole(single::correctedCamera(param, cx, cy),
+                                fisheye::rotationFromVector(single::rotationVector(param)),
+                                single::translation(param), {Xw, Yw, Zw}),
+        x, y);
+  return true;
+}
+
+// The second-corrected image is an axis-aligned grid of the work plane, so neither the homography
+// nor the shift is needed here, and 32-bit floats carry the whole computation.
 bool WorldToSecondCorrectedImagePoint(float Xw, float Yw, float, FishEyeCalibrationParam param,
                                       float cx, float cy, float& x, float& y) {
   x = (Xw - param.DatumPtXw) / param.Pixel + cx;
   y = (Yw - param.DatumPtYw) / param.Pixel + cy;
+  return true;
+}
+
+bool RawImageToWorldPoint(float, float, FishEyeCalibrationParam, float&, float&, float&) {
   return true;
 }
 

@@ -1,0 +1,59 @@
+#include <algorithm>
+#include <array>
+
+#include "fisheye/check.h"
+#include "fisheye/internal.h"
+
+namespace internal {
+namespace {
+
+constexpr std::size_t kParameters = 7;
+
+// The parameters in their fixed order.
+std::array<double*, kParameters> inOrder(IntrinsicParams& p) {
+  return {&p.focalLength[0], &p.focalLength[1], &p.principalPoint[0], &p.principalPoint[1],
+          &p.skew,           &p.distortion[0],  &p.distortion[1]};
+}
+
+void requireDoubles(const cv::Mat& a, const char* function) {
+  fisheye::require(a.type() == CV_64FC1, "a.type() == CV_64FC1", function);
+}
+
+// Hands the next element of `a` to each estimated parameter, and 0 to each held one. A matrix with
+// too few elements, or a mask with too few bytes, is refused before anything is changed.
+template <class Use>
+void distribute(IntrinsicParams& p, const cv::Mat& a, Use use, const char* function) {
+  const std::size_t estimated = kParameters - static_cast<std::size_t>(std::count(
+                                                  p.estimateMask.begin(), p.estimateMask.end(), 0));
+  fisheye::require(p.estimateMask.size() == kParameters && estimated <= a.total(),
+                   "estimateMask.size() == 7 && countNonZero(estimateMask) <= a.total()", function);
+  const cv::Mat values = a.isContinuous() ? a : a.clone();
+  const double* next = values.ptr<double>();
+  const auto parameters = inOrder(p);
+  for (std::size_t i = 0; i < kParameters; ++i) {
+    use(*parameters[i], p.estimateMask[i] != 0 ? *next++ : 0.0);
+  }
+}
+
+}  // namespace
+
+IntrinsicParams::IntrinsicParams() : skew(0), estimateMask(kParameters, 0) {}
+
+IntrinsicParams IntrinsicParams::operator+(const cv::Mat& a) const {
+  constexpr auto name = "cv::internal::IntrinsicParams::operator +";
+  requireDoubles(a, name);
+  IntrinsicParams sum = *this;
+  distribute(
+      sum, a, [](double& parameter, double value) { parameter += value; }, name);
+  return sum;
+}
+
+IntrinsicParams& IntrinsicParams::operator=(const cv::Mat& a) {
+  constexpr auto name = "cv::internal::IntrinsicParams::operator =";
+  requireDoubles(a, name);
+  distribute(
+      *this, a, [](double& parameter, double value) { parameter = value; }, name);
+  return *this;
+}
+
+}  // namespace internal

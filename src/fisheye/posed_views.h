@@ -1,0 +1,22 @@
+// Views with their poses, as the steps after the pose estimation take them.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "fisheye/camera.h"
+#include "fisheye/view_points.h"
+
+namespace fisheye {
+
+struct PosedViews {
+  std::vector<ViewPoints> views;
+  std::vector<Pose> poses;
+};
+
+// Checks and reads the arguments that the steps share: 3-channel target points, 2-channel image
+// points, rotation vectors omc and translations Tc of type CV_64FC3, one element a view.
+PosedViews readPosedViews(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays imagePoints,
+                          cv::InputArray omc, cv::InputArray Tc, const char* function);
+
+}  // namespace fisheye

@@ -1,0 +1,111 @@
+#include "fisheye/camera_model-inl.h"
+#include "fisheye/check.h"
+#include "fisheye/fisheye.h"
+#include "fisheye/internal.h"
+#include "fisheye/intrinsic_params.h"
+#include "fisheye/rotation.h"
+#include "fisheye/view_points.h"
+
+namespace fisheye {
+namespace {
+
+namespace model = HWY_NAMESPACE;
+
+constexpr int kJacobianColumns = 13;
+
+// Fills the two Jacobian rows of one point: fx, fy, cx, cy, k0, k1, om (3), T (3), alpha.
+void fillJacobianRows(const Camera& camera, const std::array<cv::Matx33d, 3>& dR,
+                      const cv::Vec3d& X, const model::Projection<double>& p, double* rowU,
+                      double* rowV) {
+  const auto pose = model::poseDerivatives(camera, dR, X[0], X[1], X[2], p);
+  const auto lens = model::lensDerivatives(camera, p);
+  const double u[kJacobianColumns] = {p.xSkewed,   0,         1,           0,         lens.u_k[0],
+                                      lens.u_k[1], pose.u[0], pose.u[1],   pose.u[2], pose.u[3],
+                                      pose.u[4],   pose.u[5], lens.u_alpha};
+  const double v[kJacobianColumns] = {0,           p.yd,      0,         1,         lens.v_k[0],
+                                      lens.v_k[1], pose.v[0], pose.v[1], pose.v[2], pose.v[3],
+                                      pose.v[4],   pose.v[5], 0};
+  std::copy_n(u, kJacobianColumns, rowU);
+  std::copy_n(v, kJacobianColumns, rowV);
+}
+
+template <class Real>
+void projectAll(const cv::Mat& points, const Camera& camera, const Pose& pose, cv::Mat& pixels,
+                cv::Mat* jacobian) {
+  const cv::Matx33d R = rotationFromVector(pose.om);
+  const auto dR = jacobian ? rotationDerivative(pose.om) : std::array<cv::Matx33d, 3>();
+  int row = 0;
+  for (int i = 0; i < points.rows; ++i) {
+    const auto* in = points.ptr<cv::Vec<Real, 3>>(i);
+    auto* out = pixels.ptr<cv::Vec<Real, 2>>(i);
+    for (int j = 0; j < points.cols; ++j, row += 2) {
+      const cv::Vec3d X = in[j];
+      const auto p = model::projectPoint(camera, R, pose.T, X[0], X[1], X[2]);
+      out[j] = {static_cast<Real>(p.u), static_cast<Real>(p.v)};
+      if (jacobian) {
+        fillJacobianRows(camera, dR, X, p, jacobian->ptr<double>(row),
+                         jacobian->ptr<double>(row + 1));
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv::InputArray _rvec,
+                   cv::InputArray _tvec, cv::InputArray _K, cv::InputArray _D, double alpha,
+                   cv::OutputArray jacobian) {
+  constexpr auto name = "projectPoints";
+  require(objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3,
+          "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", name);
+  imagePoints.create(objectPoints.size(), CV_MAKETYPE(objectPoints.depth(), 2));
+  require(_rvec.total() * static_cast<std::size_t>(_rvec.channels()) == 3 &&
+              (_rvec.depth() == CV_32F || _rvec.depth() == CV_64F),
+          "_rvec.total() * _rvec.channels() == 3 && (_rvec.depth() == CV_32F || _rvec.depth() == "
+          "CV_64F)",
+          name);
+  require(_tvec.total() * static_cast<std::size_t>(_tvec.channels()) == 3 &&
+              (_tvec.depth() == CV_32F || _tvec.depth() == CV_64F),
+          "_tvec.total() * _tvec.channels() == 3 && (_tvec.depth() == CV_32F || _tvec.depth() == "
+          "CV_64F)",
+          name);
+  require(_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous(),
+          "_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous()", name);
+  require(_K.size() == cv::Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) &&
+              _D.type() == _K.type() && _D.total() == 2,
+          "_K.size() == Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) && _D.type() == "
+          "_K.type() && _D.total() == 2",
+          name);
+
+  const Camera camera = readCamera(_K.getMat(), _D.getMat(), alpha);
+  const Pose pose{readTriple(_rvec.getMat()), readTriple(_tvec.getMat())};
+  const cv::Mat points = objectPoints.getMat();
+  cv::Mat pixels = imagePoints.getMat();
+  cv::Mat derivatives;
+  cv::Mat* wanted = nullptr;
+  if (jacobian.needed()) {
+    jacobian.create(2 * static_cast<int>(points.total()), kJacobianColumns, CV_64F);
+    derivatives = jacobian.getMat();
+    wanted = &derivatives;
+  }
+  if (points.depth() == CV_32F) {
+    projectAll<float>(points, camera, pose, pixels, wanted);
+  } else {
+    projectAll<double>(points, camera, pose, pixels, wanted);
+  }
+}
+
+}  // namespace fisheye
+
+namespace internal {
+
+void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv::InputArray _rvec,
+                   cv::InputArray _tvec, const IntrinsicParams& param, cv::OutputArray jacobian) {
+  fisheye::requireTargetPoints(
+      !objectPoints.empty() && (objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3),
+      "projectPoints");
+  fisheye::projectPoints(objectPoints, imagePoints, _rvec, _tvec, cameraMatrix(param),
+                         param.distortion, param.skew, jacobian);
+}
+
+}  // namespace internal

@@ -1,0 +1,23 @@
+// The second correction: the homography and shift that turn the corrected image into an
+// axis-aligned metric grid of the work plane.
+#pragma once
+
+#include <vector>
+
+#include "fisheye_calibration.h"
+
+namespace single {
+
+// Fits p1...p9, Pixel, the datum point and the shift to the points, for a corrected image of the
+// given size. The intrinsics and the pose of `param` must be there. False, with `param` untouched,
+// when no homography is found. In the formulas C is a point of the corrected image, I the same
+// point on the ideal grid, anchored at the first point, and (cx, cy) the image's centre:
+//   Pixel     = |world distance first to last point| / |C_first - C_last|
+//   I         = (W - W_first)/Pixel + C_first, W = (Xw, Yw)
+//   H         : C -> I, robustly (RANSAC, 3 pixels)
+//   ImageD    = (cx, cy) - H(cx, cy)                 the image's centre stays where it is
+//   DatumPt   = ((cx, cy) - H(I_first) - ImageD) Pixel + W_first
+bool fitSecondCorrection(const std::vector<CalibrationPoint>& points, ImageLong correctedWidth,
+                         ImageLong correctedHeight, FishEyeCalibrationParam& param);
+
+}  // namespace single
