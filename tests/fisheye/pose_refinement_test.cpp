@@ -100,26 +100,24 @@ TEST(PoseRefinement, IterationCountArgumentIsNotRead) {
   }
 }
 
-// A residual that no step removes for long: the pose creeps on, and after 20 updates it stops.
+// With 200 px of noise every step removes a part of the way only; after 20 updates the pose is
+// still on its way.
 TEST(PoseRefinement, StopsAfterTwentyUpdates) {
-  support::RigView seen = view();
-  support::Random random(5);
-  for (cv::Point2d& pixel : seen.imagePoints) {
-    pixel = {random.uniform(200, 1100), random.uniform(100, 800)};
-  }
+  const support::RigView seen =
+      support::seen(kRigCamera, {}, support::poseOver({}, 180, 0.4, -0.3, 0.2), 200, 17);
   plain::Pose expected = support::plainPose(seen.pose);
   plain::computeExtrinsicRefine(seen.plainView(), support::plainIntrinsics(kRigCamera), 1e30,
                                 expected);
   plain::Pose more = {expected.rvec.clone(), expected.tvec.clone()};
   plain::computeExtrinsicRefine(seen.plainView(), support::plainIntrinsics(kRigCamera), 1e30, more);
-  ASSERT_GT(cv::norm(more.rvec, expected.rvec), 1e-6) << "these points converge within 20 updates";
+  ASSERT_GT(cv::norm(more.rvec, expected.rvec), 1e-4) << "these points converge within 20 updates";
 
   plain::Pose pose = support::plainPose(seen.pose);
   cv::Mat J;
   internal::ComputeExtrinsicRefine(cv::Mat(seen.imagePoints).t(), cv::Mat(seen.objectPoints).t(),
                                    pose.rvec, pose.tvec, J, 20, camera(), 1e30);
-  EXPECT_LT(support::relativeDistance(pose.rvec, expected.rvec), 1e-6);
-  EXPECT_LT(support::relativeDistance(pose.tvec, expected.tvec), 1e-6);
+  EXPECT_LT(support::relativeDistance(pose.rvec, expected.rvec), 1e-8);
+  EXPECT_LT(support::relativeDistance(pose.tvec, expected.tvec), 1e-8);
 }
 
 TEST(PoseRefinement, IllConditionedStepIsRefusedAndThePoseStays) {
