@@ -220,15 +220,23 @@ TEST(NormalEquations, ConditionCheckDecidesAsTheFullDecompositionDoes) {
   }
 }
 
-TEST(NormalEquations, ConditionCheckLooksAtEveryViewAndNeedsARealThreshold) {
+TEST(NormalEquations, ConditionCheckNeedsARealThreshold) {
   System system(3);
   system.check = -1;
   EXPECT_NO_THROW(system.run());
   system.threshold = std::nan("");
   EXPECT_TRUE(support::refuses(kConditionText, "ComputeJacobians", [&] { system.run(); }));
-  system.threshold = 1e6;
+}
+
+// A ratio that is not a number is not below the threshold, whatever lies in memory.
+TEST(NormalEquations, ConditionCheckFailsAlwaysForAPoseThatIsNotANumber) {
+  System system(3);
+  system.check = 1;
   system.omc[2] = {std::nan(""), 0, 0};
-  EXPECT_TRUE(support::refuses(kConditionText, "ComputeJacobians", [&] { system.run(); }));
+  for (size_t i = 0; i < 200; ++i) {
+    const std::vector<double> churn(100 + 7 * i, 1.0 / static_cast<double>(i + 1));
+    EXPECT_TRUE(support::refuses(kConditionText, "ComputeJacobians", [&] { system.run(); }));
+  }
 }
 
 TEST(NormalEquations, RefuseWhatTheirConditionsName) {

@@ -230,8 +230,13 @@ TEST(PoseRefinement, HostileArgumentsEndTheSameWayEachTime) {
   };
   for (const int points : {1, 2, 3, 63}) {
     for (const double value : {0.0, 1e300, static_cast<double>(HUGE_VAL), std::nan("")}) {
-      EXPECT_EQ(outcome(points, value, 0), outcome(points, value, 0));
-      EXPECT_EQ(outcome(points, 0, value), outcome(points, 0, value));
+      const std::string pose = outcome(points, value, 0);
+      const std::string pixel = outcome(points, 0, value);
+      for (size_t i = 0; i < 50; ++i) {
+        const std::vector<double> churn(100 + 7 * i, 1.0 / static_cast<double>(i + 1));
+        EXPECT_EQ(outcome(points, value, 0), pose);
+        EXPECT_EQ(outcome(points, 0, value), pixel);
+      }
     }
   }
 }
