@@ -37,7 +37,7 @@ void keepPositive(const Linear& f, Span& span) {
     if (highest <= 0) span.end = span.begin;
     return;
   }
-  const double zero = -highest / f.slope;
+  const double zero = std::clamp(-highest / f.slope, -0x1p32, 0x1p32);
   if (f.slope > 0) {
     span.begin = saturated(std::max<std::int64_t>(span.begin, truncated(std::floor(zero)) - 1));
   } else {
