@@ -341,8 +341,9 @@ FISHEYE_CALIBRATION_API void CroppingImage(unsigned char* src, ImageLong srcWidt
 // Yw = c x + d y + f. `params` receives a, b, c, d, e, f (six doubles). errorX and errorY, world
 // units, are sqrt(s/n), where s sums the squared residuals of the first nine points only and n
 // counts all points: give exactly nine points for a plain RMS. Writes the pairs to "D:/Affine.txt".
-// Returns false, outputs untouched, with fewer than three points. Below nine points those that are
-// there are summed.
+// Returns false, outputs untouched and no file written, with fewer than three points or a null
+// `params`. Below nine points those that are there are summed. Points that all lie on a line have no
+// single answer, and what comes out for them is not told apart.
 FISHEYE_CALIBRATION_API bool HandEyeCalibration(std::vector<CalibrationPoint> points,
                                                 double* const params, double& errorX,
                                                 double& errorY);
@@ -350,8 +351,9 @@ FISHEYE_CALIBRATION_API bool HandEyeCalibration(std::vector<CalibrationPoint> po
 // Setup aid: straightens "D:/CorrectedImage.bmp" by the perspective transform of exactly four
 // points (points 0 and 3 a diagonal), shows it in a window, waits for a key and writes
 // "D:/CorrectedImage2.bmp" (5184 x 5184). params, value1 and value2 are never written. Returns
-// false for an empty list; raises cv::Exception for any other number of points but four, a missing
-// input picture, or where no window can be opened. Call it on a thread that may own windows.
+// false for an empty list; raises cv::Exception for any other number of points but four (code
+// -215), a missing input picture, or where no window can be opened. Call it on a thread that may own
+// windows. Built with FISHEYE_CALIBRATION_INTERACTIVE=OFF it shows and waits for nothing.
 FISHEYE_CALIBRATION_API bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points,
                                                                double* const params, double& value1,
                                                                double& value2);

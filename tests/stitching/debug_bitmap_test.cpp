@@ -5,7 +5,7 @@
 #include <numeric>
 #include <vector>
 
-#include "stitching/debug_drive.h"
+#include "registration/debug_drive.h"
 #include "support/plain_stitching.h"
 
 namespace {

@@ -1,0 +1,31 @@
+// Values of command-line options, read so that a complaint names the option and the text.
+#ifndef HOST_ARGUMENTS_H
+#define HOST_ARGUMENTS_H
+
+#include <string>
+
+namespace host {
+
+struct Size {
+  int width = 0;
+  int height = 0;
+};
+
+// "1920x1208"; both from 1 to `largest`.
+Size parseSize(const std::string& option, const std::string& text, int smallest, int largest);
+
+struct Pair {
+  float first = 0;
+  float second = 0;
+};
+
+// "39,-12.5"
+Pair parsePair(const std::string& option, const std::string& text);
+
+float parsePositive(const std::string& option, const std::string& text);
+
+constexpr int largestImageSide = 32767;
+
+}  // namespace host
+
+#endif  // HOST_ARGUMENTS_H

@@ -1,0 +1,38 @@
+// Plain drawing for the pictures that the program writes.
+#ifndef HOST_DRAWING_H
+#define HOST_DRAWING_H
+
+#include <opencv2/core.hpp>
+#include <string>
+
+namespace host {
+
+// Blue for 0 over cyan-green and amber to red for 1, dark enough for a light ground.
+cv::Scalar scaleColour(double share);
+
+enum class Anchor { Left, Centre, Right };
+
+// `y` is the base line; `height` that of the capitals, pixels.
+void drawText(cv::Mat& canvas, const std::string& text, cv::Point2d place, double height,
+              const cv::Scalar& colour, Anchor anchor = Anchor::Left);
+double textWidth(const std::string& text, double height);
+
+// The same with a light rim, readable on any ground.
+void drawTextWithRim(cv::Mat& canvas, const std::string& text, cv::Point2d place, double height,
+                     const cv::Scalar& colour, Anchor anchor = Anchor::Left);
+
+void drawDisc(cv::Mat& canvas, cv::Point2d centre, double radius, const cv::Scalar& colour);
+void drawRing(cv::Mat& canvas, cv::Point2d centre, double radius, const cv::Scalar& colour,
+              int thickness);
+void drawLine(cv::Mat& canvas, cv::Point2d from, cv::Point2d to, const cv::Scalar& colour,
+              int thickness);
+void drawArrow(cv::Mat& canvas, cv::Point2d from, cv::Point2d to, const cv::Scalar& colour,
+               int thickness);
+
+// 1, 2 or 5 times a power of ten: the largest that is not above `value`.
+double niceBelow(double value);
+double niceAbove(double value);
+
+}  // namespace host
+
+#endif  // HOST_DRAWING_H

@@ -1,0 +1,35 @@
+// How the program ends when it cannot do what it was asked: one line of text and an exit code.
+#ifndef HOST_FAILURE_H
+#define HOST_FAILURE_H
+
+#include <stdexcept>
+#include <string>
+
+namespace host {
+
+enum ExitCode : int {
+  exitOk = 0,
+  exitJobFailed = 1,  // the job failed, or its result is not to be trusted
+  exitBadInput = 2    // bad usage or bad input
+};
+
+class Failure : public std::runtime_error {
+ public:
+  Failure(ExitCode code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  ExitCode code() const { return code_; }
+
+ private:
+  ExitCode code_;
+};
+
+[[noreturn]] inline void failBadInput(const std::string& message) {
+  throw Failure(exitBadInput, message);
+}
+
+[[noreturn]] inline void failJob(const std::string& message) {
+  throw Failure(exitJobFailed, message);
+}
+
+}  // namespace host
+
+#endif  // HOST_FAILURE_H

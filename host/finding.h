@@ -1,0 +1,58 @@
+// Something worth telling about the input or the result of a calibration.
+#ifndef HOST_FINDING_H
+#define HOST_FINDING_H
+
+#include <string>
+#include <vector>
+
+namespace host {
+
+enum class FindingKind {
+  // of the points, before the calibration
+  TooFewPoints,
+  DuplicateIds,
+  OutsideImage,
+  BeyondReach,
+  NearReach,
+  SmallCoverage,
+  SmallFrontalTarget,
+  CollinearPoints,
+  CoincidentPoints,
+  ScalePair,
+  // of the record
+  Empty,
+  NotFinite,
+  FocalLength,
+  PrincipalPoint,
+  LensCurve,
+  Rotation,
+  Pose,
+  Homography,
+  PixelSize,
+  // of the record together with the points
+  HomographyNotFound,
+  ReprojectionError,
+  Depth,
+  SecondCorrection,
+};
+
+enum class Severity {
+  Doubtful,    // told, and the work goes on
+  Impossible,  // the input cannot be used, or the result is not to be trusted
+};
+
+struct Finding {
+  FindingKind kind;
+  Severity severity;
+  std::string text;
+  std::vector<int> pointIds = {};
+};
+
+bool anyImpossible(const std::vector<Finding>& findings);
+
+// "points 1, 2 and 7"; long lists are cut with the number of what is left out.
+std::string namedPoints(const std::vector<int>& pointIds);
+
+}  // namespace host
+
+#endif  // HOST_FINDING_H

@@ -1,0 +1,35 @@
+// map: carries points between the frames of a calibrated camera, by the library's conversions.
+#ifndef HOST_MAP_COMMAND_H
+#define HOST_MAP_COMMAND_H
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct MapOptions {
+  std::string camera;
+  std::string from;
+  std::string to;
+  std::string correctedSize;
+  std::vector<std::string> point;  // coordinates; empty: a CSV on `in`
+};
+
+enum class ImageFrame { World, Raw, Corrected, Second };
+
+struct Conversion {
+  ImageFrame from;
+  ImageFrame to;
+  bool needsCorrectedSize;
+};
+
+// The conversion between the two named frames. Fails as bad input for names that are none, and for
+// conversions that the library does not provide.
+Conversion findConversion(const std::string& from, const std::string& to);
+
+int runMap(const MapOptions& options, std::istream& in, std::ostream& out, std::ostream& messages);
+
+}  // namespace host
+
+#endif  // HOST_MAP_COMMAND_H

@@ -1,0 +1,28 @@
+// Pictures in and out.
+#ifndef HOST_PICTURE_H
+#define HOST_PICTURE_H
+
+#include <opencv2/core.hpp>
+#include <string>
+
+namespace host {
+
+// True if the file's first bytes are those of a picture.
+bool isPicture(const std::string& path);
+
+// Eight-bit grey, as stored (no rotation by the camera's orientation tag: pixel coordinates must be
+// those of the sensor). Fails as bad input.
+cv::Mat readGreyPicture(const std::string& path);
+
+// The same in colour (three channels).
+cv::Mat readColourPicture(const std::string& path);
+
+// The bytes of a picture file of the kind that the path's ending names.
+std::string encodePicture(const std::string& path, const cv::Mat& picture);
+
+// Fails as bad input if the path's ending names no kind of picture that can be written.
+void requirePictureName(const std::string& option, const std::string& path);
+
+}  // namespace host
+
+#endif  // HOST_PICTURE_H

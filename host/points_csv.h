@@ -1,0 +1,24 @@
+// The file of target points: PointId,Xw,Yw,ImagePtX,ImagePtY.
+#ifndef HOST_POINTS_CSV_H
+#define HOST_POINTS_CSV_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "fisheye_calibration.h"
+
+namespace host {
+
+// The points in the order of the lines. The columns are found by their names; further columns are
+// ignored. Fails as bad input, naming file, line and column.
+std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_view text);
+
+std::string formatPoints(const std::vector<CalibrationPoint>& points);
+
+// The points with what the calibration made of them; residual = measured - reprojected, pixels.
+std::string formatResiduals(const std::vector<CalibrationPoint>& points);
+
+}  // namespace host
+
+#endif  // HOST_POINTS_CSV_H

@@ -1,0 +1,42 @@
+// Numbers to and from text, the same in every locale.
+#ifndef HOST_TEXT_H
+#define HOST_TEXT_H
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host {
+
+// The whole text as a finite number; a leading '+' is allowed. Nothing for anything else, including
+// "nan", "inf" and numbers beyond the range of a double.
+std::optional<double> parseNumber(std::string_view text);
+
+// As parseNumber, and within the range of a 32-bit float.
+std::optional<float> parseFloat(std::string_view text);
+
+std::optional<int> parseInteger(std::string_view text);
+
+// With a fixed number of decimals.
+std::string fixed(double value, int decimals);
+
+// The shortest text that reads back as the same value.
+std::string shortest(float value);
+std::string shortest(double value);
+
+// `significant` digits, no trailing zeros.
+std::string general(double value, int significant);
+
+std::string_view trimmed(std::string_view text);
+bool equalIgnoringCase(std::string_view a, std::string_view b);
+std::string padLeft(std::string text, std::size_t width);
+std::string padRight(std::string text, std::size_t width);
+std::string joined(const std::vector<std::string>& parts, std::string_view separator);
+
+// The text with line breaks and runs of blanks made single blanks, for one-line messages.
+std::string onOneLine(std::string_view text);
+
+}  // namespace host
+
+#endif  // HOST_TEXT_H

@@ -1,0 +1,99 @@
+// A record in a section of a profile file, one key a field: the one writer and the one reader that
+// all parameter files share. What a file looks like is a table of fields.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <new>
+#include <string>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+#include "params/number_text.h"
+#include "platform/profile_file.h"
+
+namespace params {
+
+// How a field's text becomes its value again. The files' users rely on each of these.
+enum class Reading {
+  Exact,           // as precisely as the field holds it
+  ThroughFloat,    // rounded to 32-bit float, in a field of 64 bits
+  ThroughInteger,  // whole numbers only: decimals are cut off, in a floating-point field
+  Skipped,         // written, but not read
+};
+
+// Written with six decimals (32-bit float), fifteen (64-bit float) or as a whole number.
+template <typename Record>
+struct Field {
+  const char* key;
+  std::variant<float Record::*, double Record::*, std::int32_t Record::*> member;
+  Reading reading = Reading::Exact;
+};
+
+inline std::string fieldText(float value) { return fixedText(value, 6); }
+inline std::string fieldText(double value) { return fixedText(value, 15); }
+inline std::string fieldText(std::int32_t value) { return std::to_string(value); }
+
+// Empty text, which also stands for a missing key, gives 0.
+template <typename Value>
+Value fieldValue(const std::string& text, Reading reading) {
+  if constexpr (std::is_integral_v<Value>) {
+    return parseInteger(text);
+  } else {
+    switch (reading) {
+      case Reading::ThroughInteger:
+        return static_cast<Value>(parseInteger(text));
+      case Reading::ThroughFloat:
+        return static_cast<float>(parseReal(text));
+      default:
+        return static_cast<Value>(parseReal(text));
+    }
+  }
+}
+
+template <typename Record, std::size_t count>
+void saveRecord(const char* path, const char* section,
+                const std::array<Field<Record>, count>& fields, const Record& record) try {
+  std::vector<platform::ProfileEntry> entries;
+  entries.reserve(count);
+  for (const Field<Record>& field : fields) {
+    entries.push_back({field.key, std::visit([&](auto member) { return fieldText(record.*member); },
+                                             field.member)});
+  }
+  platform::writeProfileValues(path, section, entries);
+} catch (const std::bad_alloc&) {
+  // As any file that cannot be written: it stays as it was.
+}
+
+template <typename Record, std::size_t count>
+void loadRecord(const char* path, const char* section,
+                const std::array<Field<Record>, count>& fields, Record& record) try {
+  for (const Field<Record>& field : fields) {
+    std::visit([&](auto member) { record.*member = 0; }, field.member);
+  }
+  std::vector<const char*> keys;
+  keys.reserve(count);
+  for (const Field<Record>& field : fields) {
+    if (field.reading != Reading::Skipped) {
+      keys.push_back(field.key);
+    }
+  }
+  const std::vector<std::string> texts = platform::readProfileValues(path, section, keys);
+  auto text = texts.begin();
+  for (const Field<Record>& field : fields) {
+    if (field.reading == Reading::Skipped) {
+      continue;
+    }
+    const auto store = [&](auto member) {
+      using Value = std::remove_reference_t<decltype(record.*member)>;
+      record.*member = fieldValue<Value>(*text, field.reading);
+    };
+    std::visit(store, field.member);
+    ++text;
+  }
+} catch (const std::bad_alloc&) {
+  // As any file that cannot be read: the fields are 0.
+}
+
+}  // namespace params

@@ -1,0 +1,34 @@
+#include "platform/profile_file.h"
+#include "platform/profile_text.h"
+#include "platform/whole_file.h"
+
+namespace platform {
+
+std::vector<std::string> readProfileValues(const char* path, const char* section,
+                                           std::span<const char* const> keys) {
+  constexpr std::size_t longestValue = 127;  // a buffer of 128 characters on Windows
+  std::vector<std::string> values(keys.size());
+  // One look at the file for all keys, so that a save in between cannot mix old and new values.
+  std::string text;
+  if (path == nullptr || readWholeFile(path, text) != FileState::Read) {
+    return values;
+  }
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    values[i] = profileValue(text, section, keys[i]).substr(0, longestValue);
+  }
+  return values;
+}
+
+bool writeProfileValues(const char* path, const char* section,
+                        std::span<const ProfileEntry> entries) {
+  std::string text;
+  if (path == nullptr || readWholeFile(path, text) == FileState::Unreadable) {
+    return false;
+  }
+  for (const ProfileEntry& entry : entries) {
+    setProfileValue(text, section, entry.key, entry.value);
+  }
+  return entries.empty() || replaceWholeFile(path, text);
+}
+
+}  // namespace platform

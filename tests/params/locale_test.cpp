@@ -1,0 +1,89 @@
+// Parameter files look the same and are read the same in a process whose locale has a decimal
+// comma.
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdlib>
+#include <locale>
+
+#include "fisheye_calibration.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+class Commas : public std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+class ParameterFileLocale : public testing::Test {
+ protected:
+  void TearDown() override {
+    std::locale::global(std::locale::classic());
+    std::setlocale(LC_ALL, "C");
+  }
+
+  void expectPointsInFiles() const {
+    FishEyeCalibrationParam param{};
+    param.fx = 1234567.25f;
+    param.p1 = -1234.5;
+    EXPECT_TRUE(SaveCalibrationParam(path.c_str(), param));
+    const std::string bytes = support::bytesOf(path);
+    EXPECT_NE(bytes.find("\r\nfx=1234567.250000\r\n"), std::string::npos) << bytes;
+    EXPECT_NE(bytes.find("\r\np1=-1234.500000000000000\r\n"), std::string::npos) << bytes;
+    EXPECT_EQ(bytes.find(','), std::string::npos);
+    FishEyeCalibrationParam loaded{};
+    EXPECT_TRUE(LoadCalibrationParam(path.c_str(), loaded));
+    EXPECT_EQ(loaded.fx, 1234567.25f);
+    EXPECT_EQ(loaded.p1, -1234.5);
+
+    DualFishEyeCalibrationParam dual{};
+    dual.Pixel = 0.5f;
+    dual.StdImageWidth = 1234567;
+    EXPECT_TRUE(SaveDualCamerasCalibrationParam(path.c_str(), dual));
+    EXPECT_NE(support::bytesOf(path).find("Pixel=0.500000\r\nStdImageWidth=1234567\r\n"),
+              std::string::npos);
+    DualFishEyeCalibrationParam loadedDual{};
+    EXPECT_TRUE(LoadDualCamerasCalibrationParam(path.c_str(), loadedDual));
+    EXPECT_EQ(loadedDual.Pixel, 0.5f);
+    EXPECT_EQ(loadedDual.StdImageWidth, 1234567);
+  }
+
+  support::TemporaryFolder folder;
+  const std::string path = folder.file("camera.ini");
+};
+
+TEST_F(ParameterFileLocale, GlobalCxxLocaleWithCommasDoesNotMatter) {
+  std::locale::global(std::locale(std::locale::classic(), new Commas));
+  expectPointsInFiles();
+}
+
+// True when the C library's locale has a decimal comma now.
+bool setCommaLocale([[maybe_unused]] const support::TemporaryFolder& folder) {
+#ifndef _WIN32
+  // Systems often carry the sources of locales only.
+  const std::string target = folder.file("de_DE.UTF-8");
+  const std::string command = "localedef -i de_DE -f UTF-8 '" + target + "' >/dev/null 2>&1";
+  if (std::system(command.c_str()) == 0) {
+    ::setenv("LOCPATH", folder.path().c_str(), 1);
+  }
+#endif
+  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "German"}) {
+    if (std::setlocale(LC_ALL, name) != nullptr &&
+        std::string(std::localeconv()->decimal_point) == ",") {
+      return true;
+    }
+  }
+  return false;
+}
+
+TEST_F(ParameterFileLocale, CLocaleWithCommasDoesNotMatter) {
+  const support::TemporaryFolder locales;
+  if (!setCommaLocale(locales)) {
+    GTEST_SKIP() << "this system has no locale with a decimal comma and cannot make one";
+  }
+  expectPointsInFiles();
+}
+
+}  // namespace
