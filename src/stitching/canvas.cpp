@@ -18,14 +18,15 @@ bool hasContent(unsigned char mask) { return mask < kNoContent; }
 
 // Rightmost column with content of each buffer row of the view. Column 0 is not looked at.
 std::vector<std::int32_t> seamOf(const DoubledView& view) {
-  std::vector<std::int32_t> seam(static_cast<std::size_t>(std::max(view.height, 0)), 0);
+  const std::int32_t rows = view.width > 0 ? std::max(view.height, 0) : 0;
+  std::vector<std::int32_t> seam(static_cast<std::size_t>(rows), 0);
   for (std::size_t y = 0; y < seam.size(); ++y) {
     const unsigned char* const mask = view.mask.get() + y * static_cast<std::size_t>(view.width);
     std::int32_t column = view.width - 1;
-    while (column >= 1 && !hasContent(mask[column])) {
+    while (column > 0 && !hasContent(mask[column])) {
       --column;
     }
-    seam[y] = std::max(column, 0);
+    seam[y] = column;
   }
   return seam;
 }
@@ -128,7 +129,7 @@ void composeRows(const DoubledView& first, const DoubledView& second, const cv::
     Row row{canvas.pixels +
                 static_cast<std::size_t>(r) * static_cast<std::size_t>(canvas.width) * Bytes,
             static_cast<double>(y1)};
-    if (0 <= y1 && y1 < first.height) {
+    if (first.width > 0 && 0 <= y1 && y1 < first.height) {
       const std::size_t start =
           static_cast<std::size_t>(y1) * static_cast<std::size_t>(first.width);
       row.firstEnd = std::min(first.width, canvas.width);

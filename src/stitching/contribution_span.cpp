@@ -51,6 +51,9 @@ void keepPositive(const Linear& f, Span& span) {
 // and rounding is monotonous, so this holds for the computed numbers too. A negative w turns all
 // signs; a w that changes its sign on the row (the camera looks along the bed) is left alone.
 Span contributionSpan(const cv::Matx33d& M, double row, std::int32_t width, const cv::Size& size) {
+  if (size.empty()) {
+    return {};
+  }
   Span span{0, std::max(width, 0)};
   const Linear w = combined(M, 2, 0, row, span.end);
   const double atBegin = w.constant;

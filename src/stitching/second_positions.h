@@ -17,7 +17,7 @@ constexpr int kPositionsAtOnce = 512;
 //   y = trunc((m10 c + m11 row + m12)/w + 0.5)
 //   positions[c - column] = y size.width + x, or -1 where (x, y) lies outside the view or is no
 //   number
-// The view must have fewer than 2^31 pixels. All kPositionsAtOnce elements of `positions` may be
+// The view must have 1...2^31 - 1 pixels. All kPositionsAtOnce elements of `positions` may be
 // written.
 void secondPositions(const cv::Matx33d& M, double row, std::int32_t column, int count,
                      const cv::Size& size, std::int32_t* positions);

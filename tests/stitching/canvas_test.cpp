@@ -190,6 +190,8 @@ TEST(Canvas, EmptyViewsAndCanvasesAreFine) {
   EXPECT_EQ(composed(none, none, shift(0, 0), 2, 1, 3), (Canvas{3, 3}));
   EXPECT_EQ(composed(none, one, shift(0, 0), 2, 1, 3), (Canvas{9, 3}));
   EXPECT_EQ(composed(one, none, shift(0, 0), 2, 1, 3), (Canvas{9, 3}));
+  // -1 + 0.5 is cut to 0, which an empty view does not have either.
+  EXPECT_EQ(composed(one, none, shift(-1, -1), 2, 1, 3), (Canvas{9, 3}));
   EXPECT_EQ(composed(one, one, shift(0, 0), 0, 1, 3), Canvas{});
   EXPECT_EQ(composed(one, one, shift(0, 0), 1, 0, 3), Canvas{});
   unsigned char untouched = 3;
