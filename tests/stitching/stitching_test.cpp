@@ -132,8 +132,8 @@ TEST_F(Stitching, ACameraWithoutAPictureContributesNothing) {
   rig.first.image.clear();  // a null pointer
   const Bytes second = rigs::stitch(rig, 24, 12, 8, 1).canvas;
   EXPECT_EQ(Bytes(second.begin() + 5 * 24, second.begin() + 6 * 24),
-            (Bytes{1,   1,   1,   1,   1, 1, 1, 1, 200, 200, 200, 200,
-                   200, 200, 200, 200, 1, 1, 1, 1, 1,   1,   1,   1}));
+            (Bytes{1,   1,   1,   1, 1, 1, 1, 1, 200, 200, 200, 200,
+                   200, 200, 200, 0, 1, 1, 1, 1, 1,   1,   1,   1}));
   rig = flatRig(8, 4);
   rig.second.image.assign(48, 0);  // black
   const Bytes first = rigs::stitch(rig, 24, 12, 8, 1).canvas;
