@@ -57,9 +57,12 @@ bool correct(const Camera& camera, DoubledView& view) {
 }
 
 DoubledView render(const Camera& camera, const BufferSizes& sizes) {
-  DoubledView view{doubledWidth(camera), doubledHeight(camera), camera.bits,
-                   std::make_unique_for_overwrite<unsigned char[]>(sizes.pixels),
-                   std::make_unique_for_overwrite<unsigned char[]>(sizes.mask)};
+  DoubledView view;
+  view.width = doubledWidth(camera);
+  view.height = doubledHeight(camera);
+  view.bits = camera.bits;
+  view.pixels = std::make_unique_for_overwrite<unsigned char[]>(sizes.pixels);
+  view.mask = std::make_unique_for_overwrite<unsigned char[]>(sizes.mask);
   if (!correct(camera, view)) {
     std::memset(view.pixels.get(), 0, sizes.pixels);
     std::memset(view.mask.get(), kNoContent, sizes.mask);
