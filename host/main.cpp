@@ -10,15 +10,19 @@
 #include "calibrate_command.h"
 #include "detect_command.h"
 #include "failure.h"
+#include "hand_eye_command.h"
 #include "info_command.h"
 #include "map_command.h"
+#include "straighten_command.h"
 #include "text.h"
 
 namespace {
 
 using host::CalibrateOptions;
 using host::DetectOptions;
+using host::HandEyeOptions;
 using host::MapOptions;
+using host::StraightenOptions;
 using host::TargetOptions;
 
 constexpr const char* programName = "fisheye-calibration";
@@ -127,6 +131,36 @@ void addInfo(CLI::App& app, std::string& path) {
   command->footer("Example:\n  fisheye-calibration info camera.ini");
 }
 
+void addHandEye(CLI::App& app, HandEyeOptions& options) {
+  CLI::App* command =
+      app.add_subcommand("hand-eye", "Fit the affine map from raw-image pixels to the work plane");
+  command->add_option("points", options.points, "points (CSV), at least three")->required();
+  command->add_option("-o,--output", options.output, "the coefficients: a,b,c,d,e,f")
+      ->type_name("CSV")
+      ->required();
+  command->add_option("--plot", options.plot, "picture of the residuals on the work plane")
+      ->type_name("PICTURE");
+  command->footer(
+      "Xw = a x + b y + e, Yw = c x + d y + f. The lens's distortion is not taken into account.\n\n"
+      "Example:\n  fisheye-calibration hand-eye points.csv -o affine.csv --plot residuals.png");
+}
+
+void addStraighten(CLI::App& app, StraightenOptions& options) {
+  CLI::App* command = app.add_subcommand(
+      "straighten", "Show a corrected picture straightened by four points, and keep the result");
+  command
+      ->add_option("points", options.points,
+                   "four points (CSV) in the corrected picture; the first and the last lie on a "
+                   "diagonal")
+      ->required();
+  command->add_option("image", options.image, "the corrected picture")->required();
+  command->footer(
+      "The library works on fixed files on drive D: (elsewhere than on Windows a folder named D: "
+      "in the working directory, made if it is missing): the picture is copied to "
+      "D:/CorrectedImage.bmp and the result is D:/CorrectedImage2.bmp. The window waits for a "
+      "key.\n\nExample:\n  fisheye-calibration straighten corners.csv corrected.png");
+}
+
 // Failures come back as exceptions with the text; the image library's own lines would be noise.
 int silent(int, const char*, const char*, const char*, int, void*) { return 0; }
 
@@ -152,10 +186,14 @@ int run(int argc, char** argv) {
   DetectOptions detect;
   CalibrateOptions calibrate;
   MapOptions map;
+  HandEyeOptions handEye;
+  StraightenOptions straighten;
   std::string camera;
   addDetect(app, detect);
   addCalibrate(app, calibrate);
   addMap(app, map);
+  addHandEye(app, handEye);
+  addStraighten(app, straighten);
   addInfo(app, camera);
   try {
     app.parse(argc, argv);
@@ -166,6 +204,10 @@ int run(int argc, char** argv) {
   if (app.got_subcommand("detect")) return host::runDetect(detect, std::cout, std::cerr);
   if (app.got_subcommand("calibrate")) return host::runCalibrate(calibrate, std::cout, std::cerr);
   if (app.got_subcommand("map")) return host::runMap(map, std::cin, std::cout, std::cerr);
+  if (app.got_subcommand("hand-eye")) return host::runHandEye(handEye, std::cout);
+  if (app.got_subcommand("straighten")) {
+    return host::runStraighten(straighten, std::cout, std::cerr);
+  }
   return host::runInfo(camera, std::cout, std::cerr);
 }
 

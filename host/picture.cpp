@@ -8,19 +8,15 @@
 #include "output_files.h"
 
 namespace host {
+namespace {
 
-bool isPicture(const std::string& path) {
-  std::error_code error;
-  return std::filesystem::is_regular_file(path, error) && cv::haveImageReader(path);
-}
-
-cv::Mat readGreyPicture(const std::string& path) {
+cv::Mat readAs(const std::string& path, int kind) {
   const std::string bytes = readFile(path);
   cv::Mat picture;
   if (!bytes.empty()) {
     const std::vector<unsigned char> buffer(bytes.begin(), bytes.end());
     try {
-      picture = cv::imdecode(buffer, cv::IMREAD_GRAYSCALE | cv::IMREAD_IGNORE_ORIENTATION);
+      picture = cv::imdecode(buffer, kind | cv::IMREAD_IGNORE_ORIENTATION);
     } catch (const cv::Exception&) {  // an absurd size in a damaged header
       picture.release();
     }
@@ -28,6 +24,17 @@ cv::Mat readGreyPicture(const std::string& path) {
   if (picture.empty()) failBadInput(path + ": not a picture that can be read");
   return picture;
 }
+
+}  // namespace
+
+bool isPicture(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::is_regular_file(path, error) && cv::haveImageReader(path);
+}
+
+cv::Mat readGreyPicture(const std::string& path) { return readAs(path, cv::IMREAD_GRAYSCALE); }
+
+cv::Mat readColourPicture(const std::string& path) { return readAs(path, cv::IMREAD_COLOR); }
 
 std::string encodePicture(const std::string& path, const cv::Mat& picture) {
   std::vector<unsigned char> bytes;

@@ -14,6 +14,9 @@ bool isPicture(const std::string& path);
 // those of the sensor). Fails as bad input.
 cv::Mat readGreyPicture(const std::string& path);
 
+// The same in colour (three channels).
+cv::Mat readColourPicture(const std::string& path);
+
 // The bytes of a picture file of the kind that the path's ending names.
 std::string encodePicture(const std::string& path, const cv::Mat& picture);
 

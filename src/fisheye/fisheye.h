@@ -40,6 +40,24 @@ void undistortPoints(cv::InputArray distorted, cv::OutputArray undistorted, cv::
                                                                       cv::TermCriteria::EPS,
                                                                   10, 1e-8));
 
+// For every pixel of a corrected image of `size`: the position in the raw image that it shows, as
+// fixed-point maps with 5 fractional bits, which cv::remap takes as they are. The corrected view is
+// the pinhole camera P (3x3, or the left block of 3x4) turned by R (3x3 or rotation vector), its
+// principal point always in the image's centre, (trunc(width/2 + 0.5), trunc(height/2 + 0.5)):
+//   (X, Y, W) = (P R)^-1 (column, row, 1), a = X/W, b = Y/W, then u = fx a theta_d/r + cx,
+//   v = fy b theta_d/r + cy.
+// map1: CV_16SC2, whole (column, row); map2: CV_16UC1, row fraction * 32 + column fraction, in
+// units of 1/32 pixel, rounded to the nearest, ties to even. Positions beyond 16 bits wrap around.
+// Rays that point away from the camera (W <= 0), positions beyond 32 bits or not a number, and
+// every ray of a singular P R give whole (0, 0), fraction 0.
+//
+// K is 3x3 (its skew entry is not read), D holds (k0, k1) or nothing (both 0); all in single or
+// double precision, also an empty D. m1type is CV_16SC2, any other raises. The maps are created
+// before the other arguments are checked.
+void initUndistortRectifyMap(cv::InputArray K, cv::InputArray D, cv::InputArray R, cv::InputArray P,
+                             const cv::Size& size, int m1type, cv::OutputArray map1,
+                             cv::OutputArray map2);
+
 // Estimates focal lengths, principal point and distortion of one camera, and the pose of a planar
 // target in each view, by damped Gauss-Newton on the reprojection error: step factor 1 - 0.6^(i+1)
 // in iteration i, all poses found anew after every step. The start is an equidistant lens of focal

@@ -56,6 +56,7 @@ template <typename Record, std::size_t count>
 void saveRecord(const char* path, const char* section,
                 const std::array<Field<Record>, count>& fields, const Record& record) try {
   std::vector<platform::ProfileEntry> entries;
+  entries.reserve(count);
   for (const Field<Record>& field : fields) {
     entries.push_back({field.key, std::visit([&](auto member) { return fieldText(record.*member); },
                                              field.member)});
@@ -72,6 +73,7 @@ void loadRecord(const char* path, const char* section,
     std::visit([&](auto member) { record.*member = 0; }, field.member);
   }
   std::vector<const char*> keys;
+  keys.reserve(count);
   for (const Field<Record>& field : fields) {
     if (field.reading != Reading::Skipped) {
       keys.push_back(field.key);

@@ -15,7 +15,7 @@ namespace platform {
 namespace {
 
 // Far above any parameter file; keeps a file given by mistake from exhausting the memory.
-constexpr off_t largestFile = 256 * 1024 * 1024;
+constexpr off_t largestFile = off_t{256} << 20;
 
 class FileDescriptor {
  public:

@@ -1,0 +1,91 @@
+#include "registration/affine_fit.h"
+
+#include <charconv>
+#include <cstddef>
+#include <fstream>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "registration/eq_matrix.h"
+
+namespace {
+
+constexpr bool writesDebugFiles = FISHEYE_CALIBRATION_DEBUG_FILES != 0;
+
+constexpr int unknowns = 6;
+
+// Appends the number as printf's "%f" prints it in the "C" locale, whatever locale the host has
+// set.
+[[maybe_unused]] void appendFixed(std::string& text, double value) {
+  // Room for the largest double: 309 digits, point, six decimals and sign.
+  char digits[std::numeric_limits<double>::max_exponent10 + 16];
+  const auto [end, error] =
+      std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
+  if (error == std::errc()) text.append(digits, end);
+}
+
+[[maybe_unused]] void writePairs(const std::vector<cv::Point2f>& src,
+                                 const std::vector<cv::Point2f>& dst) {
+  std::ofstream file("D:/Affine.txt");  // text mode: the system's own line ends
+  if (!file) return;
+  std::string line;
+  for (std::size_t i = 0; i < src.size(); ++i) {
+    line.clear();
+    appendFixed(line, src[i].x);
+    line += '\t';
+    appendFixed(line, src[i].y);
+    line += '\t';
+    appendFixed(line, dst[i].x);
+    line += '\t';
+    appendFixed(line, dst[i].y);
+    line += '\n';
+    file.write(line.data(), static_cast<std::streamsize>(line.size()));
+  }
+}
+
+// Two equations a pair, for p = (a, b, c, d, e, f):
+//   x a + y b + e = u
+//   x c + y d + f = v
+void setPair(CEQMatrix& A, CEQMatrix& b, int pair, const cv::Point2f& from, const cv::Point2f& to) {
+  const int rowU = 2 * pair;
+  const int rowV = rowU + 1;
+  A.SetElement(rowU, 0, from.x);
+  A.SetElement(rowU, 1, from.y);
+  A.SetElement(rowU, 4, 1.0);
+  b.SetElement(rowU, 0, to.x);
+  A.SetElement(rowV, 2, from.x);
+  A.SetElement(rowV, 3, from.y);
+  A.SetElement(rowV, 5, 1.0);
+  b.SetElement(rowV, 0, to.y);
+}
+
+}  // namespace
+
+bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
+               float* params) {
+  constexpr std::size_t mostPairs = std::numeric_limits<int>::max() / (2 * unknowns);
+  if (src.empty() || src.size() != dst.size() || src.size() > mostPairs || params == nullptr) {
+    return false;
+  }
+  const int pairs = static_cast<int>(src.size());
+  CEQMatrix A;
+  CEQMatrix b;
+  if (A.SetSize(2 * pairs, unknowns) == 0 || b.SetSize(2 * pairs, 1) == 0) return false;
+  for (int i = 0; i < pairs; ++i) {
+    setPair(A, b, i, src[static_cast<std::size_t>(i)], dst[static_cast<std::size_t>(i)]);
+  }
+
+  // p = inv(A^T A) A^T b
+  const CEQMatrix At = A.Transpose();
+  CEQMatrix N = At.Multiply(A);
+  const CEQMatrix r = At.Multiply(b);
+  if (N.Data == nullptr || r.Data == nullptr || At.Data == nullptr) return false;
+  N.Invert();  // a singular N is used as it is left
+  const CEQMatrix p = N.Multiply(r);
+  if (p.Data == nullptr) return false;
+
+  if constexpr (writesDebugFiles) writePairs(src, dst);
+  for (int i = 0; i < unknowns; ++i) params[i] = static_cast<float>(p.GetElement(i, 0));
+  return true;
+}

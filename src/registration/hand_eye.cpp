@@ -1,0 +1,54 @@
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include "fisheye_calibration.h"
+#include "registration/affine_fit.h"
+
+namespace {
+
+// An affine map has six coefficients, fixed by three points.
+constexpr std::size_t fewestPoints = 3;
+
+// The error figures have always looked at this many points and divided by the number of all; hosts
+// compare them with limits made for it.
+constexpr std::size_t pointsInError = 9;
+
+}  // namespace
+
+bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const params, double& errorX,
+                        double& errorY) {
+  if (points.size() < fewestPoints || params == nullptr) return false;
+  std::vector<cv::Point2f> imagePoints;
+  std::vector<cv::Point2f> worldPoints;
+  imagePoints.reserve(points.size());
+  worldPoints.reserve(points.size());
+  for (const CalibrationPoint& point : points) {
+    imagePoints.emplace_back(point.ImagePtX, point.ImagePtY);
+    worldPoints.emplace_back(point.Xw, point.Yw);
+  }
+
+  float fitted[6];
+  if (!AffineFit(imagePoints, worldPoints, fitted)) return false;
+  std::copy(std::begin(fitted), std::end(fitted), params);
+  const double a = fitted[0], b = fitted[1], c = fitted[2], d = fitted[3], e = fitted[4],
+               f = fitted[5];
+
+  // X' = a x + b y + e, Y' = c x + d y + f, error = sqrt(sum over the first nine (Xw - X')^2 / n).
+  // Predictions and residuals are 32-bit floats, so their squares are exact in double.
+  double sumX = 0.0;
+  double sumY = 0.0;
+  for (std::size_t i = 0; i < std::min(points.size(), pointsInError); ++i) {
+    const double x = imagePoints[i].x;
+    const double y = imagePoints[i].y;
+    const double residualX = worldPoints[i].x - static_cast<float>(a * x + b * y + e);
+    const double residualY = worldPoints[i].y - static_cast<float>(c * x + d * y + f);
+    sumX += residualX * residualX;
+    sumY += residualY * residualY;
+  }
+  const auto n = static_cast<double>(points.size());
+  errorX = std::sqrt(sumX / n);
+  errorY = std::sqrt(sumY / n);
+  return true;
+}

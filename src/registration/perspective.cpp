@@ -1,0 +1,87 @@
+#include <cmath>
+#include <cstddef>
+#include <opencv2/core.hpp>
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+#include <vector>
+
+#include "fisheye_calibration.h"
+
+#if FISHEYE_CALIBRATION_INTERACTIVE
+#include <opencv2/highgui.hpp>
+
+#include "registration/display.h"
+#endif
+
+namespace {
+
+constexpr std::size_t pointsOfTransform = 4;
+
+// Size of the straightened picture, whatever the input's.
+constexpr int straightenedSize = 5184;
+
+std::vector<cv::Point2f> imagePointsOf(const std::vector<CalibrationPoint>& points) {
+  std::vector<cv::Point2f> imagePoints;
+  imagePoints.reserve(points.size());
+  for (const CalibrationPoint& point : points) {
+    imagePoints.emplace_back(point.ImagePtX, point.ImagePtY);
+  }
+  return imagePoints;
+}
+
+// The world layout of four points in pixels, hung up at the image position (x0, y0) of the first:
+//   dI = |image point 0 - image point 3|, dW = |world point 0 - world point 3|   (32-bit float)
+//   s = dW/dI                                                      (world units a pixel)
+//   (x, y)_k = ((Xw_k - Xw_0)/s + x0, (Yw_k - Yw_0)/s + y0)
+std::vector<cv::Point2f> worldLayoutInPixels(const std::vector<CalibrationPoint>& points) {
+  const CalibrationPoint& first = points[0];
+  const CalibrationPoint& opposite = points[3];
+  const float imageDx = first.ImagePtX - opposite.ImagePtX;
+  const float imageDy = first.ImagePtY - opposite.ImagePtY;
+  const float worldDx = first.Xw - opposite.Xw;
+  const float worldDy = first.Yw - opposite.Yw;
+  const float dI = std::sqrt(imageDy * imageDy + imageDx * imageDx);
+  const float dW = std::sqrt(worldDx * worldDx + worldDy * worldDy);
+  const double s = static_cast<double>(dW) / static_cast<double>(dI);
+
+  const double x0 = first.ImagePtX;
+  const double y0 = first.ImagePtY;
+  std::vector<cv::Point2f> layout{{first.ImagePtX, first.ImagePtY}};
+  for (std::size_t k = 1; k < pointsOfTransform; ++k) {
+    const double dx = static_cast<double>(points[k].Xw) - first.Xw;
+    const double dy = static_cast<double>(points[k].Yw) - first.Yw;
+    layout.emplace_back(static_cast<float>(dx / s + x0), static_cast<float>(dy / s + y0));
+  }
+  return layout;
+}
+
+void showUntilKey([[maybe_unused]] const cv::Mat& image) {
+#if FISHEYE_CALIBRATION_INTERACTIVE
+  requireDisplay();
+  cv::imshow("Transformed Image", image);
+  cv::waitKey(0);
+  cv::destroyAllWindows();
+#endif
+}
+
+}  // namespace
+
+bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points, double* const, double&,
+                                       double&) {
+  if (points.empty()) return false;
+  const std::vector<cv::Point2f> source = imagePointsOf(points);
+  // Any other number of points is refused by the image library, which wants four in both lists.
+  std::vector<cv::Point2f> destination;
+  if (points.size() == pointsOfTransform) destination = worldLayoutInPixels(points);
+  const cv::Mat M = cv::getPerspectiveTransform(source, destination, cv::DECOMP_LU);
+
+  const cv::Mat picture = cv::imread("D:/CorrectedImage.bmp", cv::IMREAD_COLOR);
+  cv::Mat straightened;
+  cv::warpPerspective(picture, straightened, M, cv::Size(straightenedSize, straightenedSize),
+                      cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar());
+  showUntilKey(straightened);
+  if constexpr (FISHEYE_CALIBRATION_DEBUG_FILES != 0) {
+    cv::imwrite("D:/CorrectedImage2.bmp", straightened);  // that it fails is no failure
+  }
+  return true;
+}

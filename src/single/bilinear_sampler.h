@@ -1,0 +1,29 @@
+// Bilinear samples of a raw frame, byte for byte those of the image library's remap with
+// fixed-point maps, and their validity.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace single {
+
+// A raw frame in the host's layout: rows bottom-up, no padding.
+struct RawFrame {
+  const unsigned char* pixels;
+  int width;
+  int height;
+  int bytesPerPixel;  // 1, 3 or 4
+};
+
+// Samples a run at positions (u[k], v[k]), 1/32 pixels. The integer parts are the low 16 bits,
+// signed, of u >> 5 and v >> 5: (sx, sy) is the upper left one of the four pixels P00, P01, P10,
+// P11 that are mixed,
+//   (32 - b) ((32 - a) P00 + a P01) + b ((32 - a) P10 + a P11), a = u & 31, b = v & 31,
+// divided by 1024 and rounded. A sample that reaches beyond the last row or column, or lies
+// outside, is 0. Validity is 0 where more than half of the sample's weight lies inside the frame,
+// else 255. kNowhere gives 0 and 255. Reads whole runs of u and v, writes `count` pixels and, if
+// there is a mask, `count` bytes.
+void sampleRun(const RawFrame& frame, const int* u, const int* v, std::size_t count,
+               unsigned char* pixels, unsigned char* mask);
+
+}  // namespace single

@@ -1,0 +1,51 @@
+// A place for the debug files of one test.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <random>
+#include <string>
+
+// Runs each test in a fresh working directory. Off Windows the debug paths are relative, so a
+// directory "D:" there receives them; on Windows they are on the real drive, if there is one.
+class DebugDriveTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    previous_ = std::filesystem::current_path();
+    directory_ = std::filesystem::temp_directory_path() /
+                 ("fisheye_calibration_" + std::to_string(std::random_device{}()));
+    ASSERT_TRUE(std::filesystem::create_directory(directory_));
+    std::filesystem::current_path(directory_);
+  }
+
+  void TearDown() override {
+    std::filesystem::current_path(previous_);
+    std::filesystem::remove_all(directory_);
+  }
+
+  // Makes the drive ready and says whether debug files can be looked for.
+  static bool makeDebugDrive() {
+#if !defined(_WIN32)
+    std::filesystem::create_directory("D:");
+#endif
+    return FISHEYE_CALIBRATION_DEBUG_FILES != 0 && std::filesystem::is_directory("D:/");
+  }
+
+  // The file's bytes as they are on disk, or nothing.
+  static std::optional<std::string> contentOf(const char* path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return std::nullopt;
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  }
+
+ private:
+  std::filesystem::path previous_;
+  std::filesystem::path directory_;
+};
+
+#define SKIP_WITHOUT_DEBUG_DRIVE() \
+  if (!makeDebugDrive()) GTEST_SKIP() << "No drive D:, or built without debug files"
