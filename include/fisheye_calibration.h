@@ -24,8 +24,10 @@
 // stand, so nothing is written unless the working directory holds a directory called "D:"), the C
 // runtime's rand() and the window of GetPerspectiveTransformationParam.
 //
-// Failures are told by the bool result. Degenerate input may raise the image library's exception
-// (cv::Exception) from functions where this is said; nothing is half-converted after it.
+// Failures are told by the bool result; which outputs a failing function leaves alone is said there.
+// Degenerate input may raise the image library's exception (cv::Exception) from functions where this is
+// said. Calibrations agree between machines to rounding, not to the bit; conversions and pictures are
+// the same on all.
 #ifndef FISHEYE_CALIBRATION_H
 #define FISHEYE_CALIBRATION_H
 
@@ -217,9 +219,11 @@ FISHEYE_CALIBRATION_OFFSET(DualFishEyeCalibrationParam, DatumPtYw, 24);
 //   points           at least 9 points in any order; PointId is not read. The four Reproj fields of
 //                    every element are written, nothing else is changed. The first and the last
 //                    point fix the scale `Pixel`: give them far apart.
-//   correctedWidth, correctedHeight   size of the corrected image that will be rendered later,
-//   pixels param            filled field by field; k2...k5 receive filler from the C runtime's
-//   rand() reprojectionError   sqrt(sum(du^2 + dv^2) / n), raw-image pixels
+//   correctedWidth, correctedHeight
+//                    size of the corrected image that will be rendered later, pixels
+//   param            filled field by field; k2...k5 receive filler from the C runtime's rand()
+//   reprojectionError
+//                    sqrt(sum(du^2 + dv^2) / n), raw-image pixels
 //
 // Returns true when everything was filled. Returns false
 //   - with fewer than 9 points, after the message "特征点少于9个点，无法完成标定！" (a modal box on
@@ -273,6 +277,7 @@ FISHEYE_CALIBRATION_API bool LoadDualCamerasCalibrationParam(const char* path,
 //   mask                                 null, or dstWidth x dstHeight bytes: 0 where the pixel
 //                                        shows image content, 255 where it does not
 //
+// dst and mask may overlap src, not each other. Raises cv::Exception for buffers over 2^31 - 1 bytes.
 // Returns false, with nothing written, for null buffers, an empty source, a size of dst that is not
 // positive, another bit count, or a frame that is entirely black after the distortion is removed.
 // With a singular homography every pixel is outside (image 0, mask 255) and the result is true.

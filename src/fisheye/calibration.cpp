@@ -53,9 +53,6 @@ class Solver {
  public:
   Solver(std::vector<ViewPoints> views, const cv::Size& imageSize)
       : views_(std::move(views)), camera_(startingCamera(imageSize)), poses_(views_.size()) {
-    for (const ViewPoints& view : views_) {
-      planes_.push_back(targetPlane(view));
-    }
     findPoses();
   }
 
@@ -91,6 +88,9 @@ class Solver {
   void findPoses() {
     const Camera camera = internal::toCamera(camera_);
     for (std::size_t i = 0; i < views_.size(); ++i) {
+      if (planes_.size() == i) {
+        planes_.push_back(targetPlane(views_[i]));
+      }
       const auto refined = findPose(views_[i], planes_[i], camera, kMaxConditionRatio);
       if (!refined) {
         return;
@@ -164,6 +164,7 @@ double calibrate(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays ima
     rotations.push_back(pose.om);
     translations.push_back(pose.T);
   }
+  // The kind of the rotations' list decides the form of both.
   storeTriples(rotations, rvecs, rvecs.isMatVector());
   storeTriples(translations, tvecs, rvecs.isMatVector());
   return solver.rms();

@@ -1,4 +1,4 @@
-// The camera model of one point, and its derivatives: the only place where the formulas stand. T is
+// The camera model of one point, and its derivatives: where the formulas of the lens stand. T is
 // double, or Pack for a vector of points.
 #if defined(FISHEYE_CAMERA_MODEL_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef FISHEYE_CAMERA_MODEL_INL_H_

@@ -27,7 +27,7 @@ void ComputeExtrinsicRefine(const cv::Mat& imagePoints, const cv::Mat& objectPoi
       view, camera, {fisheye::readTriple(rvec), fisheye::readTriple(tvec)}, thresh_cond);
   cv::Mat residuals;
   J = fisheye::poseJacobian(view, camera, refined.evaluated, residuals);
-  if (refined.improved) {
+  if (refined.moved) {
     rvec = cv::Mat(refined.pose.om, true);
     tvec = cv::Mat(refined.pose.T, true);
   }

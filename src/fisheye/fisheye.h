@@ -30,9 +30,8 @@ void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv:
 // the direction of the pixel), turned by R (3x3 or rotation vector) and projected with P (3x3 or
 // 3x4) where these are given. theta is found by Newton's method on theta_d; theta_d is clamped to
 // pi/2. A pixel whose iteration does not converge under `criteria`, or ends at a negative angle,
-// gives
-// (-1000000, -1000000). No skew is undone. With a count-only criterion the principal point itself
-// gives NaN.
+// becomes (-1000000, -1000000). No skew is undone. With a count-only criterion the principal point
+// itself becomes NaN.
 void undistortPoints(cv::InputArray distorted, cv::OutputArray undistorted, cv::InputArray K,
                      cv::InputArray D, cv::InputArray R = cv::noArray(),
                      cv::InputArray P = cv::noArray(),

@@ -13,9 +13,9 @@ namespace {
 
 constexpr int kRefinementSteps = 10;
 
-// Beyond this bound a Cholesky solution of the refinement step is not accurate to rounding any
-// more, and the step is solved by LU decomposition, as it is when pivots get near that one's limit
-// for singular matrices (2.2e-14).
+// Systems of a worse condition are solved by LU decomposition, whose inverse is the zero matrix
+// when a pivot is below 2.2e-14. A pivot is at least 1/8 of the smallest eigenvalue, itself above
+// 1/trace(A^-1), so with the second bound that cannot happen to the systems solved here.
 constexpr double kTrustedCondition = 1e11;
 constexpr double kTrustedInverse = 1e11;
 
@@ -59,7 +59,12 @@ cv::Matx33d linearHomography(const PlanarPoints& image, const PlanarPoints& plan
   } else {
     cv::SVD::compute(designMatrix(image, plane), w, u, vt, cv::SVD::FULL_UV);
   }
-  return cv::Matx33d(vt.ptr<double>(8)) * (1 / vt.at<double>(8, 8));
+  cv::Matx33d H(vt.ptr<double>(8));
+  const double last = H(2, 2);
+  for (double& element : H.val) {
+    element /= last;
+  }
+  return H;
 }
 
 std::array<double, 8> solveStep(const NormalEquations<8>& equations) {

@@ -51,7 +51,8 @@ bool InitExtrinsics(const cv::Mat& _imagePoints, const cv::Mat& _objectPoints,
 // Refines a pose by at most 20 Gauss-Newton steps on the reprojection error, until the relative
 // step is 1e-10. A step whose Jacobian has a ratio of singular values above thresh_cond is refused
 // and ends the refinement. rvec and tvec become 3x1 CV_64F unless no step was accepted. J gets the
-// 2N x 6 Jacobian of the last iteration. maxIter is not read.
+// 2N x 6 Jacobian of the last iteration. maxIter is not read. Fewer than three points have no such
+// ratio and no step is accepted.
 void ComputeExtrinsicRefine(const cv::Mat& imagePoints, const cv::Mat& objectPoints, cv::Mat& rvec,
                             cv::Mat& tvec, cv::Mat& J, int maxIter, const IntrinsicParams& param,
                             double thresh_cond);

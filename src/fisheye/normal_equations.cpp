@@ -44,6 +44,7 @@ ReducedSystem reducedNormalEquations(const std::vector<ViewPoints>& views,
     addView(fullNormalEquations(views[i], camera, poses[i]),
             kIntrinsics + kPose * static_cast<int>(i), system.JJ2, system.ex3);
   }
+  require(param.estimateMask.size() == kIntrinsics, "estimateMask.size() == 7", "ComputeJacobians");
   std::vector<uchar> selected = param.estimateMask;
   selected.resize(static_cast<std::size_t>(unknowns), 1);
   internal::subMatrix(system.JJ2, system.JJ2, selected, selected);

@@ -12,6 +12,7 @@
 #include <hwy/contrib/math/math-inl.h>
 
 #include <cmath>
+#include <type_traits>
 
 HWY_BEFORE_NAMESPACE();
 namespace fisheye {

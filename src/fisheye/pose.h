@@ -32,8 +32,8 @@ std::optional<Pose> initialPose(const ViewPoints& view, const TargetPlane& plane
 // A pose after Gauss-Newton refinement.
 struct RefinedPose {
   Pose pose;
-  Pose evaluated;         // where the last iteration took its derivatives
-  bool improved = false;  // at least one step was accepted
+  Pose evaluated;      // where the last iteration took its derivatives
+  bool moved = false;  // at least one step was accepted
 };
 
 // At most 20 steps, until a step's relative length is 1e-10. A step whose Jacobian has a ratio of

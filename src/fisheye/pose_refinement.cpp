@@ -110,7 +110,7 @@ RefinedPose refinePose(const ViewPoints& view, const Camera& camera, const Pose&
     const PoseVector x = packed(result.pose) + *d;
     change = cv::norm(*d) / cv::norm(x);  // a change that is not a number ends the loop
     result.pose = unpacked(x);
-    result.improved = true;
+    result.moved = true;
   }
   return result;
 }

@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <array>
+
 #include "fisheye/camera_model-inl.h"
 #include "fisheye/check.h"
 #include "fisheye/fisheye.h"
@@ -29,19 +32,20 @@ void fillJacobianRows(const Camera& camera, const std::array<cv::Matx33d, 3>& dR
   std::copy_n(v, kJacobianColumns, rowV);
 }
 
+// `pixels` is continuous and holds as many elements as `points`, in whatever shape.
 template <class Real>
 void projectAll(const cv::Mat& points, const Camera& camera, const Pose& pose, cv::Mat& pixels,
                 cv::Mat* jacobian) {
   const cv::Matx33d R = rotationFromVector(pose.om);
   const auto dR = jacobian ? rotationDerivative(pose.om) : std::array<cv::Matx33d, 3>();
+  auto* out = pixels.ptr<cv::Vec<Real, 2>>();
   int row = 0;
   for (int i = 0; i < points.rows; ++i) {
     const auto* in = points.ptr<cv::Vec<Real, 3>>(i);
-    auto* out = pixels.ptr<cv::Vec<Real, 2>>(i);
-    for (int j = 0; j < points.cols; ++j, row += 2) {
+    for (int j = 0; j < points.cols; ++j, ++out, row += 2) {
       const cv::Vec3d X = in[j];
       const auto p = model::projectPoint(camera, R, pose.T, X[0], X[1], X[2]);
-      out[j] = {static_cast<Real>(p.u), static_cast<Real>(p.v)};
+      *out = {static_cast<Real>(p.u), static_cast<Real>(p.v)};
       if (jacobian) {
         fillJacobianRows(camera, dR, X, p, jacobian->ptr<double>(row),
                          jacobian->ptr<double>(row + 1));
@@ -58,6 +62,8 @@ void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv:
   constexpr auto name = "projectPoints";
   require(objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3,
           "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", name);
+  const cv::Mat points =
+      objectPoints.getMat();  // before creation: the output may be the same array
   imagePoints.create(objectPoints.size(), CV_MAKETYPE(objectPoints.depth(), 2));
   require(_rvec.total() * static_cast<std::size_t>(_rvec.channels()) == 3 &&
               (_rvec.depth() == CV_32F || _rvec.depth() == CV_64F),
@@ -79,8 +85,8 @@ void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv:
 
   const Camera camera = readCamera(_K.getMat(), _D.getMat(), alpha);
   const Pose pose{readTriple(_rvec.getMat()), readTriple(_tvec.getMat())};
-  const cv::Mat points = objectPoints.getMat();
-  cv::Mat pixels = imagePoints.getMat();
+  cv::Mat created = imagePoints.getMat();
+  cv::Mat pixels = created.isContinuous() ? created : created.clone();
   cv::Mat derivatives;
   cv::Mat* wanted = nullptr;
   if (jacobian.needed()) {
@@ -92,6 +98,9 @@ void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv:
     projectAll<float>(points, camera, pose, pixels, wanted);
   } else {
     projectAll<double>(points, camera, pose, pixels, wanted);
+  }
+  if (!created.isContinuous()) {
+    pixels.copyTo(created);
   }
 }
 

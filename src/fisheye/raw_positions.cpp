@@ -303,13 +303,14 @@ RawPositions::RawPositions(const RectifyingRays& rays, const cv::Size& size)
 
 // What a position computed in a group may be off by, in 1/32 pixel. Below, e = 2^-24 is the
 // relative error of one operation in float, R the group's reach (|dx|, |dy| <= R), T the node's
-// (|t| <= T), r the radius of the middle pixel; r >= 2 R and r >= 1/64, so that sqrt(q) + r_n >=
-// 0.79 r. With skew, dx has two terms of at most 2 R and R.
+// (|t| <= T), r the radius of the middle pixel; r >= 2 R and r >= 1/64. With skew, dx has two terms
+// of at most 2 R and R. F = 32 max(fx, fy), S is a bound of (r + 0.05) |ds/dr|.
 //   dx        7 e R (2 e R without skew)
 //   p         31 e R r of products, 2 e r (0.02 + 3.9 R) of sums, 0.02 e r of its first term
-//   t         that divided by 0.79 r, and 3 e T
-//   D         |ds/dr| times that, and 8 e |ds/dr| T of the polynomial
-//   fx x D    F S (error of t + 12 e T), F = 32 max(fx, fy), S a bound of r |ds/dr|
+//   fx x D    of p: dt/dp = 1/(2 sqrt q) and |x + dx| <= sqrt q, so F |ds/dr| (error of p)/2; with
+//             r |ds/dr| <= S r/(r + 0.05) r/sqrt(q)  and sqrt(q) >= r - 1.42 R that is less than
+//             F S (error of p)/(0.79 r)
+//             of t and the polynomial: 3 e T, and 12 e T with the products, times F S
 //   fx c0 dx  F s (8 e R + 3 e (R + T)) with the last sums, s its largest value; and e for the rest
 // To this come, in double, the error of the ray (one operation a step of the maps, and a few more)
 // and the table's remainder.

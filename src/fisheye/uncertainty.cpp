@@ -73,7 +73,7 @@ void EstimateUncertainties(cv::InputArrayOfArrays objectPoints, cv::InputArrayOf
     dy.push_back(r[1]);
   }
   std_err = {fisheye::sampleDeviation(dx), fisheye::sampleDeviation(dy)};
-  std::vector<double>& components = dx;
+  std::vector<double> components = dx;
   components.insert(components.end(), dy.begin(), dy.end());
   const double sigma = fisheye::sampleDeviation(components);
 

@@ -94,17 +94,18 @@ cv::Vec2d undistortPoint(const Camera& camera, const cv::Vec2d& pw, const cv::Ma
   return {pr[0] / pr[2], pr[1] / pr[2]};
 }
 
+// `undistorted` is continuous and holds as many elements as `distorted`, in whatever shape.
 template <class Real>
 void undistortAll(const cv::Mat& distorted, const Camera& camera, const cv::Matx33d& RR,
                   const NewtonCriteria& criteria, cv::Mat& undistorted) {
+  auto* out = undistorted.ptr<cv::Vec<Real, 2>>();
   for (int i = 0; i < distorted.rows; ++i) {
     const auto* in = distorted.ptr<cv::Vec<Real, 2>>(i);
-    auto* out = undistorted.ptr<cv::Vec<Real, 2>>(i);
-    for (int j = 0; j < distorted.cols; ++j) {
+    for (int j = 0; j < distorted.cols; ++j, ++out) {
       const cv::Vec2d pw((static_cast<double>(in[j][0]) - camera.cx) / camera.fx,
                          (static_cast<double>(in[j][1]) - camera.cy) / camera.fy);
       const cv::Vec2d position = undistortPoint(camera, pw, RR, criteria);
-      out[j] = {static_cast<Real>(position[0]), static_cast<Real>(position[1])};
+      *out = {static_cast<Real>(position[0]), static_cast<Real>(position[1])};
     }
   }
 }
@@ -145,13 +146,17 @@ void undistortPoints(cv::InputArray distorted, cv::OutputArray undistorted, cv::
   require(criteria.isValid(), "criteria.isValid()", name);
 
   const cv::Mat in = distorted.getMat();
-  cv::Mat out = undistorted.getMat();
+  cv::Mat created = undistorted.getMat();
+  cv::Mat out = created.isContinuous() ? created : created.clone();
   const Camera camera = readCamera(K.getMat(), D.getMat(), 0);
   const cv::Matx33d RR = newProjection(R, P);
   if (in.depth() == CV_32F) {
     undistortAll<float>(in, camera, RR, readCriteria(criteria), out);
   } else {
     undistortAll<double>(in, camera, RR, readCriteria(criteria), out);
+  }
+  if (!created.isContinuous()) {
+    out.copyTo(created);
   }
 }
 
@@ -162,15 +167,13 @@ namespace internal {
 cv::Mat NormalizePixels(const cv::Mat& imagePoints, const IntrinsicParams& param) {
   fisheye::require(!imagePoints.empty() && imagePoints.type() == CV_64FC2,
                    "!imagePoints.empty() && imagePoints.type() == CV_64FC2", "NormalizePixels");
-  cv::Mat distorted(static_cast<int>(imagePoints.total()), 1, CV_64FC2);
-  auto* out = distorted.ptr<cv::Vec2d>();
-  for (int i = 0; i < imagePoints.rows; ++i) {
-    const auto* in = imagePoints.ptr<cv::Vec2d>(i);
-    for (int j = 0; j < imagePoints.cols; ++j, ++out) {
-      const double y = (in[j][1] - param.principalPoint[1]) / param.focalLength[1];
-      const double x = (in[j][0] - param.principalPoint[0]) / param.focalLength[0];
-      *out = {x - param.skew * y, y};
-    }
+  const cv::Mat pixels = imagePoints.isContinuous() ? imagePoints : imagePoints.clone();
+  const auto* in = pixels.ptr<cv::Vec2d>();
+  cv::Mat distorted(static_cast<int>(pixels.total()), 1, CV_64FC2);
+  for (int i = 0; i < distorted.rows; ++i) {
+    const double y = (in[i][1] - param.principalPoint[1]) / param.focalLength[1];
+    const double x = (in[i][0] - param.principalPoint[0]) / param.focalLength[0];
+    distorted.at<cv::Vec2d>(i) = {x - param.skew * y, y};
   }
   cv::Mat undistorted;
   fisheye::undistortPoints(distorted, undistorted, cv::Matx33d::eye(), param.distortion);

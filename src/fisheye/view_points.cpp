@@ -11,8 +11,8 @@ namespace {
 template <std::size_t Channels>
 void split(const cv::Mat& points, const std::array<std::vector<double>*, Channels>& arrays,
            const char* function) {
-  require(points.channels() == static_cast<int>(Channels) &&
-              (points.depth() == CV_32F || points.depth() == CV_64F),
+  require(points.empty() || (points.channels() == static_cast<int>(Channels) &&
+                             (points.depth() == CV_32F || points.depth() == CV_64F)),
           "points of every view are of the same type", function);
   cv::Mat values;
   points.convertTo(values, CV_64F);  // also makes them continuous

@@ -1,7 +1,12 @@
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
+#include <opencv2/core/utility.hpp>
+#include <span>
+#include <vector>
 
 #include "fisheye/raw_positions.h"
 #include "fisheye_calibration.h"
@@ -81,7 +86,8 @@ class CorrectedView {
     const std::size_t start = bufferRow * static_cast<std::size_t>(size_.width);
     const auto bytes = static_cast<std::size_t>(frame_.bytesPerPixel);
     Run run;
-    for (int x = 0; x < size_.width; x += static_cast<int>(kRun)) {
+    for (int r = 0; r < runsOfRow(); ++r) {
+      const int x = r * static_cast<int>(kRun);
       const std::size_t count = std::min(kRun, static_cast<std::size_t>(size_.width - x));
       const std::size_t first = start + static_cast<std::size_t>(x);
       unsigned char* pixels = output.pixels + first * bytes;
@@ -97,6 +103,9 @@ class CorrectedView {
       }
     }
   }
+
+  // Counted, because the column after the last run may be beyond 32 bits.
+  int runsOfRow() const { return (size_.width - 1) / static_cast<int>(kRun) + 1; }
 
   // Columns across the whole width.
   std::array<int, kRun> spread() const {
@@ -131,11 +140,12 @@ class CorrectedView {
 
   bool scanShowsAnything(fisheye::SteppedPositions& stepped) const {
     for (int row = 0; row < size_.height; ++row) {
-      for (int x = 0; x < size_.width; x += static_cast<int>(kRun)) {
+      for (int r = 0; r < runsOfRow(); ++r) {
         std::array<int, kRun> columns;
         for (std::size_t k = 0; k < kRun; ++k) {
-          const int column = x + static_cast<int>(k);
-          columns[k] = column < size_.width ? column : -1;
+          const std::size_t column = static_cast<std::size_t>(r) * kRun + k;
+          columns[k] =
+              column < static_cast<std::size_t>(size_.width) ? static_cast<int>(column) : -1;
         }
         if (showsAnythingIn(row, columns, stepped)) {
           return true;
@@ -172,6 +182,27 @@ void requireAddressable(ImageLong width, ImageLong height, int bytes) {
   }
 }
 
+std::size_t sizeInBytes(ImageLong width, ImageLong height, int bytes) {
+  return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
+         static_cast<std::size_t>(bytes);
+}
+
+using Bytes = std::span<const unsigned char>;
+
+bool overlap(Bytes a, Bytes b) {
+  const std::less<const unsigned char*> before;
+  return !a.empty() && !b.empty() && before(a.data(), b.data() + b.size()) &&
+         before(b.data(), a.data() + a.size());
+}
+
+// The view is rendered straight from the frame, so one that the output overwrites is copied first.
+std::vector<unsigned char> copyIfOverlapping(Bytes frame, Bytes pixels, Bytes mask) {
+  if (overlap(frame, pixels) || overlap(frame, mask)) {
+    return {frame.begin(), frame.end()};
+  }
+  return {};
+}
+
 }  // namespace
 
 bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight, int bitCount,
@@ -184,7 +215,12 @@ bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth, ImageLong srcHei
   }
   requireAddressable(srcWidth, srcHeight, bytes);
   requireAddressable(dstWidth, dstHeight, bytes);
-  const single::RawFrame frame{src, static_cast<int>(srcWidth), static_cast<int>(srcHeight), bytes};
+  const std::vector<unsigned char> copy =
+      copyIfOverlapping({src, sizeInBytes(srcWidth, srcHeight, bytes)},
+                        {dst, sizeInBytes(dstWidth, dstHeight, bytes)},
+                        {mask, mask != nullptr ? sizeInBytes(dstWidth, dstHeight, 1) : 0});
+  const single::RawFrame frame{copy.empty() ? src : copy.data(), static_cast<int>(srcWidth),
+                               static_cast<int>(srcHeight), bytes};
   const cv::Size size(static_cast<int>(dstWidth), static_cast<int>(dstHeight));
   const CorrectedView view(frame, param, size);
   if (!view.showsAnything()) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <optional>
 
 #include "fisheye/raw_positions.h"
 
@@ -33,6 +34,12 @@ class WarpedRow {
     return (warp_.Hinv(i, 0) * px + byY_[i]) + warp_.Hinv(i, 2);
   }
 
+  // Sum of the absolute terms of row i, over the run around px.
+  double terms(int i, double px) const {
+    return std::abs(warp_.Hinv(i, 0)) * (std::abs(px) + kRun) + std::abs(byY_[i]) +
+           std::abs(warp_.Hinv(i, 2));
+  }
+
   // The source pixel of output column x, or (-1, -1).
   [[maybe_unused]] void exact(int x, int& column, int& row) const {
     const double px = x - warp_.dx;
@@ -51,50 +58,58 @@ class WarpedRow {
   double byY_[3];
 };
 
-// The quotients of a run as differences from a whole pixel B near its middle m, in 32-bit float.
-// With k the number of pixels from the middle,
-//   sx - Bx = (ax + bx k)/(1 + c k),  ax = (nx_m - Bx w_m)/w_m, bx = (Hinv_11 - Bx Hinv_31)/w_m,
-//   c = Hinv_31/w_m, and sy likewise.
+// The quotients of a run as differences from a whole pixel B near its middle, in 32-bit float. With
+// k the number of pixels from the middle and w the denominator there,
+//   sx - Bx = (ax + bx k)/(1 + c k),  ax = (nx - Bx w)/w, bx = (Hinv_11 - Bx Hinv_31)/w, c =
+//   Hinv_31/w,
+// and sy likewise.
 struct LocalQuotients {
   std::int32_t baseX, baseY;
   float ax, bx, ay, by, c;
   float clear;  // a sum sx + 1/2 farther than this from whole numbers is truncated rightly
-  bool usable;
-
-  LocalQuotients(const WarpedRow& row, int x) {
-    const InverseWarp& warp = row.warp();
-    constexpr double half = kRun / 2;
-    const double px = x + half - warp.dx;
-    const double nx = row.sum(0, px);
-    const double ny = row.sum(1, px);
-    const double w = row.sum(2, px);
-    const double perW = 1 / w;
-    constexpr double limit = 0x1p22;
-    usable = std::abs(nx * perW) < limit && std::abs(ny * perW) < limit;
-    if (!usable) {
-      return;
-    }
-    baseX = static_cast<std::int32_t>(nx * perW);
-    baseY = static_cast<std::int32_t>(ny * perW);
-    const double Bx = baseX;
-    const double By = baseY;
-    const double dbx = (warp.Hinv(0, 0) - Bx * warp.Hinv(2, 0)) * perW;
-    const double dby = (warp.Hinv(1, 0) - By * warp.Hinv(2, 0)) * perW;
-    const double dc = warp.Hinv(2, 0) * perW;
-    const double spread = 2 + half * std::max(std::abs(dbx), std::abs(dby));
-    usable = spread < 4096 && std::abs(dc) * half <= 0.5;
-    ax = static_cast<float>((nx - Bx * w) * perW);
-    bx = static_cast<float>(dbx);
-    ay = static_cast<float>((ny - By * w) * perW);
-    by = static_cast<float>(dby);
-    c = static_cast<float>(dc);
-    // Six operations in float, 2^-24 each, on |a + b k| <= spread over a denominator of at least
-    // 1/2; and the rounding of sx itself to float, half a unit of at most 2^-23 |sx|, where |sx| is
-    // at most |B| + 2 spread.
-    const double magnitude = std::max(std::abs(Bx), std::abs(By)) + 2 * spread;
-    clear = static_cast<float>(16 * 0x1p-24 * spread + 0x1p-23 * magnitude + 0x1p-20);
-  }
 };
+
+// Nothing where float has no room for the run, or a denominator in it comes near to 0.
+[[maybe_unused]] std::optional<LocalQuotients> localQuotients(const WarpedRow& row, int x) {
+  const cv::Matx33d& Hinv = row.warp().Hinv;
+  constexpr double half = kRun / 2;
+  const double px = x + half - row.warp().dx;
+  const double nx = row.sum(0, px);
+  const double ny = row.sum(1, px);
+  const double w = row.sum(2, px);
+  const double perW = 1 / w;
+  constexpr double limit = 0x1p22;
+  if (!(std::isfinite(w) && std::abs(nx * perW) < limit && std::abs(ny * perW) < limit)) {
+    return std::nullopt;
+  }
+  LocalQuotients local;
+  local.baseX = static_cast<std::int32_t>(nx * perW);
+  local.baseY = static_cast<std::int32_t>(ny * perW);
+  const double Bx = local.baseX;
+  const double By = local.baseY;
+  const double bx = (Hinv(0, 0) - Bx * Hinv(2, 0)) * perW;
+  const double by = (Hinv(1, 0) - By * Hinv(2, 0)) * perW;
+  const double c = Hinv(2, 0) * perW;
+  const double spread = 2 + half * std::max(std::abs(bx), std::abs(by));
+  // Rounding in double of the sums of the run, where terms may cancel, in pixels.
+  const double magnitude = std::max(std::abs(Bx), std::abs(By)) + 2 * spread;
+  const double noise =
+      0x1p-50 * std::abs(perW) *
+      (std::max(row.terms(0, px), row.terms(1, px)) + magnitude * row.terms(2, px));
+  if (!(spread < 4096 && std::abs(c) * half <= 0.5 && noise < 0x1p-20)) {
+    return std::nullopt;
+  }
+  local.ax = static_cast<float>((nx - Bx * w) * perW);
+  local.bx = static_cast<float>(bx);
+  local.ay = static_cast<float>((ny - By * w) * perW);
+  local.by = static_cast<float>(by);
+  local.c = static_cast<float>(c);
+  // Nine operations in float, 2^-24 each, on |a + b k| <= spread over a denominator of at least
+  // 1/2; the rounding of sx itself to float, half a unit of at most 2^-23 |sx|, |sx| <= magnitude;
+  // and the noise.
+  local.clear = static_cast<float>(20 * 0x1p-24 * spread + 0x1p-23 * magnitude + 0x1p-19);
+  return local;
+}
 
 }  // namespace
 }  // namespace single
@@ -115,15 +130,16 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
   const DI di;
   const std::size_t lanes = hn::Lanes(d);
   const WarpedRow exactRow(warp, y);
-  const LocalQuotients local(exactRow, x);
+  const auto found = localQuotients(exactRow, x);
   bool any = false;
-  if (HWY_UNLIKELY(!local.usable)) {
+  if (HWY_UNLIKELY(!found)) {
     for (std::size_t k = 0; k < kRun; ++k) {
       exactRow.exact(x + static_cast<int>(k), column[k], row[k]);
       any = any || column[k] >= 0;
     }
     return any;
   }
+  const LocalQuotients& local = *found;
   const auto one = hn::Set(d, 1.0F);
   const auto half = hn::Set(d, 0.5F);
   const auto clear = hn::Set(d, local.clear);
@@ -150,7 +166,7 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
     hn::Store(hn::IfThenElse(inside, hn::Max(ix, zero), minusOne), di, column + k);
     hn::Store(hn::IfThenElse(inside, hn::Max(iy, zero), minusOne), di, row + k);
     any = any || !hn::AllFalse(di, inside);
-    const auto doubtful = hn::Le(distance, clear);
+    const auto doubtful = hn::Not(hn::Gt(distance, clear));
     if (HWY_UNLIKELY(!hn::AllFalse(d, doubtful))) {
       std::uint8_t bits[8] = {};
       hn::StoreMaskBits(d, doubtful, bits);

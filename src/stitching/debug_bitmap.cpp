@@ -130,11 +130,11 @@ bool WriteDebugBitmap(const unsigned char* pixels, int width, int height, int bi
 }
 
 bool CanWriteDebugBitmap(const char* path) {
-  std::error_code ignored;
-  const bool wasThere = std::filesystem::exists(path, ignored);
-  const bool opens = File(std::fopen(path, "ab")) != nullptr;
-  if (opens && !wasThere) {
+  // "x" creates the file only if it is not there, so nobody else's is ever removed.
+  if (File(std::fopen(path, "wbx"))) {
+    std::error_code ignored;
     std::filesystem::remove(path, ignored);
+    return true;
   }
-  return opens;
+  return File(std::fopen(path, "r+b")) != nullptr;
 }

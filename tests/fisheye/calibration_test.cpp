@@ -404,4 +404,17 @@ TEST(Calibration, HostilePointsEndTheSameWayEachTime) {
   }
 }
 
+TEST(CalibrationRefusals, ViewWithoutPointsIsRefusedByThePoseEstimation) {
+  std::vector<std::vector<cv::Point3f>> X(1);
+  std::vector<std::vector<cv::Point2f>> x(1);
+  cv::Mat K;
+  cv::Mat D;
+  EXPECT_TRUE(support::refuses(
+      "!_objectPoints.empty() && _objectPoints.type() == CV_64FC3", "InitExtrinsics", [&] {
+        fisheye::calibrate(X, x, cv::Size(640, 480), K, D, cv::noArray(), cv::noArray(), 0,
+                           cv::TermCriteria(3, 20, 1e-6));
+      }));
+  EXPECT_TRUE(K.empty());
+}
+
 }  // namespace

@@ -459,4 +459,27 @@ TEST(RecordProjection, RefusesPointsThatAreEmptyOrOfAnotherType) {
   }
 }
 
+TEST(ProjectionForms, ColumnOfPointsFillsAVectorOfPixels) {
+  const cv::Mat points =
+      (cv::Mat_<cv::Vec3d>(3, 1) << cv::Vec3d(0, 0, 2), cv::Vec3d(1, 0, 1), cv::Vec3d(0, 1, 1));
+  std::vector<cv::Point2d> pixels;
+  fisheye::projectPoints(points, pixels, cv::Vec3d(), cv::Vec3d(), cv::Matx33d::eye(),
+                         cv::Vec2d(0, 0));
+  ASSERT_EQ(pixels.size(), 3U);  // an equidistant lens of focal length 1 sees 45 degrees at pi/4
+  EXPECT_EQ(pixels[0], cv::Point2d(0, 0));
+  EXPECT_NEAR(pixels[1].x, CV_PI / 4, 1e-15);
+  EXPECT_NEAR(pixels[2].y, CV_PI / 4, 1e-15);
+}
+
+TEST(ProjectionForms, OutputMayBeTheInput) {
+  cv::Mat points(1, 8, CV_64FC3, cv::Scalar(1, 0, 1));
+  fisheye::projectPoints(points, points, cv::Vec3d(), cv::Vec3d(), cv::Matx33d::eye(),
+                         cv::Vec2d(0, 0));
+  ASSERT_EQ(points.type(), CV_64FC2);
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_NEAR(points.at<cv::Vec2d>(i)[0], CV_PI / 4, 1e-15);
+    EXPECT_EQ(points.at<cv::Vec2d>(i)[1], 0.0);
+  }
+}
+
 }  // namespace

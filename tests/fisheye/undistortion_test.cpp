@@ -428,4 +428,14 @@ TEST(NormalizePixels, RefusesPixelsThatAreEmptyOrOfAnotherType) {
   }
 }
 
+TEST(UndistortionForms, ColumnOfPixelsFillsAVectorOfPoints) {
+  const cv::Mat pixels =
+      (cv::Mat_<cv::Vec2f>(2, 1) << cv::Vec2f(0, 0), cv::Vec2f(static_cast<float>(CV_PI / 4), 0));
+  std::vector<cv::Point2f> points;
+  fisheye::undistortPoints(pixels, points, cv::Matx33d::eye(), cv::Vec2d(0, 0));
+  ASSERT_EQ(points.size(), 2U);
+  EXPECT_EQ(points[0], cv::Point2f(0, 0));
+  EXPECT_NEAR(points[1].x, 1.0F, 1e-6F);  // tan of 45 degrees
+}
+
 }  // namespace

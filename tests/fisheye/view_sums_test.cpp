@@ -109,7 +109,7 @@ TEST(ViewSums, NormalizedPixelsAreThoseOfTheInverseModel) {
   const double cx = scene.intrinsics.principalPoint[0];
   const double cy = scene.intrinsics.principalPoint[1];
   const double nan = std::nan("");
-  for (const cv::Point2d& p : {cv::Point2d(cx, cy), cv::Point2d(1e5, -1e5), cv::Point2d(nan, 3),
+  for (const cv::Point2d& p : {cv::Point2d(cx, cy), cv::Point2d(1e5, -1e5), cv::Point2d(nan, nan),
                                cv::Point2d(cx + 1e-7, cy)}) {
     scene.view.imagePoints.push_back(p);
   }
