@@ -20,7 +20,7 @@ cv::Point scaledUp(cv::Point2d point) {
   return {fixedPoint(point.x), fixedPoint(point.y)};
 }
 
-int textThickness(double height) { return std::max(1, static_cast<int>(std::lround(height / 9))); }
+int textThickness(double height) { return std::max(1, static_cast<int>(std::lround(height / 12))); }
 
 double fontScale(double height) {
   return cv::getFontScaleFromHeight(font, static_cast<int>(std::lround(height)),

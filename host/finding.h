@@ -25,6 +25,7 @@ enum class FindingKind {
   FocalLength,
   PrincipalPoint,
   LensCurve,
+  LensShape,
   Rotation,
   Pose,
   Homography,

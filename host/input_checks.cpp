@@ -16,7 +16,7 @@ namespace host {
 namespace {
 
 constexpr double nearReach = 0.95;           // of the solver's reach
-constexpr double smallCoverage = 0.12;       // of the picture's area
+constexpr double smallCoverage = 0.08;       // of the picture's area
 constexpr double fairCoverage = 0.25;        // enough unless the target is seen frontally
 constexpr double frontalScaleRatio = 1.5;    // largest to smallest area scale within the target
 constexpr double lineFlatness = 1e-4;        // breadth to length of what counts as one line
@@ -228,7 +228,7 @@ void checkCoverage(const Points& points, const Size& image, std::vector<Finding>
   if (share < smallCoverage) {
     findings.push_back({FindingKind::SmallCoverage, Severity::Doubtful,
                         "the target covers only " + percent +
-                            "; the lens is not determined by so little, fill the view with it"});
+                            "; that may not determine the lens, fill the view with it"});
   }
   if (share < fairCoverage && scaleRatio(points) < frontalScaleRatio) {
     findings.push_back({FindingKind::SmallFrontalTarget, Severity::Doubtful,

@@ -22,4 +22,9 @@ std::optional<double> turningAngle(double k0, double k1) {
   return withinView(1 / (-k0 + std::sqrt(discriminant)));
 }
 
+double lensShape(double k0, double k1) {
+  constexpr double theta = rightAngle * 2 / 3;
+  return 1 + k0 * theta + k1 * theta * theta;
+}
+
 }  // namespace host

@@ -11,6 +11,10 @@ namespace host {
 // pi/2. Beyond it two world points fall on the same pixel.
 std::optional<double> turningAngle(double k0, double k1);
 
+// theta_d / theta at 60 degrees. Real fisheye projections lie between 0.83 (orthographic) and 1.10
+// (stereographic).
+double lensShape(double k0, double k1);
+
 }  // namespace host
 
 #endif  // HOST_LENS_CURVE_H

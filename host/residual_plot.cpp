@@ -14,7 +14,7 @@ namespace {
 
 constexpr double longSide = 1400;  // of the plotted picture
 constexpr int margin = 40;
-constexpr int legendWidth = 380;
+constexpr int legendWidth = 430;
 constexpr int lowestHeight = 780;       // the legend needs it
 constexpr double typicalArrow = 0.035;  // of the long side, for the median residual
 constexpr double longestArrow = 0.12;   // of the long side, for the largest

@@ -18,6 +18,10 @@ constexpr double largestRms = 2;              // pixels
 constexpr double focalFactor = 3;             // against max(W, H)/pi
 constexpr double centralShare = 0.1;          // of the longer side, for the principal point
 constexpr double largestCorrectionError = 3;  // pixels: the outlier bound of the homography's fit
+// A single view often leaves open how much of the picture's scale is focal length and how much lens
+// curve; a curve beyond what lenses are built to shows that the solver chose wrongly.
+constexpr double flattestLens = 0.80;
+constexpr double steepestLens = 1.14;
 constexpr double pi = 3.14159265358979323846;
 
 using Findings = std::vector<Finding>;
@@ -69,6 +73,16 @@ void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image
             " px from the picture's centre; lenses are seldom mounted that far off",
         {}, Severity::Doubtful);
   }
+}
+
+void checkLensShape(const FishEyeCalibrationParam& param, Findings& findings) {
+  const double shape = lensShape(param.k0, param.k1);
+  if (shape >= flattestLens && shape <= steepestLens) return;
+  add(findings, FindingKind::LensShape,
+      "the lens curve is " + general(shape, 3) +
+          " times the angle at 60 degrees, which fisheye lenses (0.83 to 1.10) do not have; the "
+          "focal length is probably off, try another view",
+      {}, Severity::Doubtful);
 }
 
 void checkPoints(const CalibrationResult& result, Findings& findings) {
@@ -151,6 +165,7 @@ std::vector<Finding> checkResult(const CalibrationResult& result, const Size& im
   if (!numbers) return findings;
   checkFocalLength(result.param, image, findings);
   checkPrincipalPoint(result.param, image, findings);
+  checkLensShape(result.param, findings);
   checkPoints(result, findings);
   if (result.homographyFound) checkSecondCorrection(result, corrected, findings);
   return findings;

@@ -8,6 +8,8 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
+#include "chessboard_check.h"
+
 namespace host {
 namespace {
 
@@ -100,7 +102,8 @@ bool findChessboard(const cv::Mat& grey, const Target& target, const Attempt& at
   }
   if (!isPlausibleGrid(points, target.columns, target.rows)) return false;
   if (!sectors || attempt.scale < 1) refineCorners(grey, target, points);
-  return isPlausibleGrid(points, target.columns, target.rows);
+  return isPlausibleGrid(points, target.columns, target.rows) &&
+         looksLikeChessboard(grey, points, target.columns, target.rows);
 }
 
 cv::Ptr<cv::Feature2D> circleDetector(const cv::Mat& grey, const Target& target, bool dark) {

@@ -59,13 +59,6 @@ cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoin
       drawLine(picture, places[i - 1], places[i], rowColour, 2);
     }
   }
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    const double room = distanceToNearest(places, i);
-    const double height = std::clamp(0.26 * room, 9.0, 1.4 * unit);
-    drawRing(picture, places[i], std::clamp(0.12 * room, 2.5, 7.0), pointColour, 2);
-    drawTextWithRim(picture, std::to_string(points[i].PointId),
-                    places[i] + cv::Point2d(0.4 * height, -0.45 * height), height, ink);
-  }
   if (points.size() > 1 && points[1].Yw == points[0].Yw) {
     drawAxis(picture, places[0], places[1], "X", xColour, unit);
     const auto nextRow = std::find_if(points.begin(), points.end(), [&](const CalibrationPoint& p) {
@@ -75,6 +68,13 @@ cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoin
       drawAxis(picture, places[0], places[static_cast<std::size_t>(nextRow - points.begin())], "Y",
                yColour, unit);
     }
+  }
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const double room = distanceToNearest(places, i);
+    const double height = std::clamp(0.26 * room, 9.0, 1.4 * unit);
+    drawRing(picture, places[i], std::clamp(0.12 * room, 2.5, 7.0), pointColour, 2);
+    drawTextWithRim(picture, std::to_string(points[i].PointId),
+                    places[i] + cv::Point2d(0.4 * height, -0.45 * height), height, ink);
   }
   double captionHeight = 1.1 * unit;
   const double room = picture.cols - 2 * unit;
