@@ -10,6 +10,9 @@ function(fisheye_calibration_compile_settings target)
   else()
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                                              -ffp-contract=off)
+    # GCC 12's superword vectoriser drops the rounding of double -> float -> double where two such
+    # stores lie side by side, and with it the 32-bit precision that results are promised in.
+    target_compile_options(${target} PRIVATE $<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize>)
   endif()
   if(FISHEYE_CALIBRATION_WARNINGS_AS_ERRORS)
     set_target_properties(${target} PROPERTIES COMPILE_WARNING_AS_ERROR ON)

@@ -8,7 +8,7 @@ namespace fisheye {
 namespace {
 
 // Power series in t, one term more than the table keeps: the node at r = 0 divides by t.
-constexpr std::size_t kTerms = LensTable::kCoefficients + 1;
+constexpr std::size_t kTerms = LensTable::kDegree + 2;
 using Series = std::array<double, kTerms>;
 
 Series product(const Series& a, const Series& b) {
@@ -68,22 +68,43 @@ double boundOnDiscs(const Camera& camera) {
   return 2.4 * (1 + 2.16 * std::abs(camera.k0) + 4.67 * std::abs(camera.k1));
 }
 
+// |ds/dr| within kLargestReach of a node.
+double slopeNear(const Series& s) {
+  double slope = 0;
+  double power = 1;
+  for (std::size_t k = 1; k <= LensTable::kDegree; ++k) {
+    slope += static_cast<double>(k) * std::abs(s[k]) * power;
+    power *= LensTable::kLargestReach;
+  }
+  return slope;
+}
+
 }  // namespace
 
-LensTable::LensTable(const Camera& camera, double radius)
-    : factorBound_(boundOnDiscs(camera)), slopeBound_(factorBound_ / kRho) {
-  // Cauchy's estimate of the Taylor remainder: with |s| <= M on the disc, the terms from degree n
-  // on add up to at most M q^n/(1 - q), q = |t|/rho. Rounding of the coefficients and of Horner's
-  // scheme stays far below 1e-12 M.
-  const double q = kReach / kRho;
-  errorBound_ = factorBound_ * (std::pow(q, static_cast<double>(kCoefficients)) / (1 - q) + 1e-12);
+LensTable::LensTable(const Camera& camera, double radius) : factorBound_(boundOnDiscs(camera)) {
   const double covered = radius < kLargestRadius ? radius : kLargestRadius;
   const auto count = static_cast<std::size_t>(std::ceil(covered * kNodesPerUnit)) + 1;
-  coefficients_.reserve(count * kCoefficients);
+  nodes_.resize(count);
   for (std::size_t n = 0; n < count; ++n) {
-    const Series s = radialFactorSeries(camera, static_cast<double>(n) / kNodesPerUnit);
-    coefficients_.insert(coefficients_.end(), s.begin(), s.begin() + kCoefficients);
+    const double r0 = static_cast<double>(n) / kNodesPerUnit;
+    const Series s = radialFactorSeries(camera, r0);
+    nodes_[n].value = s[0];
+    std::transform(s.begin() + 1, s.begin() + 1 + kDegree, nodes_[n].c.begin(),
+                   [](double c) { return static_cast<float>(c); });
+    const double slope = slopeNear(s);
+    slopeBound_ = std::max(slopeBound_, (r0 + kLargestReach) * slope);
+    largestFactor_ = std::max(largestFactor_, std::abs(s[0]) + kLargestReach * slope);
   }
+  // What the remainders add, by Cauchy's estimate, is far less than this.
+  slopeBound_ += 1e-3 * factorBound_;
+  largestFactor_ += 1e-3 * factorBound_;
+}
+
+double LensTable::remainderBound(double reach) const {
+  // Cauchy's estimate: with |s| <= M on the disc, the terms from degree n on add up to at most
+  // M q^n/(1 - q), q = |t|/rho. Rounding of the value stays far below 1e-14 M.
+  const double q = reach / kRho;
+  return factorBound_ * (std::pow(q, static_cast<double>(kDegree + 1)) / (1 - q) + 1e-14);
 }
 
 }  // namespace fisheye

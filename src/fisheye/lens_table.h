@@ -1,6 +1,7 @@
 // The lens's radial factor as a table of polynomials with a proven error bound.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
@@ -8,32 +9,38 @@
 
 namespace fisheye {
 
-// s(r) = theta_d(atan r)/r, expanded about r_n = n/64 to degree seven: s(r_n + t) = sum c_k t^k.
+// s(r) = theta_d(atan r)/r, expanded about r_n = n/64: s(r_n + t) = value + c_1 t + ... + c_6 t^6.
 class LensTable {
  public:
-  static constexpr std::size_t kCoefficients = 8;
+  static constexpr std::size_t kDegree = 6;
   static constexpr double kNodesPerUnit = 64;
-  static constexpr double kReach = 0.05;       // largest |t| for which the bound holds
-  static constexpr double kLargestRadius = 8;  // beyond lies nothing that a camera shows well
+  static constexpr double kLargestReach = 0.05;  // |t| for which the bounds are good
+  static constexpr double kLargestRadius = 8;    // beyond lies nothing that a camera shows well
+
+  struct Node {
+    double value;
+    std::array<float, kDegree> c;  // c_1 ... c_6
+  };
 
   // Covers 0 <= r <= radius, or kLargestRadius where that is less.
   LensTable(const Camera& camera, double radius);
 
-  std::size_t nodes() const { return coefficients_.size() / kCoefficients; }
-  const double* node(std::size_t n) const { return &coefficients_[n * kCoefficients]; }
+  std::size_t size() const { return nodes_.size(); }
+  const Node& operator[](std::size_t n) const { return nodes_[n]; }
 
-  // |s(r_n + t) - polynomial| stays below this for |t| <= kReach at every node.
-  double errorBound() const { return errorBound_; }
+  // |s(r_n + t) - polynomial with exact coefficients| stays below this for |t| <= reach.
+  double remainderBound(double reach) const;
 
-  // Bounds of |s| and |ds/dr| for every r.
+  // Bounds of |s| for every r, and of |s| and r |ds/dr| within kLargestReach of the nodes.
   double factorBound() const { return factorBound_; }
+  double largestFactor() const { return largestFactor_; }
   double slopeBound() const { return slopeBound_; }
 
  private:
-  std::vector<double> coefficients_;
+  std::vector<Node> nodes_;
   double factorBound_;
-  double slopeBound_;
-  double errorBound_ = 0;
+  double largestFactor_ = 0;
+  double slopeBound_ = 0;
 };
 
 }  // namespace fisheye

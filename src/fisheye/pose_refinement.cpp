@@ -70,6 +70,9 @@ std::optional<PoseVector> leastSquaresStep(const ViewPoints& view, const Camera&
 }  // namespace
 
 double conditionRatio(const cv::Mat& J) {
+  if (!cv::checkRange(J)) {  // the decomposition would return whatever its memory held
+    return std::numeric_limits<double>::quiet_NaN();
+  }
   cv::Mat w;
   cv::SVD::compute(J, w, cv::SVD::NO_UV);
   return w.at<double>(0) / w.at<double>(w.rows - 1);

@@ -1,7 +1,37 @@
 #include "fisheye/raw_positions.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
+
+#ifndef FISHEYE_RAW_POSITIONS_ONCE
+#define FISHEYE_RAW_POSITIONS_ONCE
+namespace fisheye {
+namespace {
+
+// Computes the pixels whose bits are set, of the first `count`, as the maps compute them.
+[[maybe_unused]] std::size_t recompute(SteppedPositions& stepped, std::uint64_t pixels,
+                                       std::size_t count, const int* column, const int* row, int* u,
+                                       int* v) {
+  static_assert(kRun == 64, "a bit a pixel of a run");
+  std::size_t recomputed = 0;
+  for (; pixels != 0; pixels &= pixels - 1) {
+    const auto k = static_cast<std::size_t>(std::countr_zero(pixels));
+    if (k >= count) {
+      break;
+    }
+    const RawPosition p = stepped.at(column[k], row[k]);
+    u[k] = p.u;
+    v[k] = p.v;
+    ++recomputed;
+  }
+  return recomputed;
+}
+
+}  // namespace
+}  // namespace fisheye
+#endif
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "fisheye/raw_positions.cpp"
@@ -15,108 +45,204 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// What a vector's computation needs, broadcast once a run.
-template <class D>
-struct Constants {
-  using V = hn::Vec<D>;
-  V xx, xy, x1, yx, yy, y1;  // linear rays
-  V fx, fy, cx, cy;          // in 1/32 pixel
-  V safe, reach, largest;
+// Neighbouring pixels that are computed from one point.
+constexpr std::size_t kGroup = 8;
+constexpr std::size_t kGroups = kRun / kGroup;
 
-  HWY_INLINE Constants(D d, const RawPositions& p)
-      : xx(hn::Set(d, p.linear()(0, 0))),
-        xy(hn::Set(d, p.linear()(0, 1))),
-        x1(hn::Set(d, p.linear()(0, 2))),
-        yx(hn::Set(d, p.linear()(1, 0))),
-        yy(hn::Set(d, p.linear()(1, 1))),
-        y1(hn::Set(d, p.linear()(1, 2))),
-        fx(hn::Set(d, 32 * p.rays().camera.fx)),
-        fy(hn::Set(d, 32 * p.rays().camera.fy)),
-        cx(hn::Set(d, 32 * p.rays().camera.cx)),
-        cy(hn::Set(d, 32 * p.rays().camera.cy)),
-        safe(hn::Set(d, p.safeDistance())),
-        reach(hn::Set(d, LensTable::kReach)),
-        largest(hn::Set(d, 1073741824.0)) {}
+using DF = hn::CappedTag<float, kGroup>;
+using VF = hn::Vec<DF>;
+using DI = hn::Rebind<std::int32_t, DF>;
+using DD = hn::CappedTag<double, kGroups>;
+using VD = hn::Vec<DD>;
+
+// The groups of a run, an element a group. (x, y), q = x^2 + y^2 belong to the middle pixel and c0
+// to the lens factor at the node r_n of the table.
+struct Groups {
+  HWY_ALIGN double column[kGroups];  // of the middle pixel
+  HWY_ALIGN double row[kGroups];
+  HWY_ALIGN double factor[kGroups];       // c0
+  HWY_ALIGN std::int32_t node[kGroups];   // n
+  HWY_ALIGN std::int32_t baseU[kGroups];  // whole part of cx + fx x c0, in 1/32 pixel
+  HWY_ALIGN std::int32_t baseV[kGroups];
+  HWY_ALIGN float restU[kGroups];  // what remains of it
+  HWY_ALIGN float restV[kGroups];
+  HWY_ALIGN float x2[kGroups];  // 2 x
+  HWY_ALIGN float y2[kGroups];
+  HWY_ALIGN float fxX[kGroups];  // fx x
+  HWY_ALIGN float fyY[kGroups];
+  HWY_ALIGN float fxC[kGroups];  // fx c0
+  HWY_ALIGN float fyC[kGroups];
+  HWY_ALIGN float p[kGroups];           // q - r_n^2
+  HWY_ALIGN float nodeRadius[kGroups];  // r_n
 };
 
-// s(node + t) by Horner's scheme.
-template <class D, class V = hn::Vec<D>>
-HWY_INLINE V radialFactor(D d, const double* c, V t) {
-  V s = hn::Set(d, c[LensTable::kCoefficients - 1]);
-  for (std::size_t k = LensTable::kCoefficients - 1; k-- > 0;) {
-    s = hn::MulAdd(s, t, hn::Set(d, c[k]));
+// The middle pixel of every group, or another one where that is not wanted.
+HWY_INLINE void chooseMiddles(const int* column, const int* row, Groups& groups) {
+  for (std::size_t g = 0; g < kGroups; ++g) {
+    std::size_t pixel = g * kGroup + kGroup / 2;
+    if (HWY_UNLIKELY(column[pixel] < 0)) {
+      pixel = g * kGroup;
+      while (pixel + 1 < (g + 1) * kGroup && column[pixel] < 0) {
+        ++pixel;
+      }
+    }
+    groups.column[g] = column[pixel];
+    groups.row[g] = row[pixel];
   }
-  return s;
 }
 
-// One vector of positions. Returns the bits of the lanes whose rounding is not certain.
-template <class D>
-HWY_INLINE std::size_t positionsOfVector(D d, const Constants<D>& k, const LensTable& table,
-                                         const double* column, const double* row, int* u, int* v) {
-  using V = hn::Vec<D>;
-  const hn::Rebind<int, D> di;
-  const V i = hn::Load(d, column);
-  const V j = hn::Load(d, row);
-  const auto wanted = hn::Ge(i, hn::Zero(d));
-  const V x = hn::MulAdd(i, k.xx, hn::MulAdd(j, k.xy, k.x1));
-  const V y = hn::MulAdd(i, k.yx, hn::MulAdd(j, k.yy, k.y1));
-  const V r = hn::Sqrt(hn::MulAdd(x, x, hn::Mul(y, y)));
+HWY_INLINE void store(VD value, float* to) {
+  const hn::Rebind<float, DD> d;
+  hn::Store(hn::DemoteTo(d, value), d, to);
+}
 
-  // The lanes are neighbours, so one node serves all; those that it does not reach are not certain.
-  const intptr_t first = hn::FindFirstTrue(d, wanted);
-  HWY_ALIGN double radii[HWY_MAX_BYTES / sizeof(double)];
-  hn::Store(r, d, radii);
-  const double nearest = first < 0 ? 0.0 : radii[first] * LensTable::kNodesPerUnit + 0.5;
-  const std::size_t node = nearest < static_cast<double>(table.nodes())
-                               ? static_cast<std::size_t>(nearest)
-                               : std::size_t{0};
-  const V t = hn::Sub(r, hn::Set(d, static_cast<double>(node) * (1 / LensTable::kNodesPerUnit)));
-  const V s = radialFactor(d, table.node(node), t);
+HWY_INLINE void store(VD value, std::int32_t* to) {
+  const hn::Rebind<std::int32_t, DD> d;
+  hn::Store(hn::DemoteTo(d, value), d, to);
+}
 
-  const V exactU = hn::MulAdd(hn::Mul(k.fx, x), s, k.cx);
-  const V exactV = hn::MulAdd(hn::Mul(k.fy, y), s, k.cy);
-  const V roundU = hn::Round(exactU);
-  const V roundV = hn::Round(exactV);
-  const V farther = hn::Max(hn::Abs(hn::Sub(exactU, roundU)), hn::Abs(hn::Sub(exactV, roundV)));
-  const V larger = hn::Max(hn::Abs(exactU), hn::Abs(exactV));
-  const auto certain = hn::And(hn::And(hn::Lt(farther, k.safe), hn::Lt(larger, k.largest)),
-                               hn::Le(hn::Abs(t), k.reach));
-  const auto usable = hn::And(certain, wanted);
-  const V nowhere = hn::Set(d, static_cast<double>(kNowhere));
-  hn::Store(hn::DemoteTo(di, hn::IfThenElse(usable, roundU, nowhere)), di, u);
-  hn::Store(hn::DemoteTo(di, hn::IfThenElse(usable, roundV, nowhere)), di, v);
+HWY_INLINE void prepareGroups(const RawPositions& positions, const int* column, const int* row,
+                              Groups& groups) {
+  const DD d;
+  const cv::Matx23d& linear = positions.linear();
+  const Camera& camera = positions.rays().camera;
+  const LensTable& table = positions.table();
+  const VD fx = hn::Set(d, 32 * camera.fx);
+  const VD fy = hn::Set(d, 32 * camera.fy);
+  const VD half = hn::Set(d, 0.5);
+  const VD perUnit = hn::Set(d, LensTable::kNodesPerUnit);
+  const VD lastNode = hn::Set(d, static_cast<double>(table.size() - 1));
+  chooseMiddles(column, row, groups);
+  for (std::size_t g = 0; g < kGroups; g += hn::Lanes(d)) {
+    const VD i = hn::Load(d, groups.column + g);
+    const VD j = hn::Load(d, groups.row + g);
+    const VD x = hn::MulAdd(i, hn::Set(d, linear(0, 0)),
+                            hn::MulAdd(j, hn::Set(d, linear(0, 1)), hn::Set(d, linear(0, 2))));
+    const VD y = hn::MulAdd(j, hn::Set(d, linear(1, 1)), hn::Set(d, linear(1, 2)));
+    const VD q = hn::MulAdd(x, x, hn::Mul(y, y));
+    const VD r = hn::Sqrt(q);
+    const VD node = hn::Min(hn::Floor(hn::MulAdd(r, perUnit, half)), lastNode);
+    const VD nodeRadius = hn::Mul(node, hn::Set(d, 1 / LensTable::kNodesPerUnit));
+    // A group too near to the axis gets a p that no node reaches.
+    const VD p = hn::IfThenElse(hn::Lt(r, hn::Set(d, positions.smallestRadius())), hn::Set(d, 1e9),
+                                hn::NegMulAdd(nodeRadius, nodeRadius, q));
+    store(node, groups.node + g);
+    store(nodeRadius, groups.nodeRadius + g);
+    store(p, groups.p + g);
+    store(hn::Add(x, x), groups.x2 + g);
+    store(hn::Add(y, y), groups.y2 + g);
+    const VD fxX = hn::Mul(fx, x);
+    const VD fyY = hn::Mul(fy, y);
+    store(fxX, groups.fxX + g);
+    store(fyY, groups.fyY + g);
+    for (std::size_t k = g; k < g + hn::Lanes(d); ++k) {
+      groups.factor[k] = table[static_cast<std::size_t>(groups.node[k])].value;
+    }
+    const VD factor = hn::Load(d, groups.factor + g);
+    store(hn::Mul(fx, factor), groups.fxC + g);
+    store(hn::Mul(fy, factor), groups.fyC + g);
+    const VD u = hn::MulAdd(fxX, factor, hn::Set(d, 32 * camera.cx));
+    const VD v = hn::MulAdd(fyY, factor, hn::Set(d, 32 * camera.cy));
+    const VD baseU = hn::Round(u);
+    const VD baseV = hn::Round(v);
+    store(baseU, groups.baseU + g);
+    store(baseV, groups.baseV + g);
+    store(hn::Sub(u, baseU), groups.restU + g);
+    store(hn::Sub(v, baseV), groups.restV + g);
+  }
+}
 
-  std::size_t uncertain = 0;
-  if (HWY_UNLIKELY(!hn::AllTrue(d, hn::Or(usable, hn::Not(wanted))))) {
-    uint8_t bits[8] = {};
+HWY_INLINE VF broadcast(float x) { return hn::Set(DF(), x); }
+
+// What does not change from group to group.
+struct Constants {
+  float xx, xy, yy;  // linear rays
+  float fx, fy;      // in 1/32 pixel
+  float safe, groupReach, nodeReach;
+
+  explicit Constants(const RawPositions& p)
+      : xx(static_cast<float>(p.linear()(0, 0))),
+        xy(static_cast<float>(p.linear()(0, 1))),
+        yy(static_cast<float>(p.linear()(1, 1))),
+        fx(static_cast<float>(32 * p.rays().camera.fx)),
+        fy(static_cast<float>(32 * p.rays().camera.fy)),
+        safe(static_cast<float>(p.safeDistance())),
+        groupReach(static_cast<float>(p.groupReach())),
+        nodeReach(static_cast<float>(p.nodeReach())) {}
+};
+
+// The positions of group g. With (dx, dy) the difference of a pixel's ray from the middle one's:
+//   p = q - r_n^2, where q = (x + dx)^2 + (y + dy)^2
+//   t = sqrt(q) - r_n = p/(sqrt(q) + r_n)
+//   s = c0 + D, D = c1 t + ... + c6 t^6
+//   u = (cx + fx x c0) + fx c0 dx + fx (x + dx) D
+// Returns the bits of the wanted pixels for which this is not certain; pixels that are not wanted
+// get kNowhere.
+HWY_INLINE std::uint64_t positionsOfGroup(const Constants& k, const LensTable& table,
+                                          const Groups& groups, std::size_t g, const int* column,
+                                          const int* row, int* u, int* v) {
+  const DF d;
+  const DI di;
+  const auto middleColumn = hn::Set(di, static_cast<int>(groups.column[g]));
+  const auto middleRow = hn::Set(di, static_cast<int>(groups.row[g]));
+  const auto& c = table[static_cast<std::size_t>(groups.node[g])].c;
+  const VF nodeRadius = broadcast(groups.nodeRadius[g]);
+  std::uint64_t uncertain = 0;
+  for (std::size_t lane = 0; lane < kGroup; lane += hn::Lanes(d)) {
+    const auto i = hn::Load(di, column + lane);
+    const VF di_ = hn::ConvertTo(d, hn::Sub(i, middleColumn));
+    const VF dj_ = hn::ConvertTo(d, hn::Sub(hn::Load(di, row + lane), middleRow));
+    const VF dx = hn::MulAdd(di_, broadcast(k.xx), hn::Mul(dj_, broadcast(k.xy)));
+    const VF dy = hn::Mul(dj_, broadcast(k.yy));
+    const VF p =
+        hn::MulAdd(dy, hn::Add(dy, broadcast(groups.y2[g])),
+                   hn::MulAdd(dx, hn::Add(dx, broadcast(groups.x2[g])), broadcast(groups.p[g])));
+    const VF r = hn::Sqrt(hn::MulAdd(nodeRadius, nodeRadius, p));
+    const VF t = hn::Div(p, hn::Add(r, nodeRadius));
+    VF D = broadcast(c[LensTable::kDegree - 1]);
+    for (std::size_t n = LensTable::kDegree - 1; n-- > 0;) {
+      D = hn::MulAdd(D, t, broadcast(c[n]));
+    }
+    D = hn::Mul(D, t);
+    const VF du = hn::MulAdd(hn::MulAdd(dx, broadcast(k.fx), broadcast(groups.fxX[g])), D,
+                             hn::MulAdd(dx, broadcast(groups.fxC[g]), broadcast(groups.restU[g])));
+    const VF dv = hn::MulAdd(hn::MulAdd(dy, broadcast(k.fy), broadcast(groups.fyY[g])), D,
+                             hn::MulAdd(dy, broadcast(groups.fyC[g]), broadcast(groups.restV[g])));
+    const VF roundU = hn::Round(du);
+    const VF roundV = hn::Round(dv);
+    const VF farther = hn::Max(hn::Abs(hn::Sub(du, roundU)), hn::Abs(hn::Sub(dv, roundV)));
+    const VF extent = hn::Max(hn::Abs(dx), hn::Abs(dy));
+    const auto certain = hn::And(
+        hn::And(hn::Lt(farther, broadcast(k.safe)), hn::Le(extent, broadcast(k.groupReach))),
+        hn::Le(hn::Abs(t), broadcast(k.nodeReach)));
+    const auto wanted = hn::RebindMask(d, hn::Gt(i, hn::Set(di, -1)));
+    const auto usable = hn::And(certain, wanted);
+    const auto wholeU = hn::Add(hn::ConvertTo(di, roundU), hn::Set(di, groups.baseU[g]));
+    const auto wholeV = hn::Add(hn::ConvertTo(di, roundV), hn::Set(di, groups.baseV[g]));
+    const auto keep = hn::RebindMask(di, usable);
+    const auto nowhere = hn::Set(di, kNowhere);
+    hn::Store(hn::IfThenElse(keep, wholeU, nowhere), di, u + lane);
+    hn::Store(hn::IfThenElse(keep, wholeV, nowhere), di, v + lane);
+    std::uint8_t bits[8] = {};
     hn::StoreMaskBits(d, hn::AndNot(certain, wanted), bits);
-    uncertain = bits[0];
+    uncertain |= std::uint64_t{bits[0]} << lane;
   }
   return uncertain;
 }
 
 std::size_t PositionsOfRun(const RawPositions& positions, SteppedPositions& stepped,
-                           const double* column, const double* row, std::size_t count, int* u,
-                           int* v) {
-  using D = hn::CappedTag<double, 8>;
-  const D d;
-  const std::size_t lanes = hn::Lanes(d);
-  const Constants<D> constants(d, positions);
-  std::size_t recomputed = 0;
-  for (std::size_t k = 0; k < count; k += lanes) {
-    std::size_t uncertain =
-        positionsOfVector(d, constants, positions.table(), column + k, row + k, u + k, v + k);
-    for (std::size_t lane = k; uncertain != 0; ++lane, uncertain >>= 1) {
-      if ((uncertain & 1) != 0 && lane < count) {
-        const RawPosition p =
-            stepped.at(static_cast<int>(column[lane]), static_cast<int>(row[lane]));
-        u[lane] = p.u;
-        v[lane] = p.v;
-        ++recomputed;
-      }
-    }
+                           const int* column, const int* row, std::size_t count, int* u, int* v) {
+  const Constants constants(positions);
+  Groups groups;
+  prepareGroups(positions, column, row, groups);
+  std::uint64_t uncertain = 0;  // looked at once a run, so that groups need not wait for each other
+  for (std::size_t g = 0; g < kGroups; ++g) {
+    const std::size_t k = g * kGroup;
+    uncertain |=
+        positionsOfGroup(constants, positions.table(), groups, g, column + k, row + k, u + k, v + k)
+        << k;
   }
-  return recomputed;
+  return recompute(stepped, uncertain, count, column, row, u, v);
 }
 
 }  // namespace
@@ -141,35 +267,70 @@ double coordinateBound(const cv::Matx23d& linear, int coordinate, const cv::Size
          std::abs(linear(coordinate, 1)) * size.height + std::abs(linear(coordinate, 2));
 }
 
+double radiusBound(const cv::Matx23d& linear, const cv::Size& size) {
+  return std::hypot(coordinateBound(linear, 0, size), coordinateBound(linear, 1, size));
+}
+
+// Groups extend to a dozen pixels where the table's reach allows it.
+constexpr double kGroupPixels = 12;
+constexpr double kLargestGroupReach = 0.028;
+
+double groupReachOf(const cv::Matx23d& linear) {
+  return std::min(kGroupPixels * std::max(std::abs(linear(0, 0)), std::abs(linear(1, 1))),
+                  kLargestGroupReach);
+}
+
 }  // namespace
 
 RawPositions::RawPositions(const RectifyingRays& rays, const cv::Size& size)
     : rays_(rays),
       linear_(linearRays(rays.iR)),
-      table_(rays.camera,
-             std::hypot(coordinateBound(linear_, 0, size), coordinateBound(linear_, 1, size))),
-      safeDistance_(0) {
+      table_(rays.camera, radiusBound(linear_, size)),
+      groupReach_(groupReachOf(linear_)),
+      nodeReach_(0.5 / LensTable::kNodesPerUnit + 1.5 * groupReach_),
+      smallestRadius_(std::max(2 * groupReach_, 1 / LensTable::kNodesPerUnit)) {
   const cv::Matx33d& iR = rays.iR;
-  if (!(iR(2, 0) == 0 && iR(2, 1) == 0 && iR(2, 2) > 0)) {
-    return;
-  }
-  // Errors of a position in 1/32 pixel, u = 2^-53 being the relative error of one operation: of the
-  // ray (one operation a step, and a few), of the radius, which changes the lens factor, of the
-  // factor itself and of the last operations.
-  const double u = std::numeric_limits<double>::epsilon() / 2;
-  const Camera& c = rays.camera;
-  const double coordinate =
-      std::max(coordinateBound(linear_, 0, size), coordinateBound(linear_, 1, size));
-  const double rayError = (size.width + 16.0) * 2 * u * coordinate;
-  const double factorError = table_.errorBound() + table_.slopeBound() * 4 * rayError;
-  const double f = 32 * std::max(std::abs(c.fx), std::abs(c.fy));
-  const double centre = 32 * std::max(std::abs(c.cx), std::abs(c.cy));
-  const double error = f * (coordinate * factorError + table_.factorBound() * rayError) +
-                       16 * u * (f * coordinate * table_.factorBound() + centre);
-  const double margin = 2 * error;
-  if (margin < 0.25) {
+  const bool pinhole = iR(1, 0) == 0 && iR(2, 0) == 0 && iR(2, 1) == 0 && iR(2, 2) > 0;
+  const bool nearlySquare = std::abs(iR(0, 1)) <= std::abs(iR(1, 1));
+  const double margin = 1.1 * errorBound(size);
+  if (pinhole && nearlySquare && margin < 0.125) {
     safeDistance_ = 0.5 - margin;
   }
+}
+
+// What a position computed in a group may be off by, in 1/32 pixel. Below, e = 2^-24 is the
+// relative error of one operation in float, R the group's reach (|dx|, |dy| <= R), T the node's
+// (|t| <= T), r the radius of the middle pixel; r >= 2 R and r >= 1/64, so that sqrt(q) + r_n >=
+// 0.79 r. With skew, dx has two terms of at most 2 R and R.
+//   dx        7 e R (2 e R without skew)
+//   p         31 e R r of products, 2 e r (0.02 + 3.9 R) of sums, 0.02 e r of its first term
+//   t         that divided by 0.79 r, and 3 e T
+//   D         |ds/dr| times that, and 8 e |ds/dr| T of the polynomial
+//   fx x D    F S (error of t + 12 e T), F = 32 max(fx, fy), S a bound of r |ds/dr|
+//   fx c0 dx  F s (8 e R + 3 e (R + T)) with the last sums, s its largest value; and e for the rest
+// To this come, in double, the error of the ray (one operation a step of the maps, and a few more)
+// and the table's remainder.
+double RawPositions::errorBound(const cv::Size& size) const {
+  const double e = std::numeric_limits<float>::epsilon() / 2.0;
+  const double R = groupReach_;
+  const double T = nodeReach_;
+  const double F = 32 * std::max(std::abs(rays_.camera.fx), std::abs(rays_.camera.fy));
+  const double S = table_.slopeBound();
+  const double M = table_.factorBound();
+  const double s = table_.largestFactor();
+  const double tError = e * (31 * R + 2 * (0.02 + 3.9 * R) + 0.02) / 0.79 + 3 * e * T;
+  const double groupError = F * S * (tError + 12 * e * T) + F * s * e * (11 * R + 3 * T) + e;
+
+  const double e2 = std::numeric_limits<double>::epsilon() / 2;
+  const double radius = radiusBound(linear_, size);
+  const double rayError = (size.width + 16.0) * 2 * e2 * radius;
+  const double centre = 32 * std::max(std::abs(rays_.camera.cx), std::abs(rays_.camera.cy));
+  const double largest = F * radius * M + centre;
+  if (!(largest < 1073741824.0)) {  // beyond 2^30 integers have no room for the differences
+    return std::numeric_limits<double>::infinity();
+  }
+  return groupError + F * radius * table_.remainderBound(T) + F * (M + 4 * M) * rayError +
+         16 * e2 * largest;
 }
 
 double SteppedPositions::Sums::at(double start, double step, int count) {
@@ -213,8 +374,15 @@ RawPosition SteppedPositions::at(int column, int row) {
 HWY_EXPORT(PositionsOfRun);
 
 std::size_t positionsOfRun(const RawPositions& positions, SteppedPositions& stepped,
-                           const double* column, const double* row, std::size_t count, int* u,
-                           int* v) {
+                           const int* column, const int* row, std::size_t count, int* u, int* v) {
+  if (positions.safeDistance() == 0) {
+    std::uint64_t wanted = 0;
+    for (std::size_t k = 0; k < kRun; ++k) {
+      u[k] = v[k] = kNowhere;
+      wanted |= std::uint64_t{column[k] >= 0} << k;
+    }
+    return recompute(stepped, wanted, count, column, row, u, v);
+  }
   return HWY_DYNAMIC_DISPATCH(PositionsOfRun)(positions, stepped, column, row, count, u, v);
 }
 

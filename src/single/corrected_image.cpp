@@ -55,8 +55,8 @@ class CorrectedView {
 
  private:
   struct Run {
-    alignas(64) double column[kRun];
-    alignas(64) double row[kRun];
+    alignas(64) int column[kRun];
+    alignas(64) int row[kRun];
     alignas(64) int u[kRun];
     alignas(64) int v[kRun];
   };
@@ -99,21 +99,21 @@ class CorrectedView {
   }
 
   // Columns across the whole width.
-  std::array<double, kRun> spread() const {
-    std::array<double, kRun> columns;
+  std::array<int, kRun> spread() const {
+    std::array<int, kRun> columns;
     for (std::size_t k = 0; k < kRun; ++k) {
       columns[k] =
-          static_cast<double>((2 * k + 1) * static_cast<std::size_t>(size_.width) / (2 * kRun));
+          static_cast<int>((2 * k + 1) * static_cast<std::size_t>(size_.width) / (2 * kRun));
     }
     return columns;
   }
 
   // Looks at undistorted pixels of one row.
-  bool showsAnythingIn(int row, const std::array<double, kRun>& columns,
+  bool showsAnythingIn(int row, const std::array<int, kRun>& columns,
                        fisheye::SteppedPositions& stepped) const {
     Run run;
     std::copy(columns.begin(), columns.end(), run.column);
-    std::fill_n(run.row, kRun, static_cast<double>(row));
+    std::fill_n(run.row, kRun, row);
     fisheye::positionsOfRun(positions_, stepped, run.column, run.row, kRun, run.u, run.v);
     unsigned char pixels[kRun * 4];
     single::sampleRun(frame_, run.u, run.v, kRun, pixels, nullptr);
@@ -132,7 +132,7 @@ class CorrectedView {
   bool scanShowsAnything(fisheye::SteppedPositions& stepped) const {
     for (int row = 0; row < size_.height; ++row) {
       for (int x = 0; x < size_.width; x += static_cast<int>(kRun)) {
-        std::array<double, kRun> columns;
+        std::array<int, kRun> columns;
         for (std::size_t k = 0; k < kRun; ++k) {
           const int column = x + static_cast<int>(k);
           columns[k] = column < size_.width ? column : -1;

@@ -1,11 +1,104 @@
 #include "single/warped_pixels.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
 #include "fisheye/raw_positions.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "single/warped_pixels.cpp"
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
+
+#ifndef FISHEYE_SINGLE_WARPED_PIXELS_ONCE
+#define FISHEYE_SINGLE_WARPED_PIXELS_ONCE
+namespace single {
+namespace {
+
+using fisheye::kRun;
+
+// One row of the output: the numerators and the denominator of its pixels.
+class WarpedRow {
+ public:
+  WarpedRow(const InverseWarp& warp, int y) : warp_(warp) {
+    const double py = y - warp.dy;
+    for (int i = 0; i < 3; ++i) {
+      byY_[i] = warp.Hinv(i, 1) * py;
+    }
+  }
+
+  // Row i of Hinv (px, py, 1), summed from left to right.
+  double sum(int i, double px) const {
+    return (warp_.Hinv(i, 0) * px + byY_[i]) + warp_.Hinv(i, 2);
+  }
+
+  // The source pixel of output column x, or (-1, -1).
+  [[maybe_unused]] void exact(int x, int& column, int& row) const {
+    const double px = x - warp_.dx;
+    const double w = sum(2, px);
+    const double tx = static_cast<double>(static_cast<float>(sum(0, px) / w)) + 0.5;
+    const double ty = static_cast<double>(static_cast<float>(sum(1, px) / w)) + 0.5;
+    const bool inside = tx > -1 && tx < warp_.size.width && ty > -1 && ty < warp_.size.height;
+    column = inside ? static_cast<int>(tx) : -1;
+    row = inside ? static_cast<int>(ty) : -1;
+  }
+
+  const InverseWarp& warp() const { return warp_; }
+
+ private:
+  const InverseWarp& warp_;
+  double byY_[3];
+};
+
+// The quotients of a run as differences from a whole pixel B near its middle m, in 32-bit float.
+// With k the number of pixels from the middle,
+//   sx - Bx = (ax + bx k)/(1 + c k),  ax = (nx_m - Bx w_m)/w_m, bx = (Hinv_11 - Bx Hinv_31)/w_m,
+//   c = Hinv_31/w_m, and sy likewise.
+struct LocalQuotients {
+  std::int32_t baseX, baseY;
+  float ax, bx, ay, by, c;
+  float clear;  // a sum sx + 1/2 farther than this from whole numbers is truncated rightly
+  bool usable;
+
+  LocalQuotients(const WarpedRow& row, int x) {
+    const InverseWarp& warp = row.warp();
+    constexpr double half = kRun / 2;
+    const double px = x + half - warp.dx;
+    const double nx = row.sum(0, px);
+    const double ny = row.sum(1, px);
+    const double w = row.sum(2, px);
+    const double perW = 1 / w;
+    constexpr double limit = 0x1p22;
+    usable = std::abs(nx * perW) < limit && std::abs(ny * perW) < limit;
+    if (!usable) {
+      return;
+    }
+    baseX = static_cast<std::int32_t>(nx * perW);
+    baseY = static_cast<std::int32_t>(ny * perW);
+    const double Bx = baseX;
+    const double By = baseY;
+    const double dbx = (warp.Hinv(0, 0) - Bx * warp.Hinv(2, 0)) * perW;
+    const double dby = (warp.Hinv(1, 0) - By * warp.Hinv(2, 0)) * perW;
+    const double dc = warp.Hinv(2, 0) * perW;
+    const double spread = 2 + half * std::max(std::abs(dbx), std::abs(dby));
+    usable = spread < 4096 && std::abs(dc) * half <= 0.5;
+    ax = static_cast<float>((nx - Bx * w) * perW);
+    bx = static_cast<float>(dbx);
+    ay = static_cast<float>((ny - By * w) * perW);
+    by = static_cast<float>(dby);
+    c = static_cast<float>(dc);
+    // Six operations in float, 2^-24 each, on |a + b k| <= spread over a denominator of at least
+    // 1/2; and the rounding of sx itself to float, half a unit of at most 2^-23 |sx|, where |sx| is
+    // at most |B| + 2 spread.
+    const double magnitude = std::max(std::abs(Bx), std::abs(By)) + 2 * spread;
+    clear = static_cast<float>(16 * 0x1p-24 * spread + 0x1p-23 * magnitude + 0x1p-20);
+  }
+};
+
+}  // namespace
+}  // namespace single
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace single {
@@ -14,41 +107,60 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// One row of Hinv times (px, py, 1), summed from left to right; the products are not fused.
-template <class V>
-struct RowSum {
-  V byX, byY, rest;
-  HWY_INLINE V at(V px) const { return hn::Add(hn::Add(hn::Mul(byX, px), byY), rest); }
-};
+using D = hn::CappedTag<float, 8>;
+using DI = hn::Rebind<std::int32_t, D>;
 
-bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, double* column, double* row) {
-  const hn::CappedTag<double, 8> d;
-  using V = hn::Vec<decltype(d)>;
-  const hn::Rebind<float, decltype(d)> df;
-  const double py = y - warp.dy;
-  RowSum<V> rows[3];
-  for (int i = 0; i < 3; ++i) {
-    rows[i] = {hn::Set(d, warp.Hinv(i, 0)), hn::Set(d, warp.Hinv(i, 1) * py),
-               hn::Set(d, warp.Hinv(i, 2))};
-  }
-  const V dx = hn::Set(d, warp.dx);
-  const V half = hn::Set(d, 0.5);
-  const V below = hn::Set(d, -1.0);  // what lies above -1 is truncated to 0 or more
-  const V width = hn::Set(d, static_cast<double>(warp.size.width));
-  const V height = hn::Set(d, static_cast<double>(warp.size.height));
+bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* row) {
+  const D d;
+  const DI di;
+  const std::size_t lanes = hn::Lanes(d);
+  const WarpedRow exactRow(warp, y);
+  const LocalQuotients local(exactRow, x);
   bool any = false;
-  for (std::size_t k = 0; k < fisheye::kRun; k += hn::Lanes(d)) {
-    const V px = hn::Sub(hn::Iota(d, static_cast<double>(x) + static_cast<double>(k)), dx);
-    const V w = rows[2].at(px);
-    const V sx = hn::PromoteTo(d, hn::DemoteTo(df, hn::Div(rows[0].at(px), w)));
-    const V sy = hn::PromoteTo(d, hn::DemoteTo(df, hn::Div(rows[1].at(px), w)));
-    const V tx = hn::Add(sx, half);
-    const V ty = hn::Add(sy, half);
-    const auto inside = hn::And(hn::And(hn::Gt(tx, below), hn::Lt(tx, width)),
-                                hn::And(hn::Gt(ty, below), hn::Lt(ty, height)));
-    any = any || !hn::AllFalse(d, inside);
-    hn::Store(hn::IfThenElse(inside, hn::Trunc(tx), below), d, column + k);
-    hn::Store(hn::IfThenElse(inside, hn::Trunc(ty), below), d, row + k);
+  if (HWY_UNLIKELY(!local.usable)) {
+    for (std::size_t k = 0; k < kRun; ++k) {
+      exactRow.exact(x + static_cast<int>(k), column[k], row[k]);
+      any = any || column[k] >= 0;
+    }
+    return any;
+  }
+  const auto one = hn::Set(d, 1.0F);
+  const auto half = hn::Set(d, 0.5F);
+  const auto clear = hn::Set(d, local.clear);
+  const auto width = hn::Set(di, static_cast<std::int32_t>(warp.size.width));
+  const auto height = hn::Set(di, static_cast<std::int32_t>(warp.size.height));
+  const auto minusOne = hn::Set(di, -1);
+  const auto beyond = hn::Set(di, -2);
+  const auto step = hn::Set(d, static_cast<float>(lanes));
+  auto n = hn::Sub(hn::Iota(d, 0.0F), hn::Set(d, static_cast<float>(kRun / 2)));
+  for (std::size_t k = 0; k < kRun; k += lanes, n = hn::Add(n, step)) {
+    const auto reciprocal = hn::Div(one, hn::MulAdd(n, hn::Set(d, local.c), one));
+    const auto nx = hn::MulAdd(n, hn::Set(d, local.bx), hn::Set(d, local.ax));
+    const auto ny = hn::MulAdd(n, hn::Set(d, local.by), hn::Set(d, local.ay));
+    const auto tx = hn::MulAdd(nx, reciprocal, half);
+    const auto ty = hn::MulAdd(ny, reciprocal, half);
+    const auto distance =
+        hn::Min(hn::Abs(hn::Sub(tx, hn::Round(tx))), hn::Abs(hn::Sub(ty, hn::Round(ty))));
+    // Rounded down; -1 then stands for what lies between -1 and 0, which truncation brings to 0.
+    const auto ix = hn::Add(hn::ConvertTo(di, hn::Floor(tx)), hn::Set(di, local.baseX));
+    const auto iy = hn::Add(hn::ConvertTo(di, hn::Floor(ty)), hn::Set(di, local.baseY));
+    const auto inside = hn::And(hn::And(hn::Gt(ix, beyond), hn::Lt(ix, width)),
+                                hn::And(hn::Gt(iy, beyond), hn::Lt(iy, height)));
+    const auto zero = hn::Zero(di);
+    hn::Store(hn::IfThenElse(inside, hn::Max(ix, zero), minusOne), di, column + k);
+    hn::Store(hn::IfThenElse(inside, hn::Max(iy, zero), minusOne), di, row + k);
+    any = any || !hn::AllFalse(di, inside);
+    const auto doubtful = hn::Le(distance, clear);
+    if (HWY_UNLIKELY(!hn::AllFalse(d, doubtful))) {
+      std::uint8_t bits[8] = {};
+      hn::StoreMaskBits(d, doubtful, bits);
+      for (std::size_t i = 0; i < lanes; ++i) {
+        if ((bits[0] >> i & 1) != 0) {
+          exactRow.exact(x + static_cast<int>(k + i), column[k + i], row[k + i]);
+          any = any || column[k + i] >= 0;
+        }
+      }
+    }
   }
   return any;
 }
@@ -63,7 +175,7 @@ namespace single {
 
 HWY_EXPORT(SourcePixelsOfRun);
 
-bool sourcePixelsOfRun(const InverseWarp& warp, int x, int y, double* column, double* row) {
+bool sourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* row) {
   return HWY_DYNAMIC_DISPATCH(SourcePixelsOfRun)(warp, x, y, column, row);
 }
 

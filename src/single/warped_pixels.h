@@ -17,6 +17,6 @@ struct InverseWarp {
 
 // The source pixels of a run of output pixels (x, y), (x + 1, y) ...: column[k] is -1 where there
 // is none. Writes whole runs of fisheye::kRun elements. False when the whole run lies outside.
-bool sourcePixelsOfRun(const InverseWarp& warp, int x, int y, double* column, double* row);
+bool sourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* row);
 
 }  // namespace single

@@ -1,6 +1,7 @@
 #include "support/plain_solver.h"
 
 #include <cmath>
+#include <limits>
 #include <opencv2/calib3d.hpp>
 
 namespace plain {
@@ -154,6 +155,8 @@ bool initExtrinsics(const View& view, const Intrinsics& camera, Pose& pose) {
 }
 
 double conditionRatio(const cv::Mat& J) {
+  // The library leaves singular values of such matrices uninitialised.
+  if (!cv::checkRange(J)) return std::numeric_limits<double>::quiet_NaN();
   const cv::SVD svd(J, cv::SVD::NO_UV);
   return svd.w.at<double>(0) / svd.w.at<double>(svd.w.rows - 1);
 }
