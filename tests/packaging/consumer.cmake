@@ -1,7 +1,6 @@
-# Configures and builds a small project that uses the library, from nothing.
+# Configures a small project that uses the library from nothing, and builds it.
 #   cmake -DSOURCE=... -DBUILD=... -DOPTIONS=<list> -P consumer.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
 
-file(REMOVE_RECURSE "${BUILD}")
-require_success("${CMAKE_COMMAND}" -S "${SOURCE}" -B "${BUILD}" ${OPTIONS})
+require_success("${CMAKE_COMMAND}" --fresh -S "${SOURCE}" -B "${BUILD}" ${OPTIONS})
 require_success("${CMAKE_COMMAND}" --build "${BUILD}" --parallel 2)
