@@ -12,7 +12,7 @@ constexpr double intoSquare = 0.4;      // of the step to the next corner, where
 constexpr double patchRadius = 0.08;    // of the step
 constexpr double smallestContrast = 4;  // grey levels
 constexpr double smallestGap = 0.25;    // of the contrast, between the darkest bright and the
-                                      // brightest dark square at a corner
+                                        // brightest dark square at a corner
 constexpr double largestFailure = 0.5;  // of the corners in one row or column
 constexpr double continuation = 0.7;    // of the places in a row beyond the rim
 

@@ -174,8 +174,14 @@ int run(int argc, char** argv) {
   app.name(programName);
   app.set_version_flag("--version", std::string(programName) + " " + FISHEYE_CALIBRATION_VERSION);
   app.require_subcommand(1);
-  app.footer(std::string("Example:\n  fisheye-calibration calibrate photo.png --chessboard 8x6 "
-                         "--spacing 39 -o camera.ini\n\n") +
+  app.footer(std::string("Examples:\n"
+                         "  fisheye-calibration detect photo.png --chessboard 8x6 --spacing 39 "
+                         "-o points.csv\n"
+                         "  fisheye-calibration calibrate points.csv --image-size 1920x1208 "
+                         "-o camera.ini\n"
+                         "  fisheye-calibration map --camera camera.ini --from world --to raw 120 "
+                         "-80.5\n"
+                         "  fisheye-calibration info camera.ini\n\n") +
              exitCodes);
   DetectOptions detect;
   CalibrateOptions calibrate;
@@ -215,7 +221,10 @@ int main(int argc, char** argv) {
     std::cout.flush();
     return std::cout ? code : report("standard output: cannot write", host::exitJobFailed);
   } catch (const host::Failure& failure) {
-    return report(failure.what(), failure.code());
+    // It names the file or the option itself; file:line:column stands at the line's start, where
+    // editors look for it.
+    std::cerr << host::onOneLine(failure.what()) << std::endl;
+    return failure.code();
   } catch (const std::bad_alloc&) {
     return report("not enough memory", host::exitJobFailed);
   } catch (const std::exception& failure) {

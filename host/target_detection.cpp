@@ -52,7 +52,8 @@ double spacingAt(const Points& points, int columns, int rows, int column, int ro
   return smallest;
 }
 
-// Sub-pixel corners, each with a window that stays clear of its neighbours.
+// Sub-pixel corners, each with a window that stays clear of its neighbours. The sector finder's own
+// positions are off by up to half a pixel where the lens bends the squares.
 void refineCorners(const cv::Mat& grey, const Target& target, Points& points) {
   const Points coarse = points;
   const cv::TermCriteria untilStill(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, 40, 1e-3);
@@ -101,7 +102,7 @@ bool findChessboard(const cv::Mat& grey, const Target& target, const Attempt& at
     point.y = static_cast<float>((static_cast<double>(point.y) + 0.5) / attempt.scale - 0.5);
   }
   if (!isPlausibleGrid(points, target.columns, target.rows)) return false;
-  if (!sectors || attempt.scale < 1) refineCorners(grey, target, points);
+  refineCorners(grey, target, points);
   return isPlausibleGrid(points, target.columns, target.rows) &&
          looksLikeChessboard(grey, points, target.columns, target.rows);
 }

@@ -373,7 +373,10 @@ FISHEYE_CALIBRATION_API void GetCommonPoints(std::vector<CalibrationPoint> first
 // Size of the canvas that FishEyeImageStitching needs: width and height multiples of 4, and the
 // first image's bit count. World coordinates are expected within 0...10000. Writes the corrected
 // images and masks as "D:/LeftCorrectedImage.bmp", "D:/LeftMaskImage.bmp" and the same for Right.
-// Returns true; false, width and height untouched, when the lists share no point or do not pair.
+// Returns true; false, width and height untouched, when the lists share no point or do not pair
+// (one camera has more of the common points than the other); the bit count is set first in any
+// case. A corner that the transform takes to no number is left out, sizes beyond 32 bits become
+// 2147483644. Raises std::bad_alloc when a doubled view or mask takes more than 2^31 - 1 bytes.
 FISHEYE_CALIBRATION_API bool ComputeStitchedImageSize(
     unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
     FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1, unsigned char* image2,
@@ -385,7 +388,9 @@ FISHEYE_CALIBRATION_API bool ComputeStitchedImageSize(
 // `stitched`; fills `dual`. Canvas pixels that neither camera covers keep their value. stitchedBits
 // must be 8, 24 or 32 and equal bits1 and bits2, else no pixel is written. Also writes the debug
 // files of ComputeStitchedImageSize and "D:/DImage.bmp". Returns true; false, with canvas and
-// record untouched, when the lists share no point or do not pair.
+// record untouched, when the lists share no point or do not pair. A camera whose frame cannot be
+// corrected contributes nothing; neither does the second one where the transform gives no number or
+// one beyond 32 bits. A null canvas only fills the record. Raises std::bad_alloc like the size.
 FISHEYE_CALIBRATION_API bool FishEyeImageStitching(
     unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
     FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1, unsigned char* image2,
@@ -396,7 +401,8 @@ FISHEYE_CALIBRATION_API bool FishEyeImageStitching(
 // Cuts dstWidth x dstHeight pixels whose top-left picture pixel is (cropLeft, cropTop) out of a
 // stitched image and keeps `dual` true for the result. Both sizes must be multiples of 4, else the
 // message "裁剪后图像的长和宽必须是4的整数倍！" is shown and nothing changes. Pixels without a
-// source keep their value; other bit counts copy nothing.
+// source keep their value; other bit counts copy nothing but update `dual`. With a null buffer and
+// pixels to copy nothing changes.
 FISHEYE_CALIBRATION_API void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth,
                                                    ImageLong srcHeight, int bitCount, int cropLeft,
                                                    int cropTop, DualFishEyeCalibrationParam& dual,
@@ -404,7 +410,9 @@ FISHEYE_CALIBRATION_API void DualCam_CroppingImage(unsigned char* src, ImageLong
                                                    ImageLong dstHeight);
 
 // World -> stitched image: u = (Xw - DatumPtXw)/Pixel + DatumImagePtX, v likewise, in 32-bit float;
-// v counts buffer rows like DatumImagePtY. Zw is ignored. Always true.
+// v is measured from the buffer row DatumImagePtY but grows with the picture's rows, so the picture
+// shows the point at buffer row 2 DatumImagePtY - 1 - v; on an uncropped canvas that is picture row
+// v (docs/stitching.md). Zw is ignored. Always true.
 FISHEYE_CALIBRATION_API bool DualCam_WorldToSecondCorrectedImagePoint(
     float Xw, float Yw, float Zw, DualFishEyeCalibrationParam dual, float& u, float& v);
 

@@ -2,17 +2,15 @@
 #pragma once
 
 #include <opencv2/core.hpp>
-#include <source_location>
 
 namespace fisheye {
 
 // Raises cv::Exception with code -215, `text` as the failed condition and `function` as the
-// function's name, unless `condition` holds.
+// function's name, unless `condition` holds. File and line are the caller's.
 inline void require(bool condition, const char* text, const char* function,
-                    const std::source_location& where = std::source_location::current()) {
+                    const char* file = __builtin_FILE(), int line = __builtin_LINE()) {
   if (!condition) {
-    cv::error(cv::Error::StsAssert, text, function, where.file_name(),
-              static_cast<int>(where.line()));
+    cv::error(cv::Error::StsAssert, text, function, file, line);
   }
 }
 

@@ -1,0 +1,35 @@
+// Joins two doubled views on the host's canvas.
+#pragma once
+
+#include <cstdint>
+#include <opencv2/core.hpp>
+
+#include "stitching/doubled_view.h"
+
+namespace stitching {
+
+// The host's buffer, rows bottom-up without padding.
+struct Canvas {
+  unsigned char* pixels;
+  std::int32_t width;
+  std::int32_t height;
+  int bits;
+};
+
+// Buffer row of the canvas on which the first view's buffer row 0 lies: the view is centred, cut
+// towards zero, and lies partly below row 0 when it is higher than the canvas.
+std::int64_t verticalOffset(std::int32_t canvasHeight, std::int32_t viewHeight);
+
+// Puts the first view unscaled at column 0 and the second where M, from buffer pixels of the first
+// view to buffer pixels of the second, says it lies. In buffer rows throughout. Where both views
+// have content, out = trunc(first t) + trunc(second (1 - t)) in 32-bit float, byte by byte, with
+// t = (seam - c)/(seam - c0): c0 is the row's first such column, the seam the first view's last
+// column with content on that row (0 if there is none from column 1 on). When c0 is not left of the
+// seam the row takes the mean. Pixels where neither has content keep their value.
+//
+// Both views must have the canvas's bits, which must be supported. Rows are computed in parallel;
+// the result does not depend on how they are split.
+void compose(const DoubledView& first, const DoubledView& second, const cv::Matx33d& M,
+             const Canvas& canvas);
+
+}  // namespace stitching

@@ -1,0 +1,27 @@
+// Conversions to integers that never leave the integer's range.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+namespace stitching {
+
+constexpr std::int32_t saturated(std::int64_t value) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  if (value < Limits::min()) return Limits::min();
+  if (value > Limits::max()) return Limits::max();
+  return static_cast<std::int32_t>(value);
+}
+
+// Towards zero; beyond 64 bits the nearest limit, not a number gives 0.
+constexpr std::int64_t truncated(double value) {
+  constexpr double limit = 0x1p63;
+  if (value >= limit) return std::numeric_limits<std::int64_t>::max();
+  if (value < -limit) return std::numeric_limits<std::int64_t>::min();
+  return value == value ? static_cast<std::int64_t>(value) : 0;
+}
+
+// Adds one half and cuts towards zero, so -77.4 becomes -76.
+constexpr std::int64_t halfAddedAndTruncated(double value) { return truncated(value + 0.5); }
+
+}  // namespace stitching

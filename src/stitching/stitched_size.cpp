@@ -1,0 +1,74 @@
+#include <algorithm>
+
+#include "fisheye_calibration.h"
+#include "stitching/doubled_view.h"
+#include "stitching/rig_alignment.h"
+#include "stitching/saturation.h"
+
+namespace {
+
+using stitching::Camera;
+
+// Least and greatest of pixel coordinates, 0 among them.
+class Extent {
+ public:
+  explicit Extent(std::int32_t size) { include(static_cast<float>(size)); }
+
+  void include(float value) {
+    least_ = std::min(least_, value);
+    greatest_ = std::max(greatest_, value);
+  }
+
+  // Adds one half, cuts to a whole number and narrows. What is not a number lies nowhere.
+  void includeRounded(double value) {
+    if (value == value) {
+      include(static_cast<float>(stitching::halfAddedAndTruncated(value)));
+    }
+  }
+
+  // A multiple of 4 that holds them all.
+  std::int32_t roundedUpLength() const {
+    constexpr std::int64_t largest = 0x7FFFFFFC;
+    const std::int64_t length = stitching::truncated(greatest_ - least_);
+    return static_cast<std::int32_t>((std::min(length, largest) + 3) / 4 * 4);
+  }
+
+ private:
+  float least_ = 0;
+  float greatest_ = 0;
+};
+
+}  // namespace
+
+bool ComputeStitchedImageSize(unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
+                              FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1,
+                              unsigned char* image2, ImageLong width2, ImageLong height2, int bits2,
+                              FishEyeCalibrationParam param2, std::vector<CalibrationPoint> points2,
+                              ImageLong& stitchedWidth, ImageLong& stitchedHeight,
+                              int& stitchedBits) {
+  stitchedBits = bits1;
+  const Camera first{image1, width1, height1, bits1, param1, points1};
+  const Camera second{image2, width2, height2, bits2, param2, points2};
+  stitching::renderForDebugBitmaps(first, stitching::Side::left);
+  stitching::renderForDebugBitmaps(second, stitching::Side::right);
+  const auto pairs = stitching::cornerPairs(first, second);
+  if (!pairs) {
+    return false;
+  }
+
+  // The canvas holds the second view's rectangle and the place where the transform puts it.
+  const cv::Matx33d M = stitching::firstToSecond(*pairs, first, second, stitching::Rows::picture);
+  const std::int32_t W2 = stitching::doubledWidth(second);
+  const std::int32_t H2 = stitching::doubledHeight(second);
+  Extent columns(W2);
+  Extent rows(H2);
+  for (const cv::Point2d& p :
+       {cv::Point2d(0, 0), cv::Point2d(W2, 0), cv::Point2d(W2, H2), cv::Point2d(0, H2)}) {
+    const double w = M(2, 0) * p.x + M(2, 1) * p.y + M(2, 2);
+    columns.includeRounded((M(0, 0) * p.x + M(0, 1) * p.y + M(0, 2)) / w);
+    rows.includeRounded((M(1, 0) * p.x + M(1, 1) * p.y + M(1, 2)) / w);
+  }
+  stitchedWidth = columns.roundedUpLength();
+  stitchedHeight = rows.roundedUpLength();
+  return true;
+}

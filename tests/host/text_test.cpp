@@ -1,0 +1,55 @@
+#include "text.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+
+namespace {
+
+using host::parseFloat;
+using host::parseInteger;
+using host::parseNumber;
+
+TEST(Text, NumbersAreReadWhole) {
+  EXPECT_EQ(parseNumber("-1.5e2"), -150.0);
+  EXPECT_EQ(parseNumber("+2"), 2.0);
+  EXPECT_EQ(parseNumber("2 "), std::nullopt);
+  EXPECT_EQ(parseNumber("2x"), std::nullopt);
+  EXPECT_EQ(parseNumber("+-2"), std::nullopt);
+  EXPECT_EQ(parseNumber(""), std::nullopt);
+}
+
+TEST(Text, NumbersThatAreNotFiniteAreRejected) {
+  EXPECT_EQ(parseNumber("nan"), std::nullopt);
+  EXPECT_EQ(parseNumber("inf"), std::nullopt);
+  EXPECT_EQ(parseNumber("1e400"), std::nullopt);
+}
+
+TEST(Text, FloatsBeyondTheirRangeAreRejected) {
+  EXPECT_EQ(parseFloat("3e38"), 3e38f);
+  EXPECT_EQ(parseFloat("4e38"), std::nullopt);
+}
+
+TEST(Text, WholeNumbersTakeNoFraction) {
+  EXPECT_EQ(parseInteger("-7"), -7);
+  EXPECT_EQ(parseInteger("7.0"), std::nullopt);
+  EXPECT_EQ(parseInteger("2147483648"), std::nullopt);
+}
+
+TEST(Text, TheDecimalPointIsAPointInEveryLocale) {
+  const char* const before = std::setlocale(LC_ALL, nullptr);
+  const std::string saved = before;
+  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no German locale here";
+  EXPECT_EQ(host::fixed(1.5, 2), "1.50");
+  EXPECT_EQ(parseNumber("1.5"), 1.5);
+  std::setlocale(LC_ALL, saved.c_str());
+}
+
+TEST(Text, ShortestReadsBackAsTheSameFloat) {
+  EXPECT_EQ(host::shortest(0.1f), "0.1");
+  EXPECT_EQ(parseFloat(host::shortest(1.0f / 3.0f)), 1.0f / 3.0f);
+}
+
+TEST(Text, MessagesBecomeOneLine) { EXPECT_EQ(host::onOneLine("  a\n\tb  c \n"), "a b c"); }
+
+}  // namespace
