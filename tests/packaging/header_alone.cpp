@@ -1,0 +1,2 @@
+// The public header alone, twice.
+#include "fisheye_calibration.h"

@@ -1,0 +1,15 @@
+# Compares the functions that the public header declares with the list of signatures and, where given,
+# with the export list.
+#   cmake -DHEADER=... -DSIGNATURES=... [-DEXPORTS=...] -P header_declarations.cmake
+include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
+
+read_list("${SIGNATURES}" signatures)
+list(TRANSFORM signatures REPLACE "\\(.*" "")
+file(READ "${HEADER}" text)
+string(REGEX MATCHALL "\nFISHEYE_CALIBRATION_API[^(]+\\(" declarations "${text}")
+list(TRANSFORM declarations REPLACE "^.*[ \n]([A-Za-z_]+)\\($" "\\1" OUTPUT_VARIABLE declared)
+require_same_set(declared "the header" signatures "the list of signatures")
+if(EXPORTS)
+  read_list("${EXPORTS}" exports)
+  require_same_set(declared "the header" exports "the export list")
+endif()

@@ -1,0 +1,50 @@
+# What the checking scripts share.
+
+# read_list(<file> <result>): the lines of a list file without its comments.
+function(read_list file result)
+  file(STRINGS "${file}" lines REGEX "^[^#]")
+  if(NOT lines)
+    message(FATAL_ERROR "${file} is empty")
+  endif()
+  set(${result} "${lines}" PARENT_SCOPE)
+endfunction()
+
+# require_same_set(<list> <its name> <list> <its name>): fails, telling what is too much and what is
+# missing, unless both lists hold the same entries, each once.
+function(require_same_set same_set_1 first_name same_set_2 second_name)
+  # Read before anything is set here: the names used here hide the caller's.
+  set(entries_1 ${${same_set_1}})
+  set(entries_2 ${${same_set_2}})
+  set(only_1 ${entries_1})
+  set(only_2 ${entries_2})
+  list(REMOVE_ITEM only_1 ${entries_2})
+  list(REMOVE_ITEM only_2 ${entries_1})
+  set(problems "")
+  foreach(entry IN LISTS only_1)
+    string(APPEND problems "\n  only in ${first_name}: ${entry}")
+  endforeach()
+  foreach(entry IN LISTS only_2)
+    string(APPEND problems "\n  only in ${second_name}: ${entry}")
+  endforeach()
+  foreach(i IN ITEMS 1 2)
+    list(LENGTH entries_${i} count)
+    list(REMOVE_DUPLICATES entries_${i})
+    list(LENGTH entries_${i} unique_count)
+    if(NOT count EQUAL unique_count)
+      string(APPEND problems "\n  an entry occurs twice in: ${entries_${i}}")
+    endif()
+  endforeach()
+  if(problems)
+    message(FATAL_ERROR "${first_name} and ${second_name} differ:${problems}")
+  endif()
+endfunction()
+
+# require_success(<command>...): runs a program; fails with all that it printed if it fails.
+function(require_success)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE code OUTPUT_VARIABLE text ERROR_VARIABLE text)
+  if(NOT code EQUAL 0)
+    list(JOIN ARGN " " command)
+    message(FATAL_ERROR "${command}\nended with ${code}:\n${text}")
+  endif()
+  set(output "${text}" PARENT_SCOPE)
+endfunction()
