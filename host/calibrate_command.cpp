@@ -39,8 +39,8 @@ Outputs checkedOutputs(const CalibrateOptions& options) {
   const auto beside = [&](const std::string& given, const char* name) {
     return given.empty() ? (folder / name).string() : given;
   };
-  const Outputs outputs{options.output, beside(options.residualPlot, "residuals.png"),
-                        beside(options.residualTable, "residuals.csv")};
+  Outputs outputs{options.output, beside(options.residualPlot, "residuals.png"),
+                  beside(options.residualTable, "residuals.csv")};
   const struct {
     const char* option;
     const std::string& path;

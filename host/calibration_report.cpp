@@ -24,14 +24,14 @@ std::string row(const std::string& name, const std::string& value, const std::st
 // Lengths and pixels with four decimals, ratios and coefficients with eight.
 std::string valueText(const RecordField& field, double value) {
   const std::string_view unit = field.unit;
-  return fixed(value, unit == "px" || unit == "mm" ? 4 : 8);
+  return readable(value, unit == "px" || unit == "mm" ? 4 : 8);
 }
 
 std::string matrixRows(const std::string& name, const Matrix3& matrix) {
   std::string text;
   for (std::size_t i = 0; i < 3; ++i) {
     text += "  " + padRight(i == 0 ? name : "", 10);
-    for (std::size_t j = 0; j < 3; ++j) text += padLeft(fixed(matrix[3 * i + j], 8), 18);
+    for (std::size_t j = 0; j < 3; ++j) text += padLeft(readable(matrix[3 * i + j], 8), 18);
     text += "\n";
   }
   return text;
@@ -65,10 +65,10 @@ std::string worstPoints(std::vector<CalibrationPoint> points) {
     text += "  " + padLeft(std::to_string(point.PointId), 10);
     for (const double value :
          {static_cast<double>(point.ImagePtX), static_cast<double>(point.ImagePtY)}) {
-      text += padLeft(fixed(value, 2), 11);
+      text += padLeft(readable(value, 2), 11);
     }
     for (const double value : {point.ReprojErrX, point.ReprojErrY, residual(point)}) {
-      text += padLeft(fixed(value, 3), 11);
+      text += padLeft(readable(value, 3), 11);
     }
     text += "\n";
   }
@@ -99,7 +99,7 @@ std::string describeRecord(const FishEyeCalibrationParam& param) {
 
 std::string describeResult(const CalibrationResult& result, const Size& corrected) {
   std::string text = "Camera\n" + describeRecord(result.param) + "\nReprojection error: RMS " +
-                     fixed(result.rms, 4) + " px over " + std::to_string(result.points.size()) +
+                     readable(result.rms, 4) + " px over " + std::to_string(result.points.size()) +
                      " points\n";
   if (result.homographyFound) {
     const SecondCorrectionError error = secondCorrectionError(result, corrected);

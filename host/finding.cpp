@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <set>
 
 namespace host {
 
@@ -11,8 +12,13 @@ bool anyImpossible(const std::vector<Finding>& findings) {
   });
 }
 
-std::string namedPoints(const std::vector<int>& pointIds) {
+std::string namedPoints(const std::vector<int>& ids) {
   constexpr std::size_t longest = 12;
+  std::vector<int> pointIds;
+  std::set<int> told;
+  for (const int id : ids) {
+    if (told.insert(id).second) pointIds.push_back(id);
+  }
   const std::size_t shown = pointIds.size() > longest ? longest - 1 : pointIds.size();
   std::string text = pointIds.size() == 1 ? "point " : "points ";
   for (std::size_t i = 0; i < shown; ++i) {

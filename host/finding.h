@@ -61,8 +61,9 @@ struct Finding {
 
 bool anyImpossible(const std::vector<Finding>& findings);
 
-// "points 1, 2 and 7"; long lists are cut with the number of what is left out.
-std::string namedPoints(const std::vector<int>& pointIds);
+// "points 1, 2 and 7"; every id once; long lists are cut with the number of what is left
+// out.
+std::string namedPoints(const std::vector<int>& ids);
 
 }  // namespace host
 

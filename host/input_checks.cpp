@@ -15,13 +15,14 @@
 namespace host {
 namespace {
 
-constexpr double nearReach = 0.95;           // of the solver's reach
-constexpr double smallCoverage = 0.08;       // of the picture's area
-constexpr double fairCoverage = 0.25;        // enough unless the target is seen frontally
-constexpr double frontalScaleRatio = 1.5;    // largest to smallest area scale within the target
-constexpr double lineFlatness = 1e-4;        // breadth to length of what counts as one line
-constexpr double nearlyLineFlatness = 0.03;  // … and as nearly one
-constexpr double shortScalePair = 0.2;       // of the target's largest extent
+constexpr double nearReach = 0.95;            // of the solver's reach
+constexpr double smallCoverage = 0.08;        // of the picture's area
+constexpr double fairCoverage = 0.25;         // enough unless the target is seen frontally
+constexpr double frontalScaleRatio = 1.5;     // largest to smallest area scale within the target
+constexpr double lineFlatness = 1e-4;         // breadth to length of what counts as one line
+constexpr double nearlyLineFlatness = 0.03;   // … and as nearly one
+constexpr std::size_t mostForSingles = 1000;  // points up to which each is left out in turn
+constexpr double shortScalePair = 0.2;        // of the target's largest extent
 
 using Points = std::vector<CalibrationPoint>;
 
@@ -135,7 +136,8 @@ void checkLine(const Points& points, std::vector<Finding>& findings) {
     findings.push_back({FindingKind::CollinearPoints, Severity::Doubtful,
                         "the points lie almost on one line; the result will be poor"});
   }
-  for (std::size_t i = 0; i < world.size() && world.size() > 3; ++i) {
+  if (world.size() > mostForSingles) return;
+  for (std::size_t i = 0; i < world.size(); ++i) {
     std::vector<cv::Point2d> others = world;
     others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
     if (flatness(others) >= lineFlatness) continue;

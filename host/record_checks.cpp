@@ -15,7 +15,7 @@ namespace {
 
 // The parameter file keeps six decimals of R and of the rotation vector.
 constexpr double rotationTolerance = 2e-5;
-constexpr double vectorTolerance = 1e-4;
+constexpr double vectorTolerance = 1e-3;
 constexpr double usefulAngleDegrees = 30;
 constexpr double degreesPerRadian = 57.29577951308232;
 

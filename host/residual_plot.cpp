@@ -169,7 +169,7 @@ void drawLegend(cv::Mat& canvas, const Frame& frame, const ResidualPlot& plot, d
   legend.gap(6);
   const double stretch = magnification * frame.scale;
   const double reference = niceBelow(130 / stretch);
-  legend.referenceArrow(reference * stretch, general(reference, 3) + " px");
+  legend.referenceArrow(reference * stretch, general(reference, 6) + " px");
   legend.gap(24);
   legend.line("Colour: length of the residual");
   legend.gap(8);

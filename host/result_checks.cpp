@@ -59,7 +59,8 @@ void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image
                          Findings& findings) {
   const double u0 = static_cast<double>(param.u0);
   const double v0 = static_cast<double>(param.v0);
-  const std::string place = "the principal point (" + fixed(u0, 1) + ", " + fixed(v0, 1) + ")";
+  const std::string place =
+      "the principal point (" + readable(u0, 1) + ", " + readable(v0, 1) + ")";
   const auto alreadyTold = [](const Finding& f) { return f.kind == FindingKind::PrincipalPoint; };
   if (std::any_of(findings.begin(), findings.end(), alreadyTold)) return;
   if (!(u0 >= -0.5 && u0 <= image.width - 0.5 && v0 >= -0.5 && v0 <= image.height - 0.5)) {

@@ -59,6 +59,10 @@ std::string fixed(double value, int decimals) {
   return converted(value, std::chars_format::fixed, decimals);
 }
 
+std::string readable(double value, int decimals) {
+  return std::abs(value) < 1e7 ? fixed(value, decimals) : general(value, 6);
+}
+
 std::string shortest(float value) { return converted(value); }
 std::string shortest(double value) { return converted(value); }
 

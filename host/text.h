@@ -21,6 +21,9 @@ std::optional<int> parseInteger(std::string_view text);
 // With a fixed number of decimals.
 std::string fixed(double value, int decimals);
 
+// As fixed; where that would be very long (from ten million on), in powers of ten.
+std::string readable(double value, int decimals);
+
 // The shortest text that reads back as the same value.
 std::string shortest(float value);
 std::string shortest(double value);

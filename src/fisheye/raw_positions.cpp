@@ -217,8 +217,11 @@ HWY_INLINE std::uint64_t positionsOfGroup(const Constants& k, const LensTable& t
         hn::Le(hn::Abs(t), broadcast(k.nodeReach)));
     const auto wanted = hn::RebindMask(d, hn::Gt(i, hn::Set(di, -1)));
     const auto usable = hn::And(certain, wanted);
-    const auto wholeU = hn::Add(hn::ConvertTo(di, roundU), hn::Set(di, groups.baseU[g]));
-    const auto wholeV = hn::Add(hn::ConvertTo(di, roundV), hn::Set(di, groups.baseV[g]));
+    // Lanes that are not usable may hold anything, also what no integer holds.
+    const auto wholeU = hn::Add(hn::ConvertTo(di, hn::IfThenElseZero(usable, roundU)),
+                                hn::Set(di, groups.baseU[g]));
+    const auto wholeV = hn::Add(hn::ConvertTo(di, hn::IfThenElseZero(usable, roundV)),
+                                hn::Set(di, groups.baseV[g]));
     const auto keep = hn::RebindMask(di, usable);
     const auto nowhere = hn::Set(di, kNowhere);
     hn::Store(hn::IfThenElse(keep, wholeU, nowhere), di, u + lane);

@@ -166,8 +166,7 @@ int bytesPerPixel(int bitCount) {
 
 // Buffers of more bytes than a 32-bit integer counts are beyond the interface.
 void requireAddressable(ImageLong width, ImageLong height, int bytes) {
-  const std::int64_t total = std::int64_t{width} * height * bytes;
-  if (total > std::numeric_limits<std::int32_t>::max()) {
+  if (std::int64_t{width} * height > std::numeric_limits<std::int32_t>::max() / bytes) {
     cv::error(cv::Error::StsNoMem, "an image buffer has more than 2147483647 bytes",
               "SingleCamCorrected", __FILE__, __LINE__);
   }

@@ -176,6 +176,27 @@ TEST_F(Program, PointsOnOneLineEndInOnePlainLine) {
   EXPECT_FALSE(exists(camera));
 }
 
+// All points within 1e-30 px of the corner: the solver raises an error on this.
+TEST_F(Program, PointsThatTheSolverCannotUseEndInPlainLines) {
+  const Outcome run = calibrate(
+      "PointId,Xw,Yw,ImagePtX,ImagePtY\n"
+      "0,0,7.15835438528932,5.431351257552049e-31,3.5922234579812465e-31\n"
+      "1,0,0,4.786989949994668e-31,2.471962920982094e-31\n"
+      "2,10,0,0,0\n"
+      "3,6.81481809263563,7.789830633248863,0,5.670917661238859e-31\n"
+      "4,8.15748177345171,1.28476199447485,1.4647115662338162e-31,0\n"
+      "5,0,10,0,8.422971651193236e-31\n"
+      "6,10,3.1594749951814407,3.0960500712425936e-31,9.769766742667433e-31\n"
+      "7,8.957020257414191,4.840721713764507,0,0\n"
+      "8,4.918725428961803,0,0,3.706226358356157e-32\n");
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_FALSE(exists(camera));
+  EXPECT_FALSE(exists(folder.path("residuals.csv")));
+  EXPECT_THAT(run.err, HasSubstr("points.csv: the solver gave up on these points ("));
+  EXPECT_THAT(run.err, Not(HasSubstr("OpenCV")));
+  EXPECT_EQ(run.err.back(), '\n');
+}
+
 TEST_F(Program, EightPointsAreRefusedBeforeTheSolver) {
   std::string csv = goodCsv();
   std::size_t end = 0;

@@ -2,9 +2,12 @@
 // them before, in the same order.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <ostream>
+#include <string>
 
 #include "picture.h"
 #include "points_csv.h"
@@ -25,6 +28,8 @@ struct Photo {
   int columns;
   int rows;
 };
+
+void PrintTo(const Photo& photo, std::ostream* out) { *out << photo.name; }
 
 class RealPhotos : public testing::TestWithParam<Photo> {};
 
@@ -54,12 +59,19 @@ TEST_P(RealPhotos, GiveThePointsFoundBeforeInTheSameOrder) {
   EXPECT_LT(std::sqrt(sum / static_cast<double>(expected.size())), 0.6);
 }
 
+std::string photoName(const testing::TestParamInfo<Photo>& info) {
+  std::string name = std::string(info.param.folder).append("_").append(info.param.name);
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+}
+
 INSTANTIATE_TEST_SUITE_P(, RealPhotos,
                          testing::Values(Photo{"office_mono", "left-0011", ".png", 8, 6},
                                          Photo{"office_mono", "left-0023", ".png", 8, 6},
                                          Photo{"office_mono", "left-0035", ".png", 8, 6},
                                          Photo{"office_stereo", "right-0031", ".png", 8, 6},
                                          Photo{"garage", "img45", ".bmp", 9, 6},
-                                         Photo{"garage", "img80", ".bmp", 9, 6}));
+                                         Photo{"garage", "img80", ".bmp", 9, 6}),
+                         photoName);
 
 }  // namespace
