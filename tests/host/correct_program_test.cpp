@@ -129,13 +129,18 @@ TEST_F(CorrectProgram, TheViewShowsTheTargetInItsPlace) {
 }
 
 TEST_F(CorrectProgram, TheMaskTellsWhatTheFrameDoesNotShow) {
+  // The view's corner lies at tan theta = 1250/800, theta = 1.0, so some 770 px from the frame's
+  // centre, and the frame ends at 600.
+  FishEyeCalibrationParam narrow = sampleRecord();
+  narrow.fx = narrow.fy = 800;
+  SaveCalibrationParam(camera.c_str(), narrow);
   const Outcome run =
-      correct({frame, "-o", top, "--size", "4000x3000", "--mask", folder.path("mask.png")});
+      correct({frame, "-o", top, "--size", "2000x1500", "--mask", folder.path("mask.png")});
   ASSERT_EQ(run.exitCode, 0) << run.err;
   const cv::Mat mask = cv::imread(folder.path("mask.png"), cv::IMREAD_UNCHANGED);
-  ASSERT_EQ(mask.size(), cv::Size(4000, 3000));
+  ASSERT_EQ(mask.size(), cv::Size(2000, 1500));
   EXPECT_EQ(mask.at<unsigned char>(0, 0), 255);
-  EXPECT_EQ(mask.at<unsigned char>(1500, 2000), 0);
+  EXPECT_EQ(mask.at<unsigned char>(750, 1000), 0);
 }
 
 TEST_F(CorrectProgram, TheGridIsDrawnInTheBedsPlaces) {
