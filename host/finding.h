@@ -35,6 +35,16 @@ enum class FindingKind {
   ReprojectionError,
   Depth,
   SecondCorrection,
+  // of two cameras that are to be stitched
+  BitCounts,
+  FrameSizes,
+  ViewSize,
+  WorldRange,
+  WorldsDiffer,
+  UnusedIds,
+  FewSharedPoints,
+  SharedCoverage,
+  CameraOrder,
 };
 
 enum class Severity {

@@ -8,20 +8,26 @@
 #include <string>
 
 #include "calibrate_command.h"
+#include "correct_command.h"
+#include "crop_command.h"
 #include "detect_command.h"
 #include "failure.h"
 #include "hand_eye_command.h"
 #include "info_command.h"
 #include "map_command.h"
+#include "stitch_command.h"
 #include "straighten_command.h"
 #include "text.h"
 
 namespace {
 
 using host::CalibrateOptions;
+using host::CorrectOptions;
+using host::CropOptions;
 using host::DetectOptions;
 using host::HandEyeOptions;
 using host::MapOptions;
+using host::StitchOptions;
 using host::StraightenOptions;
 using host::TargetOptions;
 
@@ -98,13 +104,93 @@ void addCalibrate(CLI::App& app, CalibrateOptions& options) {
       "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 -o camera.ini");
 }
 
-void addMap(CLI::App& app, MapOptions& options) {
-  CLI::App* command = app.add_subcommand("map", "Carry points between the frames of a camera");
+void addCorrect(CLI::App& app, CorrectOptions& options) {
+  CLI::App* command =
+      app.add_subcommand("correct", "Render frames as seen from straight above the bed");
   command->add_option("--camera", options.camera, "the camera's parameter file")
       ->type_name("INI")
       ->required();
-  command->add_option("--from", options.from, "world or second")->type_name("FRAME")->required();
-  command->add_option("--to", options.to, "raw, corrected, second or world")
+  command->add_option("frames", options.frames, "pictures of the camera, or a folder of them")
+      ->type_name("FRAME")
+      ->required();
+  command
+      ->add_option("-o,--output", options.output,
+                   "the corrected picture; a folder for several frames (made if it is missing)")
+      ->type_name("PATH")
+      ->required();
+  command
+      ->add_option("--size", options.size,
+                   "size of the corrected picture: the camera's --corrected-size (default: the "
+                   "frame's size)")
+      ->type_name("WxH");
+  command
+      ->add_option("--mask", options.mask,
+                   "write where the picture has content (0) and where not (255); it is the same "
+                   "for all frames")
+      ->type_name("PICTURE");
+  command->add_option("--grid", options.grid, "draw the bed's lines at multiples of this distance")
+      ->type_name("MM");
+  command->footer(
+      "Grey frames give grey pictures, colour frames give colour.\n\nExamples:\n"
+      "  fisheye-calibration correct --camera camera.ini frame.png -o top.png --grid 50\n"
+      "  fisheye-calibration correct --camera camera.ini frames -o corrected --mask mask.png");
+}
+
+void addCrop(CLI::App& app, CropOptions& options) {
+  CLI::App* command = app.add_subcommand("crop", "Cut the centre out of a picture");
+  command->add_option("image", options.image, "the picture")->required();
+  command->add_option("--size", options.size, "size of what is kept")->type_name("WxH")->required();
+  command->add_option("-o,--output", options.output, "the cut picture")
+      ->type_name("PICTURE")
+      ->required();
+  command->footer("Example:\n  fisheye-calibration crop top.png --size 1200x800 -o bed.png");
+}
+
+void addStitch(CLI::App& app, StitchOptions& options) {
+  CLI::App* command =
+      app.add_subcommand("stitch", "Join the frames of two cameras over one bed in one picture");
+  command
+      ->add_option("--left", options.left,
+                   "the first camera: its frame, parameter file and measured points")
+      ->type_name("FRAME,INI,CSV")
+      ->required();
+  command->add_option("--right", options.right, "the second camera, which sees what lies right")
+      ->type_name("FRAME,INI,CSV")
+      ->required();
+  command->add_option("-o,--output", options.output, "the stitched picture")
+      ->type_name("PICTURE")
+      ->required();
+  command->add_option("--dual", options.dual, "the stitched picture's parameter file")
+      ->type_name("INI")
+      ->required();
+  command
+      ->add_option("--crop", options.crop,
+                   "keep only this part, by its left column, top row and size (multiples of 4)")
+      ->type_name("X,Y,WxH");
+  command
+      ->add_option("--seam", options.seam,
+                   "write the picture with the blended strip and the shared points")
+      ->type_name("PICTURE");
+  command->footer(
+      "Points with the same PointId in both lists are the same point of the bed; at least four of "
+      "them, well spread, align the views. Calibrate both cameras in one world with coordinates "
+      "within 0 ... 10000 and a --corrected-size of twice the frame's size.\n\nExample:\n"
+      "  fisheye-calibration stitch --left l.png,l.ini,l.csv --right r.png,r.ini,r.csv "
+      "-o bed.png --dual dual.ini --seam seam.png");
+}
+
+void addMap(CLI::App& app, MapOptions& options) {
+  CLI::App* command = app.add_subcommand(
+      "map", "Carry points between the frames of a camera or a stitched picture");
+  command->add_option("--camera", options.camera, "the camera's parameter file")->type_name("INI");
+  command
+      ->add_option("--dual", options.dual,
+                   "instead of it, the parameter file of a stitched picture")
+      ->type_name("INI");
+  command->add_option("--from", options.from, "world, second or stitched")
+      ->type_name("FRAME")
+      ->required();
+  command->add_option("--to", options.to, "raw, corrected, second, stitched or world")
       ->type_name("FRAME")
       ->required();
   command
@@ -117,11 +203,14 @@ void addMap(CLI::App& app, MapOptions& options) {
                    "(Xw,Yw[,Zw] or x,y, PointId is kept) is read from standard input")
       ->type_name("NUMBER");
   command->footer(
-      "The library converts world to raw, corrected and second, and second to world (on the bed).\n"
+      "The library converts world to raw, corrected and second, and second to world (on the bed); "
+      "with --dual, world to stitched and back. Of a stitched picture y is the row from the top; "
+      "for a crop a note tells what to add to it.\n"
       "\nExamples:\n"
       "  fisheye-calibration map --camera camera.ini --from world --to raw 120 -80.5\n"
       "  fisheye-calibration map --camera camera.ini --from second --to world "
-      "--corrected-size 1920x1208 < pixels.csv");
+      "--corrected-size 1920x1208 < pixels.csv\n"
+      "  fisheye-calibration map --dual dual.ini --from stitched --to world 812 440");
 }
 
 void addInfo(CLI::App& app, std::string& path) {
@@ -181,16 +270,27 @@ int run(int argc, char** argv) {
                          "-o camera.ini\n"
                          "  fisheye-calibration map --camera camera.ini --from world --to raw 120 "
                          "-80.5\n"
+                         "  fisheye-calibration correct --camera camera.ini frame.png -o top.png "
+                         "--grid 50\n"
+                         "  fisheye-calibration crop top.png --size 1200x800 -o bed.png\n"
+                         "  fisheye-calibration stitch --left l.png,l.ini,l.csv --right "
+                         "r.png,r.ini,r.csv -o bed.png --dual dual.ini\n"
                          "  fisheye-calibration info camera.ini\n\n") +
              exitCodes);
   DetectOptions detect;
   CalibrateOptions calibrate;
+  CorrectOptions correct;
+  CropOptions crop;
+  StitchOptions stitch;
   MapOptions map;
   HandEyeOptions handEye;
   StraightenOptions straighten;
   std::string camera;
   addDetect(app, detect);
   addCalibrate(app, calibrate);
+  addCorrect(app, correct);
+  addCrop(app, crop);
+  addStitch(app, stitch);
   addMap(app, map);
   addHandEye(app, handEye);
   addStraighten(app, straighten);
@@ -203,6 +303,9 @@ int run(int argc, char** argv) {
   }
   if (app.got_subcommand("detect")) return host::runDetect(detect, std::cout, std::cerr);
   if (app.got_subcommand("calibrate")) return host::runCalibrate(calibrate, std::cout, std::cerr);
+  if (app.got_subcommand("correct")) return host::runCorrect(correct, std::cout, std::cerr);
+  if (app.got_subcommand("crop")) return host::runCrop(crop, std::cout, std::cerr);
+  if (app.got_subcommand("stitch")) return host::runStitch(stitch, std::cout, std::cerr);
   if (app.got_subcommand("map")) return host::runMap(map, std::cin, std::cout, std::cerr);
   if (app.got_subcommand("hand-eye")) return host::runHandEye(handEye, std::cout);
   if (app.got_subcommand("straighten")) {

@@ -9,11 +9,11 @@
 #include <string_view>
 
 #include "arguments.h"
-#include "camera_file.h"
+#include "checked_camera.h"
 #include "csv_table.h"
+#include "dual_file.h"
 #include "failure.h"
 #include "fisheye_calibration.h"
-#include "record_checks.h"
 #include "record_fields.h"
 #include "text.h"
 
@@ -28,27 +28,31 @@ struct FrameName {
 constexpr FrameName frameNames[] = {{"world", ImageFrame::World},
                                     {"raw", ImageFrame::Raw},
                                     {"corrected", ImageFrame::Corrected},
-                                    {"second", ImageFrame::Second}};
+                                    {"second", ImageFrame::Second},
+                                    {"stitched", ImageFrame::Stitched}};
 
 constexpr Conversion conversions[] = {{ImageFrame::World, ImageFrame::Raw, false},
                                       {ImageFrame::World, ImageFrame::Corrected, true},
                                       {ImageFrame::World, ImageFrame::Second, true},
-                                      {ImageFrame::Second, ImageFrame::World, true}};
+                                      {ImageFrame::Second, ImageFrame::World, true},
+                                      {ImageFrame::World, ImageFrame::Stitched, false},
+                                      {ImageFrame::Stitched, ImageFrame::World, false}};
 
 ImageFrame findFrame(const std::string& option, const std::string& name) {
   for (const FrameName& known : frameNames) {
     if (equalIgnoringCase(name, known.name)) return known.frame;
   }
-  failBadInput(option + ": world, raw, corrected or second, not \"" + name + "\"");
+  failBadInput(option + ": world, raw, corrected, second or stitched, not \"" + name + "\"");
 }
 
 using Coordinates = std::array<float, 3>;
 
 struct Mapper {
   Conversion conversion;
-  FishEyeCalibrationParam param;
-  float cx;
-  float cy;
+  FishEyeCalibrationParam param{};
+  DualFishEyeCalibrationParam dual{};
+  float cx = 0;
+  float cy = 0;
 
   std::array<float, 2> operator()(const Coordinates& p) const {
     float x = 0;
@@ -56,6 +60,11 @@ struct Mapper {
     float unused = 0;
     if (conversion.from == ImageFrame::Second) {
       CorrectedImageToWorldPoint(p[0], p[1], cx, cy, param, x, y, unused);
+    } else if (conversion.from == ImageFrame::Stitched) {
+      // Its result is false although x and y are valid.
+      static_cast<void>(DualCam_CorrectedImageToWorldPoint(p[0], p[1], dual, x, y, unused));
+    } else if (conversion.to == ImageFrame::Stitched) {
+      DualCam_WorldToSecondCorrectedImagePoint(p[0], p[1], p[2], dual, x, y);
     } else if (conversion.to == ImageFrame::Raw) {
       WorldToRawImagePoint(p[0], p[1], p[2], param, x, y);
     } else if (conversion.to == ImageFrame::Corrected) {
@@ -128,6 +137,30 @@ bool mapTable(const Mapper& mapper, std::istream& in, std::ostream& out, std::os
   return finite;
 }
 
+bool isOfStitched(const Conversion& conversion) {
+  return conversion.from == ImageFrame::Stitched || conversion.to == ImageFrame::Stitched;
+}
+
+void requireRightRecord(const MapOptions& options, const Conversion& conversion) {
+  if (options.camera.empty() == options.dual.empty()) {
+    failBadInput("give either --camera, or --dual for a stitched picture");
+  }
+  if (isOfStitched(conversion) && options.dual.empty()) {
+    failBadInput("a stitched picture is described by --dual, not by --camera");
+  }
+  if (!isOfStitched(conversion) && !options.dual.empty()) {
+    failBadInput("--dual gives world to stitched and stitched to world only; " + options.from +
+                 " to " + options.to + " needs --camera");
+  }
+}
+
+void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
+  const int offset = pictureRowOffset(dual);
+  if (offset == 0) return;
+  messages << "note: this picture is a crop; its row from the top is y "
+           << (offset < 0 ? "- " : "+ ") << (offset < 0 ? -offset : offset) << "\n";
+}
+
 }  // namespace
 
 Conversion findConversion(const std::string& from, const std::string& to) {
@@ -138,7 +171,9 @@ Conversion findConversion(const std::string& from, const std::string& to) {
     if (conversion.from == source && conversion.to == target) return conversion;
   }
   std::string message = "the library provides no conversion from " + from + " to " + to;
-  if (source == ImageFrame::Second) {
+  if (source == ImageFrame::Stitched || target == ImageFrame::Stitched) {
+    message += "; a stitched picture has world to stitched and stitched to world";
+  } else if (source == ImageFrame::Second) {
     message += "; go from second to world and from there on";
   } else {
     message += "; it has world to raw, corrected and second, and second to world";
@@ -147,7 +182,8 @@ Conversion findConversion(const std::string& from, const std::string& to) {
 }
 
 int runMap(const MapOptions& options, std::istream& in, std::ostream& out, std::ostream& messages) {
-  Mapper mapper{findConversion(options.from, options.to), {}, 0, 0};
+  Mapper mapper{.conversion = findConversion(options.from, options.to)};
+  requireRightRecord(options, mapper.conversion);
   if (mapper.conversion.needsCorrectedSize) {
     if (options.correctedSize.empty()) {
       failBadInput(
@@ -160,13 +196,11 @@ int runMap(const MapOptions& options, std::istream& in, std::ostream& out, std::
   }
   std::optional<Coordinates> point;
   if (!options.point.empty()) point = parsePoint(mapper, options.point);
-  const CameraFile camera = loadCamera(options.camera);
-  mapper.param = camera.param;
-  for (const std::string& complaint : camera.complaints) {
-    messages << "warning: " << complaint << "\n";
-  }
-  for (const Finding& finding : checkRecord(camera.param)) {
-    messages << "warning: " << options.camera << ": " << finding.text << "\n";
+  if (options.dual.empty()) {
+    mapper.param = loadCheckedCamera(options.camera, messages);
+  } else {
+    mapper.dual = loadCheckedDual(options.dual, messages);
+    noteRows(mapper.dual, messages);
   }
   if (!point) return mapTable(mapper, in, out, messages) ? exitOk : exitJobFailed;
   const Outcome outcome = mapOne(mapper, *point, "point", messages);

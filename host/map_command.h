@@ -1,4 +1,5 @@
-// map: carries points between the frames of a calibrated camera, by the library's conversions.
+// map: carries points between the frames of a calibrated camera or of a stitched picture, by the
+// library's conversions.
 #ifndef HOST_MAP_COMMAND_H
 #define HOST_MAP_COMMAND_H
 
@@ -9,14 +10,15 @@
 namespace host {
 
 struct MapOptions {
-  std::string camera;
+  std::string camera;  // either this
+  std::string dual;    // or the file of a stitched picture
   std::string from;
   std::string to;
   std::string correctedSize;
   std::vector<std::string> point;  // coordinates; empty: a CSV on `in`
 };
 
-enum class ImageFrame { World, Raw, Corrected, Second };
+enum class ImageFrame { World, Raw, Corrected, Second, Stitched };
 
 struct Conversion {
   ImageFrame from;

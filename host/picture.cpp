@@ -36,6 +36,8 @@ cv::Mat readGreyPicture(const std::string& path) { return readAs(path, cv::IMREA
 
 cv::Mat readColourPicture(const std::string& path) { return readAs(path, cv::IMREAD_COLOR); }
 
+cv::Mat readFrame(const std::string& path) { return readAs(path, cv::IMREAD_ANYCOLOR); }
+
 std::string encodePicture(const std::string& path, const cv::Mat& picture) {
   std::vector<unsigned char> bytes;
   const std::string ending = std::filesystem::path(path).extension().string();

@@ -17,6 +17,9 @@ cv::Mat readGreyPicture(const std::string& path);
 // The same in colour (three channels).
 cv::Mat readColourPicture(const std::string& path);
 
+// Grey stays one channel, everything else gets three.
+cv::Mat readFrame(const std::string& path);
+
 // The bytes of a picture file of the kind that the path's ending names.
 std::string encodePicture(const std::string& path, const cv::Mat& picture);
 

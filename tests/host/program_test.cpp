@@ -306,7 +306,7 @@ TEST_F(Program, InfoTellsWhatIsImpossible) {
 }
 
 TEST_F(Program, EveryCommandHasHelpWithAnExample) {
-  for (const char* command : {"detect", "calibrate", "map", "info"}) {
+  for (const char* command : {"detect", "calibrate", "correct", "crop", "stitch", "map", "info"}) {
     const Outcome run = runProgram({command, "--help"});
     EXPECT_EQ(run.exitCode, 0);
     std::string example = "\n  fisheye-calibration ";

@@ -1,0 +1,24 @@
+// correct: renders the view from above of one or many frames.
+#ifndef HOST_CORRECT_COMMAND_H
+#define HOST_CORRECT_COMMAND_H
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace host {
+
+struct CorrectOptions {
+  std::string camera;
+  std::vector<std::string> frames;  // pictures, or one folder of them
+  std::string output;               // a picture; a folder for many frames
+  std::string size;
+  std::string mask;
+  std::string grid;
+};
+
+int runCorrect(const CorrectOptions& options, std::ostream& out, std::ostream& messages);
+
+}  // namespace host
+
+#endif  // HOST_CORRECT_COMMAND_H
