@@ -1,6 +1,7 @@
 // A camera that is known exactly, over a bed: writes the points that it sees, and compares what a
 // calibration made of them with the truth.
 //   synthetic-camera points POINTS.csv     the points, with noise
+//   synthetic-camera frame PICTURE.pgm     its picture of the bed, tiled like a chessboard
 //   synthetic-camera size                  its image size, WIDTHxHEIGHT
 //   synthetic-camera compare CAMERA.ini    truth beside result; exit code 1 if they are far apart
 #include <fisheye_calibration.h>
@@ -84,6 +85,58 @@ bool writePoints(const std::string& path) {
   return file.good();
 }
 
+struct Vector {
+  double x, y, z;
+};
+
+// v turned by the rotation vector -(Rx, Ry, Rz), from the camera's frame to the bed's: Rodrigues'
+// formula.
+Vector toBed(const FishEyeCalibrationParam& camera, const Vector& v) {
+  const double angle = std::sqrt(
+      static_cast<double>(camera.Rx * camera.Rx + camera.Ry * camera.Ry + camera.Rz * camera.Rz));
+  const Vector a = {-camera.Rx / angle, -camera.Ry / angle, -camera.Rz / angle};
+  const double c = std::cos(angle);
+  const double s = std::sin(angle);
+  const double along = (1 - c) * (a.x * v.x + a.y * v.y + a.z * v.z);
+  return {c * v.x + s * (a.y * v.z - a.z * v.y) + along * a.x,
+          c * v.y + s * (a.z * v.x - a.x * v.z) + along * a.y,
+          c * v.z + s * (a.x * v.y - a.y * v.x) + along * a.z};
+}
+
+// What the camera sees at a pixel: the bed's tiles, black and white, in a grey room.
+unsigned char brightness(const FishEyeCalibrationParam& camera, int column, int row) {
+  const double x = (column - static_cast<double>(camera.u0)) / static_cast<double>(camera.fx);
+  const double y = (row - static_cast<double>(camera.v0)) / static_cast<double>(camera.fy);
+  const double thetaD = std::hypot(x, y);
+  double theta = thetaD;  // of thetaD = theta + k0 theta^2 + k1 theta^3, by Newton's method
+  for (int i = 0; i < 10; ++i) {
+    theta -= (theta + theta * theta * (camera.k0 + camera.k1 * theta) - thetaD) /
+             (1 + theta * (2 * camera.k0 + 3 * camera.k1 * theta));
+  }
+  const double side = thetaD > 0 ? std::sin(theta) / thetaD : 1;
+  const Vector ray = toBed(camera, {x * side, y * side, std::cos(theta)});
+  const Vector centre = toBed(camera, {-camera.Tx, -camera.Ty, -camera.Tz});
+  const double length = -centre.z / ray.z;
+  const double tileX = std::floor((centre.x + length * ray.x) / static_cast<double>(spacing));
+  const double tileY = std::floor((centre.y + length * ray.y) / static_cast<double>(spacing));
+  if (!(length > 0 && tileX >= 0 && tileX < columns - 1 && tileY >= 0 && tileY < rows - 1)) {
+    return 96;
+  }
+  return std::fmod(tileX + tileY, 2) == 0 ? 235 : 30;
+}
+
+bool writeFrame(const std::string& path) {
+  std::ofstream file(path, std::ios::binary);
+  file << "P5\n" << imageWidth << " " << imageHeight << "\n255\n";
+  for (int row = 0; row < imageHeight; ++row) {
+    for (int column = 0; column < imageWidth; ++column) {
+      file.put(static_cast<char>(brightness(truth(), column, row)));
+    }
+  }
+  file.flush();
+  return file.good();
+}
+
 // How far the two cameras put a point of the bed apart, at the worst place: pixels.
 double largestDifference(const FishEyeCalibrationParam& a, const FishEyeCalibrationParam& b) {
   double largest = 0;
@@ -146,8 +199,8 @@ bool compare(const std::string& path) {
 
 int main(int argumentCount, char** arguments) {
   const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
-  if (words.size() == 2 && words[0] == "points") {
-    if (writePoints(words[1])) return 0;
+  if (words.size() == 2 && (words[0] == "points" || words[0] == "frame")) {
+    if (words[0] == "points" ? writePoints(words[1]) : writeFrame(words[1])) return 0;
     std::cerr << "synthetic-camera: cannot write " << words[1] << "\n";
     return 1;
   }
@@ -156,6 +209,6 @@ int main(int argumentCount, char** arguments) {
     return 0;
   }
   if (words.size() == 2 && words[0] == "compare") return compare(words[1]) ? 0 : 1;
-  std::cerr << "usage: synthetic-camera points CSV | size | compare INI\n";
+  std::cerr << "usage: synthetic-camera points CSV | frame PGM | size | compare INI\n";
   return 2;
 }

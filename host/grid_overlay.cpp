@@ -89,7 +89,7 @@ void drawGrid(cv::Mat& picture, const Grid& grid) {
   }
   double free = 0;  // where the next label has room
   for (const GridLine& at : grid.columns) {
-    const std::string label = general(at.world, 6);
+    const std::string label = general(at.world + 0.0, 6);
     if (at.pixel + 3 < free) continue;
     drawTextWithRim(picture, label, {at.pixel + 3, letters + 4}, letters, colour);
     free = at.pixel + 3 + textWidth(label, letters) + letters;
@@ -97,7 +97,7 @@ void drawGrid(cv::Mat& picture, const Grid& grid) {
   free = 2.5 * letters;  // below the row of the columns' labels
   for (const GridLine& at : grid.rows) {
     if (at.pixel - letters < free) continue;
-    drawTextWithRim(picture, general(at.world, 6), {4, at.pixel - 3}, letters, colour);
+    drawTextWithRim(picture, general(at.world + 0.0, 6), {4, at.pixel - 3}, letters, colour);
     free = at.pixel + 0.5 * letters;
   }
 }
