@@ -24,10 +24,10 @@
 // stand, so nothing is written unless the working directory holds a directory called "D:"), the C
 // runtime's rand() and the window of GetPerspectiveTransformationParam.
 //
-// Failures are told by the bool result; which outputs a failing function leaves alone is said there.
-// Degenerate input may raise the image library's exception (cv::Exception) from functions where this is
-// said. Calibrations agree between machines to rounding, not to the bit; conversions and pictures are
-// the same on all.
+// Failures are told by the bool result; which outputs a failing function leaves alone is said
+// there. Degenerate input may raise the image library's exception (cv::Exception) from functions
+// where this is said. Calibrations agree between machines to rounding, not to the bit; conversions
+// and pictures are the same on all.
 #ifndef FISHEYE_CALIBRATION_H
 #define FISHEYE_CALIBRATION_H
 
@@ -277,10 +277,11 @@ FISHEYE_CALIBRATION_API bool LoadDualCamerasCalibrationParam(const char* path,
 //   mask                                 null, or dstWidth x dstHeight bytes: 0 where the pixel
 //                                        shows image content, 255 where it does not
 //
-// dst and mask may overlap src, not each other. Raises cv::Exception for buffers over 2^31 - 1 bytes.
-// Returns false, with nothing written, for null buffers, an empty source, a size of dst that is not
-// positive, another bit count, or a frame that is entirely black after the distortion is removed.
-// With a singular homography every pixel is outside (image 0, mask 255) and the result is true.
+// dst and mask may overlap src, not each other. Raises cv::Exception for buffers over 2^31 - 1
+// bytes. Returns false, with nothing written, for null buffers, an empty source, a size of dst that
+// is not positive, another bit count, or a frame that is entirely black after the distortion is
+// removed. With a singular homography every pixel is outside (image 0, mask 255) and the result is
+// true.
 FISHEYE_CALIBRATION_API bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth,
                                                 ImageLong srcHeight, int bitCount,
                                                 FishEyeCalibrationParam param, unsigned char* dst,
@@ -347,8 +348,8 @@ FISHEYE_CALIBRATION_API void CroppingImage(unsigned char* src, ImageLong srcWidt
 // units, are sqrt(s/n), where s sums the squared residuals of the first nine points only and n
 // counts all points: give exactly nine points for a plain RMS. Writes the pairs to "D:/Affine.txt".
 // Returns false, outputs untouched and no file written, with fewer than three points or a null
-// `params`. Below nine points those that are there are summed. Points that all lie on a line have no
-// single answer, and what comes out for them is not told apart.
+// `params`. Below nine points those that are there are summed. Points that all lie on a line have
+// no single answer, and what comes out for them is not told apart.
 FISHEYE_CALIBRATION_API bool HandEyeCalibration(std::vector<CalibrationPoint> points,
                                                 double* const params, double& errorX,
                                                 double& errorY);
@@ -357,8 +358,8 @@ FISHEYE_CALIBRATION_API bool HandEyeCalibration(std::vector<CalibrationPoint> po
 // points (points 0 and 3 a diagonal), shows it in a window, waits for a key and writes
 // "D:/CorrectedImage2.bmp" (5184 x 5184). params, value1 and value2 are never written. Returns
 // false for an empty list; raises cv::Exception for any other number of points but four (code
-// -215), a missing input picture, or where no window can be opened. Call it on a thread that may own
-// windows. Built with FISHEYE_CALIBRATION_INTERACTIVE=OFF it shows and waits for nothing.
+// -215), a missing input picture, or where no window can be opened. Call it on a thread that may
+// own windows. Built with FISHEYE_CALIBRATION_INTERACTIVE=OFF it shows and waits for nothing.
 FISHEYE_CALIBRATION_API bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points,
                                                                double* const params, double& value1,
                                                                double& value2);
