@@ -163,6 +163,7 @@ TEST_F(AffineFitTest, HostileCoordinatesAreSurvived) {
   }
 }
 
+#if __has_include(<rapidcheck.h>)
 // The least-squares map of one coordinate in extended precision: coordinates taken from their mean
 // (so that the offset separates), then Cramer's rule on the remaining 2 x 2 system.
 //   u = a (x - mx) + b (y - my) + mu,  e = mu - a mx - b my
@@ -190,7 +191,6 @@ std::array<long double, 3> leastSquares(const Points& src, const std::vector<flo
 }
 
 // Well-spread: the four corners of the frame are always among the points.
-#if __has_include(<rapidcheck.h>)
 RC_GTEST_PROP(AffineFitProperty, AgreesWithExtendedPrecisionToFloatRounding, ()) {
   std::mt19937 generator(*rc::gen::arbitrary<std::uint32_t>());
   const std::size_t extra = *rc::gen::inRange<std::size_t>(0, 400);
