@@ -130,11 +130,15 @@ bool WriteDebugBitmap(const unsigned char* pixels, int width, int height, int bi
 }
 
 bool CanWriteDebugBitmap(const char* path) {
-  // "x" creates the file only if it is not there, so nobody else's is ever removed.
-  if (File(std::fopen(path, "wbx"))) {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-    return true;
+  std::error_code ignored;
+  const bool isNew = !std::filesystem::exists(path, ignored);
+  // Neither way of opening empties a file, even one that somebody makes in between. The mode that
+  // only makes new files is not known to every C run-time of Windows.
+  if (!File(std::fopen(path, isNew ? "ab" : "r+b"))) {
+    return false;
   }
-  return File(std::fopen(path, "r+b")) != nullptr;
+  if (isNew && std::filesystem::is_empty(path, ignored)) {
+    std::filesystem::remove(path, ignored);
+  }
+  return true;
 }

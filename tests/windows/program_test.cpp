@@ -1,0 +1,50 @@
+// The program with file names that the system's own code page may not have.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <string>
+
+#include "fisheye_calibration.h"
+#include "support/temporary_folder.h"
+
+namespace {
+
+// Runs the program that lies beside the test and returns its exit code.
+DWORD run(const std::wstring& arguments) {
+  wchar_t test[MAX_PATH] = L"";
+  GetModuleFileNameW(nullptr, test, MAX_PATH);
+  const std::filesystem::path program =
+      std::filesystem::path(test).parent_path() / L"fisheye-calibration.exe";
+  std::wstring command = L"\"" + program.wstring() + L"\" " + arguments;
+  STARTUPINFOW start{};
+  start.cb = sizeof start;
+  PROCESS_INFORMATION process{};
+  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                      &process)) {
+    return static_cast<DWORD>(-1);
+  }
+  WaitForSingleObject(process.hProcess, INFINITE);
+  DWORD code = static_cast<DWORD>(-1);
+  GetExitCodeProcess(process.hProcess, &code);
+  CloseHandle(process.hThread);
+  CloseHandle(process.hProcess);
+  return code;
+}
+
+TEST(Program, ReadsACameraUnderAChineseName) {
+  const support::TemporaryFolder folder;
+  FishEyeCalibrationParam camera{};
+  camera.fx = camera.fy = 640;
+  camera.R1 = camera.R5 = camera.R9 = 1;
+  camera.p1 = camera.p5 = camera.p9 = 1;
+  camera.Pixel = 1;
+  camera.Tz = 1;
+  SaveCalibrationParam(folder.file("camera.ini").c_str(), camera);
+  const std::filesystem::path path = folder.path() / L"\u6807\u5B9A.ini";
+  std::filesystem::rename(folder.path() / "camera.ini", path);
+  EXPECT_EQ(run(L"info \"" + path.wstring() + L"\""), 0U);
+  EXPECT_EQ(run(L"info \"" + (folder.path() / L"\u76F8\u673A.ini").wstring() + L"\""), 2U);
+}
+
+}  // namespace
