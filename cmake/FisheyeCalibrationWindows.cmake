@@ -44,7 +44,7 @@ function(fisheye_calibration_add_version target description file_name)
 endfunction()
 
 # Makes UTF-8 the code page that a program gets its command line in and gives file names in, as on
-# other systems (Windows 10 from version 1903 on; older ones keep their own code page).
+# other systems (from Windows 10 version 1903 on).
 function(fisheye_calibration_use_utf8 target)
   set(manifest "${PROJECT_SOURCE_DIR}/cmake/utf8.manifest")
   if(MSVC)
