@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "fisheye/raw_positions.h"
+#include "fisheye/stepped_positions.h"
 #include "fisheye_calibration.h"
 #include "single/bilinear_sampler.h"
 #include "single/record.h"
@@ -39,7 +40,7 @@ class CorrectedView {
 
   // Whether any pixel of the undistorted image is not black. A few samples usually tell.
   bool showsAnything() const {
-    fisheye::SteppedPositions stepped(positions_.rays());
+    fisheye::SteppedPositions stepped(positions_.rays(), size_.width);
     for (const int row : {3, 1, 5, 0, 2, 4, 6}) {
       if (showsAnythingIn(static_cast<int>((2 * row + 1) * std::int64_t{size_.height} / 14),
                           spread(), stepped)) {
@@ -51,7 +52,7 @@ class CorrectedView {
 
   void render(const Output& output) const {
     cv::parallel_for_(cv::Range(0, size_.height), [&](const cv::Range& rows) {
-      fisheye::SteppedPositions stepped(positions_.rays());
+      fisheye::SteppedPositions stepped(positions_.rays(), size_.width);
       for (int y = rows.start; y < rows.end; ++y) {
         renderRow(y, stepped, output);
       }
