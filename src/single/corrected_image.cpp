@@ -4,13 +4,14 @@
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <opencv2/core/utility.hpp>
+#include <opencv2/core.hpp>
 #include <span>
 #include <vector>
 
 #include "fisheye/raw_positions.h"
 #include "fisheye/stepped_positions.h"
 #include "fisheye_calibration.h"
+#include "platform/parallel_rows.h"
 #include "single/bilinear_sampler.h"
 #include "single/record.h"
 #include "single/warped_pixels.h"
@@ -51,9 +52,9 @@ class CorrectedView {
   }
 
   void render(const Output& output) const {
-    cv::parallel_for_(cv::Range(0, size_.height), [&](const cv::Range& rows) {
+    platform::forRowRanges(size_.height, [&](int begin, int end) {
       fisheye::SteppedPositions stepped(positions_.rays(), size_.width);
-      for (int y = rows.start; y < rows.end; ++y) {
+      for (int y = begin; y < end; ++y) {
         renderRow(y, stepped, output);
       }
     });

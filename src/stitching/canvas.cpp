@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
-#include <opencv2/core/utility.hpp>
 #include <vector>
 
+#include "platform/parallel_rows.h"
 #include "stitching/contribution_span.h"
 #include "stitching/saturation.h"
 #include "stitching/second_positions.h"
@@ -147,8 +147,8 @@ void composeRows(const DoubledView& first, const DoubledView& second, const cv::
     copyOrBlend<Bytes>(row, span, second, M);
     copyFirst<Bytes>(row, span.end, row.firstEnd);
   };
-  cv::parallel_for_(cv::Range(0, canvas.height), [&](const cv::Range& rows) {
-    for (int r = rows.start; r < rows.end; ++r) {
+  platform::forRowRanges(canvas.height, [&](int begin, int end) {
+    for (int r = begin; r < end; ++r) {
       composeRow(r);
     }
   });
