@@ -13,6 +13,7 @@
 #include "fisheye_calibration.h"
 #include "platform/parallel_rows.h"
 #include "single/bilinear_sampler.h"
+#include "single/pixel_format.h"
 #include "single/record.h"
 #include "single/warped_pixels.h"
 
@@ -100,7 +101,7 @@ class CorrectedView {
       } else {
         std::memset(pixels, 0, count * bytes);
         if (mask != nullptr) {
-          std::memset(mask, 255, count);
+          std::memset(mask, single::kNoContent, count);
         }
       }
     }
@@ -163,19 +164,6 @@ class CorrectedView {
   single::InverseWarp warp_;
 };
 
-int bytesPerPixel(int bitCount) {
-  switch (bitCount) {
-    case 8:
-      return 1;
-    case 24:
-      return 3;
-    case 32:
-      return 4;
-    default:
-      return 0;
-  }
-}
-
 // Buffers of more bytes than a 32-bit integer counts are beyond the interface.
 void requireAddressable(ImageLong width, ImageLong height, int bytes) {
   if (std::int64_t{width} * height > std::numeric_limits<std::int32_t>::max() / bytes) {
@@ -210,7 +198,7 @@ std::vector<unsigned char> copyIfOverlapping(Bytes frame, Bytes pixels, Bytes ma
 bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight, int bitCount,
                         FishEyeCalibrationParam param, unsigned char* dst, ImageLong dstWidth,
                         ImageLong dstHeight, unsigned char* mask) {
-  const int bytes = bytesPerPixel(bitCount);
+  const int bytes = single::bytesPerPixel(bitCount);
   if (src == nullptr || dst == nullptr || dstWidth <= 0 || dstHeight <= 0 || srcWidth <= 0 ||
       srcHeight <= 0 || bytes == 0) {
     return false;
