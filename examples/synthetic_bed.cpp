@@ -1,6 +1,5 @@
 #include "synthetic_bed.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -16,6 +15,8 @@ constexpr double tolerance = 0.5;
 // fixed by the language, its distributions' are not. Sum of twelve uniform numbers minus six.
 class Noise {
  public:
+  explicit Noise(unsigned seed) : engine_(seed) {}
+
   double next() {
     double sum = -6;
     for (int i = 0; i < 12; ++i) sum += static_cast<double>(engine_()) / 4294967296.0;
@@ -23,7 +24,7 @@ class Noise {
   }
 
  private:
-  std::mt19937 engine_{20240229};
+  std::mt19937 engine_;
 };
 
 struct Vector {
@@ -62,14 +63,14 @@ bool withinReach(const KnownCamera& camera, const Pixel& at) {
          std::hypot(x - camera.width * 0.5, y - camera.height * 0.5) <= camera.reach;
 }
 
-// What the camera sees at a pixel.
-unsigned char brightness(const FishEyeCalibrationParam& camera, const Bed& bed, int column,
-                         int row) {
+// What the camera sees at a place of its image.
+double brightness(const FishEyeCalibrationParam& camera, const Bed& bed, double column,
+                  double row) {
   const double x = (column - static_cast<double>(camera.u0)) / static_cast<double>(camera.fx);
   const double y = (row - static_cast<double>(camera.v0)) / static_cast<double>(camera.fy);
   const double thetaD = std::hypot(x, y);
   double theta = thetaD;  // of thetaD = theta + k0 theta^2 + k1 theta^3, by Newton's method
-  for (int i = 0; i < 10; ++i) {
+  for (int i = 0; i < 6; ++i) {
     theta -= (theta + theta * theta * (camera.k0 + camera.k1 * theta) - thetaD) /
              (1 + theta * (2 * camera.k0 + 3 * camera.k1 * theta));
   }
@@ -84,6 +85,16 @@ unsigned char brightness(const FishEyeCalibrationParam& camera, const Bed& bed, 
     return 96;
   }
   return std::fmod(tileX + tileY, 2) == 0 ? 235 : 30;
+}
+
+// The mean over the pixel, from four places in it.
+unsigned char pixelBrightness(const FishEyeCalibrationParam& camera, const Bed& bed, int column,
+                              int row) {
+  double sum = 0;
+  for (const double dx : {-0.25, 0.25}) {
+    for (const double dy : {-0.25, 0.25}) sum += brightness(camera, bed, column + dx, row + dy);
+  }
+  return static_cast<unsigned char>(sum / 4);
 }
 
 // How far two cameras put a point of the bed apart, at the worst place that the first one can
@@ -155,7 +166,7 @@ void mount(FishEyeCalibrationParam& camera, double Xw, double Yw, double height,
 bool writePoints(const std::string& path, const KnownCamera& camera, const Bed& bed) {
   std::ofstream file(path);
   file << "PointId,Xw,Yw,ImagePtX,ImagePtY\n" << std::fixed << std::setprecision(4);
-  Noise random;
+  Noise random(camera.seed);
   for (int row = 0; row < bed.rows; ++row) {
     for (int column = 0; column < bed.columns; ++column) {
       const float Xw = static_cast<float>(column) * bed.spacing;
@@ -177,7 +188,7 @@ bool writeFrame(const std::string& path, const KnownCamera& camera, const Bed& b
   file << "P5\n" << camera.width << " " << camera.height << "\n255\n";
   for (int row = 0; row < camera.height; ++row) {
     for (int column = 0; column < camera.width; ++column) {
-      file.put(static_cast<char>(brightness(camera.param, bed, column, row)));
+      file.put(static_cast<char>(pixelBrightness(camera.param, bed, column, row)));
     }
   }
   file.flush();

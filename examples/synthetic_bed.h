@@ -17,7 +17,8 @@ struct KnownCamera {
   FishEyeCalibrationParam param;  // lens and pose; the other fields are not used
   int width;                      // of the image, pixels
   int height;
-  double reach;  // points are measured up to this distance from the image's centre, pixels
+  double reach;   // points are measured up to this distance from the image's centre, pixels
+  unsigned seed;  // of the measurement's noise
 };
 
 // How badly the points are measured: standard deviation in x and in y, pixels.

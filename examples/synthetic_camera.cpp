@@ -31,7 +31,7 @@ KnownCamera knownCamera() {
   param.Tx = -300.0f;
   param.Ty = -255.0f;
   param.Tz = 262.0f;
-  return {param, 1920, 1080, 960};
+  return {param, 1920, 1080, 960, 20240229};
 }
 
 int usage() {

@@ -31,7 +31,7 @@ KnownCamera leftCamera() {
   param.k0 = 0.012;
   param.k1 = -0.05;
   mount(param, 320, 205, 230, -0.09f, 0.10f, 0.03f);
-  return {param, imageWidth, imageHeight, reach};
+  return {param, imageWidth, imageHeight, reach, 20240229};
 }
 
 KnownCamera rightCamera() {
@@ -43,7 +43,7 @@ KnownCamera rightCamera() {
   param.k0 = 0.01;
   param.k1 = -0.055;
   mount(param, 680, 195, 240, 0.07f, -0.12f, -0.04f);
-  return {param, imageWidth, imageHeight, reach};
+  return {param, imageWidth, imageHeight, reach, 20240301};
 }
 
 int usage() {
