@@ -200,7 +200,7 @@ bool compare(const std::string& iniPath, const KnownCamera& camera, const Bed& b
   LoadCalibrationParam(iniPath.c_str(), result);
   printBeside(camera.param, result);
   const double difference = largestDifference(camera, result, bed);
-  std::printf("Largest difference between the two cameras on the bed: %.3f px\n", difference);
+  std::printf("Largest difference between truth and result on the bed: %.3f px\n", difference);
   if (difference <= tolerance) return true;
   std::fprintf(stderr, "%s: more than %.3f px from the truth\n", iniPath.c_str(), tolerance);
   return false;
