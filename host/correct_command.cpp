@@ -117,7 +117,8 @@ View render(const Renderer& renderer, const std::string& path) {
   }
   View result{toPicture(view), toPicture(mask), frame.size};
   if (renderer.gridSpacing > 0) {
-    drawGrid(result.picture, gridOver(renderer.param, result.picture.size(), renderer.gridSpacing));
+    const MetricPicture metric = metricPicture(renderer.param, result.picture.size());
+    drawGrid(result.picture, gridOver(metric, renderer.gridSpacing));
   }
   return result;
 }

@@ -13,29 +13,6 @@ namespace {
 
 constexpr double closestLines = 4;  // pixels
 
-struct View {
-  const FishEyeCalibrationParam& param;
-  float cx;
-  float cy;
-
-  cv::Point2d bedAt(double x, double y) const {
-    float Xw = 0;
-    float Yw = 0;
-    float unused = 0;
-    CorrectedImageToWorldPoint(static_cast<float>(x), static_cast<float>(y), cx, cy, param, Xw, Yw,
-                               unused);
-    return {static_cast<double>(Xw), static_cast<double>(Yw)};
-  }
-
-  cv::Point2d placeOf(double Xw, double Yw) const {
-    float x = 0;
-    float y = 0;
-    WorldToSecondCorrectedImagePoint(static_cast<float>(Xw), static_cast<float>(Yw), 0, param, cx,
-                                     cy, x, y);
-    return {static_cast<double>(x), static_cast<double>(y)};
-  }
-};
-
 template <typename Place>
 std::vector<GridLine> linesBetween(double a, double b, double spacing, Place place) {
   std::vector<GridLine> lines;
@@ -47,10 +24,10 @@ std::vector<GridLine> linesBetween(double a, double b, double spacing, Place pla
 
 }  // namespace
 
-Grid gridOver(const FishEyeCalibrationParam& param, const cv::Size& size, double spacing) {
-  const double pixel = std::abs(static_cast<double>(param.Pixel));
+Grid gridOver(const MetricPicture& picture, double spacing) {
+  const double pixel = picture.pixel;
   if (!(pixel > 0) || !std::isfinite(pixel)) {
-    failBadInput("--grid: the camera's Pixel is " + shortest(param.Pixel) +
+    failBadInput("--grid: the camera's Pixel is " + general(pixel, 9) +
                  ", so nothing is known of the bed's scale");
   }
   if (spacing / pixel < closestLines) {
@@ -58,16 +35,17 @@ Grid gridOver(const FishEyeCalibrationParam& param, const cv::Size& size, double
                  general(spacing / pixel, 3) + " px apart; give at least " +
                  general(closestLines * pixel, 3));
   }
-  const View view{param, static_cast<float>(size.width * 0.5),
-                  static_cast<float>(size.height * 0.5)};
   // Pixel centres have whole coordinates, so the picture reaches half a pixel further.
-  const cv::Point2d topLeft = view.bedAt(-0.5, -0.5);
-  const cv::Point2d bottomRight = view.bedAt(size.width - 0.5, size.height - 0.5);
+  const cv::Point2d topLeft = picture.bedAt({-0.5, -0.5});
+  const cv::Point2d bottomRight =
+      picture.bedAt({picture.size.width - 0.5, picture.size.height - 0.5});
   Grid grid;
-  grid.columns = linesBetween(topLeft.x, bottomRight.x, spacing,
-                              [&](double Xw) { return view.placeOf(Xw, topLeft.y).x; });
-  grid.rows = linesBetween(topLeft.y, bottomRight.y, spacing,
-                           [&](double Yw) { return view.placeOf(topLeft.x, Yw).y; });
+  grid.columns = linesBetween(topLeft.x, bottomRight.x, spacing, [&](double Xw) {
+    return picture.placeOf({Xw, topLeft.y}).x;
+  });
+  grid.rows = linesBetween(topLeft.y, bottomRight.y, spacing, [&](double Yw) {
+    return picture.placeOf({topLeft.x, Yw}).y;
+  });
   return grid;
 }
 

@@ -1,11 +1,11 @@
-// The bed's coordinate lines over a corrected picture.
+// The bed's coordinate lines over a corrected or stitched picture.
 #ifndef HOST_GRID_OVERLAY_H
 #define HOST_GRID_OVERLAY_H
 
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "fisheye_calibration.h"
+#include "metric_picture.h"
 
 namespace host {
 
@@ -19,9 +19,9 @@ struct Grid {
   std::vector<GridLine> rows;     // of constant Yw
 };
 
-// The lines that cross a view of the given size. Fails as bad input where they would be closer than
-// a few pixels, or the record's Pixel says nothing.
-Grid gridOver(const FishEyeCalibrationParam& param, const cv::Size& size, double spacing);
+// The lines that cross the picture. Fails as bad input where they would be closer than a few
+// pixels, or the record's Pixel says nothing.
+Grid gridOver(const MetricPicture& picture, double spacing);
 
 // Draws the lines and their labels in world units; a grey picture stays grey.
 void drawGrid(cv::Mat& picture, const Grid& grid);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 
+#include "metric_picture.h"
 #include "second_view.h"
 #include "text.h"
 
@@ -27,14 +28,6 @@ double rawError(const StitchCamera& camera, const CalibrationPoint& point) {
   float y = 0;
   WorldToRawImagePoint(point.Xw, point.Yw, 0, camera.param, x, y);
   return static_cast<double>(std::hypot(point.ImagePtX - x, point.ImagePtY - y));
-}
-
-// On a whole canvas the mapped v is the row from the top.
-cv::Point2d canvasPlace(const DualFishEyeCalibrationParam& dual, const CalibrationPoint& point) {
-  float u = 0;
-  float v = 0;
-  DualCam_WorldToSecondCorrectedImagePoint(point.Xw, point.Yw, 0, dual, u, v);
-  return {static_cast<double>(u), static_cast<double>(v)};
 }
 
 template <typename Value>
@@ -62,6 +55,7 @@ std::vector<Agreement> agreementAt(const StitchPair& pair,
   const SharedPoints shared = sharedPoints(pair);
   const cv::Matx33d back = viewTransform(pair, shared).inv();
   const cv::Point2d offset(0, (dual.StdImageHeight - pair.left.viewSize().height) * 0.5);
+  const MetricPicture canvas = metricPicture(dual);
   std::vector<Agreement> agreement;
   for (std::size_t i = 0; i < shared.left.size(); ++i) {
     const auto inLeft = viewPlace(pair.left, shared.left[i]);
@@ -69,7 +63,8 @@ std::vector<Agreement> agreementAt(const StitchPair& pair,
     if (!inLeft || !inRight) continue;
     const cv::Point2d left = *inLeft + offset;
     const cv::Point2d right = applied(back, *inRight) + offset;
-    const cv::Point2d bed = canvasPlace(dual, shared.left[i]);
+    const cv::Point2d bed = canvas.placeOf(
+        {static_cast<double>(shared.left[i].Xw), static_cast<double>(shared.left[i].Yw)});
     agreement.push_back({shared.left[i].PointId, left, right, cv::norm(left - right),
                          cv::norm(left - bed), cv::norm(right - bed),
                          rawError(pair.left, shared.left[i]),

@@ -13,6 +13,7 @@
 #include "failure.h"
 #include "finding.h"
 #include "fisheye_calibration.h"
+#include "grid_overlay.h"
 #include "output_files.h"
 #include "picture.h"
 #include "points_csv.h"
@@ -180,6 +181,10 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
   const FileNames rightFiles = parseFiles("--right", options.right);
   std::optional<Crop> crop;
   if (!options.crop.empty()) crop = parseCrop(options.crop);
+  double gridSpacing = 0;  // 0: no grid
+  if (!options.grid.empty()) {
+    gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
+  }
   requirePlaces(options, leftFiles, rightFiles);
   StitchPair pair{readCamera(leftFiles, messages), readCamera(rightFiles, messages)};
   tellBefore(checkStitch(pair), messages);
@@ -198,7 +203,9 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
     files.stage(options.seam, encodePicture(options.seam, drawn));
   }
   if (crop) canvas = cutOut(canvas, *crop, dual);
-  files.stage(options.output, encodePicture(options.output, toPicture(canvas)));
+  cv::Mat picture = toPicture(canvas);
+  if (gridSpacing > 0) drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
+  files.stage(options.output, encodePicture(options.output, picture));
   stageDual(files, options.dual, dual, messages);
   files.commit();
 

@@ -14,6 +14,7 @@ struct StitchOptions {
   std::string dual;
   std::string crop;  // "X,Y,WxH"
   std::string seam;
+  std::string grid;  // distance of the lines, world units
 };
 
 int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& messages);

@@ -418,12 +418,13 @@ FISHEYE_CALIBRATION_API void DualCam_CroppingImage(unsigned char* src, ImageLong
 // World -> stitched image: u = (Xw - DatumPtXw)/Pixel + DatumImagePtX, v likewise, in 32-bit float;
 // v is measured from the buffer row DatumImagePtY but grows with the picture's rows, so the picture
 // shows the point at buffer row 2 DatumImagePtY - 1 - v; on an uncropped canvas that is picture row
-// v (docs/stitching.md). Zw is ignored. Always true.
+// v (docs/conventions.md). Zw is ignored. Always true.
 FISHEYE_CALIBRATION_API bool DualCam_WorldToSecondCorrectedImagePoint(
     float Xw, float Yw, float Zw, DualFishEyeCalibrationParam dual, float& u, float& v);
 
-// Stitched image -> world, the inverse. Xw and Yw are valid, Zw is left as it is, and the result is
-// always false.
+// Stitched image -> world, the inverse: for what the picture shows at a buffer row give
+// v = 2 DatumImagePtY - 1 - row. Xw and Yw are valid, Zw is left as it is, and the result is always
+// false.
 FISHEYE_CALIBRATION_API bool DualCam_CorrectedImageToWorldPoint(float u, float v,
                                                                 DualFishEyeCalibrationParam dual,
                                                                 float& Xw, float& Yw, float& Zw);

@@ -22,7 +22,7 @@ namespace {
       break;
     }
     const RawPosition p = stepped.at(column[k], row[k]);
-    u[k] = p.u;
+    u[k] = p.u == kNowhere && p.v == kNowhere ? -1 : p.u;  // the same low 21 bits
     v[k] = p.v;
     ++recomputed;
   }
@@ -190,10 +190,10 @@ HWY_INLINE std::uint64_t positionsOfGroup(const Constants& k, const LensTable& t
   std::uint64_t uncertain = 0;
   for (std::size_t lane = 0; lane < kGroup; lane += hn::Lanes(d)) {
     const auto i = hn::Load(di, column + lane);
-    const VF di_ = hn::ConvertTo(d, hn::Sub(i, middleColumn));
-    const VF dj_ = hn::ConvertTo(d, hn::Sub(hn::Load(di, row + lane), middleRow));
-    const VF dx = hn::MulAdd(di_, broadcast(k.xx), hn::Mul(dj_, broadcast(k.xy)));
-    const VF dy = hn::Mul(dj_, broadcast(k.yy));
+    const VF columns = hn::ConvertTo(d, hn::Sub(i, middleColumn));
+    const VF rows = hn::ConvertTo(d, hn::Sub(hn::Load(di, row + lane), middleRow));
+    const VF dx = hn::MulAdd(columns, broadcast(k.xx), hn::Mul(rows, broadcast(k.xy)));
+    const VF dy = hn::Mul(rows, broadcast(k.yy));
     const VF p =
         hn::MulAdd(dy, hn::Add(dy, broadcast(groups.y2[g])),
                    hn::MulAdd(dx, hn::Add(dx, broadcast(groups.x2[g])), broadcast(groups.p[g])));
@@ -335,44 +335,6 @@ double RawPositions::errorBound(const cv::Size& size) const {
   }
   return groupError + F * radius * table_.remainderBound(T) + F * (M + 4 * M) * rayError +
          16 * e2 * largest;
-}
-
-double SteppedPositions::Sums::at(double start, double step, int count) {
-  constexpr int spacing = 16;
-  if (!(start == start_)) {
-    start_ = start;
-    kept_.assign(1, start);
-  }
-  const auto block = static_cast<std::size_t>(count / spacing);
-  while (kept_.size() <= block) {
-    double sum = kept_.back();
-    for (int i = 0; i < spacing; ++i) {
-      sum += step;
-    }
-    kept_.push_back(sum);
-  }
-  double sum = kept_[block];
-  for (int i = 0; i < count % spacing; ++i) {
-    sum += step;
-  }
-  return sum;
-}
-
-RawPosition SteppedPositions::at(int column, int row) {
-  const cv::Matx33d& iR = rays_.iR;
-  std::array<double, 3> ray;
-  for (int k = 0; k < 3; ++k) {
-    const double start = row * iR(k, 1) + iR(k, 2);
-    ray[static_cast<std::size_t>(k)] =
-        iR(k, 0) == 0 && column > 0
-            ? start + iR(k, 0)
-            : sums_[static_cast<std::size_t>(k)].at(start, iR(k, 0), column);
-  }
-  RawPosition p = rawPosition(rays_.camera, ray[0], ray[1], ray[2]);
-  if (p.u == kNowhere && p.v == kNowhere) {
-    p.u = -1;  // the same low 21 bits
-  }
-  return p;
 }
 
 HWY_EXPORT(PositionsOfRun);

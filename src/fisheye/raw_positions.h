@@ -1,13 +1,12 @@
 // Raw-image positions of corrected pixels in any order, equal to those of the undistortion maps.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <limits>
 #include <opencv2/core.hpp>
-#include <vector>
 
 #include "fisheye/lens_table.h"
+#include "fisheye/stepped_positions.h"
 #include "fisheye/undistortion_maps.h"
 
 namespace fisheye {
@@ -56,30 +55,6 @@ class RawPositions {
   double nodeReach_;
   double smallestRadius_;
   double safeDistance_ = 0;
-};
-
-// Positions as the maps compute them, one at a time. A ray is reached by adding up the steps from
-// the start of its row, whose rounding is part of the result; the sums of the last row start are
-// kept, one in sixteen. Not to be shared between threads.
-class SteppedPositions {
- public:
-  explicit SteppedPositions(const RectifyingRays& rays) : rays_(rays) {}
-
-  RawPosition at(int column, int row);
-
- private:
-  // start, start + step, start + step + step ...
-  class Sums {
-   public:
-    double at(double start, double step, int count);
-
-   private:
-    double start_ = std::numeric_limits<double>::quiet_NaN();
-    std::vector<double> kept_;
-  };
-
-  RectifyingRays rays_;
-  std::array<Sums, 3> sums_;
 };
 
 // Positions (u[k], v[k]) of the corrected pixels (column[k], row[k]); a negative column stands for

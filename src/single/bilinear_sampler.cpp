@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "fisheye/raw_positions.h"
+#include "single/pixel_format.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "single/bilinear_sampler.cpp"
@@ -27,7 +28,7 @@ inline int wholePart(int position) {
 // 255 outside and 0 inside does, thresholded at 127.
 [[maybe_unused]] inline unsigned char validityAt(const RawFrame& frame, int u, int v) {
   if (u == kNowhere && v == kNowhere) {
-    return 255;
+    return kNoContent;
   }
   const int sx = wholePart(u);
   const int sy = wholePart(v);
@@ -38,7 +39,7 @@ inline int wholePart(int position) {
   const int weightX = (insideX(sx) ? 32 - a : 0) + (insideX(sx + 1) ? a : 0);
   const int weightY = (insideY(sy) ? 32 - b : 0) + (insideY(sy + 1) ? b : 0);
   const int outside = 1024 - weightX * weightY;
-  return (255 * outside + 512) >> 10 > 127 ? 255 : 0;
+  return (255 * outside + 512) >> 10 > 127 ? kNoContent : 0;
 }
 
 // One sample, a byte of its pixel at a time.
@@ -268,7 +269,7 @@ HWY_INLINE void storeValidity(const RawFrame& frame, const int* u, const int* v,
   HWY_ALIGN std::uint32_t values[kRun];
   for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
     const auto inside = hn::Load(d, samples.inside + k);
-    hn::Store(hn::AndNot(inside, hn::Set(d, 255)), d, values + k);
+    hn::Store(hn::AndNot(inside, hn::Set(d, kNoContent)), d, values + k);
     // Samples on the border, neither inside nor marked: decided one by one.
     const auto marked =
         hn::And(hn::Eq(hn::Load(di, u + k), nowhere), hn::Eq(hn::Load(di, v + k), nowhere));

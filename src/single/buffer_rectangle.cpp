@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "single/pixel_format.h"
+
 namespace single {
 namespace {
 
@@ -33,8 +35,8 @@ Byte* pixelAt(const Buffer<Byte>& buffer, std::int64_t x, std::int64_t y, std::s
 
 void copyRectangle(const Buffer<const unsigned char>& from, int bitCount, std::int64_t x0,
                    std::int64_t y0, const Buffer<unsigned char>& to) {
-  const bool supported = bitCount == 8 || bitCount == 24 || bitCount == 32;
-  if (!supported || from.pixels == nullptr || to.pixels == nullptr) {
+  const auto bytes = static_cast<std::size_t>(bytesPerPixel(bitCount));
+  if (bytes == 0 || from.pixels == nullptr || to.pixels == nullptr) {
     return;
   }
   if (from.width <= 0 || from.height <= 0 || to.width <= 0 || to.height <= 0) {
@@ -45,7 +47,6 @@ void copyRectangle(const Buffer<const unsigned char>& from, int bitCount, std::i
   if (columns.empty()) {
     return;
   }
-  const auto bytes = static_cast<std::size_t>(bitCount / 8);
   const std::size_t length = static_cast<std::size_t>(columns.last - columns.first) * bytes;
   for (std::int64_t j = rows.first; j < rows.last; ++j) {
     std::memmove(pixelAt(to, columns.first, j, bytes),

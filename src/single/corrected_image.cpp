@@ -4,13 +4,16 @@
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <opencv2/core/utility.hpp>
+#include <opencv2/core.hpp>
 #include <span>
 #include <vector>
 
 #include "fisheye/raw_positions.h"
+#include "fisheye/stepped_positions.h"
 #include "fisheye_calibration.h"
+#include "platform/parallel_rows.h"
 #include "single/bilinear_sampler.h"
+#include "single/pixel_format.h"
 #include "single/record.h"
 #include "single/warped_pixels.h"
 
@@ -39,7 +42,7 @@ class CorrectedView {
 
   // Whether any pixel of the undistorted image is not black. A few samples usually tell.
   bool showsAnything() const {
-    fisheye::SteppedPositions stepped(positions_.rays());
+    fisheye::SteppedPositions stepped(positions_.rays(), size_.width);
     for (const int row : {3, 1, 5, 0, 2, 4, 6}) {
       if (showsAnythingIn(static_cast<int>((2 * row + 1) * std::int64_t{size_.height} / 14),
                           spread(), stepped)) {
@@ -50,9 +53,9 @@ class CorrectedView {
   }
 
   void render(const Output& output) const {
-    cv::parallel_for_(cv::Range(0, size_.height), [&](const cv::Range& rows) {
-      fisheye::SteppedPositions stepped(positions_.rays());
-      for (int y = rows.start; y < rows.end; ++y) {
+    platform::forRowRanges(size_.height, [&](int begin, int end) {
+      fisheye::SteppedPositions stepped(positions_.rays(), size_.width);
+      for (int y = begin; y < end; ++y) {
         renderRow(y, stepped, output);
       }
     });
@@ -98,7 +101,7 @@ class CorrectedView {
       } else {
         std::memset(pixels, 0, count * bytes);
         if (mask != nullptr) {
-          std::memset(mask, 255, count);
+          std::memset(mask, single::kNoContent, count);
         }
       }
     }
@@ -161,19 +164,6 @@ class CorrectedView {
   single::InverseWarp warp_;
 };
 
-int bytesPerPixel(int bitCount) {
-  switch (bitCount) {
-    case 8:
-      return 1;
-    case 24:
-      return 3;
-    case 32:
-      return 4;
-    default:
-      return 0;
-  }
-}
-
 // Buffers of more bytes than a 32-bit integer counts are beyond the interface.
 void requireAddressable(ImageLong width, ImageLong height, int bytes) {
   if (std::int64_t{width} * height > std::numeric_limits<std::int32_t>::max() / bytes) {
@@ -208,7 +198,7 @@ std::vector<unsigned char> copyIfOverlapping(Bytes frame, Bytes pixels, Bytes ma
 bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight, int bitCount,
                         FishEyeCalibrationParam param, unsigned char* dst, ImageLong dstWidth,
                         ImageLong dstHeight, unsigned char* mask) {
-  const int bytes = bytesPerPixel(bitCount);
+  const int bytes = single::bytesPerPixel(bitCount);
   if (src == nullptr || dst == nullptr || dstWidth <= 0 || dstHeight <= 0 || srcWidth <= 0 ||
       srcHeight <= 0 || bytes == 0) {
     return false;

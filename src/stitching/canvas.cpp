@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <cstring>
-#include <opencv2/core/utility.hpp>
 #include <vector>
 
+#include "platform/parallel_rows.h"
+#include "single/pixel_format.h"
 #include "stitching/contribution_span.h"
 #include "stitching/saturation.h"
 #include "stitching/second_positions.h"
@@ -12,9 +13,8 @@
 namespace stitching {
 namespace {
 
-constexpr unsigned char kNoContent = 255;  // in a mask; anything below shows content
-
-bool hasContent(unsigned char mask) { return mask < kNoContent; }
+// Any mask byte but one shows content.
+bool hasContent(unsigned char mask) { return mask < single::kNoContent; }
 
 // Rightmost column with content of each buffer row of the view. Column 0 is not looked at.
 std::vector<std::int32_t> seamOf(const DoubledView& view) {
@@ -82,7 +82,7 @@ void copyFirst(const Row& row, std::int32_t begin, std::int32_t end) {
       c += static_cast<std::int32_t>(std::find_if(from, last, hasContent) - from);
       continue;
     }
-    const auto count = static_cast<std::size_t>(std::find(from, last, kNoContent) - from);
+    const auto count = static_cast<std::size_t>(std::find(from, last, single::kNoContent) - from);
     const std::size_t offset = static_cast<std::size_t>(c) * Bytes;
     std::memcpy(row.pixels + offset, row.firstPixels + offset, count * Bytes);
     c += static_cast<std::int32_t>(count);
@@ -147,8 +147,8 @@ void composeRows(const DoubledView& first, const DoubledView& second, const cv::
     copyOrBlend<Bytes>(row, span, second, M);
     copyFirst<Bytes>(row, span.end, row.firstEnd);
   };
-  cv::parallel_for_(cv::Range(0, canvas.height), [&](const cv::Range& rows) {
-    for (int r = rows.start; r < rows.end; ++r) {
+  platform::forRowRanges(canvas.height, [&](int begin, int end) {
+    for (int r = begin; r < end; ++r) {
       composeRow(r);
     }
   });

@@ -4,6 +4,7 @@
 #include <limits>
 #include <new>
 
+#include "single/pixel_format.h"
 #include "stitching/debug_bitmap.h"
 #include "stitching/saturation.h"
 
@@ -12,7 +13,6 @@ namespace {
 
 constexpr bool kWritesDebugFiles = FISHEYE_CALIBRATION_DEBUG_FILES != 0;
 constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
-constexpr unsigned char kNoContent = 255;
 
 struct DebugPaths {
   const char* view;
@@ -51,7 +51,7 @@ BufferSizes bufferSizes(const Camera& camera) {
 
 // False, with the buffers as they were, when there is nothing to show.
 bool correct(const Camera& camera, DoubledView& view) {
-  return isSupported(camera.bits) &&
+  return single::bytesPerPixel(camera.bits) != 0 &&
          SingleCamCorrected(camera.image, camera.width, camera.height, camera.bits, camera.param,
                             view.pixels.get(), view.width, view.height, view.mask.get());
 }
@@ -65,7 +65,7 @@ DoubledView render(const Camera& camera, const BufferSizes& sizes) {
   view.mask = std::make_unique_for_overwrite<unsigned char[]>(sizes.mask);
   if (!correct(camera, view)) {
     std::memset(view.pixels.get(), 0, sizes.pixels);
-    std::memset(view.mask.get(), kNoContent, sizes.mask);
+    std::memset(view.mask.get(), single::kNoContent, sizes.mask);
   }
   return view;
 }
@@ -88,8 +88,6 @@ bool canWriteDebugBitmaps([[maybe_unused]] Side side) {
 }
 
 }  // namespace
-
-bool isSupported(int bits) { return bits == 8 || bits == 24 || bits == 32; }
 
 std::int32_t doubledWidth(const Camera& camera) {
   return saturated(2 * std::int64_t{camera.width});

@@ -20,9 +20,6 @@ struct Camera {
   const std::vector<CalibrationPoint>& points;
 };
 
-// 8, 24 and 32 bits.
-bool isSupported(int bits);
-
 // Twice the frame's size, cut to 32 bits.
 std::int32_t doubledWidth(const Camera& camera);
 std::int32_t doubledHeight(const Camera& camera);

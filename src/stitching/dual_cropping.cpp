@@ -1,7 +1,7 @@
 #include "fisheye_calibration.h"
 #include "platform/message_box.h"
 #include "single/buffer_rectangle.h"
-#include "stitching/doubled_view.h"
+#include "single/pixel_format.h"
 #include "stitching/saturation.h"
 
 void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight,
@@ -14,7 +14,7 @@ void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong src
   }
   // The picture's rows are counted from the top, the buffer's from the bottom.
   const std::int64_t bottomRow = std::int64_t{srcHeight} - cropTop - dstHeight;
-  if (stitching::isSupported(bitCount) && dstWidth > 0 && dstHeight > 0) {
+  if (single::bytesPerPixel(bitCount) != 0 && dstWidth > 0 && dstHeight > 0) {
     if (src == nullptr || dst == nullptr) {
       return;
     }

@@ -1,4 +1,5 @@
 #include "fisheye_calibration.h"
+#include "single/pixel_format.h"
 #include "stitching/canvas.h"
 #include "stitching/debug_bitmap.h"
 #include "stitching/doubled_view.h"
@@ -13,7 +14,7 @@ using stitching::DoubledView;
 using stitching::Side;
 
 bool canCompose(const Camera& first, const Camera& second, const Canvas& canvas) {
-  return canvas.pixels != nullptr && stitching::isSupported(canvas.bits) &&
+  return canvas.pixels != nullptr && single::bytesPerPixel(canvas.bits) != 0 &&
          first.bits == canvas.bits && second.bits == canvas.bits;
 }
 

@@ -69,7 +69,7 @@ TEST(GridOverlay, LinesLieAtMultiplesOfTheSpacing) {
   FishEyeCalibrationParam param{};
   param.Pixel = 0.5f;
   param.DatumPtXw = 10;  // in the centre (20, 10) of 40 x 20 px, so the view spans 0...20, -5...5
-  const host::Grid grid = host::gridOver(param, {40, 20}, 6);
+  const host::Grid grid = host::gridOver(host::metricPicture(param, {40, 20}), 6);
   ASSERT_EQ(grid.columns.size(), 4u);
   EXPECT_EQ(grid.columns[0].world, 0);
   EXPECT_FLOAT_EQ(static_cast<float>(grid.columns[0].pixel), 0);
@@ -80,9 +80,9 @@ TEST(GridOverlay, LinesLieAtMultiplesOfTheSpacing) {
 }
 
 TEST(GridOverlay, LinesTooCloseAreRefused) {
-  EXPECT_THROW(host::gridOver(sampleRecord(), {40, 20}, 1), host::Failure);
+  EXPECT_THROW(host::gridOver(host::metricPicture(sampleRecord(), {40, 20}), 1), host::Failure);
   FishEyeCalibrationParam empty{};
-  EXPECT_THROW(host::gridOver(empty, {40, 20}, 100), host::Failure);
+  EXPECT_THROW(host::gridOver(host::metricPicture(empty, {40, 20}), 100), host::Failure);
 }
 
 TEST(ProgressBar, TellsShareAndRate) {

@@ -7,176 +7,22 @@
 #include <string>
 #include <vector>
 
+#include "overhead_pair.h"
 #include "points_csv.h"
 #include "run_program.h"
-#include "sample_record.h"
-#include "seam_overlay.h"
-#include "stitch_agreement.h"
-#include "stitch_checks.h"
-#include "synthetic_target.h"
 
 namespace {
 
-using host::FindingKind;
-using host_test::contents;
+using host_test::board;
+using host_test::cameraOver;
 using host_test::exists;
 using host_test::Outcome;
+using host_test::recordOver;
 using host_test::runProgram;
 using host_test::SyntheticCamera;
 using host_test::TemporaryFolder;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
-
-// A camera that looks straight down on (Xw, 130) from 170 above, at 240 x 180 px.
-SyntheticCamera cameraOver(double Xw) {
-  SyntheticCamera camera;
-  camera.width = 240;
-  camera.height = 180;
-  camera.focalLength = 85;
-  camera.principalPoint = {120, 90};
-  camera.R = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-  camera.T = {-Xw, -130, 170};
-  return camera;
-}
-
-// Its exact record: 2 world units a pixel.
-FishEyeCalibrationParam recordOver(double Xw) {
-  FishEyeCalibrationParam param = host_test::sampleRecord();
-  param.u0 = 120;
-  param.v0 = 90;
-  param.fx = param.fy = 85;
-  param.Tx = static_cast<float>(-Xw);
-  param.Ty = -130;
-  param.Pixel = 2;
-  param.DatumPtXw = static_cast<float>(Xw);
-  param.DatumPtYw = 130;
-  return param;
-}
-
-// Points at a spacing of 50 from the world's origin; 14 x 6 of them.
-const host_test::SyntheticTarget board = {host_test::Pattern::Chessboard, 14, 6, 50, true};
-
-host::StitchCamera stitchCamera(double Xw) {
-  host::StitchCamera camera;
-  camera.cameraName = "c.ini";
-  camera.pointsName = "p.csv";
-  camera.frame = host::blankBuffer({240, 180}, 8);
-  camera.param = recordOver(Xw);
-  camera.points = host_test::exactPoints(cameraOver(Xw), board);
-  return camera;
-}
-
-host::StitchPair goodPair() { return {stitchCamera(160), stitchCamera(260)}; }
-
-std::vector<FindingKind> kindsOf(const host::StitchPair& pair) {
-  std::vector<FindingKind> kinds;
-  for (const host::Finding& finding : host::checkStitch(pair)) kinds.push_back(finding.kind);
-  return kinds;
-}
-
-TEST(StitchChecks, AGoodPairRaisesNothing) { EXPECT_THAT(kindsOf(goodPair()), ElementsAre()); }
-
-TEST(StitchChecks, ThreeSharedPointsAreTooFew) {
-  host::StitchPair pair = goodPair();
-  pair.right.points.resize(3);
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::FewSharedPoints));
-}
-
-TEST(StitchChecks, SharedPointsInOneRowAreCollinear) {
-  host::StitchPair pair = goodPair();
-  pair.right.points.resize(14);  // the first row
-  const auto findings = host::checkStitch(pair);
-  ASSERT_EQ(findings.size(), 1u);
-  EXPECT_EQ(findings[0].kind, FindingKind::CollinearPoints);
-  EXPECT_EQ(findings[0].severity, host::Severity::Impossible);
-}
-
-TEST(StitchChecks, PointsInOneSpotCoverLittleOfTheOverlap) {
-  host::StitchPair pair = goodPair();
-  const auto keep = [](const CalibrationPoint& p) {
-    return (p.Xw == 200 || p.Xw == 250) && (p.Yw == 100 || p.Yw == 150);
-  };
-  std::erase_if(pair.right.points, [&](const CalibrationPoint& p) { return !keep(p); });
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::SharedCoverage));
-}
-
-TEST(StitchChecks, WorldCoordinatesBelowZeroAreTold) {
-  host::StitchPair pair = goodPair();
-  pair.left.points[0].Xw = pair.right.points[0].Xw = -1;
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::WorldRange, FindingKind::WorldRange));
-}
-
-TEST(StitchChecks, DifferentBitCountsCannotBeStitched) {
-  host::StitchPair pair = goodPair();
-  pair.right.frame = host::blankBuffer({240, 180}, 24);
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::BitCounts));
-}
-
-TEST(StitchChecks, SwappedCamerasAreTold) {
-  EXPECT_THAT(kindsOf({stitchCamera(260), stitchCamera(160)}),
-              ElementsAre(FindingKind::CameraOrder));
-}
-
-TEST(StitchChecks, IdsThatTheLibrarySkipsAreTold) {
-  host::StitchPair pair = goodPair();
-  pair.left.points[83].PointId = pair.right.points[83].PointId = 169;  // the lists have 168
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::UnusedIds));
-}
-
-TEST(StitchAgreement, ExactCamerasAgree) {
-  // Canvas as high as the left view: its datum in the middle of 480 x 360.
-  const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = host::agreementAt(goodPair(), dual);
-  ASSERT_EQ(agreement.size(), 84u);
-  for (const host::Agreement& at : agreement) {
-    EXPECT_LT(at.apart, 0.05);
-    EXPECT_LT(at.leftError, 0.05);
-    EXPECT_LT(at.rightRaw, 0.01);
-  }
-  // Point 1 at the bed's origin: (0 - 160) / 2 + 240, (0 - 130) / 2 + 180.
-  EXPECT_NEAR(agreement[0].left.x, 160, 0.01);
-  EXPECT_NEAR(agreement[0].left.y, 115, 0.01);
-}
-
-TEST(StitchAgreement, AShiftedViewIsMeasuredInPixelsAndUnits) {
-  host::StitchPair pair = goodPair();
-  pair.right.param.ImageDx = 3;  // renders everything 3 px too far right
-  const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = host::agreementAt(pair, dual);
-  ASSERT_EQ(agreement.size(), 84u);
-  for (const host::Agreement& at : agreement) {
-    EXPECT_NEAR(at.apart, 3, 0.05);
-    EXPECT_NEAR(at.right.x - at.left.x, 3, 0.05);
-    EXPECT_NEAR(at.rightError, 3, 0.05);
-    EXPECT_LT(at.leftError, 0.05);
-  }
-}
-
-TEST(StitchAgreement, AWrongMeasurementIsNamedFirst) {
-  host::StitchPair pair = goodPair();
-  pair.left.points[20].ImagePtX += 2;
-  const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = host::agreementAt(pair, dual);
-  EXPECT_NEAR(agreement.at(20).leftRaw, 2, 0.01);
-  EXPECT_LT(agreement.at(20).rightRaw, 0.01);
-  EXPECT_GT(agreement.at(20).apart, 1);
-  const std::string text = host::describeAgreement(agreement, 2);
-  EXPECT_LT(text.find("RMS"), text.find("point 21"));
-  EXPECT_EQ(text.find("point "), text.find("point 21"));
-}
-
-TEST(SeamRows, OverlapReachesFromTheRightViewToTheLeftOnesBorder) {
-  cv::Mat left(2, 10, CV_8UC1, cv::Scalar(0));
-  left.at<unsigned char>(0, 9) = 255;
-  left.row(1).setTo(255);
-  const cv::Mat right(2, 10, CV_8UC1, cv::Scalar(0));
-  const auto rows = host::seamRows(left, right, {1, 0, -4, 0, 1, 0, 0, 0, 1});  // starts at x = 4
-  ASSERT_TRUE(rows.at(0));
-  EXPECT_EQ(rows[0]->begin, 4);
-  EXPECT_EQ(rows[0]->end, 8);
-  EXPECT_FALSE(rows.at(1));
-}
 
 class StitchProgram : public testing::Test {
  protected:
@@ -310,8 +156,14 @@ TEST_F(StitchProgram, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
 
 TEST_F(StitchProgram, BadUsageExitsWithTwo) {
   const std::vector<std::vector<std::string>> wrong = {
-      {"--crop", "0,0,301x152"},   {"--crop", "0,0"},  {"--crop", "-4,0,300x152"},
-      {"--crop", "400,0,300x152"}, {"--seam", canvas}, {"--seam", folder.path("s.ini")},
+      {"--crop", "0,0,301x152"},
+      {"--crop", "0,0"},
+      {"--crop", "-4,0,300x152"},
+      {"--crop", "400,0,300x152"},
+      {"--seam", canvas},
+      {"--seam", folder.path("s.ini")},
+      {"--grid", "0"},
+      {"--grid", "7"},
   };
   for (const auto& arguments : wrong) {
     EXPECT_EQ(stitch(arguments).exitCode, 2) << testing::PrintToString(arguments);

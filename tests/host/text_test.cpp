@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <clocale>
+#include "support/comma_locale.h"
 
 namespace {
 
@@ -37,12 +37,10 @@ TEST(Text, WholeNumbersTakeNoFraction) {
 }
 
 TEST(Text, TheDecimalPointIsAPointInEveryLocale) {
-  const char* const before = std::setlocale(LC_ALL, nullptr);
-  const std::string saved = before;
-  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr) GTEST_SKIP() << "no German locale here";
+  const support::CommaLocale locale;
+  SKIP_WITHOUT_COMMA_LOCALE(locale);
   EXPECT_EQ(host::fixed(1.5, 2), "1.50");
   EXPECT_EQ(parseNumber("1.5"), 1.5);
-  std::setlocale(LC_ALL, saved.c_str());
 }
 
 TEST(Text, ShortestReadsBackAsTheSameFloat) {

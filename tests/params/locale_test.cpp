@@ -2,11 +2,10 @@
 // comma.
 #include <gtest/gtest.h>
 
-#include <clocale>
-#include <cstdlib>
 #include <locale>
 
 #include "fisheye_calibration.h"
+#include "support/comma_locale.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -19,10 +18,7 @@ class Commas : public std::numpunct<char> {
 
 class ParameterFileLocale : public testing::Test {
  protected:
-  void TearDown() override {
-    std::locale::global(std::locale::classic());
-    std::setlocale(LC_ALL, "C");
-  }
+  void TearDown() override { std::locale::global(std::locale::classic()); }
 
   void expectPointsInFiles() const {
     FishEyeCalibrationParam param{};
@@ -59,30 +55,9 @@ TEST_F(ParameterFileLocale, GlobalCxxLocaleWithCommasDoesNotMatter) {
   expectPointsInFiles();
 }
 
-// True when the C library's locale has a decimal comma now.
-bool setCommaLocale([[maybe_unused]] const support::TemporaryFolder& folder) {
-#ifndef _WIN32
-  // Systems often carry the sources of locales only.
-  const std::string target = folder.file("de_DE.UTF-8");
-  const std::string command = "localedef -i de_DE -f UTF-8 '" + target + "' >/dev/null 2>&1";
-  if (std::system(command.c_str()) == 0) {
-    ::setenv("LOCPATH", folder.path().c_str(), 1);
-  }
-#endif
-  for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "German"}) {
-    if (std::setlocale(LC_ALL, name) != nullptr &&
-        std::string(std::localeconv()->decimal_point) == ",") {
-      return true;
-    }
-  }
-  return false;
-}
-
 TEST_F(ParameterFileLocale, CLocaleWithCommasDoesNotMatter) {
-  const support::TemporaryFolder locales;
-  if (!setCommaLocale(locales)) {
-    GTEST_SKIP() << "this system has no locale with a decimal comma and cannot make one";
-  }
+  const support::CommaLocale locale;
+  SKIP_WITHOUT_COMMA_LOCALE(locale);
   expectPointsInFiles();
 }
 

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <clocale>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "registration/debug_drive.h"
+#include "support/comma_locale.h"
 
 #if __has_include(<rapidcheck.h>)  // not everywhere for Windows
 #include <rapidcheck/gtest.h>
@@ -104,15 +104,10 @@ TEST_F(AffineFitTest, DebugFileHoldsTheLargestAndTheOddestFloats) {
 
 TEST_F(AffineFitTest, DebugFileDoesNotDependOnTheProcessLocale) {
   SKIP_WITHOUT_DEBUG_DRIVE();
-  const std::string before = std::setlocale(LC_ALL, nullptr);
-  if (std::setlocale(LC_ALL, "de_DE.UTF-8") == nullptr &&
-      std::setlocale(LC_ALL, "fr_FR.UTF-8") == nullptr) {
-    GTEST_SKIP() << "No locale with a decimal comma is installed";
-  }
+  const support::CommaLocale locale;
+  SKIP_WITHOUT_COMMA_LOCALE(locale);
   Params params{};
-  const bool fitted = AffineFit({{1.5f, 2}}, {{3, 4}}, params.data());
-  std::setlocale(LC_ALL, before.c_str());
-  ASSERT_TRUE(fitted);
+  ASSERT_TRUE(AffineFit({{1.5f, 2}}, {{3, 4}}, params.data()));
   EXPECT_EQ(contentOf("D:/Affine.txt"), lines("1.500000\t2.000000\t3.000000\t4.000000\n"));
 }
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <hwy/highway.h>
+#include "support/chosen_instruction_set.h"
 
 namespace support {
 
@@ -12,12 +12,9 @@ template <class Test>
 void onEveryInstructionSet(const Test& test) {
   for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
     SCOPED_TRACE(hwy::TargetName(target));
-    hwy::SetSupportedTargetsForTest(target);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    const ChosenInstructionSet chosen(target);
     test();
   }
-  hwy::SetSupportedTargetsForTest(0);
-  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
 }
 
 }  // namespace support

@@ -1,0 +1,40 @@
+// Raw-image positions one at a time, as the undistortion maps compute them.
+#pragma once
+
+#include <array>
+#include <limits>
+#include <vector>
+
+#include "fisheye/undistortion_maps.h"
+
+namespace fisheye {
+
+// A ray is reached by adding up the steps from the start of its row, whose rounding is part of the
+// result. Some sums of the last row start are kept (without skew all rows start alike), few enough
+// for any width. Not to be shared between threads.
+class SteppedPositions {
+ public:
+  SteppedPositions(const RectifyingRays& rays, int width);
+
+  RawPosition at(int column, int row);
+
+ private:
+  // start, start + step, start + step + step ...
+  class Sums {
+   public:
+    explicit Sums(double step, int spacing) : step_(step), spacing_(spacing) {}
+
+    double at(double start, int count);
+
+   private:
+    double step_;
+    int spacing_;  // of the sums that are kept
+    double start_ = std::numeric_limits<double>::quiet_NaN();
+    std::vector<double> kept_;
+  };
+
+  RectifyingRays rays_;
+  std::array<Sums, 3> sums_;
+};
+
+}  // namespace fisheye

@@ -1,0 +1,51 @@
+// Rows of an image split over the image library's threads.
+#pragma once
+
+#include <opencv2/core/utility.hpp>
+
+#if defined(__SANITIZE_THREAD__)
+#include <sanitizer/tsan_interface.h>
+#endif
+
+namespace platform {
+
+// Work on ranges of rows. ThreadSanitizer is told where threads begin and where they are waited
+// for: the image library is not built with it, so it does not see that by itself.
+template <class Work>
+class RowRanges final : public cv::ParallelLoopBody {
+ public:
+  explicit RowRanges(const Work& work) : work_(work) {}
+
+  void operator()(const cv::Range& rows) const override {
+    acquire();
+    work_(rows.start, rows.end);
+    release();
+  }
+
+  void release() const {
+#if defined(__SANITIZE_THREAD__)
+    __tsan_release(const_cast<RowRanges*>(this));
+#endif
+  }
+
+  void acquire() const {
+#if defined(__SANITIZE_THREAD__)
+    __tsan_acquire(const_cast<RowRanges*>(this));
+#endif
+  }
+
+ private:
+  const Work& work_;
+};
+
+// Calls work(begin, end) for ranges of rows that together are 0 ... rows, each row once; they may
+// run at the same time.
+template <class Work>
+void forRowRanges(int rows, const Work& work) {
+  const RowRanges<Work> ranges(work);
+  ranges.release();
+  cv::parallel_for_(cv::Range(0, rows), ranges);
+  ranges.acquire();
+}
+
+}  // namespace platform
