@@ -417,8 +417,9 @@ FISHEYE_CALIBRATION_API void DualCam_CroppingImage(unsigned char* src, ImageLong
 
 // World -> stitched image: u = (Xw - DatumPtXw)/Pixel + DatumImagePtX, v likewise, in 32-bit float;
 // v is measured from the buffer row DatumImagePtY but grows with the picture's rows, so the picture
-// shows the point at buffer row 2 DatumImagePtY - 1 - v; on an uncropped canvas that is picture row
-// v (docs/conventions.md). Zw is ignored. Always true.
+// shows the point at buffer row 2 DatumImagePtY - 1 - v; on an uncropped canvas of even height that
+// is picture row v (docs/conventions.md). What the second camera shows lies there too if both
+// frames have the same size, else beside it. Zw is ignored. Always true.
 FISHEYE_CALIBRATION_API bool DualCam_WorldToSecondCorrectedImagePoint(
     float Xw, float Yw, float Zw, DualFishEyeCalibrationParam dual, float& u, float& v);
 

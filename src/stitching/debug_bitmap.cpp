@@ -131,10 +131,11 @@ bool WriteDebugBitmap(const unsigned char* pixels, int width, int height, int bi
 
 bool CanWriteDebugBitmap(const char* path) {
   std::error_code ignored;
-  const bool isNew = !std::filesystem::exists(path, ignored);
-  // Neither way of opening empties a file, even one that somebody makes in between. The mode that
-  // only makes new files is not known to every C run-time of Windows.
-  if (!File(std::fopen(path, isNew ? "ab" : "r+b"))) {
+  const bool isNew = std::filesystem::symlink_status(path, ignored).type() ==
+                     std::filesystem::file_type::not_found;
+  // Appending asks for no more than writing does, and empties nothing, not even a file that
+  // somebody makes in between.
+  if (!File(std::fopen(path, "ab"))) {
     return false;
   }
   if (isNew && std::filesystem::is_empty(path, ignored)) {

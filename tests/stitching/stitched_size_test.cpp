@@ -78,6 +78,17 @@ TEST_F(StitchedSize, WithoutASharedPointOnlyTheBitsAreSet) {
   EXPECT_EQ(size.bits, 8);
 }
 
+TEST_F(StitchedSize, WithoutPointsOnlyTheBitsAreSet) {
+  rigs::Rig rig = shifted(8, 6, 0, 0);
+  rig.first.points.clear();
+  rig.second.points.clear();
+  const rigs::Size size = rigs::sizeOf(rig);
+  EXPECT_FALSE(size.result);
+  EXPECT_EQ(size.width, -7);
+  EXPECT_EQ(size.height, -7);
+  EXPECT_EQ(size.bits, 8);
+}
+
 TEST_F(StitchedSize, ListsThatDoNotPairOnlySetTheBits) {
   rigs::Rig rig = shifted(8, 6, 0, 0);
   rig.first.points[3].PointId = 5;
