@@ -292,11 +292,13 @@ RawPositions::RawPositions(const RectifyingRays& rays, const cv::Size& size)
       groupReach_(groupReachOf(linear_)),
       nodeReach_(0.5 / LensTable::kNodesPerUnit + 1.5 * groupReach_),
       smallestRadius_(std::max(2 * groupReach_, 1 / LensTable::kNodesPerUnit)) {
+  const Camera& camera = rays.camera;
+  const bool finite = std::isfinite(camera.fx + camera.fy + camera.cx + camera.cy);
   const cv::Matx33d& iR = rays.iR;
   const bool pinhole = iR(1, 0) == 0 && iR(2, 0) == 0 && iR(2, 1) == 0 && iR(2, 2) > 0;
   const bool nearlySquare = std::abs(iR(0, 1)) <= std::abs(iR(1, 1));
   const double margin = 1.1 * errorBound(size);
-  if (pinhole && nearlySquare && margin < 0.125) {
+  if (finite && pinhole && nearlySquare && margin < 0.125) {
     safeDistance_ = 0.5 - margin;
   }
 }
@@ -306,7 +308,7 @@ RawPositions::RawPositions(const RectifyingRays& rays, const cv::Size& size)
 // (|t| <= T), r the radius of the middle pixel; r >= 2 R and r >= 1/64. With skew, dx has two terms
 // of at most 2 R and R. F = 32 max(fx, fy), S is a bound of (r + 0.05) |ds/dr|.
 //   dx        7 e R (2 e R without skew)
-//   p         31 e R r of products, 2 e r (0.02 + 3.9 R) of sums, 0.02 e r of its first term
+//   p         34 e R r of products, 2 e r (0.02 + 3.9 R) of sums, 0.02 e r of its first term
 //   fx x D    of p: dt/dp = 1/(2 sqrt q) and |x + dx| <= sqrt q, so F |ds/dr| (error of p)/2; with
 //             r |ds/dr| <= S r/(r + 0.05) r/sqrt(q)  and sqrt(q) >= r - 1.42 R that is less than
 //             F S (error of p)/(0.79 r)
@@ -322,7 +324,7 @@ double RawPositions::errorBound(const cv::Size& size) const {
   const double S = table_.slopeBound();
   const double M = table_.factorBound();
   const double s = table_.largestFactor();
-  const double tError = e * (31 * R + 2 * (0.02 + 3.9 * R) + 0.02) / 0.79 + 3 * e * T;
+  const double tError = e * (34 * R + 2 * (0.02 + 3.9 * R) + 0.02) / 0.79 + 3 * e * T;
   const double groupError = F * S * (tError + 12 * e * T) + F * s * e * (11 * R + 3 * T) + e;
 
   const double e2 = std::numeric_limits<double>::epsilon() / 2;

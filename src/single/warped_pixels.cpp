@@ -44,11 +44,11 @@ class WarpedRow {
   [[maybe_unused]] void exact(int x, int& column, int& row) const {
     const double px = x - warp_.dx;
     const double w = sum(2, px);
-    const double tx = static_cast<double>(static_cast<float>(sum(0, px) / w)) + 0.5;
-    const double ty = static_cast<double>(static_cast<float>(sum(1, px) / w)) + 0.5;
-    const bool inside = tx > -1 && tx < warp_.size.width && ty > -1 && ty < warp_.size.height;
-    column = inside ? static_cast<int>(tx) : -1;
-    row = inside ? static_cast<int>(ty) : -1;
+    column = nearestPixel(static_cast<float>(sum(0, px) / w), warp_.size.width);
+    row = nearestPixel(static_cast<float>(sum(1, px) / w), warp_.size.height);
+    if (column < 0 || row < 0) {
+      column = row = -1;
+    }
   }
 
   const InverseWarp& warp() const { return warp_; }
