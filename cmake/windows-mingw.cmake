@@ -18,4 +18,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
+# Messages of the libraries' inline functions name their headers: the same on every machine.
+list(GET CMAKE_FIND_ROOT_PATH 1 prefix)
+get_filename_component(folder "${prefix}" DIRECTORY)
+set(CMAKE_CXX_FLAGS_INIT "-ffile-prefix-map=${folder}/=")
+
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run" "${CMAKE_BINARY_DIR}/wine")
