@@ -20,7 +20,8 @@ function(fisheye_calibration_compile_settings target)
   endif()
   if(MINGW)
     # GCC aligns the stack of 64-bit Windows to 16 bytes only, yet stores 32- and 64-byte vectors there
-    # with instructions that fault unless they are aligned to their size.
+    # with instructions that fault unless they are aligned to their size. Debian's version avoids these by
+    # itself, others need the assembler's help.
     list(APPEND options -Wa,-muse-unaligned-vector-move)
   endif()
   target_compile_options(${target} PRIVATE "$<$<COMPILE_LANGUAGE:CXX>:${options}>") # not resources

@@ -18,4 +18,23 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
+# A build folder remembers where it found each library; forget that when the library is built anew elsewhere.
+foreach(package IN ITEMS OpenCV hwy GTest CLI11 rapidcheck)
+  set(is_current FALSE)
+  foreach(prefix IN LISTS CMAKE_FIND_ROOT_PATH)
+    cmake_path(IS_PREFIX prefix "${${package}_DIR}" holds_it)
+    if(holds_it)
+      set(is_current TRUE)
+    endif()
+  endforeach()
+  if(NOT is_current)
+    unset(${package}_DIR CACHE)
+  endif()
+endforeach()
+
+# Messages of the libraries' inline functions name their headers: the same on every machine.
+list(GET CMAKE_FIND_ROOT_PATH 1 prefix)
+get_filename_component(folder "${prefix}" DIRECTORY)
+set(CMAKE_CXX_FLAGS_INIT "-ffile-prefix-map=${folder}/=")
+
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/../scripts/wine-run" "${CMAKE_BINARY_DIR}/wine")
