@@ -25,6 +25,8 @@ install(FILES "${PROJECT_BINARY_DIR}/fisheye_calibrationConfig.cmake"
               "${PROJECT_BINARY_DIR}/fisheye_calibrationConfigVersion.cmake"
         DESTINATION "${package_dir}")
 
+include(FisheyeCalibrationLicences)
+
 if(PROJECT_IS_TOP_LEVEL)
   set(CPACK_PACKAGE_NAME "fisheye-calibration")
   set(CPACK_PACKAGE_VENDOR "fisheye_calibration maintainers")
@@ -33,6 +35,8 @@ if(PROJECT_IS_TOP_LEVEL)
   set(CPACK_GENERATOR "TGZ")
   if(WIN32)
     set(CPACK_GENERATOR "ZIP")
+    set(CPACK_PACKAGE_FILE_NAME "fisheye_calibration-${PROJECT_VERSION}-win64")
+    set(CPACK_STRIP_FILES ON)
   endif()
   include(CPack)
 endif()

@@ -9,6 +9,7 @@
 #include "calibration_report.h"
 #include "camera_file.h"
 #include "failure.h"
+#include "file_path.h"
 #include "finding.h"
 #include "input_checks.h"
 #include "output_files.h"
@@ -35,7 +36,7 @@ struct Outputs {
 };
 
 Outputs checkedOutputs(const CalibrateOptions& options) {
-  const std::filesystem::path folder = std::filesystem::path(options.output).parent_path();
+  const std::filesystem::path folder = filePath(options.output).parent_path();
   const auto beside = [&](const std::string& given, const char* name) {
     return given.empty() ? (folder / name).string() : given;
   };

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "failure.h"
+#include "file_path.h"
 #include "ini_section.h"
 #include "record_fields.h"
 
@@ -30,7 +31,7 @@ CameraFile loadCamera(const std::string& path) {
   CameraFile camera;
   camera.complaints = inspectCameraText(path, readFile(path));
   // Profile functions look for bare names in the system's own folder, so the path is made absolute.
-  const std::string absolute = std::filesystem::absolute(path).string();
+  const std::string absolute = std::filesystem::absolute(filePath(path)).string();
   LoadCalibrationParam(absolute.c_str(), camera.param);
   return camera;
 }
@@ -46,7 +47,7 @@ void stageCamera(OutputFiles& files, const std::string& path,
   const bool same = std::abs(stored.u0 - param.u0) <= 1e-5f * std::abs(param.u0) + 1e-6f &&
                     std::abs(stored.Pixel - param.Pixel) <= 1e-5f * std::abs(param.Pixel) + 1e-6f;
   const bool finite = std::isfinite(param.u0) && std::isfinite(param.Pixel);
-  if (!std::filesystem::exists(temporary, error) || (finite && !same)) {
+  if (!std::filesystem::exists(filePath(temporary), error) || (finite && !same)) {
     failJob(path + ": the camera could not be saved");
   }
 }

@@ -12,6 +12,7 @@
 #include "arguments.h"
 #include "checked_camera.h"
 #include "failure.h"
+#include "file_path.h"
 #include "fisheye_calibration.h"
 #include "frame_buffer.h"
 #include "grid_overlay.h"
@@ -45,7 +46,7 @@ struct View {
 std::vector<std::string> picturesIn(const std::string& folder) {
   std::vector<std::string> pictures;
   std::error_code error;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+  for (const fs::directory_entry& entry : fs::directory_iterator(filePath(folder), error)) {
     if (isPicture(entry.path().string())) pictures.push_back(entry.path().string());
   }
   if (error) failBadInput(folder + ": " + error.message());
@@ -56,11 +57,11 @@ std::vector<std::string> picturesIn(const std::string& folder) {
 
 void prepareFolder(const std::string& folder) {
   std::error_code error;
-  if (fs::is_directory(folder, error)) return;
-  if (fs::exists(folder, error)) {
+  if (fs::is_directory(filePath(folder), error)) return;
+  if (fs::exists(filePath(folder), error)) {
     failBadInput("-o: " + folder + " is a file; several frames need a folder");
   }
-  fs::create_directory(folder, error);
+  fs::create_directory(filePath(folder), error);
   if (error) failBadInput("-o: " + folder + ": " + error.message());
 }
 
@@ -68,9 +69,9 @@ std::vector<Job> folderJobs(const std::vector<std::string>& frames, const std::s
   std::vector<Job> jobs;
   std::set<std::string> names;
   for (const std::string& frame : frames) {
-    const std::string name = fs::path(frame).filename().string();
+    const std::string name = filePath(frame).filename().string();
     if (!names.insert(name).second) failBadInput("two frames are called " + name);
-    const std::string output = (fs::path(folder) / name).string();
+    const std::string output = (filePath(folder) / filePath(name)).string();
     requirePictureName(frame, output);
     if (isSameFile(output, frame)) failBadInput("-o: " + output + " is the frame itself");
     jobs.push_back({frame, output});
@@ -81,7 +82,8 @@ std::vector<Job> folderJobs(const std::vector<std::string>& frames, const std::s
 
 std::vector<Job> plannedJobs(const CorrectOptions& options) {
   std::error_code error;
-  const bool folder = options.frames.size() == 1 && fs::is_directory(options.frames[0], error);
+  const bool folder =
+      options.frames.size() == 1 && fs::is_directory(filePath(options.frames[0]), error);
   if (folder) return folderJobs(picturesIn(options.frames[0]), options.output);
   if (options.frames.size() > 1) return folderJobs(options.frames, options.output);
   requireWritablePlace("-o", options.output);
@@ -204,7 +206,7 @@ int runCorrect(const CorrectOptions& options, std::ostream& out, std::ostream& m
   requireMaskPlace(options, jobs);
   Batch batch(options, renderer, messages);
   std::error_code error;
-  const bool many = jobs.size() > 1 || fs::is_directory(options.output, error);
+  const bool many = jobs.size() > 1 || fs::is_directory(filePath(options.output), error);
   if (many) return correctMany(jobs, batch, options.output, out, messages);
   batch.correct(jobs[0]);
   out << options.frames[0] << ": corrected view written to " << options.output;

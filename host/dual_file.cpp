@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "file_path.h"
 #include "ini_section.h"
 #include "text.h"
 
@@ -46,7 +47,7 @@ DualFishEyeCalibrationParam loadCheckedDual(const std::string& path, std::ostrea
     }
   }
   // Profile functions look for bare names in the system's own folder, so the path is made absolute.
-  const std::string absolute = std::filesystem::absolute(path).string();
+  const std::string absolute = std::filesystem::absolute(filePath(path)).string();
   DualFishEyeCalibrationParam param{};
   LoadDualCamerasCalibrationParam(absolute.c_str(), param);
   if (!(param.Pixel > 0)) {

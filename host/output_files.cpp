@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "failure.h"
+#include "file_path.h"
 
 namespace host {
 namespace fs = std::filesystem;
@@ -18,8 +19,9 @@ std::string lastError() { return errno != 0 ? std::strerror(errno) : "cannot wri
 // Where the bytes go in the end: a link is followed, so that it stays a link.
 fs::path resolved(const std::string& path) {
   std::error_code error;
-  const fs::path target = fs::weakly_canonical(fs::absolute(path), error);
-  return error ? fs::absolute(path) : target;
+  const fs::path absolute = fs::absolute(filePath(path));
+  const fs::path target = fs::weakly_canonical(absolute, error);
+  return error ? absolute : target;
 }
 
 fs::path temporaryBeside(const fs::path& destination) {
@@ -45,9 +47,9 @@ void writeBytes(const fs::path& path, const std::string& shownAs, std::string_vi
 
 std::string readFile(const std::string& path) {
   std::error_code error;
-  if (fs::is_directory(path, error)) failBadInput(path + ": is a folder, not a file");
+  if (fs::is_directory(filePath(path), error)) failBadInput(path + ": is a folder, not a file");
   errno = 0;
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(filePath(path), std::ios::binary);
   if (!file) {
     failBadInput(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be opened"));
   }
@@ -59,8 +61,8 @@ std::string readFile(const std::string& path) {
 void requireWritablePlace(const std::string& option, const std::string& path) {
   std::error_code error;
   if (path.empty()) failBadInput(option + ": the file name is empty");
-  if (fs::is_directory(path, error)) failBadInput(option + ": " + path + " is a folder");
-  const fs::path folder = fs::absolute(path).parent_path();
+  if (fs::is_directory(filePath(path), error)) failBadInput(option + ": " + path + " is a folder");
+  const fs::path folder = fs::absolute(filePath(path)).parent_path();
   if (!fs::is_directory(folder, error)) {
     failBadInput(option + ": there is no folder " + folder.string());
   }
@@ -68,7 +70,7 @@ void requireWritablePlace(const std::string& option, const std::string& path) {
 
 bool isSameFile(const std::string& a, const std::string& b) {
   std::error_code error;
-  return fs::equivalent(a, b, error) && !error;
+  return fs::equivalent(filePath(a), filePath(b), error) && !error;
 }
 
 OutputFiles::~OutputFiles() {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "file_path.h"
 #include "output_files.h"
 
 namespace host {
@@ -29,7 +30,7 @@ cv::Mat readAs(const std::string& path, int kind) {
 
 bool isPicture(const std::string& path) {
   std::error_code error;
-  return std::filesystem::is_regular_file(path, error) && cv::haveImageReader(path);
+  return std::filesystem::is_regular_file(filePath(path), error) && cv::haveImageReader(path);
 }
 
 cv::Mat readGreyPicture(const std::string& path) { return readAs(path, cv::IMREAD_GRAYSCALE); }
@@ -40,13 +41,13 @@ cv::Mat readFrame(const std::string& path) { return readAs(path, cv::IMREAD_ANYC
 
 std::string encodePicture(const std::string& path, const cv::Mat& picture) {
   std::vector<unsigned char> bytes;
-  const std::string ending = std::filesystem::path(path).extension().string();
+  const std::string ending = filePath(path).extension().string();
   if (!cv::imencode(ending, picture, bytes)) failJob(path + ": the picture cannot be encoded");
   return {bytes.begin(), bytes.end()};
 }
 
 void requirePictureName(const std::string& option, const std::string& path) {
-  const std::string ending = std::filesystem::path(path).extension().string();
+  const std::string ending = filePath(path).extension().string();
   if (ending.empty() || !cv::haveImageWriter("picture" + ending)) {
     failBadInput(option + ": no kind of picture ends in \"" + ending + "\" (try .png): " + path);
   }

@@ -32,8 +32,10 @@ std::array<std::size_t, 4> cornerPoints(const SharedPoints& shared) {
   for (std::size_t k = 0; k < corners.size(); ++k) {
     float best = worldLimit;
     for (std::size_t i = 0; i < shared.left.size(); ++i) {
-      const float distance =
-          std::hypot(shared.left[i].Xw - corners[k].x, shared.left[i].Yw - corners[k].y);
+      // As the library computes it: hypot rounds otherwise and would decide ties otherwise.
+      const float dx = shared.left[i].Xw - corners[k].x;
+      const float dy = shared.left[i].Yw - corners[k].y;
+      const float distance = std::sqrt(dx * dx + dy * dy);
       if (distance < best) {
         best = distance;
         chosen[k] = i;

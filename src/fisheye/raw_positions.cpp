@@ -58,8 +58,8 @@ using VD = hn::Vec<DD>;
 // The groups of a run, an element a group. (x, y), q = x^2 + y^2 belong to the middle pixel and c0
 // to the lens factor at the node r_n of the table.
 struct Groups {
-  HWY_ALIGN double column[kGroups];  // of the middle pixel
-  HWY_ALIGN double row[kGroups];
+  HWY_ALIGN std::int32_t column[kGroups];  // of the middle pixel
+  HWY_ALIGN std::int32_t row[kGroups];
   HWY_ALIGN double factor[kGroups];       // c0
   HWY_ALIGN std::int32_t node[kGroups];   // n
   HWY_ALIGN std::int32_t baseU[kGroups];  // whole part of cx + fx x c0, in 1/32 pixel
@@ -114,8 +114,9 @@ HWY_INLINE void prepareGroups(const RawPositions& positions, const int* column, 
   const VD lastNode = hn::Set(d, static_cast<double>(table.size() - 1));
   chooseMiddles(column, row, groups);
   for (std::size_t g = 0; g < kGroups; g += hn::Lanes(d)) {
-    const VD i = hn::Load(d, groups.column + g);
-    const VD j = hn::Load(d, groups.row + g);
+    const hn::Rebind<std::int32_t, DD> di;
+    const VD i = hn::PromoteTo(d, hn::Load(di, groups.column + g));
+    const VD j = hn::PromoteTo(d, hn::Load(di, groups.row + g));
     const VD x = hn::MulAdd(i, hn::Set(d, linear(0, 0)),
                             hn::MulAdd(j, hn::Set(d, linear(0, 1)), hn::Set(d, linear(0, 2))));
     const VD y = hn::MulAdd(j, hn::Set(d, linear(1, 1)), hn::Set(d, linear(1, 2)));
@@ -154,6 +155,20 @@ HWY_INLINE void prepareGroups(const RawPositions& positions, const int* column, 
 
 HWY_INLINE VF broadcast(float x) { return hn::Set(DF(), x); }
 
+// The nearest whole number, and how far it is, for numbers below 2^22: adding 1.5 2^23 leaves no
+// bits behind the point. Others give anything.
+struct Rounded {
+  hn::Vec<DI> whole;
+  VF distance;
+};
+
+HWY_INLINE Rounded rounded(VF x) {
+  const VF shift = broadcast(0x1.8p23F);
+  const VF shifted = hn::Add(x, shift);
+  return {hn::Sub(hn::BitCast(DI(), shifted), hn::BitCast(DI(), shift)),
+          hn::Abs(hn::Sub(x, hn::Sub(shifted, shift)))};
+}
+
 // What does not change from group to group.
 struct Constants {
   float xx, xy, yy;  // linear rays
@@ -180,11 +195,11 @@ struct Constants {
 // get kNowhere.
 HWY_INLINE std::uint64_t positionsOfGroup(const Constants& k, const LensTable& table,
                                           const Groups& groups, std::size_t g, const int* column,
-                                          const int* row, int* u, int* v) {
+                                          const int* row, int* toU, int* toV) {
   const DF d;
   const DI di;
-  const auto middleColumn = hn::Set(di, static_cast<int>(groups.column[g]));
-  const auto middleRow = hn::Set(di, static_cast<int>(groups.row[g]));
+  const auto middleColumn = hn::Set(di, groups.column[g]);
+  const auto middleRow = hn::Set(di, groups.row[g]);
   const auto& c = table[static_cast<std::size_t>(groups.node[g])].c;
   const VF nodeRadius = broadcast(groups.nodeRadius[g]);
   std::uint64_t uncertain = 0;
@@ -208,24 +223,21 @@ HWY_INLINE std::uint64_t positionsOfGroup(const Constants& k, const LensTable& t
                              hn::MulAdd(dx, broadcast(groups.fxC[g]), broadcast(groups.restU[g])));
     const VF dv = hn::MulAdd(hn::MulAdd(dy, broadcast(k.fy), broadcast(groups.fyY[g])), D,
                              hn::MulAdd(dy, broadcast(groups.fyC[g]), broadcast(groups.restV[g])));
-    const VF roundU = hn::Round(du);
-    const VF roundV = hn::Round(dv);
-    const VF farther = hn::Max(hn::Abs(hn::Sub(du, roundU)), hn::Abs(hn::Sub(dv, roundV)));
+    const Rounded u = rounded(du);
+    const Rounded v = rounded(dv);
+    const VF farther = hn::Max(u.distance, v.distance);
     const VF extent = hn::Max(hn::Abs(dx), hn::Abs(dy));
     const auto certain = hn::And(
         hn::And(hn::Lt(farther, broadcast(k.safe)), hn::Le(extent, broadcast(k.groupReach))),
         hn::Le(hn::Abs(t), broadcast(k.nodeReach)));
     const auto wanted = hn::RebindMask(d, hn::Gt(i, hn::Set(di, -1)));
     const auto usable = hn::And(certain, wanted);
-    // Lanes that are not usable may hold anything, also what no integer holds.
-    const auto wholeU = hn::Add(hn::ConvertTo(di, hn::IfThenElseZero(usable, roundU)),
-                                hn::Set(di, groups.baseU[g]));
-    const auto wholeV = hn::Add(hn::ConvertTo(di, hn::IfThenElseZero(usable, roundV)),
-                                hn::Set(di, groups.baseV[g]));
     const auto keep = hn::RebindMask(di, usable);
     const auto nowhere = hn::Set(di, kNowhere);
-    hn::Store(hn::IfThenElse(keep, wholeU, nowhere), di, u + lane);
-    hn::Store(hn::IfThenElse(keep, wholeV, nowhere), di, v + lane);
+    const auto wholeU = hn::Add(u.whole, hn::Set(di, groups.baseU[g]));
+    const auto wholeV = hn::Add(v.whole, hn::Set(di, groups.baseV[g]));
+    hn::Store(hn::IfThenElse(keep, wholeU, nowhere), di, toU + lane);
+    hn::Store(hn::IfThenElse(keep, wholeV, nowhere), di, toV + lane);
     std::uint8_t bits[8] = {};
     hn::StoreMaskBits(d, hn::AndNot(certain, wanted), bits);
     uncertain |= std::uint64_t{bits[0]} << lane;
@@ -292,11 +304,13 @@ RawPositions::RawPositions(const RectifyingRays& rays, const cv::Size& size)
       groupReach_(groupReachOf(linear_)),
       nodeReach_(0.5 / LensTable::kNodesPerUnit + 1.5 * groupReach_),
       smallestRadius_(std::max(2 * groupReach_, 1 / LensTable::kNodesPerUnit)) {
+  const Camera& camera = rays.camera;
+  const bool finite = std::isfinite(camera.fx + camera.fy + camera.cx + camera.cy);
   const cv::Matx33d& iR = rays.iR;
   const bool pinhole = iR(1, 0) == 0 && iR(2, 0) == 0 && iR(2, 1) == 0 && iR(2, 2) > 0;
   const bool nearlySquare = std::abs(iR(0, 1)) <= std::abs(iR(1, 1));
   const double margin = 1.1 * errorBound(size);
-  if (pinhole && nearlySquare && margin < 0.125) {
+  if (finite && pinhole && nearlySquare && margin < 0.125) {
     safeDistance_ = 0.5 - margin;
   }
 }
@@ -306,7 +320,7 @@ RawPositions::RawPositions(const RectifyingRays& rays, const cv::Size& size)
 // (|t| <= T), r the radius of the middle pixel; r >= 2 R and r >= 1/64. With skew, dx has two terms
 // of at most 2 R and R. F = 32 max(fx, fy), S is a bound of (r + 0.05) |ds/dr|.
 //   dx        7 e R (2 e R without skew)
-//   p         31 e R r of products, 2 e r (0.02 + 3.9 R) of sums, 0.02 e r of its first term
+//   p         34 e R r of products, 2 e r (0.02 + 3.9 R) of sums, 0.02 e r of its first term
 //   fx x D    of p: dt/dp = 1/(2 sqrt q) and |x + dx| <= sqrt q, so F |ds/dr| (error of p)/2; with
 //             r |ds/dr| <= S r/(r + 0.05) r/sqrt(q)  and sqrt(q) >= r - 1.42 R that is less than
 //             F S (error of p)/(0.79 r)
@@ -322,7 +336,7 @@ double RawPositions::errorBound(const cv::Size& size) const {
   const double S = table_.slopeBound();
   const double M = table_.factorBound();
   const double s = table_.largestFactor();
-  const double tError = e * (31 * R + 2 * (0.02 + 3.9 * R) + 0.02) / 0.79 + 3 * e * T;
+  const double tError = e * (34 * R + 2 * (0.02 + 3.9 * R) + 0.02) / 0.79 + 3 * e * T;
   const double groupError = F * S * (tError + 12 * e * T) + F * s * e * (11 * R + 3 * T) + e;
 
   const double e2 = std::numeric_limits<double>::epsilon() / 2;

@@ -1,6 +1,5 @@
 #include "fisheye/stepped_positions.h"
 
-#include <algorithm>
 #include <cstddef>
 
 #include "fisheye/stepped_sum.h"
@@ -8,31 +7,41 @@
 namespace fisheye {
 namespace {
 
-constexpr int kSmallestSpacing = 16;
-constexpr int kMostKept = 512;
+constexpr int kFewestBits = 3;
+constexpr int kMostKept = 1024;
 
-int spacingOf(int width) { return std::max(kSmallestSpacing, width / kMostKept + 1); }
+int spacingBitsOf(int width) {
+  int bits = kFewestBits;
+  while (width >> bits >= kMostKept) {
+    ++bits;
+  }
+  return bits;
+}
 
 }  // namespace
 
-// The first time that a start is asked for tells nothing about a second time, so nothing is kept.
+// Nothing is kept for a start that is asked for the first time, which may be the last.
 double SteppedPositions::Sums::at(double start, int count) {
+  if (step_ == 0) {
+    return steppedSum(start, step_, count);
+  }
   if (!(start == start_)) {
     start_ = start;
     kept_.assign(1, start);
     return steppedSum(start, step_, count);
   }
-  const auto block = static_cast<std::size_t>(count / spacing_);
+  const int spacing = 1 << spacingBits_;
+  const auto block = static_cast<std::size_t>(count >> spacingBits_);
   while (kept_.size() <= block) {
-    kept_.push_back(steppedSum(kept_.back(), step_, spacing_));
+    kept_.push_back(steppedSum(kept_.back(), step_, spacing));
   }
-  return steppedSum(kept_[block], step_, count % spacing_);
+  return steppedSum(kept_[block], step_, count & (spacing - 1));
 }
 
 SteppedPositions::SteppedPositions(const RectifyingRays& rays, int width)
     : rays_(rays),
-      sums_{Sums(rays.iR(0, 0), spacingOf(width)), Sums(rays.iR(1, 0), spacingOf(width)),
-            Sums(rays.iR(2, 0), spacingOf(width))} {}
+      sums_{Sums(rays.iR(0, 0), spacingBitsOf(width)), Sums(rays.iR(1, 0), spacingBitsOf(width)),
+            Sums(rays.iR(2, 0), spacingBitsOf(width))} {}
 
 RawPosition SteppedPositions::at(int column, int row) {
   const cv::Matx33d& iR = rays_.iR;

@@ -22,13 +22,13 @@ class SteppedPositions {
   // start, start + step, start + step + step ...
   class Sums {
    public:
-    explicit Sums(double step, int spacing) : step_(step), spacing_(spacing) {}
+    Sums(double step, int spacingBits) : step_(step), spacingBits_(spacingBits) {}
 
     double at(double start, int count);
 
    private:
     double step_;
-    int spacing_;  // of the sums that are kept
+    int spacingBits_;  // one sum of 2^spacingBits is kept
     double start_ = std::numeric_limits<double>::quiet_NaN();
     std::vector<double> kept_;
   };

@@ -3,7 +3,8 @@
 namespace fisheye {
 
 // start + step + step + ... with `count` additions, each rounded to double as it is made. Takes
-// time that grows with the logarithm of the count.
+// time that grows with the number of binades that the sum comes through, not with the count; beyond
+// 2^1023 with the count.
 double steppedSum(double start, double step, int count);
 
 }  // namespace fisheye

@@ -1,23 +1,42 @@
 #include "platform/message_box.h"
 
+#if FISHEYE_CALIBRATION_MFC
+#include <afxwin.h>
+#else
 #include <windows.h>
+#endif
 
 #include <string>
 
 namespace platform {
+namespace {
 
-// The wide function shows the text on a system of any code page, where a narrow one would need the
-// host's to be GBK; users of GBK systems see the same characters either way.
-void showMessage(const char* utf8Text) {
+std::wstring wideText(const char* utf8Text) {
   const int length = MultiByteToWideChar(CP_UTF8, 0, utf8Text, -1, nullptr, 0);
   if (length <= 0) {
-    return;
+    return {};
   }
-  std::wstring text(static_cast<std::size_t>(length), L'\0');  // with the terminating NUL
+  std::wstring text(static_cast<std::size_t>(length), L'\0');
   MultiByteToWideChar(CP_UTF8, 0, utf8Text, -1, text.data(), length);
+  text.pop_back();  // the terminating NUL
+  return text;
+}
+
+}  // namespace
+
+// The wide functions show the text on a system of any code page, where narrow ones would need the
+// system's to be GBK; users of GBK systems see the same characters either way.
+void showMessage(const char* utf8Text) {
+  const std::wstring text = wideText(utf8Text);
+  constexpr UINT style = MB_OK | MB_ICONEXCLAMATION;
+#if FISHEYE_CALIBRATION_MFC
+  // Goes through the application object of a host that is built with the framework, which knows the
+  // window that the box has to hold up.
+  AfxMessageBox(text.c_str(), style);
+#else
   // Without an owner the box is modal only if asked to hold up the thread's other windows.
-  MessageBoxW(nullptr, text.c_str(), L"fisheye_calibration",
-              MB_OK | MB_ICONEXCLAMATION | MB_TASKMODAL);
+  MessageBoxW(nullptr, text.c_str(), L"fisheye_calibration", style | MB_TASKMODAL);
+#endif
 }
 
 }  // namespace platform

@@ -9,6 +9,8 @@
 #include <new>
 #include <utility>
 
+#include "platform/readable_memory.h"
+
 namespace {
 
 // A square matrix of order n during its inversion.
@@ -109,8 +111,13 @@ int CEQMatrix::SetSize(int rows, int cols) {
   const std::int64_t count = std::int64_t{rows} * cols;
   if (count < 0 || count > std::numeric_limits<std::int32_t>::max()) return 0;
   if (count == 0) return 1;
-  Data = new (std::nothrow) double[static_cast<std::size_t>(count)]();
-  return Data != nullptr ? 1 : 0;
+  const auto elements = static_cast<std::size_t>(count);
+  std::unique_ptr<double[]> storage(new (std::nothrow) double[elements]());
+  if (storage == nullptr || !platform::isReadable(storage.get(), elements * sizeof(double))) {
+    return 0;
+  }
+  Data = storage.release();
+  return 1;
 }
 
 void CEQMatrix::SetElement(int row, int col, double value) {

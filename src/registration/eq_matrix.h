@@ -18,8 +18,8 @@ class CEQMatrix {
   virtual ~CEQMatrix();
 
   // Drops the old elements and makes a rows x cols matrix of zeros. Returns 1, or 0 when rows *
-  // cols is negative or above 2^31 - 1 or the memory is not to be had; Rows and Cols are then set
-  // all the same, and the matrix is without storage.
+  // cols is negative or above 2^31 - 1 or the memory is not to be had or not readable; Rows and
+  // Cols are then set all the same, and the matrix is without storage.
   int SetSize(int rows, int cols);
 
   void SetElement(int row, int col, double value);

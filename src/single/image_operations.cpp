@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "single/warped_pixels.h"
+
 namespace {
 
 bool holdsPixels(const cv::Mat& image) {
@@ -19,13 +21,6 @@ std::size_t bufferOffset(const cv::Mat& image, int j) {
   return static_cast<std::size_t>(image.rows - 1 - j) * rowBytes(image);
 }
 
-// The nearest pixel along one axis, -1 when it lies outside 0...length - 1.
-int nearestPixel(float position, int length) {
-  const double shifted = static_cast<double>(position) + 0.5;
-  const bool inside = shifted > -1.0 && shifted < length;  // false for NaN
-  return inside ? static_cast<int>(shifted) : -1;
-}
-
 template <std::size_t kBytes>
 void warpPixels(const cv::Mat& source, const cv::Matx33d& h, double dx, double dy,
                 unsigned char fill, cv::Mat& result) {
@@ -37,8 +32,8 @@ void warpPixels(const cv::Mat& source, const cv::Matx33d& h, double dx, double d
       const double w = h(2, 0) * px + h(2, 1) * py + h(2, 2);
       const auto sx = static_cast<float>((h(0, 0) * px + h(0, 1) * py + h(0, 2)) / w);
       const auto sy = static_cast<float>((h(1, 0) * px + h(1, 1) * py + h(1, 2)) / w);
-      const int ix = nearestPixel(sx, source.cols);
-      const int iy = nearestPixel(sy, source.rows);
+      const int ix = single::nearestPixel(sx, source.cols);
+      const int iy = single::nearestPixel(sy, source.rows);
       if (ix >= 0 && iy >= 0) {
         std::memcpy(to, source.ptr(iy) + static_cast<std::size_t>(ix) * kBytes, kBytes);
       } else {

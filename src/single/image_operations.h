@@ -1,6 +1,7 @@
 // The steps around the distortion's removal: host buffers to images and back, the black test and
 // the warp of the second correction. Images hold bytes, with 1, 3 or 4 channels. Host buffers hold
-// their rows bottom-up without padding: image row j is buffer row height - 1 - j.
+// their rows bottom-up without padding: image row j is buffer row height - 1 - j. The corrected
+// image is rendered without these, in one pass that gives the same bytes.
 #pragma once
 
 #include <opencv2/core.hpp>

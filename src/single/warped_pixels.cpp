@@ -44,11 +44,11 @@ class WarpedRow {
   [[maybe_unused]] void exact(int x, int& column, int& row) const {
     const double px = x - warp_.dx;
     const double w = sum(2, px);
-    const double tx = static_cast<double>(static_cast<float>(sum(0, px) / w)) + 0.5;
-    const double ty = static_cast<double>(static_cast<float>(sum(1, px) / w)) + 0.5;
-    const bool inside = tx > -1 && tx < warp_.size.width && ty > -1 && ty < warp_.size.height;
-    column = inside ? static_cast<int>(tx) : -1;
-    row = inside ? static_cast<int>(ty) : -1;
+    column = nearestPixel(static_cast<float>(sum(0, px) / w), warp_.size.width);
+    row = nearestPixel(static_cast<float>(sum(1, px) / w), warp_.size.height);
+    if (column < 0 || row < 0) {
+      column = row = -1;
+    }
   }
 
   const InverseWarp& warp() const { return warp_; }
@@ -125,6 +125,11 @@ namespace hn = hwy::HWY_NAMESPACE;
 using D = hn::CappedTag<float, 8>;
 using DI = hn::Rebind<std::int32_t, D>;
 
+// Added to a number below 2^22 it leaves no bits behind the point, and the sum's bits are the
+// nearest whole number and these.
+constexpr float kShift = 0x1.8p23F;
+constexpr std::int32_t kShiftBits = 0x4B400000;
+
 bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* row) {
   const D d;
   const DI di;
@@ -141,8 +146,8 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
   }
   const LocalQuotients& local = *found;
   const auto one = hn::Set(d, 1.0F);
-  const auto half = hn::Set(d, 0.5F);
-  const auto clear = hn::Set(d, local.clear);
+  const auto shift = hn::Set(d, kShift);
+  const auto clear = hn::Set(d, 0.5F - local.clear);
   const auto width = hn::Set(di, static_cast<std::int32_t>(warp.size.width));
   const auto height = hn::Set(di, static_cast<std::int32_t>(warp.size.height));
   const auto minusOne = hn::Set(di, -1);
@@ -153,20 +158,24 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
     const auto reciprocal = hn::Div(one, hn::MulAdd(n, hn::Set(d, local.c), one));
     const auto nx = hn::MulAdd(n, hn::Set(d, local.bx), hn::Set(d, local.ax));
     const auto ny = hn::MulAdd(n, hn::Set(d, local.by), hn::Set(d, local.ay));
-    const auto tx = hn::MulAdd(nx, reciprocal, half);
-    const auto ty = hn::MulAdd(ny, reciprocal, half);
-    const auto distance =
-        hn::Min(hn::Abs(hn::Sub(tx, hn::Round(tx))), hn::Abs(hn::Sub(ty, hn::Round(ty))));
-    // Rounded down; -1 then stands for what lies between -1 and 0, which truncation brings to 0.
-    const auto ix = hn::Add(hn::ConvertTo(di, hn::Floor(tx)), hn::Set(di, local.baseX));
-    const auto iy = hn::Add(hn::ConvertTo(di, hn::Floor(ty)), hn::Set(di, local.baseY));
+    const auto sx = hn::Mul(nx, reciprocal);
+    const auto sy = hn::Mul(ny, reciprocal);
+    // Rounded by leaving no bits behind the point. That is sx + 1/2 rounded down, but near a tie,
+    // where it is doubtful anyway; -1 then stands for -1.5 < sx < -0.5, which truncation brings
+    // to 0.
+    const auto shiftedX = hn::Add(sx, shift);
+    const auto shiftedY = hn::Add(sy, shift);
+    const auto distance = hn::Max(hn::Abs(hn::Sub(sx, hn::Sub(shiftedX, shift))),
+                                  hn::Abs(hn::Sub(sy, hn::Sub(shiftedY, shift))));
+    const auto ix = hn::Add(hn::BitCast(di, shiftedX), hn::Set(di, local.baseX - kShiftBits));
+    const auto iy = hn::Add(hn::BitCast(di, shiftedY), hn::Set(di, local.baseY - kShiftBits));
     const auto inside = hn::And(hn::And(hn::Gt(ix, beyond), hn::Lt(ix, width)),
                                 hn::And(hn::Gt(iy, beyond), hn::Lt(iy, height)));
     const auto zero = hn::Zero(di);
     hn::Store(hn::IfThenElse(inside, hn::Max(ix, zero), minusOne), di, column + k);
     hn::Store(hn::IfThenElse(inside, hn::Max(iy, zero), minusOne), di, row + k);
     any = any || !hn::AllFalse(di, inside);
-    const auto doubtful = hn::Not(hn::Gt(distance, clear));
+    const auto doubtful = hn::Not(hn::Lt(distance, clear));
     if (HWY_UNLIKELY(!hn::AllFalse(d, doubtful))) {
       std::uint8_t bits[8] = {};
       hn::StoreMaskBits(d, doubtful, bits);

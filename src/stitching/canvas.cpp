@@ -7,7 +7,6 @@
 #include "platform/parallel_rows.h"
 #include "single/pixel_format.h"
 #include "stitching/contribution_span.h"
-#include "stitching/saturation.h"
 #include "stitching/second_positions.h"
 
 namespace stitching {

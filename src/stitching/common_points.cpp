@@ -23,7 +23,7 @@ void appendOccurrences(const std::vector<CalibrationPoint>& points, int idCount,
 }  // namespace
 
 // What makes a point shared is that its id occurs exactly twice in both lists together. Sorting
-// costs n log n whatever the ids are; a table of counters would be as large as the largest id.
+// costs n log n whatever the ids are; a table of counters would be as large as the range of ids.
 void GetCommonPoints(std::vector<CalibrationPoint> first, std::vector<CalibrationPoint> second,
                      int idCount, std::vector<CalibrationPoint>& firstCommon,
                      std::vector<CalibrationPoint>& secondCommon) {

@@ -130,11 +130,16 @@ bool WriteDebugBitmap(const unsigned char* pixels, int width, int height, int bi
 }
 
 bool CanWriteDebugBitmap(const char* path) {
-  // "x" creates the file only if it is not there, so nobody else's is ever removed.
-  if (File(std::fopen(path, "wbx"))) {
-    std::error_code ignored;
-    std::filesystem::remove(path, ignored);
-    return true;
+  std::error_code ignored;
+  const bool isNew = std::filesystem::symlink_status(path, ignored).type() ==
+                     std::filesystem::file_type::not_found;
+  // Appending asks for no more than writing does, and empties nothing, not even a file that
+  // somebody makes in between.
+  if (!File(std::fopen(path, "ab"))) {
+    return false;
   }
-  return File(std::fopen(path, "r+b")) != nullptr;
+  if (isNew && std::filesystem::is_empty(path, ignored)) {
+    std::filesystem::remove(path, ignored);
+  }
+  return true;
 }

@@ -20,7 +20,7 @@ struct Camera {
   const std::vector<CalibrationPoint>& points;
 };
 
-// Twice the frame's size, cut to 32 bits.
+// Twice the frame's size, at most what 32 bits hold.
 std::int32_t doubledWidth(const Camera& camera);
 std::int32_t doubledHeight(const Camera& camera);
 

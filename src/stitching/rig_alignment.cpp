@@ -45,21 +45,6 @@ std::array<std::size_t, 4> nearestToCorners(const std::vector<CalibrationPoint>&
           nearest(points, maxX, maxY)};
 }
 
-// The quotients are 32-bit floats, the sums doubles; the pixel is narrowed once.
-cv::Point2f pixel(const cv::Point2f& world, const FishEyeCalibrationParam& param, double halfWidth,
-                  double halfHeight) {
-  const double u = (world.x - param.DatumPtXw) / param.Pixel + halfWidth;
-  const double v = (world.y - param.DatumPtYw) / param.Pixel + halfHeight;
-  return {static_cast<float>(u), static_cast<float>(v)};
-}
-
-cv::Point2f mirroredPixel(const cv::Point2f& world, const FishEyeCalibrationParam& param,
-                          double halfWidth, double halfHeight, double lastRow) {
-  const double u = (world.x - param.DatumPtXw) / param.Pixel + halfWidth;
-  const double v = (world.y - param.DatumPtYw) / param.Pixel + halfHeight;
-  return {static_cast<float>(u), static_cast<float>(lastRow - v)};
-}
-
 }  // namespace
 
 std::optional<CornerPairs> cornerPairs(const Camera& first, const Camera& second) {
@@ -81,22 +66,24 @@ std::optional<CornerPairs> cornerPairs(const Camera& first, const Camera& second
   return pairs;
 }
 
+cv::Point2f viewPixel(const cv::Point2f& world, const FishEyeCalibrationParam& param,
+                      const cv::Size2d& half, const std::optional<double>& lastRow) {
+  const double u = (world.x - param.DatumPtXw) / param.Pixel + half.width;
+  const double v = (world.y - param.DatumPtYw) / param.Pixel + half.height;
+  return {static_cast<float>(u), static_cast<float>(lastRow ? *lastRow - v : v)};
+}
+
 cv::Matx33d firstToSecond(const CornerPairs& pairs, const Camera& first, const Camera& second,
                           Rows rows) {
-  const double halfWidth = doubledWidth(first) * 0.5;
-  const double halfHeight = doubledHeight(first) * 0.5;
+  const cv::Size2d half(doubledWidth(first) * 0.5, doubledHeight(first) * 0.5);
+  const auto lastRow = [rows](const Camera& camera) -> std::optional<double> {
+    return rows == Rows::buffer ? std::optional(doubledHeight(camera) - 1.0) : std::nullopt;
+  };
   std::array<cv::Point2f, 4> from;
   std::array<cv::Point2f, 4> to;
   for (std::size_t i = 0; i < from.size(); ++i) {
-    if (rows == Rows::picture) {
-      from[i] = pixel(pairs.first[i], first.param, halfWidth, halfHeight);
-      to[i] = pixel(pairs.second[i], second.param, halfWidth, halfHeight);
-    } else {
-      from[i] = mirroredPixel(pairs.first[i], first.param, halfWidth, halfHeight,
-                              doubledHeight(first) - 1.0);
-      to[i] = mirroredPixel(pairs.second[i], second.param, halfWidth, halfHeight,
-                            doubledHeight(second) - 1.0);
-    }
+    from[i] = viewPixel(pairs.first[i], first.param, half, lastRow(first));
+    to[i] = viewPixel(pairs.second[i], second.param, half, lastRow(second));
   }
   return cv::getPerspectiveTransform(from.data(), to.data(), cv::DECOMP_LU);
 }

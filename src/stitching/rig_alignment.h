@@ -21,15 +21,20 @@ struct CornerPairs {
 // one of the smallest id is taken.
 std::optional<CornerPairs> cornerPairs(const Camera& first, const Camera& second);
 
+// Where a doubled view shows a world point:
+//   u = (X - DatumPtXw)/Pixel + half.width
+//   v = (Y - DatumPtYw)/Pixel + half.height, in picture rows; in buffer rows lastRow - v
+// The quotients are 32-bit floats, the sums doubles; each coordinate is narrowed once, at the end.
+cv::Point2f viewPixel(const cv::Point2f& world, const FishEyeCalibrationParam& param,
+                      const cv::Size2d& half, const std::optional<double>& lastRow);
+
 // In which order the rows of a view are counted: as in the picture, from the top, or as in the
 // buffer, from the bottom.
 enum class Rows { picture, buffer };
 
 // The perspective transform that takes a pixel of the first doubled view to the pixel of the second
-// one that shows the same point of the bed. With W1 x H1 the first view's size:
-//   u = (X - DatumPtXw)/Pixel + W1/2
-//   v = (Y - DatumPtYw)/Pixel + H1/2, in buffer rows (H - 1) - v with the view's own height H
-// The first camera's halves centre the second camera's points too. It may hold anything, NaN
+// one that shows the same point of the bed. The first view's halves centre the points of both
+// cameras; buffer rows are mirrored at each view's own last row. It may hold anything, NaN
 // included, when the points span no area or a record is not usable.
 cv::Matx33d firstToSecond(const CornerPairs& pairs, const Camera& first, const Camera& second,
                           Rows rows);

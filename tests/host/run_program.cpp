@@ -36,6 +36,15 @@ int exitCodeOf(int status) {
 #endif
 }
 
+// What a program printed, with line ends of one kind: on Windows its output ends lines in CR LF.
+std::string printed(const std::string& path) {
+  std::string text = contents(path);
+#if defined(_WIN32)
+  for (std::size_t at = 0; (at = text.find("\r\n", at)) != std::string::npos;) text.erase(at, 1);
+#endif
+  return text;
+}
+
 }  // namespace
 
 TemporaryFolder::TemporaryFolder() {
@@ -87,7 +96,7 @@ Outcome runProgram(const std::vector<std::string>& arguments, const std::string&
   command = "\"" + command + "\"";
 #endif
   const int status = std::system(command.c_str());
-  return {exitCodeOf(status), contents(folder.path("out")), contents(folder.path("err"))};
+  return {exitCodeOf(status), printed(folder.path("out")), printed(folder.path("err"))};
 }
 
 }  // namespace host_test

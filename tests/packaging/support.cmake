@@ -48,3 +48,13 @@ function(require_success)
   endif()
   set(output "${text}" PARENT_SCOPE)
 endfunction()
+
+# extract_example(<document> <file>): writes the document's first C++ example to a file.
+function(extract_example document file)
+  file(READ "${document}" text)
+  if(NOT text MATCHES "\n```cpp\n([^`]+)```\n")
+    message(FATAL_ERROR "${document} holds no C++ example")
+  endif()
+  file(WRITE "${file}.new" "${CMAKE_MATCH_1}")
+  file(COPY_FILE "${file}.new" "${file}" ONLY_IF_DIFFERENT)
+endfunction()

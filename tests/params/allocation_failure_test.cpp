@@ -1,46 +1,13 @@
 // Memory may run out at any moment of a load or a save.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
-
 #include "fisheye_calibration.h"
+#include "support/limited_memory.h"
 #include "support/temporary_folder.h"
 
 namespace {
 
-// Allocations of this thread that still succeed; negative: all of them.
-thread_local int allocationsLeft = -1;
-
-void* allocate(std::size_t size) {
-  void* memory = allocationsLeft == 0 ? nullptr : std::malloc(size > 0 ? size : 1);
-  if (memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  allocationsLeft -= allocationsLeft > 0 ? 1 : 0;
-  return memory;
-}
-
-// True when the action used up `count` allocations: it may have wanted more.
-template <typename Action>
-bool runsOutOfMemory(int count, Action action) {
-  allocationsLeft = count;
-  action();
-  const bool ranOut = allocationsLeft == 0;
-  allocationsLeft = -1;
-  return ranOut;
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocate(size); }
-void* operator new[](std::size_t size) { return allocate(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-
-namespace {
+using support::runsOutOfMemory;
 
 class AllocationFailure : public testing::Test {
  protected:

@@ -1,58 +1,43 @@
 // The real message box: opened by one thread, looked at and closed by another.
 #include <gtest/gtest.h>
 #include <windows.h>
-
-#include <algorithm>
-#include <string>
-#include <thread>
-#include <vector>
+#undef MessageBox
 
 #include "platform/message_box.h"
+#include "support/message_boxes_windows.h"
 
 namespace {
 
-struct Box {
-  bool found = false;
-  std::vector<std::wstring> texts;
-  int buttons = 0;
-};
-
-BOOL CALLBACK lookAtChild(HWND child, LPARAM box) {
-  wchar_t text[256] = L"";
-  GetWindowTextW(child, text, 256);
-  wchar_t kind[32] = L"";
-  GetClassNameW(child, kind, 32);
-  Box& seen = *reinterpret_cast<Box*>(box);
-  if (std::wstring(kind) == L"Button") {
-    ++seen.buttons;
-  } else {
-    seen.texts.emplace_back(text);
-  }
-  return TRUE;
-}
-
-// Waits up to ten seconds for the box.
-void lookAndClose(Box& seen) {
-  for (int i = 0; i < 100 && !seen.found; ++i) {
-    Sleep(100);
-    const HWND window = FindWindowW(nullptr, L"fisheye_calibration");
-    if (window != nullptr && IsWindowVisible(window) != FALSE) {
-      seen.found = true;
-      EnumChildWindows(window, lookAtChild, reinterpret_cast<LPARAM>(&seen));
-      PostMessageW(window, WM_COMMAND, IDOK, 0);
-    }
-  }
-}
-
 TEST(MessageBox, ShowsUtf8TextAndOneButtonOnWindows) {
-  Box seen;
-  std::thread user([&seen] { lookAndClose(seen); });
-  platform::showMessage("\xE7\x89\xB9\xE5\xBE\x81\xEF\xBC\x81");
-  user.join();
-  ASSERT_TRUE(seen.found);
-  EXPECT_EQ(seen.buttons, 1);
-  const std::vector<std::wstring>& texts = seen.texts;
-  EXPECT_NE(std::find(texts.begin(), texts.end(), L"\u7279\u5F81\uFF01"), texts.end());
+  const auto boxes = support::messageBoxesShownBy(
+      [] { platform::showMessage("\xE7\x89\xB9\xE5\xBE\x81\xEF\xBC\x81 100 %s"); });
+  ASSERT_EQ(boxes.size(), 1U);
+  EXPECT_EQ(boxes[0].text, L"\u7279\u5F81\uFF01 100 %s");
+  EXPECT_EQ(boxes[0].buttons.size(), 1U);
+  EXPECT_EQ(boxes[0].title, L"fisheye_calibration");
+}
+
+TEST(MessageBox, TextIsGbkOnAGbkSystem) {
+  if (GetACP() != 936) GTEST_SKIP() << "The system's code page is " << GetACP();
+  const auto boxes = support::messageBoxesShownBy(
+      [] { platform::showMessage("\xE7\x89\xB9\xE5\xBE\x81\xEF\xBC\x81"); });
+  ASSERT_EQ(boxes.size(), 1U);
+  EXPECT_EQ(boxes[0].narrowText, "\xCC\xD8\xD5\xF7\xA3\xA1");
+}
+
+TEST(MessageBox, HasNoOwnerButHoldsUpTheThreadsOtherWindows) {
+  const HWND other = CreateWindowW(L"STATIC", L"other", WS_POPUP | WS_VISIBLE, 0, 0, 20, 20,
+                                   nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+  ASSERT_NE(other, nullptr);
+  BOOL enabled = TRUE;
+  const auto boxes = support::messageBoxesShownBy([] { platform::showMessage("text"); },
+                                                  [&] { enabled = IsWindowEnabled(other); });
+  const BOOL enabledAfterwards = IsWindowEnabled(other);
+  DestroyWindow(other);
+  ASSERT_EQ(boxes.size(), 1U);
+  EXPECT_EQ(boxes[0].owner, nullptr);
+  EXPECT_FALSE(enabled);
+  EXPECT_TRUE(enabledAfterwards);
 }
 
 }  // namespace

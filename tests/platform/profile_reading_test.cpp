@@ -126,9 +126,11 @@ TEST_F(ProfileReading, PrefixOfAKeyIsAnotherKey) {
   EXPECT_EQ(read(content, "S", "R"), "3");
 }
 
+// In the system's code page, that is: the UTF-8 text, too, is made of characters of GBK.
 TEST_F(ProfileReading, BytesAbove127ComeBackAsTheyAre) {
-  EXPECT_EQ(read("[S]\r\na=\xB1\xEA\xB6\xA8\r\nb=\xE6\xA0\x87\r\n", "S", "a"), "\xB1\xEA\xB6\xA8");
-  EXPECT_EQ(read("S", "b"), "\xE6\xA0\x87");
+  EXPECT_EQ(read("[S]\r\na=\xB1\xEA\xB6\xA8\r\nb=\xE6\xA0\x87\xE5\xAE\x9A\r\n", "S", "a"),
+            "\xB1\xEA\xB6\xA8");
+  EXPECT_EQ(read("S", "b"), "\xE6\xA0\x87\xE5\xAE\x9A");
 }
 
 TEST_F(ProfileReading, MissingFileSectionOrKeyIsEmptyAndCreatesNothing) {

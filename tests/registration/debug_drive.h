@@ -9,9 +9,11 @@
 #include <optional>
 #include <random>
 #include <string>
+#include <system_error>
 
 // Runs each test in a fresh working directory. Off Windows the debug paths are relative, so a
-// directory "D:" there receives them; on Windows they are on the real drive, if there is one.
+// directory "D:" there receives them; on Windows they are on the real drive, if there is one, which
+// tests use one after the other and which is without debug files before and after each.
 class DebugDriveTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -20,9 +22,11 @@ class DebugDriveTest : public testing::Test {
                  ("fisheye_calibration_" + std::to_string(std::random_device{}()));
     ASSERT_TRUE(std::filesystem::create_directory(directory_));
     std::filesystem::current_path(directory_);
+    removeDebugFiles();
   }
 
   void TearDown() override {
+    removeDebugFiles();
     std::filesystem::current_path(previous_);
     std::filesystem::remove_all(directory_);
   }
@@ -43,6 +47,18 @@ class DebugDriveTest : public testing::Test {
   }
 
  private:
+  // Only what the library overwrites anyway, or an empty folder that a test put in its place.
+  static void removeDebugFiles() {
+#if defined(_WIN32)
+    for (const char* name :
+         {"Affine.txt", "LeftCorrectedImage.bmp", "LeftMaskImage.bmp", "RightCorrectedImage.bmp",
+          "RightMaskImage.bmp", "DImage.bmp", "CorrectedImage.bmp", "CorrectedImage2.bmp"}) {
+      std::error_code ignored;
+      std::filesystem::remove(std::string("D:/") + name, ignored);
+    }
+#endif
+  }
+
   std::filesystem::path previous_;
   std::filesystem::path directory_;
 };

@@ -1,5 +1,6 @@
-// Runs the perspective aid in the current directory and compares what it wrote. The script
-// window_check.sh gives it a display and presses the key.
+// Runs the perspective aid in the current directory and compares what it wrote. On Linux the script
+// window_check.sh gives it a display and presses the key; on Windows a second thread presses it,
+// and the files are on the real drive D:.
 //   window_check identity | general     exit code 0 when the picture is right
 //   window_check hostile                exit code 0 when no input brought the process down
 //   window_check no-display             exit code 0 when the exception says what is missing
@@ -15,10 +16,15 @@
 #include <vector>
 
 #include "fisheye_calibration.h"
+#if defined(_WIN32)
+#include "registration/window_user_windows.h"
+#endif
 
 namespace {
 
 constexpr int resultSize = 5184;
+constexpr const char* inputPicture = "D:/CorrectedImage.bmp";
+constexpr const char* resultPicture = "D:/CorrectedImage2.bmp";
 
 CalibrationPoint pair(float x, float y, float Xw, float Yw) {
   CalibrationPoint point{};
@@ -48,21 +54,48 @@ bool fail(const std::string& text) {
   return false;
 }
 
-// Runs the aid on the picture; the result must equal `expected` pixel by pixel.
-bool resultIs(const cv::Mat& picture, const std::vector<CalibrationPoint>& points,
-              const cv::Mat& expected) {
+void prepareDrive(const cv::Mat& picture) {
+#if !defined(_WIN32)
   std::filesystem::create_directory("D:");
-  cv::imwrite("D:/CorrectedImage.bmp", picture);
+#endif
+  std::filesystem::remove(resultPicture);
+  cv::imwrite(inputPicture, picture);
+}
+
+using Points = std::vector<CalibrationPoint>;
+
+#if defined(_WIN32)
+// Runs the aid while a second thread presses the key.
+bool straighten(const Points& points, double* params, double& value1, double& value2) {
+  bool early = false;
+  WindowUser user("Transformed Image",
+                  [&] { early = early || std::filesystem::exists(resultPicture); });
+  const bool result = GetPerspectiveTransformationParam(points, params, value1, value2);
+  if (FISHEYE_CALIBRATION_INTERACTIVE != 0 && user.windowsSeen() != 1) {
+    return fail("No window, or more than one");
+  }
+  if (early) return fail("The result was written before the key");
+  return result;
+}
+#else
+bool straighten(const Points& points, double* params, double& value1, double& value2) {
+  return GetPerspectiveTransformationParam(points, params, value1, value2);
+}
+#endif
+
+// Runs the aid on the picture; the result must equal `expected` pixel by pixel.
+bool resultIs(const cv::Mat& picture, const Points& points, const cv::Mat& expected) {
+  prepareDrive(picture);
   double params[9] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
   double value1 = 10;
   double value2 = 11;
-  if (!GetPerspectiveTransformationParam(points, params, value1, value2)) return fail("false");
+  if (!straighten(points, params, value1, value2)) return fail("It was not straightened");
   for (int i = 0; i < 9; ++i) {
     if (params[i] != i + 1) return fail("params were written");
   }
   if (value1 != 10 || value2 != 11) return fail("value1 or value2 was written");
 
-  const cv::Mat result = cv::imread("D:/CorrectedImage2.bmp", cv::IMREAD_UNCHANGED);
+  const cv::Mat result = cv::imread(resultPicture, cv::IMREAD_UNCHANGED);
   if (result.size() != cv::Size(resultSize, resultSize) || result.type() != CV_8UC3) {
     return fail("The result is not 5184 x 5184 in colour");
   }
@@ -110,7 +143,7 @@ bool checkNoDisplay() {
     return fail("No exception");
   } catch (const cv::Exception& error) {
     std::printf("%s\n", error.what());
-    if (std::filesystem::exists("D:/CorrectedImage2.bmp")) return fail("A result was written");
+    if (std::filesystem::exists(resultPicture)) return fail("A result was written");
     if (error.err.find("window cannot be shown") == std::string::npos) {
       return fail("The exception does not say that the window cannot be shown");
     }
@@ -121,18 +154,16 @@ bool checkNoDisplay() {
 // Points without a transform, numbers that are none. Without a display the picture is made all the
 // same, then the exception says so.
 bool checkHostile() {
-  std::filesystem::create_directory("D:");
-  cv::imwrite("D:/CorrectedImage.bmp", pattern(9, 7));
+  prepareDrive(pattern(9, 7));
   for (const float value :
        {0.0f, std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(),
         -std::numeric_limits<float>::max(), std::numeric_limits<float>::denorm_min()}) {
     const CalibrationPoint same = pair(value, value, value, value);
-    for (const auto& points : {std::vector<CalibrationPoint>(4, same),
-                               {pair(0, 0, 0, 0), same, same, pair(1, 1, 1, 1)}}) {
+    for (const auto& points : {Points(4, same), {pair(0, 0, 0, 0), same, same, pair(1, 1, 1, 1)}}) {
       double value1 = 0;
       double value2 = 0;
       try {
-        GetPerspectiveTransformationParam(points, nullptr, value1, value2);
+        straighten(points, nullptr, value1, value2);
       } catch (const cv::Exception& error) {
         std::printf("%s\n", error.what());
       }

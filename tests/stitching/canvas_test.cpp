@@ -63,6 +63,16 @@ TEST(Canvas, OverlapIsARampFromTheFirstOverlappingColumnToTheSeam) {
             (Canvas{100, 100, 100, 100, 87, 75, 62, 50, 50, 50, 50, 1}));
 }
 
+// In 32-bit float 7 (1 - 3/7) is just below 4 and is cut to 3; in double it is 4.
+TEST(Canvas, TheRampIsTakenIn32BitFloat) {
+  const auto first = evenView(8, 1, 8, 0);
+  const auto second = evenView(8, 1, 8, 7);
+  EXPECT_EQ(composed(first, second, shift(0, 0), 8, 1, 9)[4], 3);  // d = 3 of D = 7
+  // 3 (1 - 1/3): 1, not 2; 3 (1 - 2/3): 0, not 1.
+  EXPECT_EQ(composed(evenView(4, 1, 8, 0), evenView(4, 1, 8, 3), shift(0, 0), 4, 1, 9),
+            (Canvas{0, 0, 1, 3}));
+}
+
 TEST(Canvas, EveryByteOfAPixelIsBlendedOnItsOwn) {
   for (const int bits : {24, 32}) {
     auto first = evenView(3, 1, bits, 0);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <numeric>
 #include <vector>
 
@@ -138,6 +139,23 @@ TEST_F(DebugBitmap, TryingAPathLeavesNothingBehind) {
   EXPECT_FALSE(contentOf("image.bmp"));
   EXPECT_FALSE(CanWriteDebugBitmap("no such folder/image.bmp"));
 }
+
+#ifndef _WIN32
+// A link to a file that is not there yet is written through, so it counts as writable.
+TEST_F(DebugBitmap, TryingALinkToNothingKeepsTheLink) {
+  std::filesystem::create_symlink("later.bmp", "image.bmp");
+  EXPECT_TRUE(CanWriteDebugBitmap("image.bmp"));
+  EXPECT_TRUE(std::filesystem::is_symlink("image.bmp"));
+  EXPECT_TRUE(WriteDebugBitmap(ascending(4).data(), 1, 1, 32, "image.bmp"));
+  EXPECT_EQ(std::filesystem::file_size("later.bmp"), 58u);
+}
+
+TEST_F(DebugBitmap, AFileThatMayBeWrittenButNotReadCanBeTried) {
+  written(ascending(4), 1, 1, 32);
+  std::filesystem::permissions("image.bmp", std::filesystem::perms::owner_write);
+  EXPECT_TRUE(CanWriteDebugBitmap("image.bmp"));
+}
+#endif
 
 TEST_F(DebugBitmap, TryingAFileKeepsItsContents) {
   const std::string before = written(ascending(4), 1, 1, 32);

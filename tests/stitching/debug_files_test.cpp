@@ -97,12 +97,24 @@ TEST_F(StitchingDebugFiles, LongerFilesOfAnEarlierCallAreReplaced) {
 TEST_F(StitchingDebugFiles, AFileThatCannotBeOpenedDoesNotKeepTheOthersBack) {
   SKIP_WITHOUT_DEBUG_DRIVE();
   std::filesystem::create_directory("D:/LeftCorrectedImage.bmp");
-  rigs::sizeOf(rig(8));
+  EXPECT_TRUE(rigs::sizeOf(rig(8)).result);
   Files files = viewFiles(rig(8));
   files.erase("D:/LeftCorrectedImage.bmp");
   for (const auto& [path, content] : files) {
     EXPECT_TRUE(contentOf(path.c_str()) == content) << path;
   }
+}
+
+TEST_F(StitchingDebugFiles, ACanvasThatCannotBeWrittenDoesNotChangeTheResult) {
+  SKIP_WITHOUT_DEBUG_DRIVE();
+  const auto written = rigs::stitch(rig(8), 92, 56, 8, 3);
+  std::filesystem::remove("D:/DImage.bmp");
+  std::filesystem::create_directory("D:/DImage.bmp");
+  const auto unwritten = rigs::stitch(rig(8), 92, 56, 8, 3);
+  std::filesystem::remove("D:/DImage.bmp");
+  EXPECT_TRUE(unwritten.result);
+  EXPECT_EQ(unwritten.canvas, written.canvas);
+  EXPECT_TRUE(rigs::same(unwritten.dual, written.dual));
 }
 
 TEST_F(StitchingDebugFiles, ResultsAreTheSameWithAndWithoutTheDrive) {

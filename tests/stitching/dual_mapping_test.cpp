@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <cmath>
 #include <limits>
 
 #include "fisheye_calibration.h"
+
+#if __has_include(<rapidcheck.h>)  // not everywhere for Windows
+#include <rapidcheck.h>
+#endif
 
 namespace {
 
@@ -36,6 +39,7 @@ TEST(DualMapping, PixelMapsBackAlthoughTheResultIsFalse) {
   EXPECT_EQ(Zw, 17);  // left as it was
 }
 
+#if __has_include(<rapidcheck.h>)
 TEST(DualMapping, ThereAndBackReturnsTheStartUpToRounding) {
   EXPECT_TRUE(rc::check([] {
     const auto X = static_cast<float>(*rc::gen::inRange(0, 1000000)) * 0.001F;
@@ -51,6 +55,7 @@ TEST(DualMapping, ThereAndBackReturnsTheStartUpToRounding) {
     RC_ASSERT(std::abs(Yw - Y) < 5e-4F);
   }));
 }
+#endif
 
 // In 64 bits these would be 16777217 and 16777218: every step is rounded to 24 bits.
 TEST(DualMapping, EveryStepIsA32BitFloat) {

@@ -96,6 +96,21 @@ TEST(CornerPairs, ListsThatShareNothingOrDoNotPairGiveNone) {
   EXPECT_FALSE(cornersOf({point(3, 0, 0)}, {point(3, 0, 0)}));  // beyond the lists' joint length
 }
 
+TEST(ViewPixel, TheQuotientIsA32BitFloat) {
+  FishEyeCalibrationParam param{};
+  param.DatumPtXw = 7.3F;
+  param.Pixel = 0.3F;
+  // All in double it would be 708.66668...
+  EXPECT_EQ(stitching::viewPixel({27.9F, 0}, param, {640, 480}, {}).x, 708.6666259765625F);
+}
+
+TEST(ViewPixel, AMirroredRowIsNarrowedOnlyAtTheEnd) {
+  FishEyeCalibrationParam param{};
+  param.Pixel = 0.3F;
+  // Narrowed before it is mirrored it would be 446.66668...
+  EXPECT_EQ(stitching::viewPixel({0, 9.7F}, param, {640, 480}, 959).y, 446.6666564941406F);
+}
+
 void expectNear(const cv::Matx33d& M, const cv::Matx33d& expected) {
   EXPECT_LT(cv::norm(M - expected, cv::NORM_INF), 1e-9) << M << "\nand not\n" << expected;
 }

@@ -119,7 +119,11 @@ TEST_F(Stitching, WithoutASharedPointNothingIsTouched) {
   rig.first.points.back().PointId = 5;
   rig.first.points.push_back(rig.first.points.back());
   const auto unpaired = rigs::stitch(rig, 24, 12, 8, 9);
-  for (const auto& out : {none, unpaired}) {
+  rig = flatRig(8, 4);
+  rig.first.points.clear();
+  rig.second.points.clear();
+  const auto empty = rigs::stitch(rig, 24, 12, 8, 9);
+  for (const auto& out : {none, unpaired, empty}) {
     EXPECT_FALSE(out.result);
     EXPECT_EQ(out.canvas, Bytes(24 * 12, 9));
     EXPECT_TRUE(rigs::same(out.dual, {}));

@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace support {
 
@@ -34,6 +35,31 @@ class TemporaryFolder {
   [[nodiscard]] std::ptrdiff_t entryCount() const {
     return std::distance(std::filesystem::directory_iterator(path_),
                          std::filesystem::directory_iterator());
+  }
+
+ private:
+  std::filesystem::path path_;
+};
+
+// Takes the right to write to a file away for as long as it lives.
+class ReadOnlyFile {
+ public:
+  explicit ReadOnlyFile(std::filesystem::path path) : path_(std::move(path)) {
+    using std::filesystem::perms;
+    std::filesystem::permissions(path_, perms::owner_read | perms::group_read | perms::others_read);
+  }
+  ReadOnlyFile(const ReadOnlyFile&) = delete;
+  ReadOnlyFile& operator=(const ReadOnlyFile&) = delete;
+  ~ReadOnlyFile() { std::filesystem::permissions(path_, std::filesystem::perms::owner_all); }
+
+  // False on Windows where the system itself lets this user write all the same: Wine does so for
+  // the administrator of the system below it. Elsewhere the library looks at the right itself.
+  [[nodiscard]] bool isRespected() const {
+#if defined(_WIN32)
+    return !std::ofstream(path_, std::ios::app).is_open();
+#else
+    return true;
+#endif
   }
 
  private:

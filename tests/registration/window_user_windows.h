@@ -1,0 +1,29 @@
+// The user of the perspective aid's window on Windows: a second thread of the same process.
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+
+// Until it goes, presses the space bar in every window of that name that this process opens, each
+// time after having left it open for half a second.
+class WindowUser {
+ public:
+  // `whileOpen` runs before the key is pressed.
+  WindowUser(std::string windowName, std::function<void()> whileOpen);
+  WindowUser(const WindowUser&) = delete;
+  WindowUser& operator=(const WindowUser&) = delete;
+  ~WindowUser();
+
+  [[nodiscard]] int windowsSeen() const { return windowsSeen_; }
+
+ private:
+  void serve();
+
+  std::string windowName_;
+  std::function<void()> whileOpen_;
+  std::atomic<int> windowsSeen_ = 0;
+  std::atomic<bool> leaving_ = false;
+  std::thread thread_;
+};
