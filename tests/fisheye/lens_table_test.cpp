@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <complex>
+#include <opencv2/core.hpp>
 
 #include "support/dice.h"
 
@@ -86,6 +88,18 @@ TEST(LensTable, PolynomialsOfAnUndistortedLensStayWithinTheRemainderBound) {
   expectWithinBound(lens(0, 0), LensTable::kLargestReach, dice);
 }
 
+// What six terms leave at the node on the axis is -44/105 k0 r^7 and, with k0 = 1 and k1 = 1/3,
+// hardly anything of rounding: the coefficients of r and r^2 are 1 and 0.
+TEST(LensTable, RemainderWorkedOutByHandIsWithinItsBound) {
+  const fisheye::Camera camera = lens(1, 1.0 / 3);
+  const LensTable table(camera, 1);
+  const long double t = LensTable::kLargestReach;
+  const long double error = radialFactor(camera, t) - evaluate(table[0], t).value;
+  const double remainder = -44.0 / 105 * std::pow(LensTable::kLargestReach, 7);
+  EXPECT_NEAR(static_cast<double>(error), remainder, -0.2 * remainder);
+  EXPECT_LT(std::abs(error), table.remainderBound(LensTable::kLargestReach));
+}
+
 // About r = 0: atan r = r - r^3/3 + r^5/5 - r^7/7, so that
 //   theta^2 = r^2 - 2/3 r^4 + 23/45 r^6, theta^3 = r^3 - r^5 + 14/15 r^7,
 //   theta_d/r = 1 + k0 r + (k1 - 1/3) r^2 - 2/3 k0 r^3 + (1/5 - k1) r^4 + 23/45 k0 r^5
@@ -153,6 +167,25 @@ TEST(LensTable, FactorBoundHoldsForEveryRadius) {
     for (int k = 0; k < 200; ++k) {
       const double r = dice.magnitude(1e-6, 1e12);
       ASSERT_LE(std::abs(radialFactor(camera, r)), table.factorBound()) << r;
+    }
+  }
+}
+
+// The remainder's bound rests on this: Cauchy's estimate on discs of radius 0.9 about the nodes.
+// The largest value lies on their edges.
+TEST(LensTable, FactorBoundHoldsOnDiscsAboutTheNodes) {
+  using Complex = std::complex<double>;
+  Dice dice(6);
+  for (int i = 0; i < 100; ++i) {
+    const double reach = dice.magnitude(1e-3, 100);
+    const fisheye::Camera camera = lens(dice.number(reach), dice.number(reach));
+    const LensTable table(camera, 2);
+    for (int k = 0; k < 500; ++k) {
+      const double node = dice.oneIn(4) ? 0 : dice.whole(0, 128) / LensTable::kNodesPerUnit;
+      const Complex z = node + std::polar(0.9, dice.number(CV_PI));
+      const Complex theta = std::atan(z);
+      const Complex s = theta * (1.0 + theta * (camera.k0 + theta * camera.k1)) / z;
+      ASSERT_LE(std::abs(s), table.factorBound()) << z;
     }
   }
 }
