@@ -9,25 +9,16 @@
 #include <vector>
 
 #include "fisheye_calibration.h"
+#include "support/dice.h"
 #include "support/instruction_sets.h"
 #include "support/plain_correction.h"
-#include "support/synthetic_rig.h"
 
 namespace {
 
+using support::Dice;
 using Bytes = std::vector<unsigned char>;
 
 constexpr unsigned char kUntouched = 0xA5;
-
-class Dice : public support::Random {
- public:
-  using support::Random::Random;
-
-  double number(double reach) { return uniform(-reach, reach); }
-  float numberF(double reach) { return static_cast<float>(number(reach)); }
-  int whole(int low, int high) { return low + static_cast<int>(uniform(0, high - low + 1)); }
-  bool oneIn(int n) { return whole(1, n) == 1; }
-};
 
 struct Scene {
   int srcWidth = 0;
