@@ -4,9 +4,10 @@ if(NOT MINGW OR NOT CMAKE_CROSSCOMPILING OR NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
 
-install(FILES "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/LICENSE"
-              "${PROJECT_SOURCE_DIR}/docs/windows.md"
-        DESTINATION .)
+foreach(page IN ITEMS README.md CONTRIBUTING.md CHANGELOG.md LICENSE)
+  install(FILES "${PROJECT_SOURCE_DIR}/${page}" DESTINATION .)
+endforeach()
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION .)
 
 # Each library of our own cache brings a folder of licences, unless only tests use it.
 foreach(prefix IN LISTS CMAKE_FIND_ROOT_PATH)

@@ -19,7 +19,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # A build folder remembers where it found each library; forget that when the library is built anew elsewhere.
-foreach(package IN ITEMS OpenCV hwy GTest CLI11 rapidcheck)
+foreach(package IN ITEMS OpenCV hwy GTest CLI11)
   set(is_current FALSE)
   foreach(prefix IN LISTS CMAKE_FIND_ROOT_PATH)
     cmake_path(IS_PREFIX prefix "${${package}_DIR}" holds_it)

@@ -134,8 +134,9 @@ void addRegistration(Results& results) {
     std::vector<unsigned char> image(static_cast<std::size_t>(size.area()));
     FishEyeCalibrationParam p{};
     double error = 0;
-    SingleCamCalibration(image.data(), size.width, size.height, 8, points, size.width, size.height,
-                         p, error);
+    const bool calibrated = SingleCamCalibration(image.data(), size.width, size.height, 8, points,
+                                                 size.width, size.height, p, error);
+    results.addExact(name + ".result", &calibrated, sizeof calibrated);
     const double solved[] = {p.k0, p.k1, error};
     results.addNear(name + ".distortion", 1e-9, solved);
     // Fields of 32 bits: one unit in the last place, where both systems round to another side.
@@ -144,12 +145,13 @@ void addRegistration(Results& results) {
     results.addNear(name + ".camera", 1.2e-7, fields);
     // The second correction rests on the image library's homography, which is not the same to the
     // last digits in all builds of it.
-    const double homography[] = {p.p1, p.p2, p.p3, p.p4,    p.p5,      p.p6,
-                                 p.p7, p.p8, p.p9, p.Pixel, p.ImageDx, p.ImageDy};
+    const double homography[] = {p.p1,       p.p2,       p.p3, p.p4,    p.p5,      p.p6,
+                                 1e3 * p.p7, 1e3 * p.p8, p.p9, p.Pixel, p.ImageDx, p.ImageDy};
     results.addNear(name + ".second-correction", 1e-6, homography);
 
     std::array<double, 8> affine{};
-    HandEyeCalibration(points, affine.data(), affine[6], affine[7]);
+    const bool fitted = HandEyeCalibration(points, affine.data(), affine[6], affine[7]);
+    results.addExact(name + ".affine-result", &fitted, sizeof fitted);
     results.addNear(name + ".affine", 1e-9, affine);
   }
 }

@@ -93,9 +93,10 @@ void addPictures(Results& results) {
     Bytes picture(static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height) *
                   static_cast<std::size_t>(bits / 8));
     Bytes mask(static_cast<std::size_t>(view.width) * static_cast<std::size_t>(view.height));
-    SingleCamCorrected(frame.data(), size.width, size.height, bits, lens, picture.data(),
-                       view.width, view.height, mask.data());
+    const bool shown = SingleCamCorrected(frame.data(), size.width, size.height, bits, lens,
+                                          picture.data(), view.width, view.height, mask.data());
     const std::string name = "picture." + std::to_string(i);
+    results.addExact(name + ".result", &shown, sizeof shown);
     results.addExact(name + ".pixels", picture.data(), picture.size());
     results.addExact(name + ".mask", mask.data(), mask.size());
   }

@@ -17,7 +17,7 @@
 #include "registration/debug_drive.h"
 #include "support/comma_locale.h"
 
-#if __has_include(<rapidcheck.h>)  // not everywhere for Windows
+#if __has_include(<rapidcheck.h>)  // not for Windows
 #include <rapidcheck/gtest.h>
 #endif
 

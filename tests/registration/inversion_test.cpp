@@ -14,7 +14,7 @@
 #include "registration/eq_matrix.h"
 #include "registration/plain_elimination.h"
 
-#if __has_include(<rapidcheck.h>)  // not everywhere for Windows
+#if __has_include(<rapidcheck.h>)  // not for Windows
 #include <rapidcheck/gtest.h>
 #endif
 

@@ -9,7 +9,7 @@
 #include "support/limited_memory.h"
 #include "support/plain_stitching.h"
 
-#if __has_include(<rapidcheck.h>)  // not everywhere for Windows
+#if __has_include(<rapidcheck.h>)  // not for Windows
 #include <rapidcheck.h>
 #endif
 

@@ -7,7 +7,7 @@
 #include "support/plain_stitching.h"
 #include "support/shown_message.h"
 
-#if __has_include(<rapidcheck.h>)  // not everywhere for Windows
+#if __has_include(<rapidcheck.h>)  // not for Windows
 #include <rapidcheck.h>
 #endif
 

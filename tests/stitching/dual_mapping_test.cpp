@@ -5,7 +5,7 @@
 
 #include "fisheye_calibration.h"
 
-#if __has_include(<rapidcheck.h>)  // not everywhere for Windows
+#if __has_include(<rapidcheck.h>)  // not for Windows
 #include <rapidcheck.h>
 #endif
 

@@ -1,5 +1,5 @@
 # Makes the archive of a build tree, unpacks it into an empty folder and looks at what lies there.
-#   cmake -DBUILD=... -DCPACK=... -DWORK=... -DPACKAGE=... -P archive.cmake
+#   cmake -DBUILD=... -DCPACK=... -DWORK=... -DPACKAGE=... -DSOURCE=... -DOBJDUMP=... -P archive.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/../support.cmake")
 
 file(REMOVE_RECURSE "${WORK}/archive" "${WORK}/unpacked")
@@ -11,6 +11,8 @@ set(root "${WORK}/unpacked/${PACKAGE}")
 file(GLOB_RECURSE found RELATIVE "${root}" "${root}/*")
 set(cmake_folder lib/cmake/fisheye_calibration)
 set(expected
+    CHANGELOG.md
+    CONTRIBUTING.md
     LICENSE
     README.md
     bin/fisheye-calibration.exe
@@ -31,9 +33,21 @@ set(expected
     licences/opencv/COPYRIGHT
     licences/opencv/LICENSE
     licences/opencv/SoftFloat-COPYING.txt
-    licences/zlib/copyright
-    windows.md)
+    licences/zlib/copyright)
+file(GLOB_RECURSE pages RELATIVE "${SOURCE}" "${SOURCE}/docs/*")
+list(APPEND expected ${pages})
 require_same_set(found "the archive" expected "the list of what it should hold")
+
+# The same sources give the same bytes: no time of linking.
+set(ENV{TZ} UTC)
+set(ENV{LC_ALL} C)
+foreach(program IN ITEMS fisheye-calibration.exe fisheye_calibration.dll)
+  execute_process(COMMAND "${OBJDUMP}" -p "${root}/bin/${program}" OUTPUT_VARIABLE headers
+                  COMMAND_ERROR_IS_FATAL ANY)
+  if(NOT headers MATCHES "Time/Date[ \t]+Thu Jan  1 00:00:00 1970")
+    message(FATAL_ERROR "${program} carries the time at which it was linked")
+  endif()
+endforeach()
 
 foreach(file IN LISTS found)
   file(SIZE "${root}/${file}" size)
