@@ -38,6 +38,8 @@ namespace {
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "fisheye/rounded-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace fisheye {
 namespace HWY_NAMESPACE {
@@ -155,20 +157,6 @@ HWY_INLINE void prepareGroups(const RawPositions& positions, const int* column, 
 
 HWY_INLINE VF broadcast(float x) { return hn::Set(DF(), x); }
 
-// The nearest whole number, and how far it is, for numbers below 2^22: adding 1.5 2^23 leaves no
-// bits behind the point. Others give anything.
-struct Rounded {
-  hn::Vec<DI> whole;
-  VF distance;
-};
-
-HWY_INLINE Rounded rounded(VF x) {
-  const VF shift = broadcast(0x1.8p23F);
-  const VF shifted = hn::Add(x, shift);
-  return {hn::Sub(hn::BitCast(DI(), shifted), hn::BitCast(DI(), shift)),
-          hn::Abs(hn::Sub(x, hn::Sub(shifted, shift)))};
-}
-
 // What does not change from group to group.
 struct Constants {
   float xx, xy, yy;  // linear rays
@@ -223,8 +211,8 @@ HWY_INLINE std::uint64_t positionsOfGroup(const Constants& k, const LensTable& t
                              hn::MulAdd(dx, broadcast(groups.fxC[g]), broadcast(groups.restU[g])));
     const VF dv = hn::MulAdd(hn::MulAdd(dy, broadcast(k.fy), broadcast(groups.fyY[g])), D,
                              hn::MulAdd(dy, broadcast(groups.fyC[g]), broadcast(groups.restV[g])));
-    const Rounded u = rounded(du);
-    const Rounded v = rounded(dv);
+    const Rounded<DF> u = rounded(d, du);
+    const Rounded<DF> v = rounded(d, dv);
     const VF farther = hn::Max(u.distance, v.distance);
     const VF extent = hn::Max(hn::Abs(dx), hn::Abs(dy));
     const auto certain = hn::And(

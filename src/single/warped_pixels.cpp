@@ -12,6 +12,8 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
+#include "fisheye/rounded-inl.h"
+
 #ifndef FISHEYE_SINGLE_WARPED_PIXELS_ONCE
 #define FISHEYE_SINGLE_WARPED_PIXELS_ONCE
 namespace single {
@@ -125,11 +127,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 using D = hn::CappedTag<float, 8>;
 using DI = hn::Rebind<std::int32_t, D>;
 
-// Added to a number below 2^22 it leaves no bits behind the point, and the sum's bits are the
-// nearest whole number and these.
-constexpr float kShift = 0x1.8p23F;
-constexpr std::int32_t kShiftBits = 0x4B400000;
-
 bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* row) {
   const D d;
   const DI di;
@@ -146,7 +143,6 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
   }
   const LocalQuotients& local = *found;
   const auto one = hn::Set(d, 1.0F);
-  const auto shift = hn::Set(d, kShift);
   const auto clear = hn::Set(d, 0.5F - local.clear);
   const auto width = hn::Set(di, static_cast<std::int32_t>(warp.size.width));
   const auto height = hn::Set(di, static_cast<std::int32_t>(warp.size.height));
@@ -158,17 +154,13 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
     const auto reciprocal = hn::Div(one, hn::MulAdd(n, hn::Set(d, local.c), one));
     const auto nx = hn::MulAdd(n, hn::Set(d, local.bx), hn::Set(d, local.ax));
     const auto ny = hn::MulAdd(n, hn::Set(d, local.by), hn::Set(d, local.ay));
-    const auto sx = hn::Mul(nx, reciprocal);
-    const auto sy = hn::Mul(ny, reciprocal);
-    // Rounded by leaving no bits behind the point. That is sx + 1/2 rounded down, but near a tie,
-    // where it is doubtful anyway; -1 then stands for -1.5 < sx < -0.5, which truncation brings
-    // to 0.
-    const auto shiftedX = hn::Add(sx, shift);
-    const auto shiftedY = hn::Add(sy, shift);
-    const auto distance = hn::Max(hn::Abs(hn::Sub(sx, hn::Sub(shiftedX, shift))),
-                                  hn::Abs(hn::Sub(sy, hn::Sub(shiftedY, shift))));
-    const auto ix = hn::Add(hn::BitCast(di, shiftedX), hn::Set(di, local.baseX - kShiftBits));
-    const auto iy = hn::Add(hn::BitCast(di, shiftedY), hn::Set(di, local.baseY - kShiftBits));
+    // That is sx + 1/2 rounded down, but near a tie, where it is doubtful anyway; -1 then stands
+    // for -1.5 < sx < -0.5, which truncation brings to 0.
+    const auto sx = fisheye::HWY_NAMESPACE::rounded(d, hn::Mul(nx, reciprocal));
+    const auto sy = fisheye::HWY_NAMESPACE::rounded(d, hn::Mul(ny, reciprocal));
+    const auto distance = hn::Max(sx.distance, sy.distance);
+    const auto ix = hn::Add(sx.whole, hn::Set(di, local.baseX));
+    const auto iy = hn::Add(sy.whole, hn::Set(di, local.baseY));
     const auto inside = hn::And(hn::And(hn::Gt(ix, beyond), hn::Lt(ix, width)),
                                 hn::And(hn::Gt(iy, beyond), hn::Lt(iy, height)));
     const auto zero = hn::Zero(di);
