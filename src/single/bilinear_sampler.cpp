@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "fisheye/raw_positions.h"
+#include "single/one_sample.h"
 #include "single/pixel_format.h"
 
 #undef HWY_TARGET_INCLUDE
@@ -11,81 +12,13 @@
 #include <hwy/foreach_target.h>  // IWYU pragma: keep
 #include <hwy/highway.h>
 
-#ifndef FISHEYE_SINGLE_BILINEAR_SAMPLER_ONCE
-#define FISHEYE_SINGLE_BILINEAR_SAMPLER_ONCE
-namespace single {
-namespace {
-
-using fisheye::kNowhere;
-using fisheye::kRun;
-
-// The low 16 bits, signed, of a position's whole part.
-inline int wholePart(int position) {
-  return static_cast<std::int16_t>(static_cast<std::uint32_t>(position) >> 5);
-}
-
-// Validity of one sample: its outside weight, of 1024, decides as the interpolation of a mask of
-// 255 outside and 0 inside does, thresholded at 127.
-[[maybe_unused]] inline unsigned char validityAt(const RawFrame& frame, int u, int v) {
-  if (u == kNowhere && v == kNowhere) {
-    return kNoContent;
-  }
-  const int sx = wholePart(u);
-  const int sy = wholePart(v);
-  const auto insideX = [&](int x) { return x >= 0 && x < frame.width; };
-  const auto insideY = [&](int y) { return y >= 0 && y < frame.height; };
-  const int a = u & 31;
-  const int b = v & 31;
-  const int weightX = (insideX(sx) ? 32 - a : 0) + (insideX(sx + 1) ? a : 0);
-  const int weightY = (insideY(sy) ? 32 - b : 0) + (insideY(sy + 1) ? b : 0);
-  const int outside = 1024 - weightX * weightY;
-  return (255 * outside + 512) >> 10 > 127 ? kNoContent : 0;
-}
-
-// One sample, a byte of its pixel at a time.
-[[maybe_unused]] inline void sampleOne(const RawFrame& frame, int u, int v, unsigned char* pixel) {
-  const auto bytes = static_cast<std::size_t>(frame.bytesPerPixel);
-  const int sx = wholePart(u);
-  const int sy = wholePart(v);
-  if ((u == kNowhere && v == kNowhere) || sx < 0 || sy < 0 || sx >= frame.width - 1 ||
-      sy >= frame.height - 1) {
-    std::memset(pixel, 0, bytes);
-    return;
-  }
-  const std::size_t stride = static_cast<std::size_t>(frame.width) * bytes;
-  const unsigned char* P00 = frame.pixels +
-                             static_cast<std::size_t>(frame.height - 1 - sy) * stride +
-                             static_cast<std::size_t>(sx) * bytes;
-  const unsigned char* P10 = P00 - stride;
-  const int a = u & 31;
-  const int b = v & 31;
-  for (std::size_t c = 0; c < bytes; ++c) {
-    const int top = (32 - a) * P00[c] + a * P00[c + bytes];
-    const int bottom = (32 - a) * P10[c] + a * P10[c + bytes];
-    pixel[c] = static_cast<unsigned char>(((32 - b) * top + b * bottom + 512) >> 10);
-  }
-}
-
-[[maybe_unused]] inline std::uint32_t load16(const unsigned char* p) {
-  std::uint16_t value;
-  std::memcpy(&value, p, sizeof(value));
-  return value;
-}
-
-[[maybe_unused]] inline std::uint32_t load32(const unsigned char* p) {
-  std::uint32_t value;
-  std::memcpy(&value, p, sizeof(value));
-  return value;
-}
-
-}  // namespace
-}  // namespace single
-#endif
-
 HWY_BEFORE_NAMESPACE();
 namespace single {
 namespace HWY_NAMESPACE {
 namespace {
+
+using fisheye::kNowhere;
+using fisheye::kRun;
 
 #if HWY_TARGET == HWY_SCALAR  // no vectors of bytes
 
@@ -94,7 +27,7 @@ void SampleRun(const RawFrame& frame, const int* u, const int* v, std::size_t co
   for (std::size_t k = 0; k < count; ++k) {
     sampleOne(frame, u[k], v[k], pixels + k * static_cast<std::size_t>(frame.bytesPerPixel));
     if (mask != nullptr) {
-      mask[k] = validityAt(frame, u[k], v[k]);
+      mask[k] = validityOfOne(frame, u[k], v[k]);
     }
   }
 }
@@ -109,16 +42,29 @@ using DI16 = hn::Repartition<std::int16_t, D32>;
 using V32 = hn::Vec<D32>;
 using VI16 = hn::Vec<DI16>;
 
+HWY_INLINE std::uint32_t load16(const unsigned char* p) {
+  std::uint16_t value;
+  std::memcpy(&value, p, sizeof(value));
+  return value;
+}
+
+HWY_INLINE std::uint32_t load32(const unsigned char* p) {
+  std::uint32_t value;
+  std::memcpy(&value, p, sizeof(value));
+  return value;
+}
+
 // Where the samples of a run lie: the index of P00 in pixels of the buffer.
 struct Samples {
   HWY_ALIGN std::uint32_t index[kRun];
   HWY_ALIGN std::uint32_t inside[kRun];  // all ones where the four pixels lie in the frame, else 0
 };
 
-// Whether samples of the run lie wholly in the frame.
+// Which samples of the run there are.
 struct Found {
-  bool any;
-  bool all;
+  bool any;     // some lie wholly in the frame
+  bool all;     // all do
+  bool border;  // some begin in the frame's last column or row
 };
 
 // The index of a sample is below 2^32, as the lanes' arithmetic is.
@@ -133,25 +79,29 @@ HWY_INLINE Found locate(const RawFrame& frame, const int* u, const int* v, std::
   const auto minusOne = hn::Set(d, -1);
   auto any = hn::Zero(d);
   auto all = minusOne;
+  auto border = hn::Zero(d);
   for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
     const auto pu = hn::Load(d, u + k);
     const auto pv = hn::Load(d, v + k);
     const auto sx = hn::ShiftRight<16>(hn::ShiftLeft<11>(pu));
     const auto sy = hn::ShiftRight<16>(hn::ShiftLeft<11>(pv));
-    const auto insideX = hn::And(hn::Gt(sx, minusOne), hn::Lt(sx, lastX));
-    const auto insideY = hn::And(hn::Gt(sy, minusOne), hn::Lt(sy, lastY));
-    const auto inside = hn::VecFromMask(
-        d,
-        hn::AndNot(hn::And(hn::Eq(pu, nowhere), hn::Eq(pv, nowhere)), hn::And(insideX, insideY)));
+    const auto begins =
+        hn::AndNot(hn::And(hn::Eq(pu, nowhere), hn::Eq(pv, nowhere)),
+                   hn::And(hn::Gt(hn::Min(sx, sy), minusOne),
+                           hn::And(hn::Not(hn::Gt(sx, lastX)), hn::Not(hn::Gt(sy, lastY)))));
+    const auto inside =
+        hn::VecFromMask(d, hn::And(begins, hn::And(hn::Lt(sx, lastX), hn::Lt(sy, lastY))));
     any = hn::Or(any, inside);
     all = hn::And(all, inside);
+    border = hn::Or(border, hn::AndNot(inside, hn::VecFromMask(d, begins)));
     // Picture row sy is buffer row height - 1 - sy. Other samples read the start of the second
     // buffer row, which is there whenever any sample lies in the frame, and are masked later.
     const auto index = hn::Add(hn::Mul(hn::Sub(lastY, sy), width), sx);
     hn::Store(hn::BitCast(du, hn::IfVecThenElse(inside, index, width)), du, samples.index + k);
     hn::Store(hn::BitCast(du, inside), du, samples.inside + k);
   }
-  return {!hn::AllTrue(d, hn::Eq(any, hn::Zero(d))), hn::AllTrue(d, hn::Eq(all, minusOne))};
+  return {!hn::AllTrue(d, hn::Eq(any, hn::Zero(d))), hn::AllTrue(d, hn::Eq(all, minusOne)),
+          !hn::AllTrue(d, hn::Eq(border, hn::Zero(d)))};
 }
 
 // Both halves of every 32-bit lane hold the weight.
@@ -276,28 +226,16 @@ HWY_INLINE void storeValidity(const RawFrame& frame, const int* u, const int* v,
     const auto settled = hn::Or(hn::BitCast(d, hn::VecFromMask(di, marked)), inside);
     if (!hn::AllTrue(d, hn::Ne(settled, hn::Zero(d)))) {
       for (std::size_t i = k; i < std::min(k + hn::Lanes(d), count); ++i) {
-        values[i] = validityAt(frame, u[i], v[i]);
+        values[i] = validityOfOne(frame, u[i], v[i]);
       }
     }
   }
   storeBytes(values, count, mask);
 }
 
-void SampleRun(const RawFrame& frame, const int* u, const int* v, std::size_t count,
-               unsigned char* pixels, unsigned char* mask) {
-  Samples samples;
-  const Found found = locate(frame, u, v, count, samples);
-  if (mask != nullptr) {
-    if (found.all) {
-      std::memset(mask, 0, count);
-    } else {
-      storeValidity(frame, u, v, count, samples, mask);
-    }
-  }
-  if (!found.any) {
-    std::memset(pixels, 0, count * static_cast<std::size_t>(frame.bytesPerPixel));
-    return;
-  }
+// Samples that lie wholly in the frame; the others are 0.
+HWY_INLINE void sampleInside(const RawFrame& frame, const int* u, const int* v, std::size_t count,
+                             const Samples& samples, unsigned char* pixels) {
   HWY_ALIGN std::uint32_t mixed[kRun];
   switch (frame.bytesPerPixel) {
     case 1:
@@ -312,6 +250,37 @@ void SampleRun(const RawFrame& frame, const int* u, const int* v, std::size_t co
       mixColour<4>(frame, u, v, count, samples, mixed);
       std::memcpy(pixels, mixed, count * 4);
       break;
+  }
+}
+
+// Few samples begin on the border: a line of pixels around the picture.
+void sampleBorder(const RawFrame& frame, const int* u, const int* v, std::size_t count,
+                  unsigned char* pixels) {
+  for (std::size_t k = 0; k < count; ++k) {
+    if (beginsOnBorder(frame, u[k], v[k])) {
+      sampleOne(frame, u[k], v[k], pixels + k * static_cast<std::size_t>(frame.bytesPerPixel));
+    }
+  }
+}
+
+void SampleRun(const RawFrame& frame, const int* u, const int* v, std::size_t count,
+               unsigned char* pixels, unsigned char* mask) {
+  Samples samples;
+  const Found found = locate(frame, u, v, count, samples);
+  if (mask != nullptr) {
+    if (found.all) {
+      std::memset(mask, 0, count);
+    } else {
+      storeValidity(frame, u, v, count, samples, mask);
+    }
+  }
+  if (found.any) {
+    sampleInside(frame, u, v, count, samples, pixels);
+  } else {
+    std::memset(pixels, 0, count * static_cast<std::size_t>(frame.bytesPerPixel));
+  }
+  if (found.border) {
+    sampleBorder(frame, u, v, count, pixels);
   }
 }
 

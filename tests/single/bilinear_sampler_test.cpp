@@ -87,9 +87,32 @@ int mixed(const std::function<int(int, int)>& P, int u, int v) {
   return ((32 - b) * upper + b * lower + 512) / 1024;
 }
 
-bool isWhole(const Frame& frame, int u, int v) {
-  const auto holdsTwo = [](int first, int length) { return first >= 0 && first + 1 < length; };
-  return holdsTwo(wholePart(u), frame.width) && holdsTwo(wholePart(v), frame.height);
+// The byte that a sample shows: its four pixels mixed; of those that are there, if it begins in the
+// last column or row, their mean by weight, of 15 bits, in 32-bit float; 0 if it begins outside.
+int shown(const Frame& frame, int u, int v, int c) {
+  const int sx = wholePart(u);
+  const int sy = wholePart(v);
+  if (frame.at(sx, sy, c, -1) < 0) return 0;
+  if (frame.at(sx + 1, sy + 1, c, -1) >= 0) {
+    return mixed([&](int x, int y) { return frame.at(x, y, c, 0); }, u, v);
+  }
+  const int a = u & 31;
+  const int b = v & 31;
+  const int weights[2][2] = {{(32 - b) * (32 - a) * 32, (32 - b) * a * 32},
+                             {b * (32 - a) * 32, b * a * 32}};
+  int sum = 0;
+  int weight = 0;
+  for (int y = 0; y < 2; ++y) {
+    for (int x = 0; x < 2; ++x) {
+      const int P = frame.at(sx + x, sy + y, c, -1);
+      if (P < 0) continue;
+      sum += weights[y][x] * P;
+      weight += weights[y][x];
+    }
+  }
+  const float scaled = static_cast<float>(sum) * 32768.0F;
+  const float mean = scaled / static_cast<float>(weight);
+  return (static_cast<int>(mean) + 16384) / 32768;
 }
 
 Sampled plainSample(const Frame& frame, const Positions& at, std::size_t count, bool masked) {
@@ -100,10 +123,8 @@ Sampled plainSample(const Frame& frame, const Positions& at, std::size_t count, 
     const int v = at.v[k];
     const bool nowhere = u == kNowhere && v == kNowhere;
     for (int c = 0; c < frame.bytesPerPixel; ++c) {
-      const auto P = [&](int x, int y) { return frame.at(x, y, c, 0); };
-      const bool shown = !nowhere && isWhole(frame, u, v);
       sampled.pixels[kGuard + k * bytes + static_cast<std::size_t>(c)] =
-          static_cast<unsigned char>(shown ? mixed(P, u, v) : 0);
+          static_cast<unsigned char>(nowhere ? 0 : shown(frame, u, v, c));
     }
     // A picture that is 255 outside the frame and 0 in it, cut above 127.
     const auto outside = [&](int x, int y) { return frame.at(x, y, 0, -1) < 0 ? 255 : 0; };
@@ -173,19 +194,47 @@ TEST(BilinearSampler, FractionsMixAlongBothAxes) {
   EXPECT_EQ(sampleAt(fourPixels(), 8, 24).value, 41);
 }
 
-TEST(BilinearSampler, SampleThatReachesBeyondTheLastPixelIsBlackButValid) {
-  EXPECT_EQ(sampleAt(fourPixels(), 32, 0), (One{0, 0}));
-  EXPECT_EQ(sampleAt(fourPixels(), 0, 32), (One{0, 0}));
+TEST(BilinearSampler, LastColumnAndRowShowTheirOwnPixels) {
+  EXPECT_EQ(sampleAt(fourPixels(), 32, 0), (One{20, 0}));
+  EXPECT_EQ(sampleAt(fourPixels(), 0, 32), (One{40, 0}));
+  EXPECT_EQ(sampleAt(fourPixels(), 32, 32), (One{80, 0}));
+}
+
+TEST(BilinearSampler, BesideTheLastColumnOnlyItsPixelsAreMixed) {
+  // Half a pixel down between 20 and 80, however far to the right.
+  EXPECT_EQ(sampleAt(fourPixels(), 32, 16), (One{50, 0}));
+  EXPECT_EQ(sampleAt(fourPixels(), 32 + 15, 16), (One{50, 0}));
+  EXPECT_EQ(sampleAt(fourPixels(), 32 + 31, 16), (One{50, 255}));  // mostly outside
+  // Half a pixel to the right between 40 and 80, however far down.
+  EXPECT_EQ(sampleAt(fourPixels(), 16, 32 + 31), (One{60, 255}));
+  // Of the corner's sample one pixel is left.
+  EXPECT_EQ(sampleAt(fourPixels(), 32 + 31, 32 + 31), (One{80, 255}));
+}
+
+TEST(BilinearSampler, SampleThatBeginsOutsideIsBlack) {
+  EXPECT_EQ(sampleAt(fourPixels(), -1, 0), (One{0, 0}));
+  EXPECT_EQ(sampleAt(fourPixels(), 0, -1), (One{0, 0}));
+  EXPECT_EQ(sampleAt(fourPixels(), 64, 0), (One{0, 255}));
+  EXPECT_EQ(sampleAt(fourPixels(), 0, 64), (One{0, 255}));
+}
+
+// a is 29, b is 11: weights 3 * 21 and 3 * 11 of the column's two pixels, (63 * 100 + 33 * 211)/96
+// = 138.16. For 52 and 84 they give exactly 63. Two pixels above each other with weights 16 and 16,
+// 10 and 13: 11.5, rounded up.
+TEST(BilinearSampler, PixelsThatAreThereShareTheWeight) {
+  EXPECT_EQ(sampleAt({1, 2, 1, {211, 100}}, 29, 11).value, 138);
+  EXPECT_EQ(sampleAt({1, 2, 1, {84, 52}}, 29, 11).value, 63);
+  EXPECT_EQ(sampleAt({1, 2, 1, {13, 10}}, 7, 16).value, 12);
 }
 
 // 15/32 outside: 255 * 15/32 = 119.5; a half outside: 127.5, rounded to 128.
 TEST(BilinearSampler, ValidityTurnsWhereHalfOfTheWeightLiesOutside) {
   EXPECT_EQ(sampleAt(fourPixels(), -15, 0), (One{0, 0}));
   EXPECT_EQ(sampleAt(fourPixels(), -16, 0), (One{0, 255}));
-  EXPECT_EQ(sampleAt(fourPixels(), 32 + 15, 0), (One{0, 0}));
-  EXPECT_EQ(sampleAt(fourPixels(), 32 + 16, 0), (One{0, 255}));
+  EXPECT_EQ(sampleAt(fourPixels(), 32 + 15, 0), (One{20, 0}));
+  EXPECT_EQ(sampleAt(fourPixels(), 32 + 16, 0), (One{20, 255}));
   EXPECT_EQ(sampleAt(fourPixels(), 0, -15), (One{0, 0}));
-  EXPECT_EQ(sampleAt(fourPixels(), 0, 32 + 16), (One{0, 255}));
+  EXPECT_EQ(sampleAt(fourPixels(), 0, 32 + 16), (One{40, 255}));
   // (1 - 9/32)^2 = 0.517 inside, (1 - 10/32)^2 = 0.473.
   EXPECT_EQ(sampleAt(fourPixels(), -9, -9), (One{0, 0}));
   EXPECT_EQ(sampleAt(fourPixels(), -10, -10), (One{0, 255}));
@@ -223,7 +272,7 @@ TEST_P(BilinearSamplerOf, SmallFramesFollowTheFormula) {
   });
 }
 
-// No sample of a run needs the border's care.
+// No sample of a run lacks a pixel.
 TEST_P(BilinearSamplerOf, RunsInsideTheFrameFollowTheFormula) {
   support::onEveryInstructionSet([] {
     Dice dice(2);

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
-#include <functional>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -39,57 +37,6 @@ Scene sceneOf(const cv::Size& frame, const cv::Size& view, float focal) {
   return scene;
 }
 
-// --- the steps ---
-
-struct Maps {
-  explicit Maps(const Scene& scene) {
-    const FishEyeCalibrationParam& p = scene.param;
-    const cv::Mat K = (cv::Mat_<double>(3, 3) << p.fx, p.skewness, p.u0, 0, p.fy, p.v0, 0, 0, 1);
-    const cv::Mat D = (cv::Mat_<double>(2, 1) << p.k0, p.k1);
-    plain::undistortRectifyMap(K, D, cv::Mat(), K, scene.view, whole, fraction);
-  }
-
-  cv::Mat whole;
-  cv::Mat fraction;
-};
-
-// The mean of four bytes, weighted by the fractions at view pixel (x, y).
-int mean(const Maps& maps, int x, int y, const std::function<int(int, int)>& P) {
-  const auto at = maps.whole.at<cv::Vec2s>(y, x);
-  const int fraction = maps.fraction.at<std::uint16_t>(y, x);
-  const int a = fraction % 32;
-  const int b = fraction / 32;
-  const int upper = (32 - a) * P(at[0], at[1]) + a * P(at[0] + 1, at[1]);
-  const int lower = (32 - a) * P(at[0], at[1] + 1) + a * P(at[0] + 1, at[1] + 1);
-  return ((32 - b) * upper + b * lower + 512) / 1024;
-}
-
-struct Images {
-  cv::Mat picture;
-  cv::Mat mask;
-};
-
-Images undistorted(const Scene& scene, const cv::Mat& frame) {
-  const Maps maps(scene);
-  const int bytes = frame.channels();
-  Images images{cv::Mat(scene.view, frame.type(), cv::Scalar::all(0)),
-                cv::Mat(scene.view, CV_8UC1)};
-  const cv::Rect all(0, 0, frame.cols, frame.rows);
-  for (int y = 0; y < scene.view.height; ++y) {
-    for (int x = 0; x < scene.view.width; ++x) {
-      const auto outside = [&](int i, int j) { return all.contains({i, j}) ? 0 : 255; };
-      images.mask.at<unsigned char>(y, x) = mean(maps, x, y, outside) > 127 ? 255 : 0;
-      const auto at = maps.whole.at<cv::Vec2s>(y, x);
-      if (!all.contains({at[0], at[1]}) || !all.contains({at[0] + 1, at[1] + 1})) continue;
-      for (int c = 0; c < bytes; ++c) {
-        const auto P = [&](int i, int j) { return int{frame.ptr(j, i)[c]}; };
-        images.picture.ptr(y, x)[c] = static_cast<unsigned char>(mean(maps, x, y, P));
-      }
-    }
-  }
-  return images;
-}
-
 struct Output {
   Bytes view;
   Bytes mask;
@@ -100,22 +47,12 @@ struct Output {
 };
 
 Output plainOutput(const Scene& scene, const Bytes& frame, int bitCount) {
-  const FishEyeCalibrationParam& p = scene.param;
-  const Images images = undistorted(
-      scene, plain::imageOfBuffer(frame.data(), scene.frame.width, scene.frame.height, bitCount));
-  const cv::Mat H =
-      (cv::Mat_<double>(3, 3) << p.p1, p.p2, p.p3, p.p4, p.p5, p.p6, p.p7, p.p8, p.p9);
-  const cv::Mat Hinv = H.inv(cv::DECOMP_LU);
   Output output(scene, bitCount);
-  const auto warped = [&](const cv::Mat& image, unsigned char fill) {
-    return plain::warpByInverseHomography(image, Hinv, p.ImageDx, p.ImageDy, fill);
-  };
-  plain::storeInBuffer(warped(images.picture, 0), output.view.data());
-  plain::storeInBuffer(warped(images.mask, 255), output.mask.data());
+  EXPECT_TRUE(plain::singleCamCorrected(frame.data(), scene.frame.width, scene.frame.height,
+                                        bitCount, scene.param, output.view.data(), scene.view.width,
+                                        scene.view.height, output.mask.data()));
   return output;
 }
-
-// --- comparison ---
 
 void expectPlainBytes(const Scene& scene) {
   for (const int bitCount : {8, 24, 32}) {

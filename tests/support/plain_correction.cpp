@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "support/plain_model.h"
+#include "support/plain_remap.h"
 
 namespace plain {
 namespace {
@@ -58,6 +59,11 @@ int rounded(double value) {
 int truncated(double value) {
   if (!(std::abs(value) < 2147483648.0)) return -1;
   return static_cast<int>(value);
+}
+
+// remap takes sides of 16 bits, signed.
+bool takenByImageLibrary(const cv::Size& size) {
+  return std::max(size.width, size.height) <= 32766;
 }
 
 }  // namespace
@@ -178,12 +184,17 @@ bool singleCamCorrected(const unsigned char* src, ImageLong srcWidth, ImageLong 
   const cv::Mat source = imageOfBuffer(src, srcWidth, srcHeight, bitCount);
   const cv::Mat blank(source.size(), CV_8UC1, cv::Scalar(0));
   cv::Mat outside;
-  cv::remap(blank, outside, map1, map2, cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar(255));
-  cv::threshold(outside, outside, 127, 255, cv::THRESH_BINARY);
-
   // The transparent border leaves pixels without a source as they are: zero.
   cv::Mat undistorted(size, source.type(), cv::Scalar::all(0));
-  cv::remap(source, undistorted, map1, map2, cv::INTER_LINEAR, cv::BORDER_TRANSPARENT);
+  if (takenByImageLibrary(source.size()) && takenByImageLibrary(size)) {
+    cv::remap(blank, outside, map1, map2, cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar(255));
+    cv::remap(source, undistorted, map1, map2, cv::INTER_LINEAR, cv::BORDER_TRANSPARENT);
+    remapLastColumnAndRow(source, undistorted, map1, map2);
+  } else {
+    remapConstant(blank, outside, map1, map2, 255);
+    remapTransparent(source, undistorted, map1, map2);
+  }
+  cv::threshold(outside, outside, 127, 255, cv::THRESH_BINARY);
   if (isImageBlack(undistorted)) return false;
 
   const cv::Mat H = (cv::Mat_<double>(3, 3) << param.p1, param.p2, param.p3, param.p4, param.p5,
