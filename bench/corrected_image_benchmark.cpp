@@ -17,13 +17,15 @@
 #include <opencv2/imgproc.hpp>
 
 #include "allocation_peak.h"
-#include "fisheye/raw_positions.h"
 #include "fisheye_calibration.h"
+#include "rendering/fast_positions.h"
+#include "rendering/warped_pixels.h"
 #include "single/record.h"
-#include "single/warped_pixels.h"
 #include "support/chosen_instruction_set.h"
 #include "support/plain_correction.h"
 #include "timing.h"
+
+using namespace fisheye_calibration;
 
 namespace {
 
@@ -187,23 +189,24 @@ double speedUpByASecondThread(Scene& scene) {
 double exactShare(const Scene& scene) {
   const auto& [size, bits, param, frame, view, mask] = scene;
   const cv::Matx33d K(param.fx, param.skewness, param.u0, 0, param.fy, param.v0, 0, 0, 1);
-  const fisheye::RawPositions positions(
-      fisheye::rectifyingRays(single::rawCamera(param), cv::Matx33d::eye(), K, size), size);
-  fisheye::SteppedPositions stepped(positions.rays(), size.width);
-  const single::InverseWarp warp{cv::Matx33d(scene.H()).inv(), param.ImageDx, param.ImageDy, size};
-  alignas(64) int column[fisheye::kRun];
-  alignas(64) int row[fisheye::kRun];
-  alignas(64) int u[fisheye::kRun];
-  alignas(64) int v[fisheye::kRun];
+  const rendering::FastPositions positions(
+      rendering::rectifyingRays(single::rawCamera(param), cv::Matx33d::eye(), K, size), size);
+  rendering::ExactPositions stepped(positions.rays(), size.width);
+  const rendering::InverseWarp warp{cv::Matx33d(scene.H()).inv(), param.ImageDx, param.ImageDy,
+                                    size};
+  alignas(64) int column[rendering::kRun];
+  alignas(64) int row[rendering::kRun];
+  alignas(64) int u[rendering::kRun];
+  alignas(64) int v[rendering::kRun];
   std::size_t all = 0;
   std::size_t exact = 0;
   for (int y = 0; y < size.height; ++y) {
-    for (int x = 0; x < size.width; x += static_cast<int>(fisheye::kRun)) {
-      const auto count = std::min(fisheye::kRun, static_cast<std::size_t>(size.width - x));
-      if (single::sourcePixelsOfRun(warp, x, y, column, row)) {
+    for (int x = 0; x < size.width; x += static_cast<int>(rendering::kRun)) {
+      const auto count = std::min(rendering::kRun, static_cast<std::size_t>(size.width - x));
+      if (rendering::sourcePixelsOfRun(warp, x, y, column, row)) {
         all += static_cast<std::size_t>(
             std::count_if(column, column + count, [](int c) { return c >= 0; }));
-        exact += fisheye::positionsOfRun(positions, stepped, column, row, count, u, v);
+        exact += rendering::positionsOfRun(positions, stepped, column, row, count, u, v);
       }
     }
   }

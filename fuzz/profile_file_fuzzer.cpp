@@ -8,8 +8,10 @@
 #include <string_view>
 #include <vector>
 
-#include "params/number_text.h"
+#include "platform/number_text.h"
 #include "platform/profile_text.h"
+
+using namespace fisheye_calibration;
 
 namespace {
 
@@ -106,9 +108,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string before(rest);
 
   const std::string_view found = profileValue(before, section, key);
-  params::parseReal(found);
-  params::parseInteger(found);
-  params::parseReal(value);
+  platform::parseReal(found);
+  platform::parseInteger(found);
+  platform::parseReal(value);
   if (trimmed(key).starts_with('[') || trimmed(key).starts_with(';')) {
     return 0;
   }

@@ -1,15 +1,16 @@
 #include "fisheye/arrays_of_triples.h"
 
-#include "fisheye/check.h"
+#include "lens/check.h"
 
-namespace fisheye {
+namespace fisheye_calibration::fisheye {
 namespace {
 
 // The 1x1 header of element `index`, which shares the array's memory.
 cv::Mat elementAt(const cv::Mat& elements, int index, const char* function) {
-  require(elements.channels() == 3 && (elements.depth() == CV_32F || elements.depth() == CV_64F) &&
-              elements.dims <= 2 && static_cast<std::size_t>(index) < elements.total(),
-          "every view has a rotation vector and a translation", function);
+  lens::require(elements.channels() == 3 &&
+                    (elements.depth() == CV_32F || elements.depth() == CV_64F) &&
+                    elements.dims <= 2 && static_cast<std::size_t>(index) < elements.total(),
+                "every view has a rotation vector and a translation", function);
   const int row = index / elements.cols;
   const int col = index % elements.cols;
   return elements(cv::Rect(col, row, 1, 1));
@@ -40,4 +41,4 @@ void writeTripleAt(const cv::_InputOutputArray& triples, int index, const cv::Ve
       .convertTo(element, element.depth());
 }
 
-}  // namespace fisheye
+}  // namespace fisheye_calibration::fisheye

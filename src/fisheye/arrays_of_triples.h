@@ -3,7 +3,7 @@
 
 #include <opencv2/core.hpp>
 
-namespace fisheye {
+namespace fisheye_calibration::fisheye {
 
 // Element `index` of an array of 3-channel elements (matrix or vector), or matrix `index` of a list
 // of matrices of one such element. Raises the image library's error when there is none.
@@ -16,4 +16,4 @@ void writeTripleAt(const cv::_InputOutputArray& triples, int index, const cv::Ve
 // Whether the argument is a list of separate matrices.
 bool isListOfMatrices(const cv::_InputArray& triples);
 
-}  // namespace fisheye
+}  // namespace fisheye_calibration::fisheye

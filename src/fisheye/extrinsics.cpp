@@ -1,32 +1,47 @@
 // The doors to the pose refinement that take the callers' arrays.
 #include <algorithm>
 
+#include "fisheye/arrays.h"
 #include "fisheye/arrays_of_triples.h"
-#include "fisheye/check.h"
 #include "fisheye/internal.h"
 #include "fisheye/intrinsic_params.h"
-#include "fisheye/pose.h"
-#include "fisheye/rotation.h"
+#include "fisheye/view_arrays.h"
+#include "lens/check.h"
+#include "lens/rotation.h"
+#include "solver/pose.h"
 
-namespace internal {
+namespace fisheye_calibration::internal {
+
+bool InitExtrinsics(const cv::Mat& _imagePoints, const cv::Mat& _objectPoints,
+                    const IntrinsicParams& param, cv::Mat& omckk, cv::Mat& Tckk) {
+  solver::requirePoseInput(!_objectPoints.empty() && _objectPoints.type() == CV_64FC3,
+                           !_imagePoints.empty() && _imagePoints.type() == CV_64FC2);
+  const solver::ViewPoints view = fisheye::readView(_objectPoints, _imagePoints, "InitExtrinsics");
+  const auto pose = solver::initialPose(view, solver::targetPlane(view), toCamera(param));
+  if (!pose) {
+    return false;
+  }
+  omckk = cv::Mat(pose->om, true);
+  Tckk = cv::Mat(pose->T, true);
+  return true;
+}
 
 void ComputeExtrinsicRefine(const cv::Mat& imagePoints, const cv::Mat& objectPoints, cv::Mat& rvec,
                             cv::Mat& tvec, cv::Mat& J, int /*maxIter*/,
                             const IntrinsicParams& param, double thresh_cond) {
   constexpr auto name = "ComputeExtrinsicRefine";
-  fisheye::require(!objectPoints.empty() && objectPoints.type() == CV_64FC3,
-                   "!objectPoints.empty() && objectPoints.type() == CV_64FC3", name);
-  fisheye::require(!imagePoints.empty() && imagePoints.type() == CV_64FC2,
-                   "!imagePoints.empty() && imagePoints.type() == CV_64FC2", name);
-  fisheye::require(rvec.total() > 2 && tvec.total() > 2, "rvec.total() > 2 && tvec.total() > 2",
-                   name);
-  const fisheye::Camera camera = toCamera(param);
-  const fisheye::ViewPoints view = fisheye::readView(objectPoints, imagePoints, name);
-  fisheye::requirePairs(view, name);
-  const fisheye::RefinedPose refined = fisheye::refinePose(
+  lens::require(!objectPoints.empty() && objectPoints.type() == CV_64FC3,
+                "!objectPoints.empty() && objectPoints.type() == CV_64FC3", name);
+  lens::require(!imagePoints.empty() && imagePoints.type() == CV_64FC2,
+                "!imagePoints.empty() && imagePoints.type() == CV_64FC2", name);
+  lens::require(rvec.total() > 2 && tvec.total() > 2, "rvec.total() > 2 && tvec.total() > 2", name);
+  const lens::Camera camera = toCamera(param);
+  const solver::ViewPoints view = fisheye::readView(objectPoints, imagePoints, name);
+  solver::requirePairs(view, name);
+  const solver::RefinedPose refined = solver::refinePose(
       view, camera, {fisheye::readTriple(rvec), fisheye::readTriple(tvec)}, thresh_cond);
   cv::Mat residuals;
-  J = fisheye::poseJacobian(view, camera, refined.evaluated, residuals);
+  J = solver::poseJacobian(view, camera, refined.evaluated, residuals);
   if (refined.moved) {
     rvec = cv::Mat(refined.pose.om, true);
     tvec = cv::Mat(refined.pose.T, true);
@@ -38,8 +53,8 @@ bool CalibrateExtrinsics(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfAr
                          cv::InputOutputArray omc, cv::InputOutputArray Tc) {
   constexpr auto name = "CalibrateExtrinsics";
   fisheye::requireListsOfPoints(objectPoints, imagePoints, name);
-  fisheye::require(omc.type() == CV_64FC3 || Tc.type() == CV_64FC3,
-                   "omc.type() == CV_64FC3 || Tc.type() == CV_64FC3", name);
+  lens::require(omc.type() == CV_64FC3 || Tc.type() == CV_64FC3,
+                "omc.type() == CV_64FC3 || Tc.type() == CV_64FC3", name);
   const int targetViews = static_cast<int>(objectPoints.total());
   if (omc.empty()) {
     omc.create(1, targetViews, CV_64FC3);
@@ -48,18 +63,18 @@ bool CalibrateExtrinsics(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfAr
     Tc.create(1, targetViews, CV_64FC3);
   }
   const int views = static_cast<int>(imagePoints.total());
-  const fisheye::Camera camera = toCamera(param);
+  const lens::Camera camera = toCamera(param);
   for (int i = 0; i < views; ++i) {
-    const fisheye::ViewPoints view =
+    const solver::ViewPoints view =
         fisheye::readView(objectPoints.getMat(i), imagePoints.getMat(i), name);
-    const auto refined = fisheye::findPose(view, fisheye::targetPlane(view), camera, thresh_cond);
+    const auto refined = solver::findPose(view, solver::targetPlane(view), camera, thresh_cond);
     if (!refined) {
       return false;
     }
     if (check_cond != 0) {
       cv::Mat residuals;
-      const cv::Mat J = fisheye::poseJacobian(view, camera, refined->evaluated, residuals);
-      if (fisheye::conditionRatio(J) > thresh_cond) {
+      const cv::Mat J = solver::poseJacobian(view, camera, refined->evaluated, residuals);
+      if (solver::conditionRatio(J) > thresh_cond) {
         cv::error(cv::Error::StsInternal,
                   cv::format("CALIB_CHECK_COND - Ill-conditioned matrix for input array %d", i),
                   name, __FILE__, __LINE__);
@@ -71,4 +86,4 @@ bool CalibrateExtrinsics(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfAr
   return true;
 }
 
-}  // namespace internal
+}  // namespace fisheye_calibration::internal

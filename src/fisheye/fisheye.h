@@ -15,7 +15,7 @@
 
 #include <opencv2/core.hpp>
 
-namespace fisheye {
+namespace fisheye_calibration::fisheye {
 
 // Projects N target points (CV_32FC3 or CV_64FC3) into the image: imagePoints gets two channels of
 // the same depth. _K is 3x3 (its skew entry is not read, skew is `alpha`), _D holds (k0, k1), of
@@ -72,4 +72,4 @@ double calibrate(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays ima
                  cv::OutputArrayOfArrays rvecs, cv::OutputArrayOfArrays tvecs, int flags,
                  cv::TermCriteria criteria);
 
-}  // namespace fisheye
+}  // namespace fisheye_calibration::fisheye

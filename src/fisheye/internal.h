@@ -6,7 +6,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace internal {
+namespace fisheye_calibration::internal {
 
 // One camera's intrinsics. Every packed parameter vector and the mask follow the order focal x,
 // focal y, principal x, principal y, skew, distortion first, distortion second.
@@ -82,4 +82,4 @@ void EstimateUncertainties(cv::InputArrayOfArrays objectPoints, cv::InputArrayOf
 void subMatrix(const cv::Mat& src, cv::Mat& dst, const std::vector<uchar>& cols,
                const std::vector<uchar>& rows);
 
-}  // namespace internal
+}  // namespace fisheye_calibration::internal

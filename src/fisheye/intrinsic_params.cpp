@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <array>
 
-#include "fisheye/check.h"
 #include "fisheye/internal.h"
+#include "lens/check.h"
 
-namespace internal {
+namespace fisheye_calibration::internal {
 namespace {
 
 constexpr std::size_t kParameters = 7;
@@ -16,7 +16,7 @@ std::array<double*, kParameters> inOrder(IntrinsicParams& p) {
 }
 
 void requireDoubles(const cv::Mat& a, const char* function) {
-  fisheye::require(a.type() == CV_64FC1, "a.type() == CV_64FC1", function);
+  lens::require(a.type() == CV_64FC1, "a.type() == CV_64FC1", function);
 }
 
 // Hands the next element of `a` to each estimated parameter, and 0 to each held one. A matrix with
@@ -25,8 +25,8 @@ template <class Use>
 void distribute(IntrinsicParams& p, const cv::Mat& a, Use use, const char* function) {
   const std::size_t estimated = kParameters - static_cast<std::size_t>(std::count(
                                                   p.estimateMask.begin(), p.estimateMask.end(), 0));
-  fisheye::require(p.estimateMask.size() == kParameters && estimated <= a.total(),
-                   "estimateMask.size() == 7 && countNonZero(estimateMask) <= a.total()", function);
+  lens::require(p.estimateMask.size() == kParameters && estimated <= a.total(),
+                "estimateMask.size() == 7 && countNonZero(estimateMask) <= a.total()", function);
   const cv::Mat values = a.isContinuous() ? a : a.clone();
   const double* next = values.ptr<double>();
   const auto parameters = inOrder(p);
@@ -56,4 +56,4 @@ IntrinsicParams& IntrinsicParams::operator=(const cv::Mat& a) {
   return *this;
 }
 
-}  // namespace internal
+}  // namespace fisheye_calibration::internal

@@ -1,12 +1,12 @@
 // The intrinsic record as the inputs of the camera model.
 #pragma once
 
-#include "fisheye/camera.h"
 #include "fisheye/internal.h"
+#include "lens/camera.h"
 
-namespace internal {
+namespace fisheye_calibration::internal {
 
-inline fisheye::Camera toCamera(const IntrinsicParams& param) {
+inline lens::Camera toCamera(const IntrinsicParams& param) {
   return {param.focalLength[0],
           param.focalLength[1],
           param.principalPoint[0],
@@ -16,10 +16,4 @@ inline fisheye::Camera toCamera(const IntrinsicParams& param) {
           param.skew};
 }
 
-// [fx, skew fx, cx; 0, fy, cy; 0, 0, 1]
-inline cv::Matx33d cameraMatrix(const IntrinsicParams& param) {
-  const fisheye::Camera c = toCamera(param);
-  return {c.fx, c.alpha * c.fx, c.cx, 0, c.fy, c.cy, 0, 0, 1};
-}
-
-}  // namespace internal
+}  // namespace fisheye_calibration::internal

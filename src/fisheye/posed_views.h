@@ -4,14 +4,14 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "fisheye/camera.h"
-#include "fisheye/view_points.h"
+#include "lens/camera.h"
+#include "solver/view_points.h"
 
-namespace fisheye {
+namespace fisheye_calibration::fisheye {
 
 struct PosedViews {
-  std::vector<ViewPoints> views;
-  std::vector<Pose> poses;
+  std::vector<solver::ViewPoints> views;
+  std::vector<lens::Pose> poses;
 };
 
 // Checks and reads the arguments that the steps share: 3-channel target points, 2-channel image
@@ -19,4 +19,4 @@ struct PosedViews {
 PosedViews readPosedViews(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays imagePoints,
                           cv::InputArray omc, cv::InputArray Tc, const char* function);
 
-}  // namespace fisheye
+}  // namespace fisheye_calibration::fisheye

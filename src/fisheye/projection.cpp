@@ -1,23 +1,25 @@
 #include <algorithm>
 #include <array>
 
-#include "fisheye/camera_model-inl.h"
-#include "fisheye/check.h"
+#include "fisheye/arrays.h"
 #include "fisheye/fisheye.h"
 #include "fisheye/internal.h"
 #include "fisheye/intrinsic_params.h"
-#include "fisheye/rotation.h"
-#include "fisheye/view_points.h"
+#include "fisheye/view_arrays.h"
+#include "lens/camera_model-inl.h"
+#include "lens/check.h"
+#include "lens/rotation.h"
+#include "solver/view_points.h"
 
-namespace fisheye {
+namespace fisheye_calibration::fisheye {
 namespace {
 
-namespace model = HWY_NAMESPACE;
+namespace model = lens::HWY_NAMESPACE;
 
 constexpr int kJacobianColumns = 13;
 
 // Fills the two Jacobian rows of one point: fx, fy, cx, cy, k0, k1, om (3), T (3), alpha.
-void fillJacobianRows(const Camera& camera, const std::array<cv::Matx33d, 3>& dR,
+void fillJacobianRows(const lens::Camera& camera, const std::array<cv::Matx33d, 3>& dR,
                       const cv::Vec3d& X, const model::Projection<double>& p, double* rowU,
                       double* rowV) {
   const auto pose = model::poseDerivatives(camera, dR, X[0], X[1], X[2], p);
@@ -34,10 +36,10 @@ void fillJacobianRows(const Camera& camera, const std::array<cv::Matx33d, 3>& dR
 
 // `pixels` is continuous and holds as many elements as `points`, in whatever shape.
 template <class Real>
-void projectAll(const cv::Mat& points, const Camera& camera, const Pose& pose, cv::Mat& pixels,
-                cv::Mat* jacobian) {
-  const cv::Matx33d R = rotationFromVector(pose.om);
-  const auto dR = jacobian ? rotationDerivative(pose.om) : std::array<cv::Matx33d, 3>();
+void projectAll(const cv::Mat& points, const lens::Camera& camera, const lens::Pose& pose,
+                cv::Mat& pixels, cv::Mat* jacobian) {
+  const cv::Matx33d R = lens::rotationFromVector(pose.om);
+  const auto dR = jacobian ? lens::rotationDerivative(pose.om) : std::array<cv::Matx33d, 3>();
   auto* out = pixels.ptr<cv::Vec<Real, 2>>();
   int row = 0;
   for (int i = 0; i < points.rows; ++i) {
@@ -60,31 +62,34 @@ void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv:
                    cv::InputArray _tvec, cv::InputArray _K, cv::InputArray _D, double alpha,
                    cv::OutputArray jacobian) {
   constexpr auto name = "projectPoints";
-  require(objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3,
-          "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", name);
+  lens::require(objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3,
+                "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", name);
   const cv::Mat points =
       objectPoints.getMat();  // before creation: the output may be the same array
   imagePoints.create(objectPoints.size(), CV_MAKETYPE(objectPoints.depth(), 2));
-  require(_rvec.total() * static_cast<std::size_t>(_rvec.channels()) == 3 &&
-              (_rvec.depth() == CV_32F || _rvec.depth() == CV_64F),
-          "_rvec.total() * _rvec.channels() == 3 && (_rvec.depth() == CV_32F || _rvec.depth() == "
-          "CV_64F)",
-          name);
-  require(_tvec.total() * static_cast<std::size_t>(_tvec.channels()) == 3 &&
-              (_tvec.depth() == CV_32F || _tvec.depth() == CV_64F),
-          "_tvec.total() * _tvec.channels() == 3 && (_tvec.depth() == CV_32F || _tvec.depth() == "
-          "CV_64F)",
-          name);
-  require(_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous(),
-          "_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous()", name);
-  require(_K.size() == cv::Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) &&
-              _D.type() == _K.type() && _D.total() == 2,
-          "_K.size() == Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) && _D.type() == "
-          "_K.type() && _D.total() == 2",
-          name);
+  lens::require(
+      _rvec.total() * static_cast<std::size_t>(_rvec.channels()) == 3 &&
+          (_rvec.depth() == CV_32F || _rvec.depth() == CV_64F),
+      "_rvec.total() * _rvec.channels() == 3 && (_rvec.depth() == CV_32F || _rvec.depth() == "
+      "CV_64F)",
+      name);
+  lens::require(
+      _tvec.total() * static_cast<std::size_t>(_tvec.channels()) == 3 &&
+          (_tvec.depth() == CV_32F || _tvec.depth() == CV_64F),
+      "_tvec.total() * _tvec.channels() == 3 && (_tvec.depth() == CV_32F || _tvec.depth() == "
+      "CV_64F)",
+      name);
+  lens::require(_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous(),
+                "_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous()", name);
+  lens::require(
+      _K.size() == cv::Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) &&
+          _D.type() == _K.type() && _D.total() == 2,
+      "_K.size() == Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) && _D.type() == "
+      "_K.type() && _D.total() == 2",
+      name);
 
-  const Camera camera = readCamera(_K.getMat(), _D.getMat(), alpha);
-  const Pose pose{readTriple(_rvec.getMat()), readTriple(_tvec.getMat())};
+  const lens::Camera camera = readCamera(_K.getMat(), _D.getMat(), alpha);
+  const lens::Pose pose{readTriple(_rvec.getMat()), readTriple(_tvec.getMat())};
   cv::Mat created = imagePoints.getMat();
   cv::Mat pixels = created.isContinuous() ? created : created.clone();
   cv::Mat derivatives;
@@ -104,17 +109,18 @@ void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv:
   }
 }
 
-}  // namespace fisheye
+}  // namespace fisheye_calibration::fisheye
 
-namespace internal {
+namespace fisheye_calibration::internal {
 
 void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv::InputArray _rvec,
                    cv::InputArray _tvec, const IntrinsicParams& param, cv::OutputArray jacobian) {
   fisheye::requireTargetPoints(
       !objectPoints.empty() && (objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3),
       "projectPoints");
-  fisheye::projectPoints(objectPoints, imagePoints, _rvec, _tvec, cameraMatrix(param),
-                         param.distortion, param.skew, jacobian);
+  fisheye::projectPoints(objectPoints, imagePoints, _rvec, _tvec,
+                         lens::cameraMatrix(toCamera(param)), param.distortion, param.skew,
+                         jacobian);
 }
 
-}  // namespace internal
+}  // namespace fisheye_calibration::internal

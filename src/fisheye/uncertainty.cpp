@@ -1,18 +1,16 @@
-#include "fisheye/uncertainty.h"
+#include "solver/residuals.h"
 
 #include <cmath>
 
-#include "fisheye/camera_model-inl.h"
 #include "fisheye/internal.h"
 #include "fisheye/intrinsic_params.h"
-#include "fisheye/normal_equations.h"
 #include "fisheye/posed_views.h"
-#include "fisheye/rotation.h"
+#include "lens/camera_model-inl.h"
+#include "lens/rotation.h"
+#include "solver/normal_equations.h"
 
-namespace fisheye {
+namespace fisheye_calibration::fisheye {
 namespace {
-
-namespace model = HWY_NAMESPACE;
 
 // Standard deviation about the mean, scaled from division by n to division by n - 1; not a number
 // for a single value.
@@ -32,31 +30,9 @@ double sampleDeviation(const std::vector<double>& values) {
 
 }  // namespace
 
-std::vector<cv::Vec2d> reprojectionResiduals(const std::vector<ViewPoints>& views,
-                                             const Camera& camera, const std::vector<Pose>& poses) {
-  std::vector<cv::Vec2d> residuals;
-  for (std::size_t i = 0; i < views.size(); ++i) {
-    const ViewPoints& view = views[i];
-    const cv::Matx33d R = rotationFromVector(poses[i].om);
-    for (std::size_t k = 0; k < view.size(); ++k) {
-      const auto p = model::projectPoint(camera, R, poses[i].T, view.X[k], view.Y[k], view.Z[k]);
-      residuals.emplace_back(view.image.x[k] - p.u, view.image.y[k] - p.v);
-    }
-  }
-  return residuals;
-}
+}  // namespace fisheye_calibration::fisheye
 
-double rootMeanSquare(const std::vector<cv::Vec2d>& residuals) {
-  double squares = 0;
-  for (const cv::Vec2d& r : residuals) {
-    squares += r.dot(r);
-  }
-  return std::sqrt(squares / static_cast<double>(residuals.size()));
-}
-
-}  // namespace fisheye
-
-namespace internal {
+namespace fisheye_calibration::internal {
 
 void EstimateUncertainties(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays imagePoints,
                            const IntrinsicParams& param, cv::InputArray omc, cv::InputArray Tc,
@@ -65,7 +41,7 @@ void EstimateUncertainties(cv::InputArrayOfArrays objectPoints, cv::InputArrayOf
   const fisheye::PosedViews posed =
       fisheye::readPosedViews(objectPoints, imagePoints, omc, Tc, "EstimateUncertainties");
   const std::vector<cv::Vec2d> residuals =
-      fisheye::reprojectionResiduals(posed.views, toCamera(param), posed.poses);
+      solver::reprojectionResiduals(posed.views, toCamera(param), posed.poses);
   std::vector<double> dx;
   std::vector<double> dy;
   for (const cv::Vec2d& r : residuals) {
@@ -86,7 +62,7 @@ void EstimateUncertainties(cv::InputArrayOfArrays objectPoints, cv::InputArrayOf
   cv::Mat deviations;
   cv::sqrt(inverse.diag(), deviations);
   errors = cv::Mat(3 * sigma * deviations);
-  rms = fisheye::rootMeanSquare(residuals);
+  rms = solver::rootMeanSquare(residuals);
 }
 
-}  // namespace internal
+}  // namespace fisheye_calibration::internal

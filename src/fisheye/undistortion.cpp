@@ -1,71 +1,20 @@
-#include "fisheye/undistortion.h"
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "fisheye/camera_model-inl.h"
-#include "fisheye/check.h"
+#include "fisheye/arrays.h"
 #include "fisheye/fisheye.h"
 #include "fisheye/internal.h"
 #include "fisheye/intrinsic_params.h"
-#include "fisheye/rotation.h"
+#include "lens/camera_model-inl.h"
+#include "lens/check.h"
+#include "lens/inverse_lens.h"
+#include "lens/rotation.h"
 
-namespace fisheye {
+namespace fisheye_calibration::fisheye {
 namespace {
 
-namespace model = HWY_NAMESPACE;
-
-// Newton's iteration theta <- theta - f(theta)/f'(theta), f = theta + k0 theta^2 + k1 theta^3 -
-// theta_d. A step depends on theta alone, so an iteration that returns to an earlier angle repeats
-// itself for ever. With millions of steps allowed (a criterion of epsilon alone allows 2^31 - 1)
-// such a cycle is recognised by Brent's method and the remaining whole rounds are left out; the
-// result is the same.
-class AngleIteration {
- public:
-  AngleIteration(const Camera& camera, double thetaD) : camera_(camera), thetaD_(thetaD) {}
-
-  // True when a step fell below epsilon.
-  bool run(const NewtonCriteria& criteria) {
-    double landmark = std::numeric_limits<double>::quiet_NaN();
-    int landmarkAge = 0;
-    int nextLandmark = 64;
-    for (int left = criteria.maxCount; left > 0; --left) {
-      const double fix = step();
-      if (criteria.useEpsilon && std::abs(fix) < criteria.epsilon) {
-        return true;
-      }
-      ++landmarkAge;
-      if (std::isnan(theta_)) {
-        return false;
-      }
-      if (theta_ == landmark) {
-        left = (left - 1) % landmarkAge + 1;
-      } else if (landmarkAge == nextLandmark) {
-        landmark = theta_;
-        landmarkAge = 0;
-        nextLandmark = std::min(nextLandmark, 1 << 29) * 2;
-      }
-    }
-    return false;
-  }
-
-  double theta() const { return theta_; }
-
- private:
-  double step() {
-    const double fix = (model::distortedAngle(camera_, theta_) - thetaD_) /
-                       model::distortedAngleSlope(camera_, theta_);
-    theta_ -= fix;
-    return fix;
-  }
-
-  const Camera& camera_;
-  double thetaD_;
-  double theta_ = thetaD_;
-};
-
-NewtonCriteria readCriteria(const cv::TermCriteria& criteria) {
+lens::NewtonCriteria readCriteria(const cv::TermCriteria& criteria) {
   const bool counts = (criteria.type & cv::TermCriteria::COUNT) != 0;
   return {counts ? criteria.maxCount : std::numeric_limits<int>::max(),
           (criteria.type & cv::TermCriteria::EPS) != 0, criteria.epsilon};
@@ -83,12 +32,13 @@ cv::Matx33d newProjection(cv::InputArray R, cv::InputArray P) {
 }
 
 // A distorted normalised point to its final position.
-cv::Vec2d undistortPoint(const Camera& camera, const cv::Vec2d& pw, const cv::Matx33d& RR,
-                         const NewtonCriteria& criteria) {
+cv::Vec2d undistortPoint(const lens::Camera& camera, const cv::Vec2d& pw, const cv::Matx33d& RR,
+                         const lens::NewtonCriteria& criteria) {
   const double radius = std::sqrt(pw[0] * pw[0] + pw[1] * pw[1]);
   double scale = 0;
-  if (!undistortionScale(camera, std::clamp(radius, -kHalfPi, kHalfPi), criteria, scale)) {
-    return {kNoSolution, kNoSolution};
+  if (!lens::undistortionScale(camera, std::clamp(radius, -lens::kHalfPi, lens::kHalfPi), criteria,
+                               scale)) {
+    return {lens::kNoSolution, lens::kNoSolution};
   }
   const cv::Vec3d pr = RR * cv::Vec3d(pw[0] * scale, pw[1] * scale, 1.0);
   return {pr[0] / pr[2], pr[1] / pr[2]};
@@ -96,8 +46,8 @@ cv::Vec2d undistortPoint(const Camera& camera, const cv::Vec2d& pw, const cv::Ma
 
 // `undistorted` is continuous and holds as many elements as `distorted`, in whatever shape.
 template <class Real>
-void undistortAll(const cv::Mat& distorted, const Camera& camera, const cv::Matx33d& RR,
-                  const NewtonCriteria& criteria, cv::Mat& undistorted) {
+void undistortAll(const cv::Mat& distorted, const lens::Camera& camera, const cv::Matx33d& RR,
+                  const lens::NewtonCriteria& criteria, cv::Mat& undistorted) {
   auto* out = undistorted.ptr<cv::Vec<Real, 2>>();
   for (int i = 0; i < distorted.rows; ++i) {
     const auto* in = distorted.ptr<cv::Vec<Real, 2>>(i);
@@ -112,43 +62,28 @@ void undistortAll(const cv::Mat& distorted, const Camera& camera, const cv::Matx
 
 }  // namespace
 
-bool undistortionScale(const Camera& camera, double thetaD, const NewtonCriteria& criteria,
-                       double& scale) {
-  // At the centre tan(0)/0 has no value; with an epsilon the point is taken as solved there.
-  if (criteria.useEpsilon && !(std::abs(thetaD) > criteria.epsilon)) {
-    scale = 0;
-    return true;
-  }
-  AngleIteration iteration(camera, thetaD);
-  const bool converged = iteration.run(criteria);
-  const double theta = iteration.theta();
-  scale = std::tan(theta) / thetaD;
-  const bool changedSign = (thetaD < 0 && theta > 0) || (thetaD > 0 && theta < 0);
-  return (converged || !criteria.useEpsilon) && !changedSign;
-}
-
 void undistortPoints(cv::InputArray distorted, cv::OutputArray undistorted, cv::InputArray K,
                      cv::InputArray D, cv::InputArray R, cv::InputArray P,
                      cv::TermCriteria criteria) {
   constexpr auto name = "undistortPoints";
-  require(distorted.type() == CV_32FC2 || distorted.type() == CV_64FC2,
-          "distorted.type() == CV_32FC2 || distorted.type() == CV_64FC2", name);
+  lens::require(distorted.type() == CV_32FC2 || distorted.type() == CV_64FC2,
+                "distorted.type() == CV_32FC2 || distorted.type() == CV_64FC2", name);
   undistorted.create(distorted.size(), distorted.type());
-  require(P.empty() || P.size() == cv::Size(3, 3) || P.size() == cv::Size(4, 3),
-          "P.empty() || P.size() == Size(3, 3) || P.size() == Size(4, 3)", name);
-  require(R.empty() || R.size() == cv::Size(3, 3) ||
-              R.total() * static_cast<std::size_t>(R.channels()) == 3,
-          "R.empty() || R.size() == Size(3, 3) || R.total() * R.channels() == 3", name);
-  require(
+  lens::require(P.empty() || P.size() == cv::Size(3, 3) || P.size() == cv::Size(4, 3),
+                "P.empty() || P.size() == Size(3, 3) || P.size() == Size(4, 3)", name);
+  lens::require(R.empty() || R.size() == cv::Size(3, 3) ||
+                    R.total() * static_cast<std::size_t>(R.channels()) == 3,
+                "R.empty() || R.size() == Size(3, 3) || R.total() * R.channels() == 3", name);
+  lens::require(
       D.total() == 2 && K.size() == cv::Size(3, 3) && (K.depth() == CV_32F || K.depth() == CV_64F),
       "D.total() == 2 && K.size() == Size(3, 3) && (K.depth() == CV_32F || K.depth() == CV_64F)",
       name);
-  require(criteria.isValid(), "criteria.isValid()", name);
+  lens::require(criteria.isValid(), "criteria.isValid()", name);
 
   const cv::Mat in = distorted.getMat();
   cv::Mat created = undistorted.getMat();
   cv::Mat out = created.isContinuous() ? created : created.clone();
-  const Camera camera = readCamera(K.getMat(), D.getMat(), 0);
+  const lens::Camera camera = readCamera(K.getMat(), D.getMat(), 0);
   const cv::Matx33d RR = newProjection(R, P);
   if (in.depth() == CV_32F) {
     undistortAll<float>(in, camera, RR, readCriteria(criteria), out);
@@ -160,13 +95,13 @@ void undistortPoints(cv::InputArray distorted, cv::OutputArray undistorted, cv::
   }
 }
 
-}  // namespace fisheye
+}  // namespace fisheye_calibration::fisheye
 
-namespace internal {
+namespace fisheye_calibration::internal {
 
 cv::Mat NormalizePixels(const cv::Mat& imagePoints, const IntrinsicParams& param) {
-  fisheye::require(!imagePoints.empty() && imagePoints.type() == CV_64FC2,
-                   "!imagePoints.empty() && imagePoints.type() == CV_64FC2", "NormalizePixels");
+  lens::require(!imagePoints.empty() && imagePoints.type() == CV_64FC2,
+                "!imagePoints.empty() && imagePoints.type() == CV_64FC2", "NormalizePixels");
   const cv::Mat pixels = imagePoints.isContinuous() ? imagePoints : imagePoints.clone();
   const auto* in = pixels.ptr<cv::Vec2d>();
   cv::Mat distorted(static_cast<int>(pixels.total()), 1, CV_64FC2);
@@ -180,4 +115,4 @@ cv::Mat NormalizePixels(const cv::Mat& imagePoints, const IntrinsicParams& param
   return undistorted;
 }
 
-}  // namespace internal
+}  // namespace fisheye_calibration::internal

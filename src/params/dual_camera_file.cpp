@@ -2,33 +2,36 @@
 #include "fisheye_calibration.h"
 #include "params/record_file.h"
 
+namespace fisheye_calibration::params {
 namespace {
 
-using Frame = DualFishEyeCalibrationParam;
-using params::Reading;
+using Record = DualFishEyeCalibrationParam;
 
 // The missing "t" is part of the file format.
-constexpr const char* sectionName = "DualCamerasCalibraionParam";
+constexpr const char* kSection = "DualCamerasCalibraionParam";
 
-constexpr std::array<params::Field<Frame>, 7> fields{{
-    {"Pixel", &Frame::Pixel},
-    {"StdImageWidth", &Frame::StdImageWidth},
-    {"StdImageHeight", &Frame::StdImageHeight},
-    {"DatumImagePtX", &Frame::DatumImagePtX},
-    {"DatumImagePtY", &Frame::DatumImagePtY},
+constexpr std::array<Field<Record>, 7> kFields{{
+    {"Pixel", &Record::Pixel},
+    {"StdImageWidth", &Record::StdImageWidth},
+    {"StdImageHeight", &Record::StdImageHeight},
+    {"DatumImagePtX", &Record::DatumImagePtX},
+    {"DatumImagePtY", &Record::DatumImagePtY},
     // Hosts expect whole world units back, cut towards zero.
-    {"DatumPtXw", &Frame::DatumPtXw, Reading::ThroughInteger},
-    {"DatumPtYw", &Frame::DatumPtYw, Reading::ThroughInteger},
+    {"DatumPtXw", &Record::DatumPtXw, Reading::kThroughInteger},
+    {"DatumPtYw", &Record::DatumPtYw, Reading::kThroughInteger},
 }};
 
 }  // namespace
+}  // namespace fisheye_calibration::params
+
+using namespace fisheye_calibration::params;
 
 bool SaveDualCamerasCalibrationParam(const char* path, DualFishEyeCalibrationParam param) {
-  params::saveRecord(path, sectionName, fields, param);
+  saveRecord(path, kSection, kFields, param);
   return true;
 }
 
 bool LoadDualCamerasCalibrationParam(const char* path, DualFishEyeCalibrationParam& param) {
-  params::loadRecord(path, sectionName, fields, param);
+  loadRecord(path, kSection, kFields, param);
   return true;
 }

@@ -10,17 +10,17 @@
 #include <variant>
 #include <vector>
 
-#include "params/number_text.h"
+#include "platform/number_text.h"
 #include "platform/profile_file.h"
 
-namespace params {
+namespace fisheye_calibration::params {
 
 // How a field's text becomes its value again. The files' users rely on each of these.
 enum class Reading {
-  Exact,           // as precisely as the field holds it
-  ThroughFloat,    // rounded to 32-bit float, in a field of 64 bits
-  ThroughInteger,  // whole numbers only: decimals are cut off, in a floating-point field
-  Skipped,         // written, but not read
+  kExact,           // as precisely as the field holds it
+  kThroughFloat,    // rounded to 32-bit float, in a field of 64 bits
+  kThroughInteger,  // whole numbers only: decimals are cut off, in a floating-point field
+  kSkipped,         // written, but not read
 };
 
 // Written with six decimals (32-bit float), fifteen (64-bit float) or as a whole number.
@@ -28,35 +28,35 @@ template <typename Record>
 struct Field {
   const char* key;
   std::variant<float Record::*, double Record::*, std::int32_t Record::*> member;
-  Reading reading = Reading::Exact;
+  Reading reading = Reading::kExact;
 };
 
-inline std::string fieldText(float value) { return fixedText(value, 6); }
-inline std::string fieldText(double value) { return fixedText(value, 15); }
+inline std::string fieldText(float value) { return platform::fixedText(value, 6); }
+inline std::string fieldText(double value) { return platform::fixedText(value, 15); }
 inline std::string fieldText(std::int32_t value) { return std::to_string(value); }
 
 // Empty text, which also stands for a missing key, gives 0.
 template <typename Value>
 Value fieldValue(const std::string& text, Reading reading) {
   if constexpr (std::is_integral_v<Value>) {
-    return parseInteger(text);
+    return platform::parseInteger(text);
   } else {
     switch (reading) {
-      case Reading::ThroughInteger:
-        return static_cast<Value>(parseInteger(text));
-      case Reading::ThroughFloat:
-        return static_cast<float>(parseReal(text));
+      case Reading::kThroughInteger:
+        return static_cast<Value>(platform::parseInteger(text));
+      case Reading::kThroughFloat:
+        return static_cast<float>(platform::parseReal(text));
       default:
-        return static_cast<Value>(parseReal(text));
+        return static_cast<Value>(platform::parseReal(text));
     }
   }
 }
 
-template <typename Record, std::size_t count>
+template <typename Record, std::size_t Count>
 void saveRecord(const char* path, const char* section,
-                const std::array<Field<Record>, count>& fields, const Record& record) try {
+                const std::array<Field<Record>, Count>& fields, const Record& record) try {
   std::vector<platform::ProfileEntry> entries;
-  entries.reserve(count);
+  entries.reserve(Count);
   for (const Field<Record>& field : fields) {
     entries.push_back({field.key, std::visit([&](auto member) { return fieldText(record.*member); },
                                              field.member)});
@@ -66,23 +66,23 @@ void saveRecord(const char* path, const char* section,
   // As any file that cannot be written: it stays as it was.
 }
 
-template <typename Record, std::size_t count>
+template <typename Record, std::size_t Count>
 void loadRecord(const char* path, const char* section,
-                const std::array<Field<Record>, count>& fields, Record& record) try {
+                const std::array<Field<Record>, Count>& fields, Record& record) try {
   for (const Field<Record>& field : fields) {
     std::visit([&](auto member) { record.*member = 0; }, field.member);
   }
   std::vector<const char*> keys;
-  keys.reserve(count);
+  keys.reserve(Count);
   for (const Field<Record>& field : fields) {
-    if (field.reading != Reading::Skipped) {
+    if (field.reading != Reading::kSkipped) {
       keys.push_back(field.key);
     }
   }
   const std::vector<std::string> texts = platform::readProfileValues(path, section, keys);
   auto text = texts.begin();
   for (const Field<Record>& field : fields) {
-    if (field.reading == Reading::Skipped) {
+    if (field.reading == Reading::kSkipped) {
       continue;
     }
     const auto store = [&](auto member) {
@@ -96,4 +96,4 @@ void loadRecord(const char* path, const char* section,
   // As any file that cannot be read: the fields are 0.
 }
 
-}  // namespace params
+}  // namespace fisheye_calibration::params

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-namespace platform {
+namespace fisheye_calibration::platform {
 
 void showMessage(const char* utf8Text) { std::fprintf(stderr, "%s\n", utf8Text); }
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

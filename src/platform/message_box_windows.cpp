@@ -8,7 +8,7 @@
 
 #include <string>
 
-namespace platform {
+namespace fisheye_calibration::platform {
 namespace {
 
 std::wstring wideText(const char* utf8Text) {
@@ -39,4 +39,4 @@ void showMessage(const char* utf8Text) {
 #endif
 }
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

@@ -7,7 +7,7 @@
 #include <sanitizer/tsan_interface.h>
 #endif
 
-namespace platform {
+namespace fisheye_calibration::platform {
 
 // Work on ranges of rows. ThreadSanitizer is told where threads begin and where they are waited
 // for: the image library is not built with it, so it does not see that by itself.
@@ -48,4 +48,4 @@ void forRowRanges(int rows, const Work& work) {
   ranges.acquire();
 }
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace platform {
+namespace fisheye_calibration::platform {
 
 // Keys hold no line break, '=' or NUL and do not begin with '[' or ';', which begins a comment;
 // values and section names no line break or NUL, section names no ']' either.
@@ -33,4 +33,4 @@ std::vector<std::string> readProfileValues(const char* path, const char* section
 bool writeProfileValues(const char* path, const char* section,
                         std::span<const ProfileEntry> entries);
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

@@ -2,7 +2,7 @@
 #include "platform/profile_text.h"
 #include "platform/whole_file.h"
 
-namespace platform {
+namespace fisheye_calibration::platform {
 
 std::vector<std::string> readProfileValues(const char* path, const char* section,
                                            std::span<const char* const> keys) {
@@ -31,4 +31,4 @@ bool writeProfileValues(const char* path, const char* section,
   return entries.empty() || replaceWholeFile(path, text);
 }
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

@@ -2,7 +2,7 @@
 
 #include "platform/profile_file.h"
 
-namespace platform {
+namespace fisheye_calibration::platform {
 
 std::vector<std::string> readProfileValues(const char* path, const char* section,
                                            std::span<const char* const> keys) {
@@ -32,4 +32,4 @@ bool writeProfileValues(const char* path, const char* section,
   return written;
 }
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

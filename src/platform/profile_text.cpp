@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <optional>
 
-namespace platform {
+namespace fisheye_calibration::platform {
 namespace {
 
 constexpr std::string_view lineEnd = "\r\n";
@@ -136,4 +136,4 @@ void setProfileValue(std::string& text, std::string_view section, std::string_vi
   }
 }
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform {
+namespace fisheye_calibration::platform {
 
 // The value, without one matching pair of quotes " or ' around it; empty where there is none. It
 // ends at a NUL byte.
@@ -23,4 +23,4 @@ std::string_view profileValue(std::string_view text, std::string_view section,
 void setProfileValue(std::string& text, std::string_view section, std::string_view key,
                      std::string_view value);
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

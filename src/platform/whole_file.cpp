@@ -11,7 +11,7 @@
 #include <optional>
 #include <system_error>
 
-namespace platform {
+namespace fisheye_calibration::platform {
 namespace {
 
 // Far above any parameter file; keeps a file given by mistake from exhausting the memory.
@@ -187,4 +187,4 @@ bool replaceWholeFile(const char* path, std::string_view content) {
   return true;
 }
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

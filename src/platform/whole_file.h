@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace platform {
+namespace fisheye_calibration::platform {
 
 enum class FileState {
   Read,
@@ -22,4 +22,4 @@ FileState readWholeFile(const char* path, std::string& content);
 // step fails.
 bool replaceWholeFile(const char* path, std::string_view content);
 
-}  // namespace platform
+}  // namespace fisheye_calibration::platform

@@ -1,45 +1,27 @@
 #include "registration/affine_fit.h"
 
-#include <charconv>
 #include <cstddef>
 #include <fstream>
 #include <limits>
 #include <string>
 #include <vector>
 
+#include "images/debug_files.h"
+#include "platform/number_text.h"
 #include "registration/eq_matrix.h"
 
+namespace fisheye_calibration {
 namespace {
 
-constexpr bool writesDebugFiles = FISHEYE_CALIBRATION_DEBUG_FILES != 0;
+constexpr int kUnknowns = 6;
 
-constexpr int unknowns = 6;
-
-// Appends the number as printf's "%f" prints it in the "C" locale, whatever locale the host has
-// set.
-[[maybe_unused]] void appendFixed(std::string& text, double value) {
-  // Room for the largest double: 309 digits, point, six decimals and sign.
-  char digits[std::numeric_limits<double>::max_exponent10 + 16];
-  const auto [end, error] =
-      std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6);
-  if (error == std::errc()) text.append(digits, end);
-}
-
-[[maybe_unused]] void writePairs(const std::vector<cv::Point2f>& src,
-                                 const std::vector<cv::Point2f>& dst) {
-  std::ofstream file("D:/Affine.txt");  // text mode: the system's own line ends
+void writePairs(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst) {
+  std::ofstream file(images::debug_files::kAffinePairs);  // text mode: the system's own line ends
   if (!file) return;
-  std::string line;
+  const auto text = [](float value) { return platform::fixedText(value, 6); };
   for (std::size_t i = 0; i < src.size(); ++i) {
-    line.clear();
-    appendFixed(line, src[i].x);
-    line += '\t';
-    appendFixed(line, src[i].y);
-    line += '\t';
-    appendFixed(line, dst[i].x);
-    line += '\t';
-    appendFixed(line, dst[i].y);
-    line += '\n';
+    const std::string line = text(src[i].x) + '\t' + text(src[i].y) + '\t' + text(dst[i].x) + '\t' +
+                             text(dst[i].y) + '\n';
     file.write(line.data(), static_cast<std::streamsize>(line.size()));
   }
 }
@@ -64,14 +46,14 @@ void setPair(CEQMatrix& A, CEQMatrix& b, int pair, const cv::Point2f& from, cons
 
 bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
                float* params) {
-  constexpr std::size_t mostPairs = std::numeric_limits<int>::max() / (2 * unknowns);
-  if (src.empty() || src.size() != dst.size() || src.size() > mostPairs || params == nullptr) {
+  constexpr std::size_t kMostPairs = std::numeric_limits<int>::max() / (2 * kUnknowns);
+  if (src.empty() || src.size() != dst.size() || src.size() > kMostPairs || params == nullptr) {
     return false;
   }
   const int pairs = static_cast<int>(src.size());
   CEQMatrix A;
   CEQMatrix b;
-  if (A.SetSize(2 * pairs, unknowns) == 0 || b.SetSize(2 * pairs, 1) == 0) return false;
+  if (A.SetSize(2 * pairs, kUnknowns) == 0 || b.SetSize(2 * pairs, 1) == 0) return false;
   for (int i = 0; i < pairs; ++i) {
     setPair(A, b, i, src[static_cast<std::size_t>(i)], dst[static_cast<std::size_t>(i)]);
   }
@@ -85,7 +67,11 @@ bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2
   const CEQMatrix p = N.Multiply(r);
   if (p.Data == nullptr) return false;
 
-  if constexpr (writesDebugFiles) writePairs(src, dst);
-  for (int i = 0; i < unknowns; ++i) params[i] = static_cast<float>(p.GetElement(i, 0));
+  if (images::kWritesDebugFiles) {
+    writePairs(src, dst);
+  }
+  for (int i = 0; i < kUnknowns; ++i) params[i] = static_cast<float>(p.GetElement(i, 0));
   return true;
 }
+
+}  // namespace fisheye_calibration

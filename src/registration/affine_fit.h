@@ -4,6 +4,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+namespace fisheye_calibration {
+
 // Fits u = a x + b y + e, v = c x + d y + f to the pairs (x, y) = src[i], (u, v) = dst[i] through
 // the normal equations in double precision; params receives a, b, c, d, e, f. Also writes the pairs
 // to the debug text file "D:/Affine.txt", one line "x<tab>y<tab>u<tab>v" of six decimals each; that
@@ -15,3 +17,5 @@
 // elimination left.
 bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
                float* params);
+
+}  // namespace fisheye_calibration

@@ -9,8 +9,7 @@
 #include <new>
 #include <utility>
 
-#include "platform/readable_memory.h"
-
+namespace fisheye_calibration {
 namespace {
 
 // A square matrix of order n during its inversion.
@@ -113,7 +112,7 @@ int CEQMatrix::SetSize(int rows, int cols) {
   if (count == 0) return 1;
   const auto elements = static_cast<std::size_t>(count);
   std::unique_ptr<double[]> storage(new (std::nothrow) double[elements]());
-  if (storage == nullptr || !platform::isReadable(storage.get(), elements * sizeof(double))) {
+  if (storage == nullptr) {
     return 0;
   }
   Data = storage.release();
@@ -177,3 +176,5 @@ CEQMatrix CEQMatrix::Transpose() const {
   }
   return T;
 }
+
+}  // namespace fisheye_calibration

@@ -3,6 +3,8 @@
 // compiler and machine.
 #pragma once
 
+namespace fisheye_calibration {
+
 // Row-major: element (r, c) is Data[r * Cols + c]. A matrix may be without storage (Data null):
 // when it is empty, when its size is refused or when there is no memory. Reads outside the matrix,
 // or without storage, give 0; such writes are dropped. No operation raises an exception. A
@@ -18,8 +20,8 @@ class CEQMatrix {
   virtual ~CEQMatrix();
 
   // Drops the old elements and makes a rows x cols matrix of zeros. Returns 1, or 0 when rows *
-  // cols is negative or above 2^31 - 1 or the memory is not to be had or not readable; Rows and
-  // Cols are then set all the same, and the matrix is without storage.
+  // cols is negative or above 2^31 - 1, or allocation fails; Rows and Cols are still set and Data
+  // is null.
   int SetSize(int rows, int cols);
 
   void SetElement(int row, int col, double value);
@@ -42,3 +44,5 @@ class CEQMatrix {
   int Rows = 0;
   double* Data = nullptr;  // owned, allocated as an array
 };
+
+}  // namespace fisheye_calibration

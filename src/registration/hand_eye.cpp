@@ -6,20 +6,25 @@
 #include "fisheye_calibration.h"
 #include "registration/affine_fit.h"
 
+namespace fisheye_calibration::registration {
 namespace {
 
 // An affine map has six coefficients, fixed by three points.
-constexpr std::size_t fewestPoints = 3;
+constexpr std::size_t kFewestPoints = 3;
 
 // The error figures have always looked at this many points and divided by the number of all; hosts
 // compare them with limits made for it.
-constexpr std::size_t pointsInError = 9;
+constexpr std::size_t kPointsInError = 9;
 
 }  // namespace
+}  // namespace fisheye_calibration::registration
+
+using namespace fisheye_calibration;
+using namespace fisheye_calibration::registration;
 
 bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const params, double& errorX,
                         double& errorY) {
-  if (points.size() < fewestPoints || params == nullptr) return false;
+  if (points.size() < kFewestPoints || params == nullptr) return false;
   std::vector<cv::Point2f> imagePoints;
   std::vector<cv::Point2f> worldPoints;
   imagePoints.reserve(points.size());
@@ -39,7 +44,7 @@ bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const para
   // Predictions and residuals are 32-bit floats, so their squares are exact in double.
   double sumX = 0.0;
   double sumY = 0.0;
-  for (std::size_t i = 0; i < std::min(points.size(), pointsInError); ++i) {
+  for (std::size_t i = 0; i < std::min(points.size(), kPointsInError); ++i) {
     const double x = imagePoints[i].x;
     const double y = imagePoints[i].y;
     const double residualX = worldPoints[i].x - static_cast<float>(a * x + b * y + e);

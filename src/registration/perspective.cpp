@@ -6,19 +6,21 @@
 #include <vector>
 
 #include "fisheye_calibration.h"
+#include "images/debug_files.h"
 
 #if FISHEYE_CALIBRATION_INTERACTIVE
 #include <opencv2/highgui.hpp>
 
-#include "registration/display.h"
+#include "platform/display.h"
 #endif
 
+namespace fisheye_calibration::registration {
 namespace {
 
-constexpr std::size_t pointsOfTransform = 4;
+constexpr std::size_t kPoints = 4;
 
 // Size of the straightened picture, whatever the input's.
-constexpr int straightenedSize = 5184;
+constexpr int kStraightenedSize = 5184;
 
 std::vector<cv::Point2f> imagePointsOf(const std::vector<CalibrationPoint>& points) {
   std::vector<cv::Point2f> imagePoints;
@@ -47,7 +49,7 @@ std::vector<cv::Point2f> worldLayoutInPixels(const std::vector<CalibrationPoint>
   const double x0 = first.ImagePtX;
   const double y0 = first.ImagePtY;
   std::vector<cv::Point2f> layout{{first.ImagePtX, first.ImagePtY}};
-  for (std::size_t k = 1; k < pointsOfTransform; ++k) {
+  for (std::size_t k = 1; k < kPoints; ++k) {
     const double dx = static_cast<double>(points[k].Xw) - first.Xw;
     const double dy = static_cast<double>(points[k].Yw) - first.Yw;
     layout.emplace_back(static_cast<float>(dx / s + x0), static_cast<float>(dy / s + y0));
@@ -57,7 +59,7 @@ std::vector<cv::Point2f> worldLayoutInPixels(const std::vector<CalibrationPoint>
 
 void showUntilKey([[maybe_unused]] const cv::Mat& image) {
 #if FISHEYE_CALIBRATION_INTERACTIVE
-  requireDisplay();
+  platform::requireDisplay();
   cv::imshow("Transformed Image", image);
   cv::waitKey(0);
   cv::destroyAllWindows();
@@ -65,6 +67,10 @@ void showUntilKey([[maybe_unused]] const cv::Mat& image) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::registration
+
+using namespace fisheye_calibration;
+using namespace fisheye_calibration::registration;
 
 bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points, double* const, double&,
                                        double&) {
@@ -72,16 +78,16 @@ bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points, dou
   const std::vector<cv::Point2f> source = imagePointsOf(points);
   // Any other number of points is refused by the image library, which wants four in both lists.
   std::vector<cv::Point2f> destination;
-  if (points.size() == pointsOfTransform) destination = worldLayoutInPixels(points);
+  if (points.size() == kPoints) destination = worldLayoutInPixels(points);
   const cv::Mat M = cv::getPerspectiveTransform(source, destination, cv::DECOMP_LU);
 
-  const cv::Mat picture = cv::imread("D:/CorrectedImage.bmp", cv::IMREAD_COLOR);
+  const cv::Mat picture = cv::imread(images::debug_files::kToStraighten, cv::IMREAD_COLOR);
   cv::Mat straightened;
-  cv::warpPerspective(picture, straightened, M, cv::Size(straightenedSize, straightenedSize),
+  cv::warpPerspective(picture, straightened, M, cv::Size(kStraightenedSize, kStraightenedSize),
                       cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar());
   showUntilKey(straightened);
-  if constexpr (FISHEYE_CALIBRATION_DEBUG_FILES != 0) {
-    cv::imwrite("D:/CorrectedImage2.bmp", straightened);  // that it fails is no failure
+  if (images::kWritesDebugFiles) {
+    cv::imwrite(images::debug_files::kStraightened, straightened);  // its result is ignored
   }
   return true;
 }

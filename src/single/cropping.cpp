@@ -1,16 +1,23 @@
 #include "fisheye_calibration.h"
-#include "single/buffer_rectangle.h"
+#include "images/pixel_format.h"
+#include "images/rectangle.h"
 
+namespace fisheye_calibration::single {
 namespace {
 
 // trunc(length/2 + 0.5) of a positive length.
 std::int64_t centreOf(ImageLong length) { return (std::int64_t{length} + 1) / 2; }
 
 }  // namespace
+}  // namespace fisheye_calibration::single
+
+using namespace fisheye_calibration;
 
 void CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight, int bitCount,
                    unsigned char* dst, ImageLong dstWidth, ImageLong dstHeight) {
-  single::copyRectangle({src, srcWidth, srcHeight}, bitCount,
-                        centreOf(srcWidth) - centreOf(dstWidth),
-                        centreOf(srcHeight) - centreOf(dstHeight), {dst, dstWidth, dstHeight});
+  using single::centreOf;
+  const int bytes = images::bytesPerPixel(bitCount);
+  images::copyRectangle({src, srcWidth, srcHeight, bytes}, centreOf(srcWidth) - centreOf(dstWidth),
+                        centreOf(srcHeight) - centreOf(dstHeight),
+                        {dst, dstWidth, dstHeight, bytes});
 }

@@ -1,6 +1,7 @@
 #include "fisheye_calibration.h"
 #include "single/record.h"
 
+namespace fisheye_calibration::single {
 namespace {
 
 // What the host gets: 32-bit floats.
@@ -10,6 +11,10 @@ void store(const cv::Point2d& point, float& x, float& y) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::single
+
+using namespace fisheye_calibration;
+using namespace fisheye_calibration::single;
 
 bool RawImageToCorrectedImagePoint(float, float, FishEyeCalibrationParam, float&, float&) {
   return true;
@@ -17,18 +22,17 @@ bool RawImageToCorrectedImagePoint(float, float, FishEyeCalibrationParam, float&
 
 bool WorldToRawImagePoint(float Xw, float Yw, float Zw, FishEyeCalibrationParam param, float& x,
                           float& y) {
-  store(fisheye::projectPoint(single::rawCamera(param),
-                              fisheye::rotationFromVector(single::rotationVector(param)),
-                              single::translation(param), {Xw, Yw, Zw}),
+  store(lens::projectPoint(rawCamera(param), lens::rotationFromVector(rotationVector(param)),
+                           translation(param), {Xw, Yw, Zw}),
         x, y);
   return true;
 }
 
 bool WorldToCorrectedImagePoint(float Xw, float Yw, float Zw, FishEyeCalibrationParam param,
                                 float cx, float cy, float& x, float& y) {
-  store(fisheye::projectPinhole(single::correctedCamera(param, cx, cy),
-                                fisheye::rotationFromVector(single::rotationVector(param)),
-                                single::translation(param), {Xw, Yw, Zw}),
+  store(lens::projectPinhole(correctedCamera(param, cx, cy),
+                             lens::rotationFromVector(rotationVector(param)), translation(param),
+                             {Xw, Yw, Zw}),
         x, y);
   return true;
 }

@@ -1,19 +1,19 @@
-// The one place where a camera record becomes the camera model's inputs.
+// The one place where a camera record becomes the mathematics' inputs, and back.
 #pragma once
 
-#include "fisheye/camera.h"
-#include "fisheye/rotation.h"
 #include "fisheye_calibration.h"
+#include "lens/camera.h"
+#include "lens/rotation.h"
 
-namespace single {
+namespace fisheye_calibration::single {
 
 // The raw image's camera.
-inline fisheye::Camera rawCamera(const FishEyeCalibrationParam& param) {
+inline lens::Camera rawCamera(const FishEyeCalibrationParam& param) {
   return {param.fx, param.fy, param.u0, param.v0, param.k0, param.k1, param.skewness};
 }
 
 // The ideal camera of a corrected image whose centre is (cx, cy).
-inline fisheye::Camera correctedCamera(const FishEyeCalibrationParam& param, float cx, float cy) {
+inline lens::Camera correctedCamera(const FishEyeCalibrationParam& param, float cx, float cy) {
   return {param.fx, param.fy, cx, cy, 0, 0, param.skewness};
 }
 
@@ -25,4 +25,26 @@ inline cv::Vec3d translation(const FishEyeCalibrationParam& param) {
   return {param.Tx, param.Ty, param.Tz};
 }
 
-}  // namespace single
+// R1...R9; written for the host, never read.
+inline void storeRotationMatrix(const cv::Matx33d& R, FishEyeCalibrationParam& param) {
+  float* const fields[] = {&param.R1, &param.R2, &param.R3, &param.R4, &param.R5,
+                           &param.R6, &param.R7, &param.R8, &param.R9};
+  for (int i = 0; i < 9; ++i) {
+    *fields[i] = static_cast<float>(R.val[i]);
+  }
+}
+
+// p1...p9: the homography from the corrected to the second-corrected image.
+inline cv::Matx33d homography(const FishEyeCalibrationParam& param) {
+  return {param.p1, param.p2, param.p3, param.p4, param.p5, param.p6, param.p7, param.p8, param.p9};
+}
+
+inline void storeHomography(const cv::Matx33d& H, FishEyeCalibrationParam& param) {
+  double* const fields[] = {&param.p1, &param.p2, &param.p3, &param.p4, &param.p5,
+                            &param.p6, &param.p7, &param.p8, &param.p9};
+  for (int i = 0; i < 9; ++i) {
+    *fields[i] = H.val[i];
+  }
+}
+
+}  // namespace fisheye_calibration::single

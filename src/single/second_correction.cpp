@@ -5,7 +5,7 @@
 
 #include "single/record.h"
 
-namespace single {
+namespace fisheye_calibration::single {
 namespace {
 
 constexpr double kReprojectionThreshold = 3.0;  // pixels
@@ -18,11 +18,11 @@ std::vector<cv::Point2f> correctedPositions(const std::vector<CalibrationPoint>&
                                             float cy) {
   std::vector<cv::Point2f> positions;
   positions.reserve(points.size());
-  const fisheye::Camera camera = correctedCamera(param, cx, cy);
-  const cv::Matx33d R = fisheye::rotationFromVector(rotationVector(param));
+  const lens::Camera camera = correctedCamera(param, cx, cy);
+  const cv::Matx33d R = lens::rotationFromVector(rotationVector(param));
   const cv::Vec3d T = translation(param);
   for (const CalibrationPoint& point : points) {
-    positions.emplace_back(fisheye::projectPinhole(camera, R, T, {point.Xw, point.Yw, 0}));
+    positions.emplace_back(lens::projectPinhole(camera, R, T, {point.Xw, point.Yw, 0}));
   }
   return positions;
 }
@@ -32,14 +32,6 @@ float length(float dx, float dy) { return std::sqrt(dx * dx + dy * dy); }
 cv::Point2d apply(const cv::Matx33d& H, double x, double y) {
   const cv::Vec3d p = H * cv::Vec3d(x, y, 1);
   return {p[0] / p[2], p[1] / p[2]};
-}
-
-void storeHomography(const cv::Matx33d& H, FishEyeCalibrationParam& param) {
-  double* const fields[] = {&param.p1, &param.p2, &param.p3, &param.p4, &param.p5,
-                            &param.p6, &param.p7, &param.p8, &param.p9};
-  for (int i = 0; i < 9; ++i) {
-    *fields[i] = H.val[i];
-  }
 }
 
 }  // namespace
@@ -81,4 +73,4 @@ bool fitSecondCorrection(const std::vector<CalibrationPoint>& points, ImageLong 
   return true;
 }
 
-}  // namespace single
+}  // namespace fisheye_calibration::single

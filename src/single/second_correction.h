@@ -6,7 +6,7 @@
 
 #include "fisheye_calibration.h"
 
-namespace single {
+namespace fisheye_calibration::single {
 
 // Fits p1...p9, Pixel, the datum point and the shift to the points, for a corrected image of the
 // given size. The intrinsics and the pose of `param` must be there. False, with `param` untouched,
@@ -20,4 +20,4 @@ namespace single {
 bool fitSecondCorrection(const std::vector<CalibrationPoint>& points, ImageLong correctedWidth,
                          ImageLong correctedHeight, FishEyeCalibrationParam& param);
 
-}  // namespace single
+}  // namespace fisheye_calibration::single

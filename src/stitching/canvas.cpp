@@ -4,23 +4,23 @@
 #include <cstring>
 #include <vector>
 
+#include "images/pixel_format.h"
 #include "platform/parallel_rows.h"
-#include "single/pixel_format.h"
 #include "stitching/contribution_span.h"
 #include "stitching/second_positions.h"
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 namespace {
 
 // Any mask byte but one shows content.
-bool hasContent(unsigned char mask) { return mask < single::kNoContent; }
+bool hasContent(unsigned char mask) { return mask < images::kNoContent; }
 
 // Rightmost column with content of each buffer row of the view. Column 0 is not looked at.
 std::vector<std::int32_t> seamOf(const DoubledView& view) {
   const std::int32_t rows = view.width > 0 ? std::max(view.height, 0) : 0;
   std::vector<std::int32_t> seam(static_cast<std::size_t>(rows), 0);
   for (std::size_t y = 0; y < seam.size(); ++y) {
-    const unsigned char* const mask = view.mask.get() + y * static_cast<std::size_t>(view.width);
+    const unsigned char* const mask = view.validity().bufferRow(static_cast<std::int64_t>(y));
     std::int32_t column = view.width - 1;
     while (column > 0 && !hasContent(mask[column])) {
       --column;
@@ -81,7 +81,7 @@ void copyFirst(const Row& row, std::int32_t begin, std::int32_t end) {
       c += static_cast<std::int32_t>(std::find_if(from, last, hasContent) - from);
       continue;
     }
-    const auto count = static_cast<std::size_t>(std::find(from, last, single::kNoContent) - from);
+    const auto count = static_cast<std::size_t>(std::find(from, last, images::kNoContent) - from);
     const std::size_t offset = static_cast<std::size_t>(c) * Bytes;
     std::memcpy(row.pixels + offset, row.firstPixels + offset, count * Bytes);
     c += static_cast<std::int32_t>(count);
@@ -120,20 +120,16 @@ void copyOrBlend(const Row& row, const Span& span, const DoubledView& second,
 
 template <int Bytes>
 void composeRows(const DoubledView& first, const DoubledView& second, const cv::Matx33d& M,
-                 const Canvas& canvas) {
+                 const images::Target& canvas) {
   const std::vector<std::int32_t> seam = seamOf(first);
   const std::int64_t offsetY = verticalOffset(canvas.height, first.height);
   const auto composeRow = [&](int r) {
     const std::int64_t y1 = r - offsetY;
-    Row row{canvas.pixels +
-                static_cast<std::size_t>(r) * static_cast<std::size_t>(canvas.width) * Bytes,
-            static_cast<double>(y1)};
+    Row row{canvas.bufferRow(r), static_cast<double>(y1)};
     if (first.width > 0 && 0 <= y1 && y1 < first.height) {
-      const std::size_t start =
-          static_cast<std::size_t>(y1) * static_cast<std::size_t>(first.width);
       row.firstEnd = std::min(first.width, canvas.width);
-      row.firstPixels = first.pixels.get() + start * Bytes;
-      row.firstMask = first.mask.get() + start;
+      row.firstPixels = first.picture().bufferRow(y1);
+      row.firstMask = first.validity().bufferRow(y1);
       row.seam = seam[static_cast<std::size_t>(y1)];
     }
     const Span span =
@@ -160,18 +156,18 @@ std::int64_t verticalOffset(std::int32_t canvasHeight, std::int32_t viewHeight) 
 }
 
 void compose(const DoubledView& first, const DoubledView& second, const cv::Matx33d& M,
-             const Canvas& canvas) {
+             const images::Target& canvas) {
   if (canvas.width <= 0 || canvas.height <= 0) {
     return;
   }
-  switch (canvas.bits) {
-    case 8:
+  switch (canvas.bytes) {
+    case 1:
       composeRows<1>(first, second, M, canvas);
       break;
-    case 24:
+    case 3:
       composeRows<3>(first, second, M, canvas);
       break;
-    case 32:
+    case 4:
       composeRows<4>(first, second, M, canvas);
       break;
     default:
@@ -179,4 +175,4 @@ void compose(const DoubledView& first, const DoubledView& second, const cv::Matx
   }
 }
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

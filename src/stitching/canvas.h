@@ -4,17 +4,10 @@
 #include <cstdint>
 #include <opencv2/core.hpp>
 
+#include "images/view.h"
 #include "stitching/doubled_view.h"
 
-namespace stitching {
-
-// The host's buffer, rows bottom-up without padding.
-struct Canvas {
-  unsigned char* pixels;
-  std::int32_t width;
-  std::int32_t height;
-  int bits;
-};
+namespace fisheye_calibration::stitching {
 
 // Buffer row of the canvas on which the first view's buffer row 0 lies: the view is centred, cut
 // towards zero, and lies partly below row 0 when it is higher than the canvas.
@@ -27,9 +20,9 @@ std::int64_t verticalOffset(std::int32_t canvasHeight, std::int32_t viewHeight);
 // column with content on that row (0 if there is none from column 1 on). When c0 is not left of the
 // seam the row takes the mean. Pixels where neither has content keep their value.
 //
-// Both views must have the canvas's bits, which must be supported. Rows are computed in parallel;
-// the result does not depend on how they are split.
+// Both views must have the canvas's bytes a pixel, which must not be 0. Rows are computed in
+// parallel; the result does not depend on how they are split.
 void compose(const DoubledView& first, const DoubledView& second, const cv::Matx33d& M,
-             const Canvas& canvas);
+             const images::Target& canvas);
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

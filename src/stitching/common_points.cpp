@@ -3,6 +3,7 @@
 
 #include "fisheye_calibration.h"
 
+namespace fisheye_calibration::stitching {
 namespace {
 
 struct Occurrence {
@@ -21,6 +22,9 @@ void appendOccurrences(const std::vector<CalibrationPoint>& points, int idCount,
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::stitching
+
+using namespace fisheye_calibration::stitching;
 
 // What makes a point shared is that its id occurs exactly twice in both lists together. Sorting
 // costs n log n whatever the ids are; a table of counters would be as large as the range of ids.

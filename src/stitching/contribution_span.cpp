@@ -6,7 +6,7 @@
 
 #include "stitching/saturation.h"
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 namespace {
 
 // f(c) = slope c + constant with a bound on how far any value computed for it on the span, in
@@ -79,4 +79,4 @@ Span contributionSpan(const cv::Matx33d& M, double row, std::int32_t width, cons
   return span;
 }
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <opencv2/core.hpp>
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 
 struct Span {
   std::int32_t begin = 0;
@@ -18,4 +18,4 @@ struct Span {
 // that are not taken either.
 Span contributionSpan(const cv::Matx33d& M, double row, std::int32_t width, const cv::Size& size);
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

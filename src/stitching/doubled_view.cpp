@@ -4,14 +4,14 @@
 #include <limits>
 #include <new>
 
-#include "single/pixel_format.h"
-#include "stitching/debug_bitmap.h"
+#include "images/debug_bitmap.h"
+#include "images/debug_files.h"
+#include "images/pixel_format.h"
 #include "stitching/saturation.h"
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 namespace {
 
-constexpr bool kWritesDebugFiles = FISHEYE_CALIBRATION_DEBUG_FILES != 0;
 constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
 
 struct DebugPaths {
@@ -19,11 +19,11 @@ struct DebugPaths {
   const char* mask;
 };
 
-[[maybe_unused]] DebugPaths debugPaths(Side side) {
-  if (side == Side::left) {
-    return {"D:/LeftCorrectedImage.bmp", "D:/LeftMaskImage.bmp"};
+DebugPaths debugPaths(Side side) {
+  if (side == Side::kLeft) {
+    return {images::debug_files::kLeftView, images::debug_files::kLeftMask};
   }
-  return {"D:/RightCorrectedImage.bmp", "D:/RightMaskImage.bmp"};
+  return {images::debug_files::kRightView, images::debug_files::kRightMask};
 }
 
 // Bytes of both buffers.
@@ -32,7 +32,7 @@ struct BufferSizes {
   std::size_t mask = 0;
 };
 
-BufferSizes bufferSizes(const Camera& camera) {
+BufferSizes bufferSizes(const CameraInput& camera) {
   const std::int64_t width = doubledWidth(camera);
   const std::int64_t height = doubledHeight(camera);
   if (width <= 0 || height <= 0) {
@@ -50,13 +50,13 @@ BufferSizes bufferSizes(const Camera& camera) {
 }
 
 // False, with the buffers as they were, when there is nothing to show.
-bool correct(const Camera& camera, DoubledView& view) {
-  return single::bytesPerPixel(camera.bits) != 0 &&
+bool correct(const CameraInput& camera, DoubledView& view) {
+  return images::bytesPerPixel(camera.bits) != 0 &&
          SingleCamCorrected(camera.image, camera.width, camera.height, camera.bits, camera.param,
                             view.pixels.get(), view.width, view.height, view.mask.get());
 }
 
-DoubledView render(const Camera& camera, const BufferSizes& sizes) {
+DoubledView render(const CameraInput& camera, const BufferSizes& sizes) {
   DoubledView view;
   view.width = doubledWidth(camera);
   view.height = doubledHeight(camera);
@@ -65,49 +65,47 @@ DoubledView render(const Camera& camera, const BufferSizes& sizes) {
   view.mask = std::make_unique_for_overwrite<unsigned char[]>(sizes.mask);
   if (!correct(camera, view)) {
     std::memset(view.pixels.get(), 0, sizes.pixels);
-    std::memset(view.mask.get(), single::kNoContent, sizes.mask);
+    std::memset(view.mask.get(), images::kNoContent, sizes.mask);
   }
   return view;
 }
 
-// Failures do not matter: the files only help to look into what happened.
-void writeDebugBitmaps([[maybe_unused]] const DoubledView& view, [[maybe_unused]] Side side) {
-  if constexpr (kWritesDebugFiles) {
-    const DebugPaths paths = debugPaths(side);
-    WriteDebugBitmap(view.pixels.get(), view.width, view.height, view.bits, paths.view);
-    WriteDebugBitmap(view.mask.get(), view.width, view.height, 8, paths.mask);
+void writeDebugBitmaps(const DoubledView& view, Side side) {
+  if (!images::kWritesDebugFiles) {
+    return;
   }
+  const DebugPaths paths = debugPaths(side);
+  WriteDebugBitmap(view.pixels.get(), view.width, view.height, view.bits, paths.view);
+  WriteDebugBitmap(view.mask.get(), view.width, view.height, 8, paths.mask);
 }
 
-bool canWriteDebugBitmaps([[maybe_unused]] Side side) {
-  if constexpr (kWritesDebugFiles) {
-    const DebugPaths paths = debugPaths(side);
-    return CanWriteDebugBitmap(paths.view) || CanWriteDebugBitmap(paths.mask);
-  }
-  return false;
+bool canWriteDebugBitmaps(Side side) {
+  const DebugPaths paths = debugPaths(side);
+  return images::kWritesDebugFiles &&
+         (CanWriteDebugBitmap(paths.view) || CanWriteDebugBitmap(paths.mask));
 }
 
 }  // namespace
 
-std::int32_t doubledWidth(const Camera& camera) {
+std::int32_t doubledWidth(const CameraInput& camera) {
   return saturated(2 * std::int64_t{camera.width});
 }
 
-std::int32_t doubledHeight(const Camera& camera) {
+std::int32_t doubledHeight(const CameraInput& camera) {
   return saturated(2 * std::int64_t{camera.height});
 }
 
-DoubledView renderDoubledView(const Camera& camera, Side side) {
+DoubledView renderDoubledView(const CameraInput& camera, Side side) {
   DoubledView view = render(camera, bufferSizes(camera));
   writeDebugBitmaps(view, side);
   return view;
 }
 
-void renderForDebugBitmaps(const Camera& camera, Side side) {
+void renderForDebugBitmaps(const CameraInput& camera, Side side) {
   const BufferSizes sizes = bufferSizes(camera);
   if (canWriteDebugBitmaps(side)) {
     writeDebugBitmaps(render(camera, sizes), side);
   }
 }
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

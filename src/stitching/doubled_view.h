@@ -7,11 +7,13 @@
 #include <vector>
 
 #include "fisheye_calibration.h"
+#include "images/pixel_format.h"
+#include "images/view.h"
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 
-// One camera as the host hands it over.
-struct Camera {
+// One camera as the host hands it over. Any of it may be unusable.
+struct CameraInput {
   unsigned char* image;
   ImageLong width;
   ImageLong height;
@@ -21,11 +23,11 @@ struct Camera {
 };
 
 // Twice the frame's size, at most what 32 bits hold.
-std::int32_t doubledWidth(const Camera& camera);
-std::int32_t doubledHeight(const Camera& camera);
+std::int32_t doubledWidth(const CameraInput& camera);
+std::int32_t doubledHeight(const CameraInput& camera);
 
 // The first camera's files are called left, the second's right.
-enum class Side { left, right };
+enum class Side { kLeft, kRight };
 
 struct DoubledView {
   std::int32_t width = 0;
@@ -33,15 +35,20 @@ struct DoubledView {
   int bits = 0;
   std::unique_ptr<unsigned char[]> pixels;  // rows bottom-up, no padding
   std::unique_ptr<unsigned char[]> mask;    // below 255: the pixel shows image content
+
+  images::Target picture() const {
+    return {pixels.get(), width, height, images::bytesPerPixel(bits)};
+  }
+  images::Target validity() const { return {mask.get(), width, height, 1}; }
 };
 
 // Corrects the camera's frame and writes view and mask as debug bitmaps. A frame that cannot be
 // corrected gives a black view without content. Raises std::bad_alloc when a buffer would take more
 // than 2^31 - 1 bytes.
-DoubledView renderDoubledView(const Camera& camera, Side side);
+DoubledView renderDoubledView(const CameraInput& camera, Side side);
 
 // The same for the sake of the debug bitmaps alone: where none of them can be opened nothing is
 // rendered.
-void renderForDebugBitmaps(const Camera& camera, Side side);
+void renderForDebugBitmaps(const CameraInput& camera, Side side);
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

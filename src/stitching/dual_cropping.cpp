@@ -1,8 +1,11 @@
 #include "fisheye_calibration.h"
+#include "images/pixel_format.h"
+#include "images/rectangle.h"
 #include "platform/message_box.h"
-#include "single/buffer_rectangle.h"
-#include "single/pixel_format.h"
 #include "stitching/saturation.h"
+
+using namespace fisheye_calibration;
+using stitching::saturated;
 
 void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight,
                            int bitCount, int cropLeft, int cropTop,
@@ -14,15 +17,16 @@ void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong src
   }
   // The picture's rows are counted from the top, the buffer's from the bottom.
   const std::int64_t bottomRow = std::int64_t{srcHeight} - cropTop - dstHeight;
-  if (single::bytesPerPixel(bitCount) != 0 && dstWidth > 0 && dstHeight > 0) {
+  const int bytes = images::bytesPerPixel(bitCount);
+  if (bytes != 0 && dstWidth > 0 && dstHeight > 0) {
     if (src == nullptr || dst == nullptr) {
       return;
     }
-    single::copyRectangle({src, srcWidth, srcHeight}, bitCount, cropLeft, bottomRow,
-                          {dst, dstWidth, dstHeight});
+    images::copyRectangle({src, srcWidth, srcHeight, bytes}, cropLeft, bottomRow,
+                          {dst, dstWidth, dstHeight, bytes});
   }
-  dual.StdImageWidth = static_cast<std::int32_t>(dstWidth);
-  dual.StdImageHeight = static_cast<std::int32_t>(dstHeight);
-  dual.DatumImagePtX = stitching::saturated(std::int64_t{dual.DatumImagePtX} - cropLeft);
-  dual.DatumImagePtY = stitching::saturated(dual.DatumImagePtY - bottomRow);
+  dual.StdImageWidth = dstWidth;
+  dual.StdImageHeight = dstHeight;
+  dual.DatumImagePtX = saturated(std::int64_t{dual.DatumImagePtX} - cropLeft);
+  dual.DatumImagePtY = saturated(dual.DatumImagePtY - bottomRow);
 }

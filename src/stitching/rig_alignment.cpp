@@ -5,7 +5,7 @@
 
 #include "stitching/saturation.h"
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 namespace {
 
 // World coordinates are expected below this.
@@ -47,7 +47,7 @@ std::array<std::size_t, 4> nearestToCorners(const std::vector<CalibrationPoint>&
 
 }  // namespace
 
-std::optional<CornerPairs> cornerPairs(const Camera& first, const Camera& second) {
+std::optional<CornerPairs> cornerPairs(const CameraInput& first, const CameraInput& second) {
   std::vector<CalibrationPoint> firstCommon;
   std::vector<CalibrationPoint> secondCommon;
   const auto idCount = static_cast<std::int64_t>(first.points.size() + second.points.size());
@@ -73,11 +73,11 @@ cv::Point2f viewPixel(const cv::Point2f& world, const FishEyeCalibrationParam& p
   return {static_cast<float>(u), static_cast<float>(lastRow ? *lastRow - v : v)};
 }
 
-cv::Matx33d firstToSecond(const CornerPairs& pairs, const Camera& first, const Camera& second,
-                          Rows rows) {
+cv::Matx33d firstToSecond(const CornerPairs& pairs, const CameraInput& first,
+                          const CameraInput& second, Rows rows) {
   const cv::Size2d half(doubledWidth(first) * 0.5, doubledHeight(first) * 0.5);
-  const auto lastRow = [rows](const Camera& camera) -> std::optional<double> {
-    return rows == Rows::buffer ? std::optional(doubledHeight(camera) - 1.0) : std::nullopt;
+  const auto lastRow = [rows](const CameraInput& camera) -> std::optional<double> {
+    return rows == Rows::kBuffer ? std::optional(doubledHeight(camera) - 1.0) : std::nullopt;
   };
   std::array<cv::Point2f, 4> from;
   std::array<cv::Point2f, 4> to;
@@ -88,4 +88,4 @@ cv::Matx33d firstToSecond(const CornerPairs& pairs, const Camera& first, const C
   return cv::getPerspectiveTransform(from.data(), to.data(), cv::DECOMP_LU);
 }
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

@@ -7,7 +7,7 @@
 
 #include "stitching/doubled_view.h"
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 
 // World points that both cameras saw near the corners of the area they share, in the order
 // top-left, top-right, bottom-left, bottom-right. Element by element the same target point.
@@ -19,7 +19,7 @@ struct CornerPairs {
 // Nothing when the lists share no point or do not pair. The area is the bounding box of the first
 // camera's shared points, which are expected within 0...10000; of points equally near a corner the
 // one of the smallest id is taken.
-std::optional<CornerPairs> cornerPairs(const Camera& first, const Camera& second);
+std::optional<CornerPairs> cornerPairs(const CameraInput& first, const CameraInput& second);
 
 // Where a doubled view shows a world point:
 //   u = (X - DatumPtXw)/Pixel + half.width
@@ -30,13 +30,13 @@ cv::Point2f viewPixel(const cv::Point2f& world, const FishEyeCalibrationParam& p
 
 // In which order the rows of a view are counted: as in the picture, from the top, or as in the
 // buffer, from the bottom.
-enum class Rows { picture, buffer };
+enum class Rows { kPicture, kBuffer };
 
 // The perspective transform that takes a pixel of the first doubled view to the pixel of the second
 // one that shows the same point of the bed. The first view's halves centre the points of both
 // cameras; buffer rows are mirrored at each view's own last row. It may hold anything, NaN
 // included, when the points span no area or a record is not usable.
-cv::Matx33d firstToSecond(const CornerPairs& pairs, const Camera& first, const Camera& second,
-                          Rows rows);
+cv::Matx33d firstToSecond(const CornerPairs& pairs, const CameraInput& first,
+                          const CameraInput& second, Rows rows);
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

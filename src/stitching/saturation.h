@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 
 constexpr std::int32_t saturated(std::int64_t value) {
   using Limits = std::numeric_limits<std::int32_t>;
@@ -24,4 +24,4 @@ constexpr std::int64_t truncated(double value) {
 // Adds one half and cuts towards zero, so -77.4 becomes -76.
 constexpr std::int64_t halfAddedAndTruncated(double value) { return truncated(value + 0.5); }
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

@@ -6,7 +6,7 @@
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
-namespace stitching {
+namespace fisheye_calibration::stitching {
 namespace HWY_NAMESPACE {
 namespace {
 
@@ -60,11 +60,11 @@ void SecondPositions(const cv::Matx33d& M, double row, std::int32_t column, int 
 
 }  // namespace
 }  // namespace HWY_NAMESPACE
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-namespace stitching {
+namespace fisheye_calibration::stitching {
 
 HWY_EXPORT(SecondPositions);
 
@@ -73,5 +73,5 @@ void secondPositions(const cv::Matx33d& M, double row, std::int32_t column, int 
   HWY_DYNAMIC_DISPATCH(SecondPositions)(M, row, column, count, size, positions);
 }
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching
 #endif  // HWY_ONCE

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <opencv2/core.hpp>
 
-namespace stitching {
+namespace fisheye_calibration::stitching {
 
 // As many columns as one call takes.
 constexpr int kPositionsAtOnce = 512;
@@ -22,4 +22,4 @@ constexpr int kPositionsAtOnce = 512;
 void secondPositions(const cv::Matx33d& M, double row, std::int32_t column, int count,
                      const cv::Size& size, std::int32_t* positions);
 
-}  // namespace stitching
+}  // namespace fisheye_calibration::stitching

@@ -5,9 +5,8 @@
 #include "stitching/rig_alignment.h"
 #include "stitching/saturation.h"
 
+namespace fisheye_calibration::stitching {
 namespace {
-
-using stitching::Camera;
 
 // Least and greatest of pixel coordinates, 0 among them.
 class Extent {
@@ -22,14 +21,14 @@ class Extent {
   // Adds one half, cuts to a whole number and narrows. What is not a number lies nowhere.
   void includeRounded(double value) {
     if (value == value) {
-      include(static_cast<float>(stitching::halfAddedAndTruncated(value)));
+      include(static_cast<float>(halfAddedAndTruncated(value)));
     }
   }
 
   // A multiple of 4 that holds them all.
   std::int32_t roundedUpLength() const {
     constexpr std::int64_t largest = 0x7FFFFFFC;
-    const std::int64_t length = stitching::truncated(greatest_ - least_);
+    const std::int64_t length = truncated(greatest_ - least_);
     return static_cast<std::int32_t>((std::min(length, largest) + 3) / 4 * 4);
   }
 
@@ -39,6 +38,9 @@ class Extent {
 };
 
 }  // namespace
+}  // namespace fisheye_calibration::stitching
+
+using namespace fisheye_calibration::stitching;
 
 bool ComputeStitchedImageSize(unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
                               FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1,
@@ -47,19 +49,19 @@ bool ComputeStitchedImageSize(unsigned char* image1, ImageLong width1, ImageLong
                               ImageLong& stitchedWidth, ImageLong& stitchedHeight,
                               int& stitchedBits) {
   stitchedBits = bits1;
-  const Camera first{image1, width1, height1, bits1, param1, points1};
-  const Camera second{image2, width2, height2, bits2, param2, points2};
-  stitching::renderForDebugBitmaps(first, stitching::Side::left);
-  stitching::renderForDebugBitmaps(second, stitching::Side::right);
-  const auto pairs = stitching::cornerPairs(first, second);
+  const CameraInput first{image1, width1, height1, bits1, param1, points1};
+  const CameraInput second{image2, width2, height2, bits2, param2, points2};
+  renderForDebugBitmaps(first, Side::kLeft);
+  renderForDebugBitmaps(second, Side::kRight);
+  const auto pairs = cornerPairs(first, second);
   if (!pairs) {
     return false;
   }
 
   // The canvas holds the second view's rectangle and the place where the transform puts it.
-  const cv::Matx33d M = stitching::firstToSecond(*pairs, first, second, stitching::Rows::picture);
-  const std::int32_t W2 = stitching::doubledWidth(second);
-  const std::int32_t H2 = stitching::doubledHeight(second);
+  const cv::Matx33d M = firstToSecond(*pairs, first, second, Rows::kPicture);
+  const std::int32_t W2 = doubledWidth(second);
+  const std::int32_t H2 = doubledHeight(second);
   Extent columns(W2);
   Extent rows(H2);
   for (const cv::Point2d& p :

@@ -7,6 +7,8 @@
 #include "fisheye/fisheye.h"
 #include "support/synthetic_rig.h"
 
+using namespace fisheye_calibration;
+
 namespace agreement {
 namespace {
 

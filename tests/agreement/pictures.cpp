@@ -7,6 +7,8 @@
 #include "stitching/rigs.h"
 #include "support/synthetic_rig.h"
 
+using namespace fisheye_calibration;
+
 namespace agreement {
 namespace {
 

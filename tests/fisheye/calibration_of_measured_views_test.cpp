@@ -11,6 +11,8 @@
 #include "support/plain_solver.h"
 #include "support/synthetic_rig.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 const cv::TermCriteria kHost(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, 20, 1e-6);

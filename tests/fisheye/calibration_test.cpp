@@ -7,6 +7,8 @@
 #include "fisheye/solver_records.h"
 #include "support/raises.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 using cv::TermCriteria;

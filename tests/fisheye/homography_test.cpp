@@ -4,6 +4,8 @@
 #include "fisheye/solver_records.h"
 #include "support/raises.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 const cv::Mat kH = (cv::Mat_<double>(3, 3) << 1.2, 0.1, 3, -0.2, 0.9, 5, 0.001, -0.002, 1);

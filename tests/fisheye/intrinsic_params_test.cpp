@@ -3,6 +3,8 @@
 #include "fisheye/internal.h"
 #include "support/raises.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 internal::IntrinsicParams sample(const std::vector<uchar>& mask) {

@@ -4,6 +4,8 @@
 #include "fisheye/solver_records.h"
 #include "support/raises.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 const support::RigCamera kRigCamera;

@@ -5,6 +5,8 @@
 #include "fisheye/solver_records.h"
 #include "support/raises.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 constexpr double kThreshold = 1e6;

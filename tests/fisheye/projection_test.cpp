@@ -9,6 +9,8 @@
 #include "support/derivatives.h"
 #include "support/raises.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 const cv::Matx33d kK(400, 0, 640, 0, 300, 480, 0, 0, 1);

@@ -10,8 +10,9 @@
 
 namespace support {
 
-inline internal::IntrinsicParams intrinsicParams(const plain::Intrinsics& camera) {
-  internal::IntrinsicParams params;
+inline fisheye_calibration::internal::IntrinsicParams intrinsicParams(
+    const plain::Intrinsics& camera) {
+  fisheye_calibration::internal::IntrinsicParams params;
   params.focalLength = {camera.focalX, camera.focalY};
   params.principalPoint = {camera.principalX, camera.principalY};
   params.skew = camera.skew;
@@ -20,12 +21,12 @@ inline internal::IntrinsicParams intrinsicParams(const plain::Intrinsics& camera
   return params;
 }
 
-inline internal::IntrinsicParams intrinsicParams(const RigCamera& camera) {
+inline fisheye_calibration::internal::IntrinsicParams intrinsicParams(const RigCamera& camera) {
   return intrinsicParams(plainIntrinsics(camera));
 }
 
 // All seven numbers as a column, in the fixed order.
-inline cv::Mat columnOf(const internal::IntrinsicParams& p) {
+inline cv::Mat columnOf(const fisheye_calibration::internal::IntrinsicParams& p) {
   return (cv::Mat_<double>(7, 1) << p.focalLength[0], p.focalLength[1], p.principalPoint[0],
           p.principalPoint[1], p.skew, p.distortion[0], p.distortion[1]);
 }

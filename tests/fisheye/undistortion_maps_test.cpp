@@ -9,6 +9,8 @@
 #include "support/raises.h"
 #include "support/synthetic_rig.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 const cv::Matx33d kK(400, 0, 100.25, 0, 400, 80.5, 0, 0, 1);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace fisheye_calibration;
+
 namespace {
 
 TEST(MessageBox, IsOneLineOfUtf8OnStandardErrorWithoutWindows) {

@@ -6,6 +6,8 @@
 #include "platform/message_box.h"
 #include "support/message_boxes_windows.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 TEST(MessageBox, ShowsUtf8TextAndOneButtonOnWindows) {

@@ -5,6 +5,8 @@
 #include "platform/profile_file.h"
 #include "support/temporary_folder.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 class ProfileReading : public testing::Test {

@@ -8,6 +8,8 @@
 #include <cctype>
 #include <vector>
 
+using namespace fisheye_calibration;
+
 namespace {
 
 using platform::profileValue;

@@ -9,6 +9,8 @@
 #include "platform/profile_file.h"
 #include "support/temporary_folder.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 namespace fs = std::filesystem;

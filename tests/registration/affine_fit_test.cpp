@@ -19,6 +19,8 @@
 
 #if __has_include(<rapidcheck.h>)  // not for Windows
 #include <rapidcheck/gtest.h>
+
+using namespace fisheye_calibration;
 #endif
 
 namespace {

@@ -10,6 +10,8 @@
 #include "registration/affine_fit.h"
 #include "registration/eq_matrix.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 // How many more array allocations of the kind that reports failure by null may succeed.

@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+using namespace fisheye_calibration;
+
 namespace {
 
 CEQMatrix matrixOf(const std::vector<std::vector<double>>& rows) {

@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "fisheye_calibration.h"
-#include "single/buffer_rectangle.h"
 #include "support/plain_correction.h"
 #include "support/synthetic_rig.h"
 
@@ -14,7 +13,6 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 constexpr int kHuge = std::numeric_limits<std::int32_t>::max();
-constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max();
 
 // 1, 2, 3 ...
 Bytes counted(int count) {
@@ -113,48 +111,6 @@ TEST(CroppingImage, EqualsThePlainCrop) {
     ASSERT_EQ(dst, expected) << srcWidth << "x" << srcHeight << " to " << dstWidth << "x"
                              << dstHeight << ", " << bitCount << " bits";
   }
-}
-
-// --- any rectangle ---
-
-// A 3 x 2 rectangle of a counted 4 x 4 buffer.
-Bytes rectangleAt(std::int64_t x0, std::int64_t y0) {
-  const Bytes src = counted(16);
-  Bytes dst(6);
-  single::copyRectangle({src.data(), 4, 4}, 8, x0, y0, {dst.data(), 3, 2});
-  return dst;
-}
-
-TEST(CopyRectangle, StartsAtTheOffsets) {
-  EXPECT_EQ(rectangleAt(1, 2), (Bytes{10, 11, 12, 14, 15, 16}));
-}
-
-TEST(CopyRectangle, SkipsWhatLiesOutside) {
-  EXPECT_EQ(rectangleAt(-1, 0), (Bytes{0, 1, 2, 0, 5, 6}));
-  EXPECT_EQ(rectangleAt(3, 3), (Bytes{16, 0, 0, 0, 0, 0}));
-  EXPECT_EQ(rectangleAt(-2, -1), (Bytes{0, 0, 0, 0, 0, 1}));
-}
-
-TEST(CopyRectangle, FarOffsetsCopyNothing) {
-  for (const std::int64_t offset : {std::int64_t{4}, std::int64_t{-3}, std::int64_t{1} << 32, kFar,
-                                    -kFar, std::numeric_limits<std::int64_t>::min()}) {
-    EXPECT_EQ(rectangleAt(offset, 0), Bytes(6)) << offset;
-    if (offset != -3) {
-      EXPECT_EQ(rectangleAt(0, offset), Bytes(6)) << offset;
-    }
-  }
-  EXPECT_EQ(rectangleAt(0, -2), Bytes(6));
-}
-
-TEST(CopyRectangle, TouchesOnlyRowsAndColumnsThatOverlap) {
-  // Both buffers claim more rows and columns than they have; one pixel is shared.
-  const Bytes src = counted(1);
-  Bytes dst(1);
-  single::copyRectangle({src.data(), 1, kHuge}, 32, 0, 1 - std::int64_t{kHuge} - 1,
-                        {dst.data(), kHuge, kHuge});
-  EXPECT_EQ(dst[0], 0);
-  single::copyRectangle({src.data(), kHuge, kHuge}, 8, 0, 0, {dst.data(), 1, 1});
-  EXPECT_EQ(dst[0], 1);
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 
 #include "stitching/rigs.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 using rigs::whole;
@@ -38,7 +40,7 @@ Canvas composed(const plain::StitchView& first, const plain::StitchView& second,
   const int bits = first.bits;
   Canvas canvas(static_cast<std::size_t>(width * height * bits / 8), fill);
   stitching::compose(asDoubledView(first), asDoubledView(second), M,
-                     {canvas.data(), width, height, bits});
+                     {canvas.data(), width, height, bits / 8});
   return canvas;
 }
 

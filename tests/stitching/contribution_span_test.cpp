@@ -7,6 +7,8 @@
 
 #include "stitching/rigs.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 using support::Random;

@@ -7,6 +7,8 @@
 
 #include "stitching/rigs.h"
 
+using namespace fisheye_calibration;
+
 namespace {
 
 CalibrationPoint point(int id, float Xw, float Yw) {
@@ -17,7 +19,7 @@ CalibrationPoint point(int id, float Xw, float Yw) {
   return result;
 }
 
-stitching::Camera camera(const plain::StitchCamera& c) {
+stitching::CameraInput camera(const plain::StitchCamera& c) {
   return {nullptr, c.width, c.height, c.bits, c.param, c.points};
 }
 
@@ -123,7 +125,7 @@ TEST(RigAlignment, TheFirstCamerasHalvesCentreBothCamerasPoints) {
   first.points = second.points = rigs::corners(10, 20, 110, 90);
   const auto pairs = stitching::cornerPairs(camera(first), camera(second));
   expectNear(
-      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::picture),
+      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::kPicture),
       cv::Matx33d::eye());
 }
 
@@ -134,7 +136,7 @@ TEST(RigAlignment, BufferRowsAreMirroredAtEachViewsOwnHeight) {
   const auto pairs = stitching::cornerPairs(camera(first), camera(second));
   // v1 = 959 - (Y + 480) and v2 = 479 - (Y + 480).
   expectNear(
-      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::buffer),
+      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::kBuffer),
       shift(0, -480));
 }
 
@@ -150,11 +152,11 @@ TEST(RigAlignment, DatumAndPixelSizeSetTheTransform) {
   // u1 = (X - 30)/0.5 + 100 and u2 = X/0.25 + 100: u2 = 2 u1 + 20. v1 = Y/0.5 + 50 and
   // v2 = (Y - 7)/0.25 + 50: v2 = 2 v1 - 78.
   expectNear(
-      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::picture),
+      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::kPicture),
       {2, 0, 20, 0, 2, -78, 0, 0, 1});
   // Mirrored at 99: 99 - (2 (99 - v1) - 78) = 2 v1 - 21.
   expectNear(
-      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::buffer),
+      stitching::firstToSecond(*pairs, camera(first), camera(second), stitching::Rows::kBuffer),
       {2, 0, 20, 0, 2, -21, 0, 0, 1});
 }
 
@@ -166,7 +168,7 @@ TEST(RigAlignment, EqualsThePlainTransformToTheBit) {
     for (const bool buffer : {false, true}) {
       const cv::Matx33d M =
           stitching::firstToSecond(*pairs, camera(rig.first), camera(rig.second),
-                                   buffer ? stitching::Rows::buffer : stitching::Rows::picture);
+                                   buffer ? stitching::Rows::kBuffer : stitching::Rows::kPicture);
       ASSERT_EQ(M, plain::firstToSecond(rig.first, rig.second, buffer)) << "rig " << i;
     }
   }

@@ -1,0 +1,46 @@
+// The corrected view of a raw frame: distortion removed, then carried by a homography.
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include "images/view.h"
+#include "lens/camera.h"
+#include "rendering/fast_positions.h"
+#include "rendering/warped_pixels.h"
+
+namespace fisheye_calibration::rendering {
+
+// The view is rendered in one pass over the output: each output pixel shows one pixel of the
+// undistorted image, which is sampled from the raw frame when it is needed. Neither the undistorted
+// image nor its map is ever there as a whole.
+class CorrectedView {
+ public:
+  // The undistorted image has the warp's size; `K` is the matrix of its pinhole camera, whose
+  // principal point is replaced by the image's centre.
+  CorrectedView(const images::Frame& frame, const lens::Camera& camera, const cv::Matx33d& K,
+                const InverseWarp& warp);
+
+  // Whether any pixel of the undistorted image is not black.
+  bool showsAnything() const;
+
+  // Renders view and mask, of the warp's size; the mask may be null. Rows are split over the image
+  // library's threads; the bytes do not depend on how.
+  void render(const images::Target& view, unsigned char* mask) const;
+
+ private:
+  struct Run;
+
+  void renderRow(int y, ExactPositions& exact, const images::Target& view,
+                 unsigned char* mask) const;
+  int runsOfRow() const;
+  bool showsAnythingIn(int row, const int* columns, ExactPositions& exact) const;
+  bool isFrameBlack() const;
+  bool showsAnythingAnywhere(ExactPositions& exact) const;
+
+  images::Frame frame_;
+  cv::Size size_;
+  FastPositions positions_;
+  InverseWarp warp_;
+};
+
+}  // namespace fisheye_calibration::rendering

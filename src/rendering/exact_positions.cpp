@@ -1,0 +1,56 @@
+#include "rendering/exact_positions.h"
+
+#include <cstddef>
+
+#include "rendering/stepped_sum.h"
+
+namespace fisheye_calibration::rendering {
+namespace {
+
+constexpr int kFewestBits = 3;
+constexpr int kMostKept = 1024;
+
+int spacingBitsOf(int width) {
+  int bits = kFewestBits;
+  while (width >> bits >= kMostKept) {
+    ++bits;
+  }
+  return bits;
+}
+
+}  // namespace
+
+// Nothing is kept for a start that is asked for the first time, which may be the last.
+double ExactPositions::Sums::at(double start, int count) {
+  if (step_ == 0) {
+    return steppedSum(start, step_, count);
+  }
+  if (!(start == start_)) {
+    start_ = start;
+    kept_.assign(1, start);
+    return steppedSum(start, step_, count);
+  }
+  const int spacing = 1 << spacingBits_;
+  const auto block = static_cast<std::size_t>(count >> spacingBits_);
+  while (kept_.size() <= block) {
+    kept_.push_back(steppedSum(kept_.back(), step_, spacing));
+  }
+  return steppedSum(kept_[block], step_, count & (spacing - 1));
+}
+
+ExactPositions::ExactPositions(const RectifyingRays& rays, int width)
+    : rays_(rays),
+      sums_{Sums(rays.iR(0, 0), spacingBitsOf(width)), Sums(rays.iR(1, 0), spacingBitsOf(width)),
+            Sums(rays.iR(2, 0), spacingBitsOf(width))} {}
+
+RawPosition ExactPositions::at(int column, int row) {
+  const cv::Matx33d& iR = rays_.iR;
+  std::array<double, 3> ray;
+  for (int k = 0; k < 3; ++k) {
+    ray[static_cast<std::size_t>(k)] =
+        sums_[static_cast<std::size_t>(k)].at(row * iR(k, 1) + iR(k, 2), column);
+  }
+  return rawPosition(rays_.camera, ray[0], ray[1], ray[2]);
+}
+
+}  // namespace fisheye_calibration::rendering

@@ -1,0 +1,42 @@
+// Vectors of floats rounded to whole numbers. Compiled once per instruction set.
+#include <hwy/highway.h>
+
+#if defined(FISHEYE_ROUNDED_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef FISHEYE_ROUNDED_INL_H_
+#undef FISHEYE_ROUNDED_INL_H_
+#else
+#define FISHEYE_ROUNDED_INL_H_
+#endif
+
+#include <cstdint>
+
+HWY_BEFORE_NAMESPACE();
+namespace fisheye_calibration::rendering {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The nearest whole number, ties to even, and how far it is.
+template <class D>
+struct Rounded {
+  hn::Vec<hn::Rebind<std::int32_t, D>> whole;
+  hn::Vec<D> distance;
+};
+
+// For numbers below 2^22, others give anything: adding 1.5 2^23 leaves no bits behind the point, so
+// that the sum's own bits count whole numbers. That takes less than a conversion, which guards
+// against numbers that are too large.
+template <class D>
+HWY_INLINE Rounded<D> rounded(D d, hn::Vec<D> x) {
+  const hn::Rebind<std::int32_t, D> di;
+  const auto shift = hn::Set(d, 0x1.8p23F);
+  const auto shifted = hn::Add(x, shift);
+  return {hn::Sub(hn::BitCast(di, shifted), hn::BitCast(di, shift)),
+          hn::Abs(hn::Sub(x, hn::Sub(shifted, shift)))};
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace fisheye_calibration::rendering
+HWY_AFTER_NAMESPACE();
+
+#endif  // per-target include guard

@@ -1,0 +1,30 @@
+// Normal equations of all intrinsics and poses together.
+#pragma once
+
+#include <array>
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "lens/camera.h"
+#include "solver/view_points.h"
+
+namespace fisheye_calibration::solver {
+
+// Which intrinsics are estimated; the others are held. In the fixed order focal x, focal y,
+// principal x, principal y, skew, k0, k1.
+constexpr std::size_t kIntrinsics = 7;
+using EstimatedIntrinsics = std::array<bool, kIntrinsics>;
+
+// JJ2 G = ex3 for the step G of the estimated intrinsics, followed by six pose unknowns a view.
+struct ReducedSystem {
+  cv::Mat JJ2;
+  cv::Mat ex3;
+};
+
+// The sums of squared reprojection errors at `camera` and `poses`, one pose a view.
+ReducedSystem reducedNormalEquations(const std::vector<ViewPoints>& views,
+                                     const lens::Camera& camera,
+                                     const std::vector<lens::Pose>& poses,
+                                     const EstimatedIntrinsics& estimated);
+
+}  // namespace fisheye_calibration::solver

@@ -1,0 +1,28 @@
+// The points of one view as the solver's loops want them: one array a coordinate.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace fisheye_calibration::solver {
+
+// Points of a plane or an image.
+struct PlanarPoints {
+  std::vector<double> x, y;
+
+  explicit PlanarPoints(std::size_t count = 0) : x(count), y(count) {}
+  std::size_t size() const { return x.size(); }
+};
+
+// Target points (X, Y, Z) in world units and where the camera sees them, in pixels.
+struct ViewPoints {
+  std::vector<double> X, Y, Z;
+  PlanarPoints image;
+
+  std::size_t size() const { return X.size(); }
+};
+
+// Raises the image library's error unless the view has as many image points as target points.
+void requirePairs(const ViewPoints& view, const char* function);
+
+}  // namespace fisheye_calibration::solver
