@@ -30,9 +30,9 @@ cv::Point2d projectPoint(const Camera& camera, const cv::Matx33d& R, const cv::V
 cv::Point2d projectPinhole(const Camera& camera, const cv::Matx33d& R, const cv::Vec3d& T,
                            const cv::Vec3d& X) {
   const auto Y = model::toCameraFrame(R, T, X[0], X[1], X[2]);
-  const double z = model::guardedDepth(Y[2]);
-  const double a = Y[0] / z;
-  const double b = Y[1] / z;
+  const double z = model::guardedDepth(Y.z);
+  const double a = Y.x / z;
+  const double b = Y.y / z;
   return {(a + camera.alpha * b) * camera.fx + camera.cx, b * camera.fy + camera.cy};
 }
 

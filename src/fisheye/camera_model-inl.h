@@ -32,10 +32,15 @@ struct Projection {
   T u, v;             // pixels
 };
 
+template <class T>
+struct Coordinates {
+  T x, y, z;
+};
+
 // Y = R X + trans
 template <class T>
-HWY_INLINE std::array<T, 3> toCameraFrame(const cv::Matx33d& R, const cv::Vec3d& trans, T X, T Y,
-                                          T Z) {
+HWY_INLINE Coordinates<T> toCameraFrame(const cv::Matx33d& R, const cv::Vec3d& trans, T X, T Y,
+                                        T Z) {
   return {T(R(0, 0)) * X + T(R(0, 1)) * Y + T(R(0, 2)) * Z + T(trans[0]),
           T(R(1, 0)) * X + T(R(1, 1)) * Y + T(R(1, 2)) * Z + T(trans[1]),
           T(R(2, 0)) * X + T(R(2, 1)) * Y + T(R(2, 2)) * Z + T(trans[2])};
@@ -64,10 +69,10 @@ template <class T>
 HWY_INLINE Projection<T> projectPoint(const Camera& camera, const cv::Matx33d& R,
                                       const cv::Vec3d& trans, T X, T Y, T Z) {
   Projection<T> p;
-  const std::array<T, 3> Yc = toCameraFrame(R, trans, X, Y, Z);
-  p.z = guardedDepth(Yc[2]);
-  p.a = Yc[0] / p.z;
-  p.b = Yc[1] / p.z;
+  const Coordinates<T> Yc = toCameraFrame(R, trans, X, Y, Z);
+  p.z = guardedDepth(Yc.z);
+  p.a = Yc.x / p.z;
+  p.b = Yc.y / p.z;
   p.r = squareRoot(p.a * p.a + p.b * p.b);
   p.theta = arcTangent(p.r);
   const T thetaD = distortedAngle(camera, p.theta);
@@ -85,7 +90,7 @@ HWY_INLINE Projection<T> projectPoint(const Camera& camera, const cv::Matx33d& R
 // Rows u and v of the derivatives by the pose: rotation vector (3), translation (3).
 template <class T>
 struct PoseDerivatives {
-  std::array<T, 6> u, v;
+  T u[6], v[6];
 };
 
 template <class T>
@@ -113,17 +118,15 @@ HWY_INLINE PoseDerivatives<T> poseDerivatives(const Camera& camera,
 
   // a = Y1/z, b = Y2/z
   const T inverseZ = T(1.0) / p.z;
-  const std::array<T, 3> du_dY = {du_da * inverseZ, du_db * inverseZ,
-                                  -(du_da * p.a + du_db * p.b) * inverseZ};
-  const std::array<T, 3> dv_dY = {dv_da * inverseZ, dv_db * inverseZ,
-                                  -(dv_da * p.a + dv_db * p.b) * inverseZ};
+  const T du_dY[3] = {du_da * inverseZ, du_db * inverseZ, -(du_da * p.a + du_db * p.b) * inverseZ};
+  const T dv_dY[3] = {dv_da * inverseZ, dv_db * inverseZ, -(dv_da * p.a + dv_db * p.b) * inverseZ};
 
   // dY/dom_i = (dR/dom_i) X, dY/dT = I
   PoseDerivatives<T> d;
   for (std::size_t i = 0; i < 3; ++i) {
-    const std::array<T, 3> dY = toCameraFrame(dR[i], cv::Vec3d(), X, Y, Z);
-    d.u[i] = du_dY[0] * dY[0] + du_dY[1] * dY[1] + du_dY[2] * dY[2];
-    d.v[i] = dv_dY[0] * dY[0] + dv_dY[1] * dY[1] + dv_dY[2] * dY[2];
+    const Coordinates<T> dY = toCameraFrame(dR[i], cv::Vec3d(), X, Y, Z);
+    d.u[i] = du_dY[0] * dY.x + du_dY[1] * dY.y + du_dY[2] * dY.z;
+    d.v[i] = dv_dY[0] * dY.x + dv_dY[1] * dY.y + dv_dY[2] * dY.z;
     d.u[3 + i] = du_dY[i];
     d.v[3 + i] = dv_dY[i];
   }
@@ -134,14 +137,14 @@ HWY_INLINE PoseDerivatives<T> poseDerivatives(const Camera& camera,
 // v by cy are 1.
 template <class T>
 struct LensDerivatives {
-  std::array<T, 2> u_k, v_k;  // by k0, k1
+  T u_k[2], v_k[2];  // by k0, k1
   T u_alpha;
 };
 
 template <class T>
 HWY_INLINE LensDerivatives<T> lensDerivatives(const Camera& camera, const Projection<T>& p) {
   const T theta2 = p.theta * p.theta;
-  const std::array<T, 2> powers = {theta2, theta2 * p.theta};
+  const T powers[2] = {theta2, theta2 * p.theta};
   LensDerivatives<T> d;
   for (std::size_t i = 0; i < 2; ++i) {
     const T dxd = p.a * p.inverseR * powers[i];

@@ -1,5 +1,12 @@
 // A vector of doubles with the operators of a number, so that the camera model's formulas are
 // written once and run on single points and on whole vectors. Compiled once per instruction set.
+//
+// Packs are passed in registers that the baseline lacks, so only functions compiled for the same
+// instruction set may take, return or hold them: those written between HWY_BEFORE_NAMESPACE and
+// HWY_AFTER_NAMESPACE, and lambdas with HWY_ATTR. Templates of the standard library and
+// constructors that the compiler writes are compiled for the baseline, and without optimisation
+// they are called rather than inlined. Hence plain arrays, and constructors written out where there
+// is work to do.
 #include <hwy/highway.h>
 
 #if defined(FISHEYE_PACK_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -33,16 +40,17 @@ struct Pack {
 
   static HWY_INLINE Pack load(const double* p) { return Pack(hn::LoadU(Lanes(), p)); }
   HWY_INLINE void store(double* p) const { hn::StoreU(v, Lanes(), p); }
-
-  friend HWY_INLINE Pack operator+(Pack a, Pack b) { return Pack(hn::Add(a.v, b.v)); }
-  friend HWY_INLINE Pack operator-(Pack a, Pack b) { return Pack(hn::Sub(a.v, b.v)); }
-  friend HWY_INLINE Pack operator*(Pack a, Pack b) { return Pack(hn::Mul(a.v, b.v)); }
-  friend HWY_INLINE Pack operator/(Pack a, Pack b) { return Pack(hn::Div(a.v, b.v)); }
-  friend HWY_INLINE Pack operator-(Pack a) { return Pack(hn::Neg(a.v)); }
-  HWY_INLINE Pack& operator+=(Pack b) { return *this = *this + b; }
-  friend HWY_INLINE M operator<(Pack a, Pack b) { return hn::Lt(a.v, b.v); }
-  friend HWY_INLINE M operator>(Pack a, Pack b) { return hn::Gt(a.v, b.v); }
 };
+
+// Not as friends inside the class, which GCC compiles for the baseline.
+HWY_INLINE Pack operator+(Pack a, Pack b) { return Pack(hn::Add(a.v, b.v)); }
+HWY_INLINE Pack operator-(Pack a, Pack b) { return Pack(hn::Sub(a.v, b.v)); }
+HWY_INLINE Pack operator*(Pack a, Pack b) { return Pack(hn::Mul(a.v, b.v)); }
+HWY_INLINE Pack operator/(Pack a, Pack b) { return Pack(hn::Div(a.v, b.v)); }
+HWY_INLINE Pack operator-(Pack a) { return Pack(hn::Neg(a.v)); }
+HWY_INLINE Pack& operator+=(Pack& a, Pack b) { return a = a + b; }
+HWY_INLINE Pack::M operator<(Pack a, Pack b) { return hn::Lt(a.v, b.v); }
+HWY_INLINE Pack::M operator>(Pack a, Pack b) { return hn::Gt(a.v, b.v); }
 
 HWY_INLINE Pack select(Pack::M condition, Pack yes, Pack no) {
   return Pack(hn::IfThenElse(condition, yes.v, no.v));

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "fisheye/camera_model-inl.h"
@@ -89,8 +90,8 @@ cv::Mat poseJacobian(const ViewPoints& view, const Camera& camera, const Pose& p
     const auto k = static_cast<std::size_t>(i);
     const auto p = model::projectPoint(camera, R, pose.T, view.X[k], view.Y[k], view.Z[k]);
     const auto d = model::poseDerivatives(camera, dR, view.X[k], view.Y[k], view.Z[k], p);
-    std::copy(d.u.begin(), d.u.end(), J.ptr<double>(2 * i));
-    std::copy(d.v.begin(), d.v.end(), J.ptr<double>(2 * i + 1));
+    std::copy(std::begin(d.u), std::end(d.u), J.ptr<double>(2 * i));
+    std::copy(std::begin(d.v), std::end(d.v), J.ptr<double>(2 * i + 1));
     residuals.at<double>(2 * i) = view.image.x[k] - p.u;
     residuals.at<double>(2 * i + 1) = view.image.y[k] - p.v;
   }

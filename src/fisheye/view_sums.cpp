@@ -33,13 +33,15 @@ HWY_INLINE void forEachPoint(std::size_t count, Body&& body) {
 // Sums of products of rows of N derivatives, and of derivatives with residuals.
 template <class T, std::size_t N>
 struct RowSums {
-  std::array<T, N*(N + 1) / 2> A{};
-  std::array<T, N> b{};
+  static constexpr std::size_t kElements = N * (N + 1) / 2;
+  T A[kElements];
+  T b[N];
+
+  HWY_INLINE RowSums() : A(), b() {}
 
   // A row whose only non-zero derivatives are those of `columns`, which ascend.
   template <std::size_t Count>
-  HWY_INLINE void add(const std::array<std::size_t, Count>& columns,
-                      const std::array<T, Count>& row, T residual) {
+  HWY_INLINE void add(const std::size_t (&columns)[Count], const T (&row)[Count], T residual) {
     for (std::size_t i = 0; i < Count; ++i) {
       for (std::size_t j = 0; j <= i; ++j) {
         A[triangleIndex(columns[i], columns[j])] += row[i] * row[j];
@@ -49,7 +51,7 @@ struct RowSums {
   }
 
   void addTo(NormalEquations<N>& equations) const {
-    for (std::size_t i = 0; i < A.size(); ++i) {
+    for (std::size_t i = 0; i < kElements; ++i) {
       equations.A[i] += sumOfLanes(A[i]);
     }
     for (std::size_t i = 0; i < N; ++i) {
@@ -63,6 +65,9 @@ template <std::size_t N>
 struct BothSums {
   RowSums<Pack, N> packs;
   RowSums<double, N> singles;
+
+  // Written out because a defaulted one would be compiled for the baseline instruction set.
+  HWY_INLINE BothSums() : packs(), singles() {}
 
   template <class T>
   HWY_INLINE RowSums<T, N>& of() {
@@ -130,7 +135,7 @@ void NormalizePixels(const PlanarPoints& pixels, const Camera& camera, PlanarPoi
 
 NormalEquations<6> PoseNormalEquations(const ViewPoints& view, const Camera& camera,
                                        const Pose& pose) {
-  constexpr std::array<std::size_t, 6> all = {0, 1, 2, 3, 4, 5};
+  constexpr std::size_t all[] = {0, 1, 2, 3, 4, 5};
   const cv::Matx33d R = rotationFromVector(pose.om);
   const auto dR = rotationDerivative(pose.om);
   BothSums<6> sums;
@@ -149,8 +154,8 @@ NormalEquations<6> PoseNormalEquations(const ViewPoints& view, const Camera& cam
 NormalEquations<kAllParameters> FullNormalEquations(const ViewPoints& view, const Camera& camera,
                                                     const Pose& pose) {
   // fx 0, fy 1, cx 2, cy 3, skew 4, k0 5, k1 6, pose 7...12
-  constexpr std::array<std::size_t, 11> ofU = {0, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-  constexpr std::array<std::size_t, 10> ofV = {1, 3, 5, 6, 7, 8, 9, 10, 11, 12};
+  constexpr std::size_t ofU[] = {0, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+  constexpr std::size_t ofV[] = {1, 3, 5, 6, 7, 8, 9, 10, 11, 12};
   const cv::Matx33d R = rotationFromVector(pose.om);
   const auto dR = rotationDerivative(pose.om);
   BothSums<kAllParameters> sums;
@@ -161,10 +166,10 @@ NormalEquations<kAllParameters> FullNormalEquations(const ViewPoints& view, cons
     const auto p = projectPoint(camera, R, pose.T, X, Y, Z);
     const auto d = poseDerivatives(camera, dR, X, Y, Z, p);
     const auto lens = lensDerivatives(camera, p);
-    const std::array<T, 11> u = {p.xSkewed, T(1.0), lens.u_alpha, lens.u_k[0], lens.u_k[1], d.u[0],
-                                 d.u[1],    d.u[2], d.u[3],       d.u[4],      d.u[5]};
-    const std::array<T, 10> v = {p.yd,   T(1.0), lens.v_k[0], lens.v_k[1], d.v[0],
-                                 d.v[1], d.v[2], d.v[3],      d.v[4],      d.v[5]};
+    const T u[] = {p.xSkewed, T(1.0), lens.u_alpha, lens.u_k[0], lens.u_k[1], d.u[0],
+                   d.u[1],    d.u[2], d.u[3],       d.u[4],      d.u[5]};
+    const T v[] = {p.yd,   T(1.0), lens.v_k[0], lens.v_k[1], d.v[0],
+                   d.v[1], d.v[2], d.v[3],      d.v[4],      d.v[5]};
     sums.template of<T>().add(ofU, u, loadFrom<T>(&view.image.x[i]) - p.u);
     sums.template of<T>().add(ofV, v, loadFrom<T>(&view.image.y[i]) - p.v);
   });
@@ -172,16 +177,16 @@ NormalEquations<kAllParameters> FullNormalEquations(const ViewPoints& view, cons
 }
 
 LowerTriangle<9> DesignProduct(const PlanarPoints& image, const PlanarPoints& plane) {
-  constexpr std::array<std::size_t, 6> ofX = {0, 1, 2, 6, 7, 8};
-  constexpr std::array<std::size_t, 6> ofY = {3, 4, 5, 6, 7, 8};
+  constexpr std::size_t ofX[] = {0, 1, 2, 6, 7, 8};
+  constexpr std::size_t ofY[] = {3, 4, 5, 6, 7, 8};
   BothSums<9> sums;
   forEachPoint(image.size(), [&]<class T>(std::size_t i) HWY_ATTR {
     const T X = loadFrom<T>(&plane.x[i]);
     const T Y = loadFrom<T>(&plane.y[i]);
     const T x = loadFrom<T>(&image.x[i]);
     const T y = loadFrom<T>(&image.y[i]);
-    const std::array<T, 6> rowX = {X, Y, T(1.0), -(x * X), -(x * Y), -x};
-    const std::array<T, 6> rowY = {X, Y, T(1.0), -(y * X), -(y * Y), -y};
+    const T rowX[] = {X, Y, T(1.0), -(x * X), -(x * Y), -x};
+    const T rowY[] = {X, Y, T(1.0), -(y * X), -(y * Y), -y};
     sums.template of<T>().add(ofX, rowX, T(0.0));
     sums.template of<T>().add(ofY, rowY, T(0.0));
   });
@@ -190,19 +195,19 @@ LowerTriangle<9> DesignProduct(const PlanarPoints& image, const PlanarPoints& pl
 
 NormalEquations<8> HomographyNormalEquations(const PlanarPoints& image, const PlanarPoints& plane,
                                              const cv::Matx33d& H) {
-  constexpr std::array<std::size_t, 5> ofX = {0, 1, 2, 6, 7};
-  constexpr std::array<std::size_t, 5> ofY = {3, 4, 5, 6, 7};
+  constexpr std::size_t ofX[] = {0, 1, 2, 6, 7};
+  constexpr std::size_t ofY[] = {3, 4, 5, 6, 7};
   BothSums<8> sums;
   forEachPoint(image.size(), [&]<class T>(std::size_t i) HWY_ATTR {
     const T X = loadFrom<T>(&plane.x[i]);
     const T Y = loadFrom<T>(&plane.y[i]);
     const auto mapped = toCameraFrame(H, cv::Vec3d(), X, Y, T(1.0));
-    const T x = mapped[0] / mapped[2];
-    const T y = mapped[1] / mapped[2];
+    const T x = mapped.x / mapped.z;
+    const T y = mapped.y / mapped.z;
     // The derivatives of the error m - H(M), with M divided by the third coordinate of H M.
-    const std::array<T, 3> M = {X / mapped[2], Y / mapped[2], T(1.0) / mapped[2]};
-    const std::array<T, 5> rowX = {-M[0], -M[1], -M[2], x * M[0], x * M[1]};
-    const std::array<T, 5> rowY = {-M[0], -M[1], -M[2], y * M[0], y * M[1]};
+    const T M[] = {X / mapped.z, Y / mapped.z, T(1.0) / mapped.z};
+    const T rowX[] = {-M[0], -M[1], -M[2], x * M[0], x * M[1]};
+    const T rowY[] = {-M[0], -M[1], -M[2], y * M[0], y * M[1]};
     sums.template of<T>().add(ofX, rowX, loadFrom<T>(&image.x[i]) - x);
     sums.template of<T>().add(ofY, rowY, loadFrom<T>(&image.y[i]) - y);
   });
