@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -57,11 +58,11 @@ std::string worstPoints(std::vector<CalibrationPoint> points) {
     return std::isnan(ra) || std::isnan(rb) ? std::isnan(ra) && !std::isnan(rb) : ra > rb;
   };
   std::stable_sort(points.begin(), points.end(), worse);
-  points.resize(std::min<std::size_t>(points.size(), 5));
+  const std::span worst = std::span(points).first(std::min<std::size_t>(points.size(), 5));
   std::string text =
       "Largest residuals (measured - reprojected, px)\n"
       "     PointId   ImagePtX   ImagePtY         dx         dy     length\n";
-  for (const CalibrationPoint& point : points) {
+  for (const CalibrationPoint& point : worst) {
     text += "  " + padLeft(std::to_string(point.PointId), 10);
     for (const double value :
          {static_cast<double>(point.ImagePtX), static_cast<double>(point.ImagePtY)}) {

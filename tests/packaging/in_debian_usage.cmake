@@ -1,0 +1,32 @@
+# Bad usage of scripts/in-debian is explained and makes nothing: the folder for its cache stays empty.
+#   cmake -DSCRIPT=... -DCACHE=... -P in_debian_usage.cmake
+file(REMOVE_RECURSE "${CACHE}")
+file(MAKE_DIRECTORY "${CACHE}")
+set(ENV{XDG_CACHE_HOME} "${CACHE}")
+
+# require_refusal(<part of the message> <argument>...)
+function(require_refusal sign)
+  execute_process(COMMAND "${SCRIPT}" ${ARGN} RESULT_VARIABLE code OUTPUT_VARIABLE output
+                  ERROR_VARIABLE errors)
+  list(JOIN ARGN " " arguments)
+  if(NOT code EQUAL 2)
+    message(SEND_ERROR "in-debian ${arguments}: exit code ${code} instead of 2")
+  endif()
+  string(FIND "${errors}" "${sign}" sign_at)
+  string(FIND "${errors}" "usage: scripts/in-debian " usage_at)
+  if(sign_at EQUAL -1 OR usage_at EQUAL -1 OR NOT output STREQUAL "")
+    message(SEND_ERROR "in-debian ${arguments}: says\n${output}${errors}")
+  endif()
+  file(GLOB made "${CACHE}/*" "${CACHE}/.*")
+  if(made)
+    message(SEND_ERROR "in-debian ${arguments}: made ${made}")
+  endif()
+endfunction()
+
+require_refusal("usage:")
+require_refusal("usage:" --fresh)
+require_refusal("11 is not supported" 11 ./test)
+require_refusal("./test is not supported" ./test)
+require_refusal("--fersh is not supported" --fersh 13 ./test)
+require_refusal("no command" 13)
+require_refusal("no command" --fresh 12)
