@@ -24,12 +24,14 @@
 // stand, so nothing is written unless the working directory holds a directory called "D:"), the C
 // runtime's rand() and the window of GetPerspectiveTransformationParam.
 //
-// Failures are told by the bool result; which outputs a failing function leaves alone is said
-// there. Degenerate input may raise the image library's exception (cv::Exception) from functions
-// where this is said. Calibrations agree between machines to rounding, not to the bit. Pictures and
-// conversions are the same to the bit wherever the image library and the C library's math functions
-// give the same; where an arctangent differs in its last bit (one C library may choose by
-// processor), about one pixel in 10^11 may be sampled 1/32 pixel beside.
+// Functions report failure through their bool result; each comment says which outputs a failed call
+// leaves untouched. Degenerate input may raise the image library's exception (cv::Exception) from
+// functions where this is said.
+//
+// Calibrations agree between machines to rounding, not to the bit. Pictures and conversions are the
+// same to the bit on every machine and with every version of the image library: they are those of
+// OpenCV 4.9. The exception is the C library's arctangent: where it differs in its last bit (one C
+// library may choose by processor), about one pixel in 10^11 may be sampled 1/32 pixel off.
 #ifndef FISHEYE_CALIBRATION_H
 #define FISHEYE_CALIBRATION_H
 
