@@ -39,14 +39,9 @@ using DI16 = hn::Repartition<std::int16_t, D32>;
 using V32 = hn::Vec<D32>;
 using VI16 = hn::Vec<DI16>;
 
-HWY_INLINE std::uint32_t load16(const unsigned char* p) {
-  std::uint16_t value;
-  std::memcpy(&value, p, sizeof(value));
-  return value;
-}
-
-HWY_INLINE std::uint32_t load32(const unsigned char* p) {
-  std::uint32_t value;
+template <class Bits>
+HWY_INLINE std::uint32_t loadBits(const unsigned char* p) {
+  Bits value;
   std::memcpy(&value, p, sizeof(value));
   return value;
 }
@@ -135,7 +130,7 @@ HWY_INLINE void mixGrey(const images::Frame& frame, const int* u, const int* v, 
   HWY_ALIGN std::uint32_t quads[kRun];
   for (std::size_t k = 0; k < count; ++k) {
     const unsigned char* p = frame.pixels + samples.index[k];
-    quads[k] = load16(p) | load16(p - stride) << 16;
+    quads[k] = loadBits<std::uint16_t>(p) | loadBits<std::uint16_t>(p - stride) << 16;
   }
   for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
     const V32 quad = hn::Load(d, quads + k);
@@ -165,10 +160,10 @@ HWY_INLINE void mixColour(const images::Frame& frame, const int* u, const int* v
   HWY_ALIGN std::uint32_t P11[kRun];
   for (std::size_t k = 0; k < count; ++k) {
     const unsigned char* p = frame.pixels + samples.index[k] * Bytes;
-    P00[k] = load32(p);
-    P01[k] = load32(p + right);
-    P10[k] = load32(p - stride);
-    P11[k] = load32(p - stride + right);
+    P00[k] = loadBits<std::uint32_t>(p);
+    P01[k] = loadBits<std::uint32_t>(p + right);
+    P10[k] = loadBits<std::uint32_t>(p - stride);
+    P11[k] = loadBits<std::uint32_t>(p - stride + right);
   }
   for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
     const VI16 a = weightInBothHalves(u + k);

@@ -1,7 +1,8 @@
 #include "rendering/exact_positions.h"
 
-#include <cstddef>
+#include <bit>
 
+#include "rendering/run.h"
 #include "rendering/stepped_sum.h"
 
 namespace fisheye_calibration::rendering {
@@ -51,6 +52,23 @@ RawPosition ExactPositions::at(int column, int row) {
         sums_[static_cast<std::size_t>(k)].at(row * iR(k, 1) + iR(k, 2), column);
   }
   return rawPosition(rays_.camera, ray[0], ray[1], ray[2]);
+}
+
+std::size_t ExactPositions::recompute(std::uint64_t pixels, std::size_t count, const int* column,
+                                      const int* row, int* u, int* v) {
+  static_assert(kRun == 64, "a bit a pixel of a run");
+  std::size_t recomputed = 0;
+  for (; pixels != 0; pixels &= pixels - 1) {
+    const auto k = static_cast<std::size_t>(std::countr_zero(pixels));
+    if (k >= count) {
+      break;
+    }
+    const RawPosition p = at(column[k], row[k]);
+    u[k] = p.u == kNowhere && p.v == kNowhere ? -1 : p.u;  // the same low 21 bits
+    v[k] = p.v;
+    ++recomputed;
+  }
+  return recomputed;
 }
 
 }  // namespace fisheye_calibration::rendering

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -17,6 +19,11 @@ class ExactPositions {
   ExactPositions(const RectifyingRays& rays, int width);
 
   RawPosition at(int column, int row);
+
+  // Computes those of the first `count` pixels of a run whose bits are set, and returns how many. A
+  // position is never written as kNowhere.
+  std::size_t recompute(std::uint64_t pixels, std::size_t count, const int* column, const int* row,
+                        int* u, int* v);
 
  private:
   // start, start + step, start + step + step ...

@@ -53,7 +53,7 @@ class FastPositions {
 // Positions (u[k], v[k]) of the corrected pixels (column[k], row[k]); a negative column stands for
 // no pixel and gives kNowhere. Reads and writes whole runs, of which the first `count` elements are
 // wanted. Returns how many positions had to be computed as the maps compute them.
-std::size_t positionsOfRun(const FastPositions& positions, ExactPositions& stepped,
-                           const int* column, const int* row, std::size_t count, int* u, int* v);
+std::size_t positionsOfRun(const FastPositions& positions, ExactPositions& exact, const int* column,
+                           const int* row, std::size_t count, int* u, int* v);
 
 }  // namespace fisheye_calibration::rendering
