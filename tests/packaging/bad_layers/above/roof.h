@@ -1,0 +1,1 @@
+#include "below/cellar.h"

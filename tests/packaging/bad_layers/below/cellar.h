@@ -1,0 +1,1 @@
+#include "above/roof.h"
