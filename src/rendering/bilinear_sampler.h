@@ -13,11 +13,10 @@ namespace fisheye_calibration::rendering {
 // signed, of u >> 5 and v >> 5: (sx, sy) is the upper left one of the four pixels P00, P01, P10,
 // P11 that are mixed,
 //   (32 - b) ((32 - a) P00 + a P01) + b ((32 - a) P10 + a P11), a = u & 31, b = v & 31,
-// divided by 1024 and rounded. Of a sample that begins in the last column or row, the pixels that
-// are there are mixed with their share of the weight as the new whole (see sampleOne). A sample
-// that begins outside is 0. Validity is 0 where more than half of the sample's weight lies inside
-// the frame, else 255. kNowhere gives 0 and 255. Reads whole runs of u and v, writes `count` pixels
-// and, if there is a mask, `count` bytes.
+// divided by 1024 and rounded. Where a sample begins in the last column or row, the pixels of that
+// column or row stand for those that are missing. A sample that begins outside is 0. Validity is 0
+// where more than half of the sample's weight lies inside the frame, else 255. kNowhere gives 0 and
+// 255. Reads whole runs of u and v, writes `count` pixels and, if there is a mask, `count` bytes.
 void sampleRun(const images::Frame& frame, const int* u, const int* v, std::size_t count,
                unsigned char* pixels, unsigned char* mask);
 

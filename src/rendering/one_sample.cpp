@@ -19,7 +19,7 @@ struct Position {
         sy(static_cast<std::int16_t>(static_cast<std::uint32_t>(v) >> 5)),
         a(u & 31),
         b(v & 31),
-        nowhere(u == rendering::kNowhere && v == rendering::kNowhere) {}
+        nowhere(u == kNowhere && v == kNowhere) {}
 };
 
 bool beginsIn(const images::Frame& frame, const Position& at) {
@@ -37,9 +37,8 @@ bool beginsOnBorder(const images::Frame& frame, int u, int v) {
   return beginsIn(frame, at) && !endsIn(frame, at);
 }
 
-// The mean of the pixels that are there, by weight and rounded, halves up. The image library takes
-// it in 32-bit float for samples that lack pixels, which gives the same byte for every sum and
-// weight.
+// Beyond the last column and row the pixels of these go on. That gives the same bytes as the image
+// library's mean, by weight, of the pixels that exist.
 void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
   const auto bytes = static_cast<std::size_t>(frame.bytes);
   const Position at(u, v);
@@ -47,26 +46,16 @@ void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
     std::memset(pixel, 0, bytes);
     return;
   }
-  const std::size_t stride = static_cast<std::size_t>(frame.width) * bytes;
-  // Picture row sy is buffer row height - 1 - sy; the picture row below it precedes it. Pixels that
-  // are missing have no weight, and P00 stands for them.
-  const bool hasRight = at.sx < frame.width - 1;
-  const bool hasBelow = at.sy < frame.height - 1;
-  const unsigned char* const P00 = frame.pixels +
-                                   static_cast<std::size_t>(frame.height - 1 - at.sy) * stride +
-                                   static_cast<std::size_t>(at.sx) * bytes;
-  const unsigned char* const P01 = hasRight ? P00 + bytes : P00;
-  const unsigned char* const P10 = hasBelow ? P00 - stride : P00;
-  const unsigned char* const P11 = hasRight && hasBelow ? P10 + bytes : P00;
-  const int left = 32 - at.a;
-  const int right = hasRight ? at.a : 0;
-  const int above = 32 - at.b;
-  const int below = hasBelow ? at.b : 0;
-  const int weight = (left + right) * (above + below);
+  // The picture row below another precedes it in the buffer.
+  const std::size_t right = at.sx < frame.width - 1 ? bytes : 0;
+  const std::size_t below = at.sy < frame.height - 1 ? frame.stride() : 0;
+  const unsigned char* const P00 =
+      frame.pictureRow(at.sy) + static_cast<std::size_t>(at.sx) * bytes;
+  const unsigned char* const P10 = P00 - below;
   for (std::size_t c = 0; c < bytes; ++c) {
-    const int sum =
-        above * (left * P00[c] + right * P01[c]) + below * (left * P10[c] + right * P11[c]);
-    pixel[c] = static_cast<unsigned char>((2 * sum + weight) / (2 * weight));
+    const int top = (32 - at.a) * P00[c] + at.a * P00[c + right];
+    const int bottom = (32 - at.a) * P10[c] + at.a * P10[c + right];
+    pixel[c] = static_cast<unsigned char>(((32 - at.b) * top + at.b * bottom + 512) >> 10);
   }
 }
 
