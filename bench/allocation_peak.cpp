@@ -1,5 +1,5 @@
-// Every allocation of the process comes by here: the program's own functions of these names take
-// the place of the C library's, in its shared libraries, too.
+// Counts every allocation of the process: these functions replace the C library's, in shared
+// libraries too.
 #include "allocation_peak.h"
 
 #if defined(__GLIBC__)

@@ -4,8 +4,8 @@
 
 namespace bench {
 
-// The most bytes that `work` had allocated at any one time, over what was there when it began, with
-// the image library's own; -1 where allocations cannot be watched.
+// Peak number of bytes that `work` allocates, including the image library's, above the level at its
+// start; -1 where allocations cannot be counted.
 class AllocationPeak {
  public:
   template <class Work>

@@ -25,7 +25,7 @@ std::vector<CalibrationPoint> viewOf(const support::RigCamera& camera, int colum
   return support::calibrationPoints(support::seen(camera, bed, pose, kNoise));
 }
 
-// Prints one line; false when the two solutions differ.
+// Prints one line; returns false if the two solutions differ.
 bool compareOn(int columns, int rows) {
   const support::RigCamera camera;
   const cv::Size size = camera.imageSize;

@@ -1,13 +1,13 @@
 // SingleCamCorrected, one pass over the output, against three ways of making the same view or less:
 //   plain    the plain pipeline step by step, maps included
-//   warp     cv::remap and cv::warpPerspective with maps that are ready: no maps, no distortion
-//   gather   one nearest pixel and one mask byte a pixel from ready 32-bit indices, the least that
-//            any renderer does; there no interpolation and no geometry is left
+//   warp     cv::remap and cv::warpPerspective with precomputed maps: no maps, no distortion
+//   gather   one nearest pixel and one mask byte per pixel from precomputed 32-bit indices, the
+//            least that any renderer does, without interpolation or geometry
 //   2 / 1    its own speed with two threads of the image library
-// Also how many of the pixels that show the frame or its surroundings had to be computed as the
-// maps compute them (exact), and what was allocated beyond the caller's buffers with one thread.
-// A tilted camera, image and mask; one thread but where two are named. Ratios above 1: we are
-// faster.
+// Also the share of the pixels showing the frame or its surroundings that had to be computed as the
+// maps compute them (exact), and the memory allocated beyond the caller's buffers with one thread.
+// A tilted camera, image and mask; one thread except where two are named. Ratios above 1 mean the
+// library is faster.
 #include <hwy/highway.h>
 #include <algorithm>
 #include <cstdint>
@@ -185,7 +185,7 @@ double speedUpByASecondThread(Scene& scene) {
   return result.ratio;
 }
 
-// The share of pixels, in percent, for which the fast computation of a position was not enough.
+// Percentage of pixels for which the fast computation of a position did not suffice.
 double exactShare(const Scene& scene) {
   const auto& [size, bits, param, frame, view, mask] = scene;
   const cv::Matx33d K(param.fx, param.skewness, param.u0, 0, param.fy, param.v0, 0, 0, 1);
@@ -213,7 +213,7 @@ double exactShare(const Scene& scene) {
   return 100.0 * static_cast<double>(exact) / static_cast<double>(all);
 }
 
-// Prints one line; false when the two views differ.
+// Prints one line; returns false if the two views differ.
 bool compareOn(const cv::Size& size, int bitCount) {
   Scene scene = sceneOf(size, bitCount);
   Scene other = scene;

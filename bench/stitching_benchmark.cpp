@@ -1,6 +1,6 @@
-// FishEyeImageStitching against the plain derivation of the same canvas: corrections made step by
-// step and the canvas loop as it is described, pixel by pixel. Two 1280 x 960 cameras, so the views
-// have 2560 x 1920 pixels. One thread, no debug files.
+// FishEyeImageStitching against the plain derivation of the same canvas: corrections step by step
+// and the canvas loop pixel by pixel. Two 1280 x 960 cameras, so the views have 2560 x 1920 pixels.
+// One thread, no debug files.
 #include <cstdio>
 #include <opencv2/core/utility.hpp>
 #include <random>
@@ -64,11 +64,11 @@ bool stitch(plain::StitchCamera& first, plain::StitchCamera& second,
                                canvas.data(), width, height, first.bits, dual);
 }
 
-// Prints a line for the whole call and one for the canvas loop; false when the canvases differ.
+// Prints one line for the whole call; returns false if the canvases differ.
 bool compareAt(int bits) {
   plain::StitchCamera first = camera(bits, 128, 1);
   plain::StitchCamera second = camera(bits, 128 + kShiftOfSecond, 2);
-  for (CalibrationPoint& point : second.points) point.Xw += 0.01F * point.Yw;  // not a mere shift
+  for (CalibrationPoint& point : second.points) point.Xw += 0.01F * point.Yw;  // not just a shift
   int width = 0;
   int height = 0;
   plain::stitchedImageSize(first, second, width, height);

@@ -1,4 +1,4 @@
-// Timing two ways of doing the same work against each other, in one run.
+// Times two ways of doing the same work against each other in one run.
 #pragma once
 
 #include <algorithm>
@@ -27,8 +27,8 @@ struct Comparison {
   double ratio;   // median of theirs/ours, pair by pair
 };
 
-// Runs both in turn, once to warm up and then `rounds` times, so that a machine whose speed drifts
-// slows both alike.
+// Runs both in turn, once to warm up and then `rounds` times, so that a drift of the machine's
+// speed affects both alike.
 template <class Ours, class Theirs>
 Comparison compare(int rounds, Ours&& ours, Theirs&& theirs) {
   ours();

@@ -1,5 +1,5 @@
-# Limits the shared library's dynamic symbols to the names of exports.txt: hidden visibility keeps our
-# own code in, but weak instances of the standard library's and OpenCV's templates would still show.
+# Limits the dynamic symbols of the shared library to the names in exports.txt: hidden visibility hides our
+# own code, but weak instances of templates of the standard library and OpenCV would still be exported.
 function(fisheye_calibration_limit_exports target)
   set(list_file "${PROJECT_SOURCE_DIR}/cmake/exports.txt")
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list_file}")

@@ -1,5 +1,4 @@
-# What Windows builds have besides: the framework's message box, version information, the code page
-# of the program.
+# Additions for Windows builds: the message box, version information and the code page of the program.
 if(NOT WIN32)
   return()
 endif()
@@ -15,8 +14,8 @@ if(MSVC)
   option(FISHEYE_CALIBRATION_MFC "Show messages with AfxMessageBox" ${mfc_default})
 endif()
 
-# Adds the message box to a target. USES_FRAMEWORK makes it AfxMessageBox where that is chosen; only a
-# dynamic library can have that, because the framework's DllMain comes with it.
+# Adds the message box to a target. With USES_FRAMEWORK it is AfxMessageBox if MFC is selected; only a
+# dynamic library can use that, because it includes MFC's DllMain.
 function(fisheye_calibration_add_message_box target)
   cmake_parse_arguments(PARSE_ARGV 1 box "USES_FRAMEWORK" "" "")
   target_sources(${target} PRIVATE "${PROJECT_SOURCE_DIR}/src/platform/message_box_windows.cpp")
@@ -28,7 +27,7 @@ function(fisheye_calibration_add_message_box target)
   endif()
 endfunction()
 
-# Gives a library or program version information that the Explorer shows.
+# Adds version information, as shown by Explorer, to a library or program.
 function(fisheye_calibration_add_version target description file_name)
   get_target_property(type ${target} TYPE)
   set(version_file_type VFT_APP)
@@ -43,8 +42,8 @@ function(fisheye_calibration_add_version target description file_name)
   target_sources(${target} PRIVATE "${resource}")
 endfunction()
 
-# Makes UTF-8 the code page that a program gets its command line in and gives file names in, as on
-# other systems (from Windows 10 version 1903 on).
+# Makes UTF-8 the code page of a program's command line and file names, as on other systems (Windows 10
+# version 1903 or later).
 function(fisheye_calibration_use_utf8 target)
   set(manifest "${PROJECT_SOURCE_DIR}/cmake/utf8.manifest")
   if(MSVC)

@@ -5,7 +5,7 @@ set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
 
-# The environment hands the answer on to the small projects by which CMake tries the compiler.
+# The environment variable passes the result to the small projects with which CMake checks the compiler.
 if(NOT DEFINED ENV{FISHEYE_CALIBRATION_WINDOWS_PREFIXES})
   execute_process(
     COMMAND "${CMAKE_CURRENT_LIST_DIR}/../scripts/prepare-windows" --prefixes
@@ -18,7 +18,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# A build folder remembers where it found each library; forget that when the library is built anew elsewhere.
+# The cache of a build folder holds where each library was found; forget that if the library has been rebuilt
+# elsewhere.
 foreach(package IN ITEMS OpenCV hwy GTest CLI11)
   set(is_current FALSE)
   foreach(prefix IN LISTS CMAKE_FIND_ROOT_PATH)
@@ -32,7 +33,7 @@ foreach(package IN ITEMS OpenCV hwy GTest CLI11)
   endif()
 endforeach()
 
-# Messages of the libraries' inline functions name their headers: the same on every machine.
+# Messages of the libraries' inline functions contain header paths: make them the same on every machine.
 list(GET CMAKE_FIND_ROOT_PATH 1 prefix)
 get_filename_component(folder "${prefix}" DIRECTORY)
 set(CMAKE_CXX_FLAGS_INIT "-ffile-prefix-map=${folder}/=")

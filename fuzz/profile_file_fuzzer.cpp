@@ -1,5 +1,5 @@
-// Any bytes as a profile file, any names and values: a written value is read back, everything else
-// stays, and values read as numbers harm nothing.
+// Arbitrary profile files, names and values: a written value is read back, everything else stays,
+// and reading values as numbers does no harm.
 //
 // Input: section, key and value, each ended by a line feed, then the file.
 #include <cstdint>
@@ -57,7 +57,7 @@ std::string_view unquoted(std::string_view text) {
   return text;
 }
 
-// Lines together with their ends.
+// Lines including their terminators.
 std::vector<std::string_view> linesOf(std::string_view text) {
   std::vector<std::string_view> lines;
   while (!text.empty()) {
@@ -118,7 +118,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::string after = before;
   setProfileValue(after, section, key, value);
   require(profileValue(after, section, key) == unquoted(trimmed(value)));
-  // A last line without an end may have been given one.
+  // An unterminated last line may have been terminated.
   require(differsInOnePlace(before, after) || differsInOnePlace(before + "\r\n", after));
 
   std::string again = after;

@@ -1,4 +1,4 @@
-// What the callers' arrays hold, as the camera model takes it. The caller has checked the shapes.
+// Reads the callers' arrays for the camera model. The caller has checked the shapes.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -11,10 +11,10 @@ namespace fisheye_calibration::fisheye {
 // which may be empty (no distortion), in single or double precision.
 lens::Camera readCamera(const cv::Mat& K, const cv::Mat& D, double alpha);
 
-// Three doubles out of an array of three single-precision or double elements, whatever its shape.
+// Three doubles from an array of three single- or double-precision elements of any shape.
 cv::Vec3d readTriple(const cv::Mat& values);
 
-// A rotation given as a vector of three elements (any shape) or as a 3x3 matrix; the identity when
+// A rotation given as a vector of three elements (any shape) or as a 3x3 matrix; the identity if
 // `rotation` is empty.
 cv::Matx33d rotationFromArray(cv::InputArray rotation);
 

@@ -1,4 +1,4 @@
-// Rotation vectors and translations, one triple a view, in the callers' arrays.
+// Rotation vectors and translations, one triple per view, in the callers' arrays.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -6,10 +6,10 @@
 namespace fisheye_calibration::fisheye {
 
 // Element `index` of an array of 3-channel elements (matrix or vector), or matrix `index` of a list
-// of matrices of one such element. Raises the image library's error when there is none.
+// of matrices of one such element. Throws the image library's error if there is none.
 cv::Vec3d readTripleAt(const cv::_InputArray& triples, int index, const char* function);
 
-// Writes it, converted to the array's element type.
+// Writes that element, converted to the array's element type.
 void writeTripleAt(const cv::_InputOutputArray& triples, int index, const cv::Vec3d& value,
                    const char* function);
 

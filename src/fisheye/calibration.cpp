@@ -9,14 +9,14 @@
 namespace fisheye_calibration::fisheye {
 namespace {
 
-// Stores `value` in the caller's element type, or as doubles when the array is empty.
+// Stores `value` in the caller's element type, or as doubles if the array is empty.
 void store(const cv::Mat& value, const cv::_OutputArray& array) {
   if (array.needed()) {
     value.convertTo(array, array.empty() ? value.type() : array.type());
   }
 }
 
-// One triple a view into the callers' lists. A list of separate matrices gets a 3x1 matrix a view.
+// Stores one triple per view in the caller's list; a list of matrices gets a 3x1 matrix per view.
 void storeTriples(const std::vector<cv::Vec3d>& triples, const cv::_OutputArray& array,
                   bool asMatrices) {
   const int count = static_cast<int>(triples.size());
@@ -69,7 +69,7 @@ double calibrate(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays ima
     rotations.push_back(pose.om);
     translations.push_back(pose.T);
   }
-  // The kind of the rotations' list decides the form of both.
+  // The kind of the rotation list determines the form of both.
   storeTriples(rotations, rvecs, rvecs.isMatVector());
   storeTriples(translations, tvecs, rvecs.isMatVector());
   return solved.rms;

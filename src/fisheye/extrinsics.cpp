@@ -1,4 +1,4 @@
-// The doors to the pose refinement that take the callers' arrays.
+// Entry points of the pose estimation that take the callers' arrays.
 #include <algorithm>
 
 #include "fisheye/arrays.h"
@@ -26,6 +26,7 @@ bool InitExtrinsics(const cv::Mat& _imagePoints, const cv::Mat& _objectPoints,
   return true;
 }
 
+// maxIter is not read (compatibility 19).
 void ComputeExtrinsicRefine(const cv::Mat& imagePoints, const cv::Mat& objectPoints, cv::Mat& rvec,
                             cv::Mat& tvec, cv::Mat& J, int /*maxIter*/,
                             const IntrinsicParams& param, double thresh_cond) {
@@ -53,6 +54,7 @@ bool CalibrateExtrinsics(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfAr
                          cv::InputOutputArray omc, cv::InputOutputArray Tc) {
   constexpr auto name = "CalibrateExtrinsics";
   fisheye::requireListsOfPoints(objectPoints, imagePoints, name);
+  // One array of the right type is enough (compatibility 21).
   lens::require(omc.type() == CV_64FC3 || Tc.type() == CV_64FC3,
                 "omc.type() == CV_64FC3 || Tc.type() == CV_64FC3", name);
   const int targetViews = static_cast<int>(objectPoints.total());

@@ -19,8 +19,8 @@ void requireDoubles(const cv::Mat& a, const char* function) {
   lens::require(a.type() == CV_64FC1, "a.type() == CV_64FC1", function);
 }
 
-// Hands the next element of `a` to each estimated parameter, and 0 to each held one. A matrix with
-// too few elements, or a mask with too few bytes, is refused before anything is changed.
+// Passes the next element of `a` to each estimated parameter and 0 to each held one. A matrix with
+// too few elements or a mask of other than 7 bytes is rejected before anything changes.
 template <class Use>
 void distribute(IntrinsicParams& p, const cv::Mat& a, Use use, const char* function) {
   const std::size_t estimated = kParameters - static_cast<std::size_t>(std::count(
@@ -40,7 +40,7 @@ void distribute(IntrinsicParams& p, const cv::Mat& a, Use use, const char* funct
 IntrinsicParams::IntrinsicParams() : skew(0), estimateMask(kParameters, 0) {}
 
 IntrinsicParams IntrinsicParams::operator+(const cv::Mat& a) const {
-  constexpr auto name = "cv::internal::IntrinsicParams::operator +";
+  constexpr auto name = "cv::internal::IntrinsicParams::operator +";  // compatibility 20
   requireDoubles(a, name);
   IntrinsicParams sum = *this;
   distribute(
@@ -49,7 +49,7 @@ IntrinsicParams IntrinsicParams::operator+(const cv::Mat& a) const {
 }
 
 IntrinsicParams& IntrinsicParams::operator=(const cv::Mat& a) {
-  constexpr auto name = "cv::internal::IntrinsicParams::operator =";
+  constexpr auto name = "cv::internal::IntrinsicParams::operator =";  // compatibility 20
   requireDoubles(a, name);
   distribute(
       *this, a, [](double& parameter, double value) { parameter = value; }, name);

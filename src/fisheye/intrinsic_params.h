@@ -1,4 +1,4 @@
-// The intrinsic record as the inputs of the camera model.
+// Converts the intrinsic record to the camera model's parameters.
 #pragma once
 
 #include "fisheye/internal.h"

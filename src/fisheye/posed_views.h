@@ -1,4 +1,4 @@
-// Views with their poses, as the steps after the pose estimation take them.
+// Views with their poses, for the steps after pose estimation.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -15,7 +15,7 @@ struct PosedViews {
 };
 
 // Checks and reads the arguments that the steps share: 3-channel target points, 2-channel image
-// points, rotation vectors omc and translations Tc of type CV_64FC3, one element a view.
+// points, rotation vectors omc and translations Tc of type CV_64FC3, one element per view.
 PosedViews readPosedViews(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays imagePoints,
                           cv::InputArray omc, cv::InputArray Tc, const char* function);
 

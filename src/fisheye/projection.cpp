@@ -34,7 +34,7 @@ void fillJacobianRows(const lens::Camera& camera, const std::array<cv::Matx33d, 
   std::copy_n(v, kJacobianColumns, rowV);
 }
 
-// `pixels` is continuous and holds as many elements as `points`, in whatever shape.
+// `pixels` is continuous and holds as many elements as `points`, in any shape.
 template <class Real>
 void projectAll(const cv::Mat& points, const lens::Camera& camera, const lens::Pose& pose,
                 cv::Mat& pixels, cv::Mat* jacobian) {

@@ -12,8 +12,8 @@
 namespace fisheye_calibration::fisheye {
 namespace {
 
-// Standard deviation about the mean, scaled from division by n to division by n - 1; not a number
-// for a single value.
+// Standard deviation about the mean, scaled from division by n to division by n - 1; NaN for a
+// single value.
 double sampleDeviation(const std::vector<double>& values) {
   const auto n = static_cast<double>(values.size());
   double mean = 0;

@@ -31,7 +31,7 @@ cv::Matx33d newProjection(cv::InputArray R, cv::InputArray P) {
   return projection * rotation;
 }
 
-// A distorted normalised point to its final position.
+// Maps a distorted normalised point to its final position.
 cv::Vec2d undistortPoint(const lens::Camera& camera, const cv::Vec2d& pw, const cv::Matx33d& RR,
                          const lens::NewtonCriteria& criteria) {
   const double radius = std::sqrt(pw[0] * pw[0] + pw[1] * pw[1]);
@@ -44,7 +44,7 @@ cv::Vec2d undistortPoint(const lens::Camera& camera, const cv::Vec2d& pw, const 
   return {pr[0] / pr[2], pr[1] / pr[2]};
 }
 
-// `undistorted` is continuous and holds as many elements as `distorted`, in whatever shape.
+// `undistorted` is continuous and holds as many elements as `distorted`, in any shape.
 template <class Real>
 void undistortAll(const cv::Mat& distorted, const lens::Camera& camera, const cv::Matx33d& RR,
                   const lens::NewtonCriteria& criteria, cv::Mat& undistorted) {

@@ -12,8 +12,8 @@
 namespace fisheye_calibration::fisheye {
 namespace {
 
-// One row of both maps: whole pixels (column, row), wrapped to 16 bits, and the index of the
-// fraction, row fraction * 32 + column fraction.
+// One row of both maps: whole pixels (column, row), wrapped to 16 bits (compatibility 39), and the
+// index of the fraction, row fraction * 32 + column fraction.
 void fillRow(const rendering::RectifyingRays& rays, int i, int width, cv::Vec2s* whole,
              std::uint16_t* index) {
   const cv::Matx33d& iR = rays.iR;

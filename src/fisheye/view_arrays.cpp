@@ -7,7 +7,7 @@
 namespace fisheye_calibration::fisheye {
 namespace {
 
-// Each channel of `points`, converted to double, into one array.
+// Splits `points` into one array of doubles per channel.
 template <std::size_t Channels>
 void split(const cv::Mat& points, const std::array<std::vector<double>*, Channels>& arrays,
            const char* function) {

@@ -1,4 +1,4 @@
-// Views in the callers' arrays, as the solver takes them.
+// Reads views from the callers' arrays for the solver.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -8,16 +8,16 @@
 
 namespace fisheye_calibration::fisheye {
 
-// Raises the image library's error unless target points of a usable type are there.
+// Throws the image library's error unless target points of a usable type are present.
 void requireTargetPoints(bool present, const char* function);
 
-// Raises the image library's error unless both lists are there, of three and two channels, floats
-// or doubles.
+// Throws the image library's error unless both lists are present, with three and two channels of
+// floats or doubles.
 void requireListsOfPoints(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays imagePoints,
                           const char* function);
 
-// One view out of 3-channel and 2-channel arrays of floats or doubles, any layout. Other types
-// raise the image library's error.
+// One view from 3-channel and 2-channel arrays of floats or doubles of any layout. Other types
+// throw the image library's error.
 solver::ViewPoints readView(const cv::Mat& objectPoints, const cv::Mat& imagePoints,
                             const char* function);
 

@@ -33,7 +33,7 @@ struct Layout {
 
 bool exceeds(std::int64_t a, std::int64_t b, std::int64_t limit) { return b != 0 && a > limit / b; }
 
-// False when the file would be too long.
+// Returns false if the file would be too long.
 bool layOut(int width, int height, int bits, Layout& layout) {
   layout.palette = bits == 1 ? 2 : bits == 4 ? 16 : bits == 8 ? 256 : 0;
   if (width <= 0 || height <= 0 || bits <= 0) {
@@ -49,7 +49,7 @@ bool layOut(int width, int height, int bits, Layout& layout) {
   return true;
 }
 
-// Little-endian bytes, whatever the machine's order is.
+// Little-endian on every machine.
 class Bytes {
  public:
   void append16(std::int64_t value) { append(value, 2); }
@@ -126,7 +126,7 @@ bool WriteDebugBitmap(const unsigned char* pixels, int width, int height, int bi
       write(file.get(), start.all().data(), static_cast<std::int64_t>(start.all().size())) &&
       write(file.get(), pixels, layout.packed) &&
       writeZeros(file.get(), layout.image - layout.packed);
-  const bool closed = std::fclose(file.release()) == 0;  // writes what is still held back
+  const bool closed = std::fclose(file.release()) == 0;  // flushes the rest
   return written && closed;
 }
 
@@ -134,8 +134,8 @@ bool CanWriteDebugBitmap(const char* path) {
   std::error_code ignored;
   const bool isNew = std::filesystem::symlink_status(path, ignored).type() ==
                      std::filesystem::file_type::not_found;
-  // Appending asks for no more than writing does, and empties nothing, not even a file that
-  // somebody makes in between.
+  // Append mode needs the same permissions as writing but never truncates, not even a file created
+  // in the meantime.
   if (!File(std::fopen(path, "ab"))) {
     return false;
   }

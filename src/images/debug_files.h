@@ -1,11 +1,11 @@
-// The files on drive D: that show a developer what the library worked on (compatibility 56). They
-// are written under fixed names, as part of the operations, and whether that succeeds is ignored.
-// Off Windows the paths are used as they stand: relative ones, in a folder called "D:".
+// Debug files on drive D:, written by the operations under fixed names; failures are ignored
+// (compatibility 56). On systems other than Windows the same paths are relative, in a folder named
+// "D:".
 #pragma once
 
 namespace fisheye_calibration::images {
 
-// Built with FISHEYE_CALIBRATION_DEBUG_FILES=OFF the library writes none.
+// With FISHEYE_CALIBRATION_DEBUG_FILES=OFF the library writes none of them.
 constexpr bool kWritesDebugFiles = FISHEYE_CALIBRATION_DEBUG_FILES != 0;
 
 namespace debug_files {
@@ -16,7 +16,7 @@ constexpr const char* kRightView = "D:/RightCorrectedImage.bmp";
 constexpr const char* kRightMask = "D:/RightMaskImage.bmp";
 constexpr const char* kCanvas = "D:/DImage.bmp";
 constexpr const char* kStraightened = "D:/CorrectedImage2.bmp";
-constexpr const char* kToStraighten = "D:/CorrectedImage.bmp";  // read, whatever is built in
+constexpr const char* kToStraighten = "D:/CorrectedImage.bmp";  // read in every build
 }  // namespace debug_files
 
 }  // namespace fisheye_calibration::images

@@ -7,7 +7,7 @@
 namespace fisheye_calibration::images {
 namespace {
 
-// Positions first...last - 1 along one axis of the destination that have a source.
+// Positions first...last - 1 along one axis of the destination that have a source position.
 struct Range {
   std::int64_t first;
   std::int64_t last;
@@ -16,7 +16,7 @@ struct Range {
 };
 
 Range overlap(std::int64_t offset, std::int32_t fromLength, std::int32_t toLength) {
-  // Beyond these offsets nothing overlaps; inside them the sums below cannot overflow.
+  // Beyond these offsets nothing overlaps; within them the sums below cannot overflow.
   if (offset >= fromLength || offset <= -static_cast<std::int64_t>(toLength)) {
     return {0, 0};
   }

@@ -1,4 +1,4 @@
-// The numbers that the camera model works with.
+// Parameters of the camera model.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -21,13 +21,13 @@ inline cv::Matx33d cameraMatrix(const Camera& c) {
   return {c.fx, c.alpha * c.fx, c.cx, 0, c.fy, c.cy, 0, 0, 1};
 }
 
-// Carries a target point X into the camera frame: Y = R(om) X + T.
+// Maps a target point X to the camera frame: Y = R(om) X + T.
 struct Pose {
   cv::Vec3d om;
   cv::Vec3d T;
 };
 
-// Pixel of one target point in the raw image, R being the matrix of the pose's rotation vector.
+// Projects a target point to a raw-image pixel; R is the matrix of the pose's rotation vector.
 cv::Point2d projectPoint(const Camera& camera, const cv::Matx33d& R, const cv::Vec3d& T,
                          const cv::Vec3d& X);
 

@@ -1,5 +1,4 @@
-// The camera model of one point, and its derivatives: where the formulas of the lens stand. T is
-// double, or Pack for a vector of points.
+// The camera model of one point and its derivatives. T is double, or Pack for a vector of points.
 #if defined(FISHEYE_CAMERA_MODEL_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef FISHEYE_CAMERA_MODEL_INL_H_
 #undef FISHEYE_CAMERA_MODEL_INL_H_
@@ -23,7 +22,7 @@ constexpr double kAxisRadius = 1e-8;
 
 template <class T>
 struct Projection {
-  T z;                // depth, pixels are Y1/z and Y2/z before the lens
+  T z;                // guarded depth: a = Y1/z, b = Y2/z
   T a, b;             // normalised coordinates
   T r, theta;         // r = |(a, b)|, theta = atan r
   T inverseR, ratio;  // 1/r and theta_d/r, both 1 near the axis
@@ -46,7 +45,7 @@ HWY_INLINE Coordinates<T> toCameraFrame(const cv::Matx33d& R, const cv::Vec3d& t
           T(R(2, 0)) * X + T(R(2, 1)) * Y + T(R(2, 2)) * Z + T(trans[2])};
 }
 
-// A depth of 0 (or below the smallest normal double) counts as 1.
+// A depth of 0 (or smaller than any normal double) counts as 1 (compatibility 26).
 template <class T>
 HWY_INLINE T guardedDepth(T z) {
   return select(absolute(z) < T(std::numeric_limits<double>::min()), T(1.0), z);
@@ -87,7 +86,7 @@ HWY_INLINE Projection<T> projectPoint(const Camera& camera, const cv::Matx33d& R
   return p;
 }
 
-// Rows u and v of the derivatives by the pose: rotation vector (3), translation (3).
+// Derivatives of u and v with respect to the pose: rotation vector (3), translation (3).
 template <class T>
 struct PoseDerivatives {
   T u[6], v[6];
@@ -98,8 +97,8 @@ HWY_INLINE PoseDerivatives<T> poseDerivatives(const Camera& camera,
                                               const std::array<cv::Matx33d, 3>& dR, T X, T Y, T Z,
                                               const Projection<T>& p) {
   // (xd, yd) = ratio(r) (a, b), so d(xd, yd)/d(a, b) = ratio I + (dratio/dr)/r (a, b)(a, b)^T, with
-  // dratio/dr = (dtheta_d/dtheta / (1 + r^2) - ratio)/r. Near the axis r^2 has no square root to
-  // differentiate: dr/dp is then taken as d(r^2)/dp, which the factor 2 does.
+  // dratio/dr = (dtheta_d/dtheta / (1 + r^2) - ratio)/r. Near the axis, where the square root of
+  // r^2 has no derivative, dr/dp is taken as d(r^2)/dp, hence the factor 2 (compatibility 22).
   const T slope = distortedAngleSlope(camera, p.theta) / (T(1.0) + p.r * p.r);
   const T dRatio_dr = p.inverseR * (slope - p.ratio);
   const T curvature = dRatio_dr * select(p.r > T(kAxisRadius), p.inverseR, T(2.0));
@@ -133,11 +132,11 @@ HWY_INLINE PoseDerivatives<T> poseDerivatives(const Camera& camera,
   return d;
 }
 
-// Derivatives by the intrinsics that are not 0 or 1: u by fx is xSkewed, v by fy is yd, u by cx and
-// v by cy are 1.
+// Derivatives with respect to distortion and skew. The others are immediate: du/dfx = xSkewed,
+// dv/dfy = yd, du/dcx = dv/dcy = 1.
 template <class T>
 struct LensDerivatives {
-  T u_k[2], v_k[2];  // by k0, k1
+  T u_k[2], v_k[2];  // with respect to k0, k1
   T u_alpha;
 };
 

@@ -12,15 +12,14 @@ namespace {
 namespace model = HWY_NAMESPACE;
 
 // Newton's iteration theta <- theta - f(theta)/f'(theta), f = theta + k0 theta^2 + k1 theta^3 -
-// theta_d. A step depends on theta alone, so an iteration that returns to an earlier angle repeats
-// itself for ever. With millions of steps allowed (a criterion of epsilon alone allows 2^31 - 1)
-// such a cycle is recognised by Brent's method and the remaining whole rounds are left out; the
-// result is the same.
+// theta_d. A step depends on theta alone, so an iteration that returns to an earlier angle cycles
+// forever. As millions of steps may be allowed (an epsilon-only criterion allows 2^31 - 1), Brent's
+// method detects such a cycle and the remaining whole rounds are skipped; the result is the same.
 class AngleIteration {
  public:
   AngleIteration(const Camera& camera, double thetaD) : camera_(camera), thetaD_(thetaD) {}
 
-  // True when a step fell below epsilon.
+  // Returns true if a step fell below epsilon.
   bool run(const NewtonCriteria& criteria) {
     double landmark = std::numeric_limits<double>::quiet_NaN();
     int landmarkAge = 0;
@@ -64,7 +63,7 @@ class AngleIteration {
 
 bool undistortionScale(const Camera& camera, double thetaD, const NewtonCriteria& criteria,
                        double& scale) {
-  // At the centre tan(0)/0 has no value; with an epsilon the point is taken as solved there.
+  // At the centre tan(0)/0 is undefined; with an epsilon the point counts as solved there.
   if (criteria.useEpsilon && !(std::abs(thetaD) > criteria.epsilon)) {
     scale = 0;
     return true;

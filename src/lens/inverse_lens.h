@@ -7,13 +7,13 @@
 
 namespace fisheye_calibration::lens {
 
-// What marks a pixel that has no undistorted position, in both coordinates.
+// Both coordinates of a pixel that has no undistorted position.
 constexpr double kNoSolution = -1000000.0;
 
-// theta_d is never searched beyond this.
+// Upper limit of theta_d.
 constexpr double kHalfPi = std::numbers::pi / 2;
 
-// How far pixels are inverted when a pose is sought.
+// Newton criteria for the pixels of a pose estimate.
 constexpr int kNormalizationSteps = 10;
 constexpr double kNormalizationEpsilon = 1e-8;
 
@@ -25,9 +25,10 @@ struct NewtonCriteria {
   double epsilon = 0;
 };
 
-// tan(theta)/theta_d for theta_d = theta + k0 theta^2 + k1 theta^3, the factor that carries a
-// distorted normalised point to its undistorted position; 0 at the centre when epsilon decides.
-// False when Newton's method did not converge or ended at a negative angle.
+// Sets `scale` to tan(theta)/theta_d, theta_d = theta + k0 theta^2 + k1 theta^3: the factor that
+// maps a distorted normalised point to its undistorted position, 0 at the centre if epsilon is
+// used. Returns false if a required epsilon is not reached or theta ends with the opposite sign of
+// theta_d.
 bool undistortionScale(const Camera& camera, double thetaD, const NewtonCriteria& criteria,
                        double& scale);
 

@@ -1,12 +1,11 @@
-// A vector of doubles with the operators of a number, so that the camera model's formulas are
-// written once and run on single points and on whole vectors. Compiled once per instruction set.
+// A vector of doubles with arithmetic operators, so that the camera model is written once for
+// single points and vectors of points. Compiled once per instruction set.
 //
 // Packs are passed in registers that the baseline lacks, so only functions compiled for the same
 // instruction set may take, return or hold them: those written between HWY_BEFORE_NAMESPACE and
-// HWY_AFTER_NAMESPACE, and lambdas with HWY_ATTR. Templates of the standard library and
-// constructors that the compiler writes are compiled for the baseline, and without optimisation
-// they are called rather than inlined. Hence plain arrays, and constructors written out where there
-// is work to do.
+// HWY_AFTER_NAMESPACE, and lambdas with HWY_ATTR. Standard library templates and compiler-generated
+// constructors are compiled for the baseline and, without optimisation, called rather than inlined.
+// Hence plain arrays, and hand-written constructors where they do work.
 #include <hwy/highway.h>
 
 #if defined(FISHEYE_PACK_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -42,7 +41,7 @@ struct Pack {
   HWY_INLINE void store(double* p) const { hn::StoreU(v, Lanes(), p); }
 };
 
-// Not as friends inside the class, which GCC compiles for the baseline.
+// Not friends defined in the class: GCC compiles those for the baseline.
 HWY_INLINE Pack operator+(Pack a, Pack b) { return Pack(hn::Add(a.v, b.v)); }
 HWY_INLINE Pack operator-(Pack a, Pack b) { return Pack(hn::Sub(a.v, b.v)); }
 HWY_INLINE Pack operator*(Pack a, Pack b) { return Pack(hn::Mul(a.v, b.v)); }

@@ -10,7 +10,7 @@ namespace fisheye_calibration::lens {
 // identity when theta is below 2.22e-16.
 cv::Matx33d rotationFromVector(const cv::Vec3d& om);
 
-// dR/dom: element i is the derivative of the matrix by component i of the vector.
+// dR/dom: element i is the derivative of the matrix with respect to component i of the vector.
 std::array<cv::Matx33d, 3> rotationDerivative(const cv::Vec3d& om);
 
 }  // namespace fisheye_calibration::lens

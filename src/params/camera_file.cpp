@@ -7,7 +7,7 @@ namespace {
 
 using Record = FishEyeCalibrationParam;
 
-// The missing "t" is part of the file format.
+// The missing "t" is part of the file format (compatibility 6).
 constexpr const char* kSection = "CalibraionParam";
 
 constexpr std::array<Field<Record>, 41> kFields{{
@@ -49,7 +49,7 @@ constexpr std::array<Field<Record>, 41> kFields{{
     {"Pixel", &Record::Pixel},
     {"DatumPtXw", &Record::DatumPtXw},
     {"DatumPtYw", &Record::DatumPtYw},
-    // Written twice over: that is the known sequence of writes, and the file holds the key once.
+    // Written twice, to keep the sequence of writes; the file holds the key only once.
     {"DatumPtYw", &Record::DatumPtYw, Reading::kSkipped},
     {"ImageDx", &Record::ImageDx},
     {"ImageDy", &Record::ImageDy},

@@ -1,4 +1,4 @@
-// The parameter file of the frame that two cameras are stitched in.
+// The parameter file of a stitched image.
 #include "fisheye_calibration.h"
 #include "params/record_file.h"
 
@@ -7,7 +7,7 @@ namespace {
 
 using Record = DualFishEyeCalibrationParam;
 
-// The missing "t" is part of the file format.
+// The missing "t" is part of the file format (compatibility 6).
 constexpr const char* kSection = "DualCamerasCalibraionParam";
 
 constexpr std::array<Field<Record>, 7> kFields{{
@@ -16,7 +16,7 @@ constexpr std::array<Field<Record>, 7> kFields{{
     {"StdImageHeight", &Record::StdImageHeight},
     {"DatumImagePtX", &Record::DatumImagePtX},
     {"DatumImagePtY", &Record::DatumImagePtY},
-    // Hosts expect whole world units back, cut towards zero.
+    // Read back as whole world units, truncated toward zero (compatibility 10).
     {"DatumPtXw", &Record::DatumPtXw, Reading::kThroughInteger},
     {"DatumPtYw", &Record::DatumPtYw, Reading::kThroughInteger},
 }};

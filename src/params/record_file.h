@@ -1,5 +1,5 @@
-// A record in a section of a profile file, one key a field: the one writer and the one reader that
-// all parameter files share. What a file looks like is a table of fields.
+// Stores a record in a section of a profile file, one key per field. All parameter files share this
+// writer and reader; a table of fields defines each file.
 #pragma once
 
 #include <array>
@@ -15,15 +15,16 @@
 
 namespace fisheye_calibration::params {
 
-// How a field's text becomes its value again. The files' users rely on each of these.
+// How the text of a field is read back. Existing hosts depend on each of these.
 enum class Reading {
-  kExact,           // as precisely as the field holds it
-  kThroughFloat,    // rounded to 32-bit float, in a field of 64 bits
-  kThroughInteger,  // whole numbers only: decimals are cut off, in a floating-point field
-  kSkipped,         // written, but not read
+  kExact,           // in the precision of the field
+  kThroughFloat,    // a 64-bit field rounded to 32-bit float (compatibility 9)
+  kThroughInteger,  // a floating-point field truncated to a whole number (compatibility 10)
+  kSkipped,         // written but not read
 };
 
-// Written with six decimals (32-bit float), fifteen (64-bit float) or as a whole number.
+// Written with six decimals (32-bit float, compatibility 8), with fifteen (64-bit float) or as a
+// whole number.
 template <typename Record>
 struct Field {
   const char* key;
@@ -35,7 +36,8 @@ inline std::string fieldText(float value) { return platform::fixedText(value, 6)
 inline std::string fieldText(double value) { return platform::fixedText(value, 15); }
 inline std::string fieldText(std::int32_t value) { return std::to_string(value); }
 
-// Empty text, which also stands for a missing key, gives 0.
+// Empty text, also that of a missing key, gives 0, and so does text that is no number
+// (compatibility 11).
 template <typename Value>
 Value fieldValue(const std::string& text, Reading reading) {
   if constexpr (std::is_integral_v<Value>) {
@@ -63,7 +65,7 @@ void saveRecord(const char* path, const char* section,
   }
   platform::writeProfileValues(path, section, entries);
 } catch (const std::bad_alloc&) {
-  // As any file that cannot be written: it stays as it was.
+  // Like any file that cannot be written, it stays unchanged.
 }
 
 template <typename Record, std::size_t Count>
@@ -93,7 +95,7 @@ void loadRecord(const char* path, const char* section,
     ++text;
   }
 } catch (const std::bad_alloc&) {
-  // As any file that cannot be read: the fields are 0.
+  // As for any file that cannot be read, the fields are 0.
 }
 
 }  // namespace fisheye_calibration::params

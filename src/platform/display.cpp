@@ -18,8 +18,8 @@ std::string environment(const char* name) {
   return value != nullptr ? value : "";
 }
 
-// True when the image library draws its windows with Qt, which aborts the process without a
-// display. The other toolkits raise an exception of their own.
+// True if the image library draws its windows with Qt, which aborts the process if there is no
+// display. Other toolkits raise an exception.
 bool windowsAreQt() {
   const std::string& information = cv::getBuildInformation();
   const std::size_t gui = information.find("GUI:");
@@ -27,8 +27,8 @@ bool windowsAreQt() {
   return information.substr(gui, information.find('\n', gui) - gui).find("QT") != std::string::npos;
 }
 
-// True when a program may open windows on the X server that DISPLAY names. Asked through the X
-// library that Qt uses, loaded here so that the product itself does not depend on it.
+// True if this program may open windows on the X server that DISPLAY names. Asks the X library that
+// Qt uses, loaded at run time so that the library does not depend on it.
 bool canConnectToXServer() {
   struct CloseLibrary {
     void operator()(void* library) const { dlclose(library); }
@@ -58,7 +58,7 @@ void requireDisplay() {
     CV_Error(cv::Error::StsError, "The window cannot be shown: QT_QPA_PLATFORM=" + platform +
                                       " has neither a screen nor a keyboard");
   }
-  // Other platforms than X (frame buffer, Wayland ...) are used only when chosen by hand.
+  // Qt uses platforms other than X (frame buffer, Wayland ...) only if explicitly chosen.
   if (!platform.empty() && platform.find("xcb") == std::string::npos) return;
 
   const std::string display = environment("DISPLAY");
@@ -78,7 +78,7 @@ void requireDisplay() {
 
 namespace fisheye_calibration::platform {
 
-void requireDisplay() {}  // the system always has one, or the toolkit raises an exception
+void requireDisplay() {}  // there always is one, or the toolkit raises an exception
 
 }  // namespace fisheye_calibration::platform
 

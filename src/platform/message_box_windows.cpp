@@ -24,17 +24,16 @@ std::wstring wideText(const char* utf8Text) {
 
 }  // namespace
 
-// The wide functions show the text on a system of any code page, where narrow ones would need the
-// system's to be GBK; users of GBK systems see the same characters either way.
+// The wide functions show the text correctly under any code page; the narrow ones would require
+// GBK, where both show the same characters.
 void showMessage(const char* utf8Text) {
   const std::wstring text = wideText(utf8Text);
   constexpr UINT style = MB_OK | MB_ICONEXCLAMATION;
 #if FISHEYE_CALIBRATION_MFC
-  // Goes through the application object of a host that is built with the framework, which knows the
-  // window that the box has to hold up.
+  // Uses the application object of a host built with MFC, which knows the window to block.
   AfxMessageBox(text.c_str(), style);
 #else
-  // Without an owner the box is modal only if asked to hold up the thread's other windows.
+  // A box without an owner is modal only if told to disable the thread's other windows.
   MessageBoxW(nullptr, text.c_str(), L"fisheye_calibration", style | MB_TASKMODAL);
 #endif
 }

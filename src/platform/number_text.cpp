@@ -14,7 +14,7 @@ std::string_view withoutLeadingSpace(std::string_view text) {
   return text.substr(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
 }
 
-// Takes one sign off the front; true for '-'.
+// Removes a leading sign; returns true for '-'.
 bool takeSign(std::string_view& text) {
   const bool negative = text.starts_with('-');
   if (negative || text.starts_with('+')) {
@@ -27,7 +27,7 @@ bool isHexDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-// Takes "0x" off the front if a hexadecimal number follows it.
+// Removes a leading "0x" if a hexadecimal number follows it; returns true if it did.
 bool takeHexPrefix(std::string_view& text) {
   if (!text.starts_with("0x") && !text.starts_with("0X")) {
     return false;
@@ -40,11 +40,12 @@ bool takeHexPrefix(std::string_view& text) {
   return true;
 }
 
-// For a number beyond the range of double: whether it is too large rather than too small.
+// For a number outside the range of double: whether it is too large rather than too small.
 bool isTooLarge(std::string_view number, bool hexadecimal) {
   const std::size_t exponentMark =
       std::min(number.find_first_of(hexadecimal ? "pP" : "eE"), number.size());
-  // Digits from the first one that is not 0 to the point, negative behind it.
+  // Digits from the first nonzero one to the point; if the point comes first, minus the zeros
+  // between them.
   long long magnitude = 0;
   bool behindPoint = false;
   bool significant = false;
@@ -86,7 +87,7 @@ double parseReal(std::string_view text) {
   }
   const bool hexadecimal = takeHexPrefix(number);
   if (hexadecimal) {
-    // libstdc++ would take "p+-1" for an exponent.
+    // libstdc++ would accept "p+-1" as an exponent.
     number = number.substr(0, std::min(number.find("p+-"), number.find("P+-")));
   }
   double value = 0;

@@ -1,4 +1,4 @@
-// Numbers as text, the same in every locale: neither the C library's nor C++'s is looked at.
+// Numbers as text, independent of the locale, C's as well as C++'s.
 #pragma once
 
 #include <cstdint>
@@ -7,16 +7,16 @@
 
 namespace fisheye_calibration::platform {
 
-// What printf("%.<decimals>f") gives in the "C" locale; "inf" and "nan", with '-' where the sign
-// bit is set.
+// The same text as printf("%.<decimals>f") in the "C" locale; infinity and NaN are "inf" and "nan",
+// with '-' if the sign bit is set.
 std::string fixedText(double value, int decimals);
 
-// What atof gives in the "C" locale: leading white space and trailing text do not count,
-// hexadecimal numbers, "inf" and "nan" are understood, text that is no number is 0. Beyond the
-// range the result is infinite or 0.
+// The same number as atof in the "C" locale: leading white space and trailing text are ignored;
+// hexadecimal numbers, "inf" and "nan" are accepted; other text gives 0. Out of range, the result
+// is infinite or 0.
 double parseReal(std::string_view text);
 
-// What atoi gives; beyond 32 bits the nearest number that there is.
+// The same number as atoi; out of range, the nearest 32-bit one.
 std::int32_t parseInteger(std::string_view text);
 
 }  // namespace fisheye_calibration::platform

@@ -9,8 +9,8 @@
 
 namespace fisheye_calibration::platform {
 
-// Work on ranges of rows. ThreadSanitizer is told where threads begin and where they are waited
-// for: the image library is not built with it, so it does not see that by itself.
+// Work on ranges of rows. Annotates for ThreadSanitizer where threads start and are joined, which
+// it cannot see in an image library that is built without it.
 template <class Work>
 class RowRanges final : public cv::ParallelLoopBody {
  public:
@@ -38,8 +38,8 @@ class RowRanges final : public cv::ParallelLoopBody {
   const Work& work_;
 };
 
-// Calls work(begin, end) for ranges of rows that together are 0 ... rows, each row once; they may
-// run at the same time.
+// Calls work(begin, end) for ranges that cover the rows 0 ... rows - 1, each row once. The calls
+// may run concurrently.
 template <class Work>
 void forRowRanges(int rows, const Work& work) {
   const RowRanges<Work> ranges(work);

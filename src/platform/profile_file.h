@@ -1,6 +1,6 @@
-// Profile (INI) files: sections of key=value lines, as the Windows profile functions keep them.
-// Windows' own functions do the work there; elsewhere a replacement with the same observable
-// behaviour. Numbers, locales and code pages play no part here: values are bytes.
+// Profile (INI) files: sections of key=value lines, as the Windows profile functions define them.
+// Windows uses these functions, other systems a replacement with the same observable behaviour.
+// Values are bytes: numbers, locales and code pages do not matter here.
 #pragma once
 
 #include <span>
@@ -9,27 +9,27 @@
 
 namespace fisheye_calibration::platform {
 
-// Keys hold no line break, '=' or NUL and do not begin with '[' or ';', which begins a comment;
-// values and section names no line break or NUL, section names no ']' either.
+// Keys contain no line break, '=' or NUL and do not begin with '[' or ';' (a comment). Values and
+// section names contain no line break or NUL, and section names no ']'.
 struct ProfileEntry {
   const char* key;
   std::string value;
 };
 
-// Texts of `keys` in `section`, in their order: blanks around the value and one pair of quotes are
-// taken off, at most 127 characters are returned. A missing file, section or key and a null path
-// give empty text.
+// Returns the values of `keys` in `section`, in this order, without surrounding blanks and one pair
+// of quotes, cut to 127 characters (compatibility 11). If the path is null, or the file, section or
+// key is missing, the value is empty.
 std::vector<std::string> readProfileValues(const char* path, const char* section,
                                            std::span<const char* const> keys);
 
-// Writes the entries one after the other. A key that exists is rewritten in its place, a new one
-// goes to the end of its section, a missing section to the end of the file; a missing file is
-// created. Every other line stays. False when the file cannot be written: read-only, a folder, in a
-// folder that does not exist, a null path; then nothing changes and nothing is created.
+// Writes the entries in order. An existing key is rewritten in place, a new one is added at the end
+// of its section, a missing section at the end of the file; a missing file is created. All other
+// lines stay. Returns false, with nothing changed or created, if the file cannot be written: it is
+// read-only or a folder, its folder does not exist, or the path is null.
 //
-// Off Windows all entries are written or none: the folder must be writable, the file is replaced by
-// rename, and whatever interrupts that leaves the old file or the new one. Of two writers at once
-// the last one's file stays.
+// On systems other than Windows either all entries are written or none: the file is replaced by
+// rename, so its folder must be writable, and an interruption leaves either the old file or the new
+// one. If two processes write at the same time, the last one wins.
 bool writeProfileValues(const char* path, const char* section,
                         std::span<const ProfileEntry> entries);
 

@@ -8,7 +8,7 @@ std::vector<std::string> readProfileValues(const char* path, const char* section
                                            std::span<const char* const> keys) {
   constexpr std::size_t longestValue = 127;  // a buffer of 128 characters on Windows
   std::vector<std::string> values(keys.size());
-  // One look at the file for all keys, so that a save in between cannot mix old and new values.
+  // Reads the file once for all keys, so a concurrent save cannot mix old and new values.
   std::string text;
   if (path == nullptr || readWholeFile(path, text) != FileState::Read) {
     return values;

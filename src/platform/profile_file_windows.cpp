@@ -8,7 +8,7 @@ std::vector<std::string> readProfileValues(const char* path, const char* section
                                            std::span<const char* const> keys) {
   std::vector<std::string> values(keys.size());
   if (path == nullptr) {
-    return values;  // to the system a null path means win.ini
+    return values;  // the system takes a null path as win.ini
   }
   for (std::size_t i = 0; i < keys.size(); ++i) {
     char buffer[128];

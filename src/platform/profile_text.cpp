@@ -9,7 +9,7 @@ namespace {
 constexpr std::string_view lineEnd = "\r\n";
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-// One line as offsets into the text: [begin, end) without its line end, the next one at `next`.
+// A line as offsets into the text: [begin, end) without its line end; the next line is at `next`.
 struct Line {
   std::size_t begin = 0;
   std::size_t end = 0;
@@ -49,7 +49,7 @@ bool sameName(std::string_view a, std::string_view b) {
   return std::ranges::equal(a, b, {}, lower, lower);
 }
 
-// Name of the section that the line opens, if it opens one.
+// The name of the section that the line opens; std::nullopt if it opens none.
 std::optional<std::string_view> sectionName(std::string_view line) {
   const std::string_view content = trimmed(line);
   const std::size_t close = content.find(']');
@@ -78,7 +78,7 @@ Place find(std::string_view text, std::string_view section, std::string_view key
     const std::string_view content = text.substr(line.begin, line.end - line.begin);
     if (const auto name = sectionName(content)) {
       if (place.sectionFound) {
-        break;  // a second section of the same name is not looked at
+        break;  // later sections of the same name are ignored
       }
       place.sectionFound = sameName(*name, section);
     } else if (place.sectionFound) {

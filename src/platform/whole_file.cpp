@@ -14,7 +14,7 @@
 namespace fisheye_calibration::platform {
 namespace {
 
-// Far above any parameter file; keeps a file given by mistake from exhausting the memory.
+// Far larger than any parameter file; keeps a file given by mistake from exhausting the memory.
 constexpr off_t largestFile = off_t{256} << 20;
 
 class FileDescriptor {
@@ -29,7 +29,7 @@ class FileDescriptor {
   }
   [[nodiscard]] bool isOpen() const { return number_ >= 0; }
   [[nodiscard]] int number() const { return number_; }
-  // Network file systems report the failure of a write at the latest here.
+  // Network file systems may report a failed write only here.
   [[nodiscard]] bool close() {
     const int result = ::close(number_);
     number_ = -1;
@@ -40,7 +40,7 @@ class FileDescriptor {
   int number_;
 };
 
-// A new file in `folder` that goes away unless it is renamed.
+// A new file in `folder` that is deleted unless it is renamed.
 class TemporaryFile {
  public:
   explicit TemporaryFile(int folder) : folder_(folder), file_(create()) {}
@@ -66,12 +66,12 @@ class TemporaryFile {
     return true;
   }
 
-  // Takes over permissions and, where allowed, owner and group.
+  // Copies the permissions and, where allowed, the owner and group.
   [[nodiscard]] bool imitate(const struct stat& model) const {
-    // The owner first: changing it drops some permissions.
+    // The owner first: changing it clears some permissions.
     if (::fchown(file_.number(), model.st_uid, model.st_gid) != 0 &&
         ::fchown(file_.number(), static_cast<uid_t>(-1), model.st_gid) != 0) {
-      // Only root may give files away; the file then belongs to its writer.
+      // Only root may give files away; otherwise the file belongs to its writer.
     }
     return ::fchmod(file_.number(), model.st_mode & 07777) == 0;
   }
@@ -106,7 +106,8 @@ class TemporaryFile {
   FileDescriptor file_;
 };
 
-// The file that a chain of links at the end of `path` leads to, whether it exists or not.
+// Follows the chain of links at the end of `path`; the target need not exist. std::nullopt if the
+// chain is too long or a link cannot be read.
 std::optional<std::filesystem::path> linkTarget(std::filesystem::path path) {
   constexpr int mostLinks = 40;
   for (int i = 0; i < mostLinks; ++i) {
@@ -132,7 +133,7 @@ bool isReplaceable(int folder, const char* name, const struct stat& status) {
 }  // namespace
 
 FileState readWholeFile(const char* path, std::string& content) {
-  // Not to wait for a writer, should this be a pipe.
+  // O_NONBLOCK: a pipe would otherwise wait for a writer.
   const FileDescriptor file(::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file.isOpen()) {
     return errno == ENOENT ? FileState::Missing : FileState::Unreadable;
@@ -149,7 +150,7 @@ FileState readWholeFile(const char* path, std::string& content) {
     if (count > 0) {
       length += static_cast<std::size_t>(count);
     } else if (count == 0) {
-      break;  // has become shorter since
+      break;  // the file has been truncated meanwhile
     } else if (errno != EINTR) {
       return FileState::Unreadable;
     }
@@ -181,8 +182,8 @@ bool replaceWholeFile(const char* path, std::string_view content) {
       !temporary.renameTo(name.c_str())) {
     return false;
   }
-  // The new name lasts through a power cut only once the folder is on the disk too. Should this
-  // fail, the file has been replaced nevertheless.
+  // The rename survives a power failure only once the folder is on disk. If this fails, the file
+  // has been replaced all the same.
   ::fsync(folderFile.number());
   return true;
 }

@@ -8,18 +8,18 @@ namespace fisheye_calibration::platform {
 
 enum class FileState {
   Read,
-  Missing,     // nothing there, or a link that leads to nothing
+  Missing,     // no such file, or a dangling link
   Unreadable,  // not a regular file, no permission, too large for a parameter file
 };
 
 FileState readWholeFile(const char* path, std::string& content);
 
-// Gives the file at `path` new content, or creates it. The content goes to a temporary file in the
-// same folder, which is flushed to the disk and then renamed, so that at any moment the old or the
-// new file is there as a whole. Links are followed and kept; permissions stay, the owner where the
-// process may set it. False, with nothing changed and no temporary file left, when the file is
-// read-only (a file without any write permission is so even for root), is no regular file, or any
-// step fails.
+// Replaces the content of the file at `path`, or creates it. The content is written to a temporary
+// file in the same folder, which is flushed to disk and then renamed, so at any moment either the
+// old or the new file exists as a whole. Links are followed and kept. Permissions are preserved,
+// and so is the owner where the process may set it. Returns false, with nothing changed and no
+// temporary file left, if the file is read-only (without any write permission it is, even for
+// root), is not a regular file, or any step fails.
 bool replaceWholeFile(const char* path, std::string_view content);
 
 }  // namespace fisheye_calibration::platform

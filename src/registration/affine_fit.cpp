@@ -16,7 +16,7 @@ namespace {
 constexpr int kUnknowns = 6;
 
 void writePairs(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst) {
-  std::ofstream file(images::debug_files::kAffinePairs);  // text mode: the system's own line ends
+  std::ofstream file(images::debug_files::kAffinePairs);  // text mode: native line ends
   if (!file) return;
   const auto text = [](float value) { return platform::fixedText(value, 6); };
   for (std::size_t i = 0; i < src.size(); ++i) {
@@ -26,7 +26,7 @@ void writePairs(const std::vector<cv::Point2f>& src, const std::vector<cv::Point
   }
 }
 
-// Two equations a pair, for p = (a, b, c, d, e, f):
+// Two equations per pair, for p = (a, b, c, d, e, f):
 //   x a + y b + e = u
 //   x c + y d + f = v
 void setPair(CEQMatrix& A, CEQMatrix& b, int pair, const cv::Point2f& from, const cv::Point2f& to) {
@@ -63,7 +63,7 @@ bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2
   CEQMatrix N = At.Multiply(A);
   const CEQMatrix r = At.Multiply(b);
   if (N.Data == nullptr || r.Data == nullptr || At.Data == nullptr) return false;
-  N.Invert();  // a singular N is used as it is left
+  N.Invert();  // a singular N is used as left (compatibility 43)
   const CEQMatrix p = N.Multiply(r);
   if (p.Data == nullptr) return false;
 

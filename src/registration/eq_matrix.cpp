@@ -12,13 +12,13 @@
 namespace fisheye_calibration {
 namespace {
 
-// A square matrix of order n during its inversion.
+// A square matrix of order n that is being inverted in place.
 class Elimination {
  public:
   Elimination(double* elements, int order) : a_(elements), n_(static_cast<std::size_t>(order)) {}
 
-  // Finds the element of largest absolute value in rows and columns k ... n - 1; of equal ones the
-  // first, row by row. Returns that value.
+  // Finds the element of largest absolute value in rows and columns k ... n - 1, the first one row
+  // by row if several are equal, and returns that value.
   double findPivot(std::size_t k, std::size_t& pivotRow, std::size_t& pivotCol) const {
     double largest = 0.0;
     for (std::size_t i = k; i < n_; ++i) {
@@ -133,7 +133,7 @@ double CEQMatrix::GetElement(int row, int col) const {
 
 CEQMatrix CEQMatrix::Multiply(const CEQMatrix& B) const {
   CEQMatrix C(Rows, B.Cols);
-  // A factor without storage is 0 throughout; its sizes may be huge, so they are not walked.
+  // A factor without storage is all zeros; its sizes may be huge, so do not loop over them.
   if (C.Data == nullptr || Data == nullptr) return C;
   for (int i = 0; i < Rows; ++i) {
     for (int j = 0; j < B.Cols; ++j) {
@@ -159,8 +159,8 @@ int CEQMatrix::Invert() {
     elimination.swapColumns(k, pivotCols[k]);
     elimination.exchange(k);
   }
-  // With B = P A Q eliminated, inv(A) = Q inv(B) P: the swaps are undone in reverse order, those of
-  // columns on rows and those of rows on columns.
+  // The elimination inverted B = P A Q, and inv(A) = Q inv(B) P: undo the swaps in reverse order,
+  // column swaps on rows and row swaps on columns.
   for (std::size_t k = n; k-- > 0;) {
     elimination.swapRows(k, pivotCols[k]);
     elimination.swapColumns(k, pivotRows[k]);

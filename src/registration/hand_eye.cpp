@@ -9,11 +9,11 @@
 namespace fisheye_calibration::registration {
 namespace {
 
-// An affine map has six coefficients, fixed by three points.
+// Three points determine the six coefficients of an affine map.
 constexpr std::size_t kFewestPoints = 3;
 
-// The error figures have always looked at this many points and divided by the number of all; hosts
-// compare them with limits made for it.
+// The errors sum over at most this many points but divide by the number of all (compatibility 42):
+// hosts' limits are made for that.
 constexpr std::size_t kPointsInError = 9;
 
 }  // namespace

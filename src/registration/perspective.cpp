@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kPoints = 4;
 
-// Size of the straightened picture, whatever the input's.
+// Width and height of the straightened picture, whatever the size of the input (compatibility 44).
 constexpr int kStraightenedSize = 5184;
 
 std::vector<cv::Point2f> imagePointsOf(const std::vector<CalibrationPoint>& points) {
@@ -31,9 +31,9 @@ std::vector<cv::Point2f> imagePointsOf(const std::vector<CalibrationPoint>& poin
   return imagePoints;
 }
 
-// The world layout of four points in pixels, hung up at the image position (x0, y0) of the first:
+// The world layout of four points in pixels, anchored at the image position (x0, y0) of the first:
 //   dI = |image point 0 - image point 3|, dW = |world point 0 - world point 3|   (32-bit float)
-//   s = dW/dI                                                      (world units a pixel)
+//   s = dW/dI                                                      (world units per pixel)
 //   (x, y)_k = ((Xw_k - Xw_0)/s + x0, (Yw_k - Yw_0)/s + y0)
 std::vector<cv::Point2f> worldLayoutInPixels(const std::vector<CalibrationPoint>& points) {
   const CalibrationPoint& first = points[0];
@@ -72,11 +72,12 @@ void showUntilKey([[maybe_unused]] const cv::Mat& image) {
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::registration;
 
+// The numeric outputs are never written (compatibility 44).
 bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points, double* const, double&,
                                        double&) {
   if (points.empty()) return false;
   const std::vector<cv::Point2f> source = imagePointsOf(points);
-  // Any other number of points is refused by the image library, which wants four in both lists.
+  // The image library refuses any other number of points: it requires four in both lists.
   std::vector<cv::Point2f> destination;
   if (points.size() == kPoints) destination = worldLayoutInPixels(points);
   const cv::Mat M = cv::getPerspectiveTransform(source, destination, cv::DECOMP_LU);
@@ -87,7 +88,7 @@ bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points, dou
                       cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar());
   showUntilKey(straightened);
   if (images::kWritesDebugFiles) {
-    cv::imwrite(images::debug_files::kStraightened, straightened);  // its result is ignored
+    cv::imwrite(images::debug_files::kStraightened, straightened);  // failure is ignored
   }
   return true;
 }

@@ -46,20 +46,20 @@ HWY_INLINE std::uint32_t loadBits(const unsigned char* p) {
   return value;
 }
 
-// Where the samples of a run lie: the index of P00 in pixels of the buffer.
+// Locations of a run's samples: the index of P00 in the buffer, in pixels.
 struct Samples {
   HWY_ALIGN std::uint32_t index[kRun];
   HWY_ALIGN std::uint32_t inside[kRun];  // all ones where the four pixels lie in the frame, else 0
 };
 
-// Which samples of the run there are.
+// Which kinds of samples occur in the run.
 struct Found {
   bool any;     // some lie wholly in the frame
   bool all;     // all do
   bool border;  // some begin in the frame's last column or row
 };
 
-// The index of a sample is below 2^32, as the lanes' arithmetic is.
+// The indices fit the lanes' 32-bit arithmetic.
 HWY_INLINE Found locate(const images::Frame& frame, const int* u, const int* v, std::size_t count,
                         Samples& samples) {
   const DI32 d;
@@ -87,7 +87,7 @@ HWY_INLINE Found locate(const images::Frame& frame, const int* u, const int* v, 
     all = hn::And(all, inside);
     border = hn::Or(border, hn::AndNot(inside, hn::VecFromMask(d, begins)));
     // Picture row sy is buffer row height - 1 - sy. Other samples read the start of the second
-    // buffer row, which is there whenever any sample lies in the frame, and are masked later.
+    // buffer row, which exists whenever a sample lies in the frame, and are masked later.
     const auto index = hn::Add(hn::Mul(hn::Sub(lastY, sy), width), sx);
     hn::Store(hn::BitCast(du, hn::IfVecThenElse(inside, index, width)), du, samples.index + k);
     hn::Store(hn::BitCast(du, inside), du, samples.inside + k);
@@ -96,7 +96,7 @@ HWY_INLINE Found locate(const images::Frame& frame, const int* u, const int* v, 
           !hn::AllTrue(d, hn::Eq(border, hn::Zero(d)))};
 }
 
-// Both halves of every 32-bit lane hold the weight.
+// The weight in both halves of every 32-bit lane.
 HWY_INLINE VI16 weightInBothHalves(const int* position) {
   const D32 d;
   const V32 weight =
@@ -122,7 +122,7 @@ HWY_INLINE VI16 evenBytes(V32 x) {
 }
 HWY_INLINE VI16 oddBytes(V32 x) { return evenBytes(hn::ShiftRight<8>(x)); }
 
-// One byte a pixel: the four pixels of a sample are gathered into one 32-bit lane.
+// One byte per pixel: the four pixels of a sample are gathered into one 32-bit lane.
 HWY_INLINE void mixGrey(const images::Frame& frame, const int* u, const int* v, std::size_t count,
                         const Samples& samples, std::uint32_t* mixed) {
   const D32 d;
@@ -144,14 +144,14 @@ HWY_INLINE void mixGrey(const images::Frame& frame, const int* u, const int* v, 
   }
 }
 
-// Three or four bytes a pixel: a lane a pixel, channels 0 and 2 apart from 1 and 3.
+// Three or four bytes per pixel: one lane per pixel, channels 0 and 2 separate from 1 and 3.
 template <std::size_t Bytes>
 HWY_INLINE void mixColour(const images::Frame& frame, const int* u, const int* v, std::size_t count,
                           const Samples& samples, std::uint32_t* mixed) {
   const D32 d;
   const std::size_t stride = static_cast<std::size_t>(frame.width) * Bytes;
-  // Of three-byte pixels the right one is read from one byte before it, so as not to read beyond
-  // the frame, and comes shifted by a byte.
+  // The right one of two three-byte pixels is read starting one byte early, so as not to read
+  // beyond the frame, and then shifted by a byte.
   constexpr std::size_t right = Bytes == 3 ? 2 : 4;
   constexpr int shift = Bytes == 3 ? 8 : 0;
   HWY_ALIGN std::uint32_t P00[kRun];
@@ -194,7 +194,7 @@ HWY_INLINE void storeBytes(const std::uint32_t* values, std::size_t count, unsig
   }
 }
 
-// Pixels of three bytes: each store writes a fourth byte, which the next one overwrites.
+// Three-byte pixels: each store writes a fourth byte, which the next one overwrites.
 HWY_INLINE void storeTriples(const std::uint32_t* values, std::size_t count,
                              unsigned char* pixels) {
   for (std::size_t k = 0; k + 1 < count; ++k) {
@@ -212,7 +212,7 @@ HWY_INLINE void storeValidity(const images::Frame& frame, const int* u, const in
   for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
     const auto inside = hn::Load(d, samples.inside + k);
     hn::Store(hn::AndNot(inside, hn::Set(d, images::kNoContent)), d, values + k);
-    // Samples on the border, neither inside nor marked: decided one by one.
+    // Samples that are neither inside nor marked are decided one by one.
     const auto marked =
         hn::And(hn::Eq(hn::Load(di, u + k), nowhere), hn::Eq(hn::Load(di, v + k), nowhere));
     const auto settled = hn::Or(hn::BitCast(d, hn::VecFromMask(di, marked)), inside);
@@ -225,7 +225,7 @@ HWY_INLINE void storeValidity(const images::Frame& frame, const int* u, const in
   storeBytes(values, count, mask);
 }
 
-// Samples that lie wholly in the frame; the others are 0.
+// Mixes the samples that lie wholly in the frame; the others become 0.
 HWY_INLINE void sampleInside(const images::Frame& frame, const int* u, const int* v,
                              std::size_t count, const Samples& samples, unsigned char* pixels) {
   HWY_ALIGN std::uint32_t mixed[kRun];
@@ -245,7 +245,7 @@ HWY_INLINE void sampleInside(const images::Frame& frame, const int* u, const int
   }
 }
 
-// Few samples begin on the border: a line of pixels around the picture.
+// One by one: few samples begin in the last column or row.
 void sampleBorder(const images::Frame& frame, const int* u, const int* v, std::size_t count,
                   unsigned char* pixels) {
   for (std::size_t k = 0; k < count; ++k) {

@@ -12,7 +12,7 @@
 namespace fisheye_calibration::rendering {
 namespace {
 
-// Columns across the whole width.
+// Columns spread evenly over the width.
 void spreadColumns(int width, int* columns) {
   for (std::size_t k = 0; k < kRun; ++k) {
     columns[k] = static_cast<int>((2 * k + 1) * static_cast<std::size_t>(width) / (2 * kRun));
@@ -35,7 +35,7 @@ CorrectedView::CorrectedView(const images::Frame& frame, const lens::Camera& cam
       positions_(rectifyingRays(camera, cv::Matx33d::eye(), K, warp.size), warp.size),
       warp_(warp) {}
 
-// A few samples usually decide it.
+// A few samples usually suffice.
 bool CorrectedView::showsAnything() const {
   ExactPositions exact(positions_.rays(), size_.width);
   int columns[kRun];
@@ -82,10 +82,10 @@ void CorrectedView::renderRow(int y, ExactPositions& exact, const images::Target
   }
 }
 
-// Counted, because the column after the last run may be beyond 32 bits.
+// A count, because the column after the last run may not fit 32 bits.
 int CorrectedView::runsOfRow() const { return (size_.width - 1) / static_cast<int>(kRun) + 1; }
 
-// Looks at kRun undistorted pixels of one row; a negative column stands for none.
+// Checks kRun undistorted pixels of one row; negative columns are skipped.
 bool CorrectedView::showsAnythingIn(int row, const int* columns, ExactPositions& exact) const {
   Run run;
   std::copy_n(columns, kRun, run.column);

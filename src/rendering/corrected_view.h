@@ -1,4 +1,4 @@
-// The corrected view of a raw frame: distortion removed, then carried by a homography.
+// The corrected view of a raw frame: distortion removed, then mapped by a homography.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -11,20 +11,20 @@
 namespace fisheye_calibration::rendering {
 
 // The view is rendered in one pass over the output: each output pixel shows one pixel of the
-// undistorted image, which is sampled from the raw frame when it is needed. Neither the undistorted
-// image nor its map is ever there as a whole.
+// undistorted image, which is sampled from the raw frame on demand. Neither the undistorted image
+// nor its map ever exists as a whole.
 class CorrectedView {
  public:
   // The undistorted image has the warp's size; `K` is the matrix of its pinhole camera, whose
-  // principal point is replaced by the image's centre.
+  // principal point is replaced by the image's centre (compatibility 36).
   CorrectedView(const images::Frame& frame, const lens::Camera& camera, const cv::Matx33d& K,
                 const InverseWarp& warp);
 
-  // Whether any pixel of the undistorted image is not black.
+  // Whether any pixel of the undistorted image is not black (compatibility 34).
   bool showsAnything() const;
 
-  // Renders view and mask, of the warp's size; the mask may be null. Rows are split over the image
-  // library's threads; the bytes do not depend on how.
+  // Renders view and mask, of the warp's size; the mask may be null. Rows are distributed over the
+  // image library's threads; the bytes do not depend on how.
   void render(const images::Target& view, unsigned char* mask) const;
 
  private:

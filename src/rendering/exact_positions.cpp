@@ -21,7 +21,7 @@ int spacingBitsOf(int width) {
 
 }  // namespace
 
-// Nothing is kept for a start that is asked for the first time, which may be the last.
+// No sums are kept on the first request for a start, which may be the only one.
 double ExactPositions::Sums::at(double start, int count) {
   if (step_ == 0) {
     return steppedSum(start, step_, count);

@@ -11,17 +11,17 @@
 
 namespace fisheye_calibration::rendering {
 
-// A ray is reached by adding up the steps from the start of its row, whose rounding is part of the
-// result. Some sums of the last row start are kept (without skew all rows start alike), few enough
-// for any width. Not to be shared between threads.
+// A ray is the sum of the steps from the start of its row, whose rounding is part of the result
+// (compatibility 37). Some sums for the latest row start are cached (without skew all rows start
+// alike), few for any width. Not thread-safe.
 class ExactPositions {
  public:
   ExactPositions(const RectifyingRays& rays, int width);
 
   RawPosition at(int column, int row);
 
-  // Computes those of the first `count` pixels of a run whose bits are set, and returns how many. A
-  // position is never written as kNowhere.
+  // Computes the positions of those among the first `count` pixels of a run whose bits are set, and
+  // returns their number. Never writes kNowhere.
   std::size_t recompute(std::uint64_t pixels, std::size_t count, const int* column, const int* row,
                         int* u, int* v);
 
@@ -35,7 +35,7 @@ class ExactPositions {
 
    private:
     double step_;
-    int spacingBits_;  // one sum of 2^spacingBits is kept
+    int spacingBits_;  // one sum in 2^spacingBits is kept
     double start_ = std::numeric_limits<double>::quiet_NaN();
     std::vector<double> kept_;
   };

@@ -11,12 +11,12 @@
 
 namespace fisheye_calibration::rendering {
 
-// What all runs of one image share.
+// Data shared by all runs of one image.
 //
-// A position is first computed in 32-bit float as its difference from a point of a small group of
-// pixels, with the lens table. Where the result, in units of 1/32 pixel, lies so near to a tie of
-// its rounding that the errors of this computation could turn it, or where the group is not small,
-// it is computed again as the maps compute it.
+// A position is first computed with the lens table in 32-bit float, relative to one pixel of a
+// small group. If the result, in 1/32 pixel, is so close to a rounding tie that the error of this
+// computation could change it, or if the group is not small, it is recomputed as the maps compute
+// it.
 class FastPositions {
  public:
   FastPositions(const RectifyingRays& rays, const cv::Size& size);
@@ -28,14 +28,14 @@ class FastPositions {
   // depend on the column.
   const cv::Matx23d& linear() const { return linear_; }
 
-  // How far a group may extend from its middle pixel, in x and in y, and from its node of the
-  // table; and how near to the optical axis that pixel may be.
+  // How far a group may extend from its middle pixel, in x and in y, and from its table node, and
+  // how close to the optical axis that pixel may be.
   double groupReach() const { return groupReach_; }
   double nodeReach() const { return nodeReach_; }
   double smallestRadius() const { return smallestRadius_; }
 
-  // A computed position no farther than this from a whole number of 1/32 pixels is rounded rightly;
-  // 0 when the fast computation cannot be used.
+  // Computed positions within this distance of a multiple of 1/32 pixel round correctly; 0 if the
+  // fast computation cannot be used.
   double safeDistance() const { return safeDistance_; }
 
  private:
@@ -50,9 +50,9 @@ class FastPositions {
   double safeDistance_ = 0;
 };
 
-// Positions (u[k], v[k]) of the corrected pixels (column[k], row[k]); a negative column stands for
-// no pixel and gives kNowhere. Reads and writes whole runs, of which the first `count` elements are
-// wanted. Returns how many positions had to be computed as the maps compute them.
+// Positions (u[k], v[k]) of the corrected pixels (column[k], row[k]); a negative column means no
+// pixel and gives kNowhere. Reads and writes whole runs, of which the first `count` elements are
+// wanted. Returns the number of positions recomputed as the maps compute them.
 std::size_t positionsOfRun(const FastPositions& positions, ExactPositions& exact, const int* column,
                            const int* row, std::size_t count, int* u, int* v);
 

@@ -7,7 +7,7 @@
 namespace fisheye_calibration::rendering {
 namespace {
 
-// Power series in t, one term more than the table keeps: the node at r = 0 divides by t.
+// Power series in t, one term more than the table keeps because the node at r = 0 divides by t.
 constexpr std::size_t kTerms = LensTable::kDegree + 2;
 using Series = std::array<double, kTerms>;
 
@@ -38,7 +38,7 @@ Series arcTangentSeries(double r0) {
   return a;
 }
 
-// theta_d/r about r0.
+// Expansion of theta_d/r about r0.
 Series radialFactorSeries(const lens::Camera& camera, double r0) {
   const Series theta = arcTangentSeries(r0);
   const Series theta2 = product(theta, theta);
@@ -57,8 +57,8 @@ Series radialFactorSeries(const lens::Camera& camera, double r0) {
   return s;
 }
 
-// s is analytic but for the branch points +-i. On a disc of radius rho = 0.9 about a node |Im z| <=
-// 0.9 and |z + i|/|z - i| lies between 1/19 and 19, so there
+// s is analytic except at the branch points +-i. On a disc of radius rho = 0.9 about a node,
+// |Im z| <= 0.9 and |z + i|/|z - i| lies between 1/19 and 19, so there
 //   |Re atan z| <= pi/2 and |Im atan z| <= ln(19)/2 < 1.48, which gives |theta| < 2.16,
 //   |atan(z)/z| <= atanh(0.9)/0.9 < 1.64 for |z| <= 0.9, and <= 2.16/0.9 = 2.4 beyond,
 //   |s| <= 2.4 (1 + 2.16 |k0| + 4.67 |k1|).
@@ -68,7 +68,7 @@ double boundOnDiscs(const lens::Camera& camera) {
   return 2.4 * (1 + 2.16 * std::abs(camera.k0) + 4.67 * std::abs(camera.k1));
 }
 
-// |ds/dr| within kLargestReach of a node.
+// Bound on |ds/dr| within kLargestReach of a node.
 double slopeNear(const Series& s) {
   double slope = 0;
   double power = 1;
@@ -96,7 +96,7 @@ LensTable::LensTable(const lens::Camera& camera, double radius)
     slopeBound_ = std::max(slopeBound_, (r0 + kLargestReach) * slope);
     largestFactor_ = std::max(largestFactor_, std::abs(s[0]) + kLargestReach * slope);
   }
-  // What the remainders add, by Cauchy's estimate, is far less than this.
+  // By Cauchy's estimate, the remainders add far less than this.
   slopeBound_ += 1e-3 * factorBound_;
   largestFactor_ += 1e-3 * factorBound_;
 }

@@ -14,15 +14,15 @@ class LensTable {
  public:
   static constexpr std::size_t kDegree = 6;
   static constexpr double kNodesPerUnit = 64;
-  static constexpr double kLargestReach = 0.05;  // |t| for which the bounds are good
-  static constexpr double kLargestRadius = 8;    // beyond lies nothing that a camera shows well
+  static constexpr double kLargestReach = 0.05;  // |t| for which the bounds hold
+  static constexpr double kLargestRadius = 8;    // beyond this no camera shows anything well
 
   struct Node {
     double value;
     std::array<float, kDegree> c;  // c_1 ... c_6
   };
 
-  // Covers 0 <= r <= radius, or kLargestRadius where that is less.
+  // Covers 0 <= r <= min(radius, kLargestRadius).
   LensTable(const lens::Camera& camera, double radius);
 
   std::size_t size() const { return nodes_.size(); }
@@ -31,7 +31,7 @@ class LensTable {
   // |s(r_n + t) - polynomial with exact coefficients| stays below this for |t| <= reach.
   double remainderBound(double reach) const;
 
-  // Bounds of |s| for every r, and of |s| and r |ds/dr| within kLargestReach of the nodes.
+  // Bounds on |s| for every r, and on |s| and r |ds/dr| within kLargestReach of the nodes.
   double factorBound() const { return factorBound_; }
   double largestFactor() const { return largestFactor_; }
   double slopeBound() const { return slopeBound_; }

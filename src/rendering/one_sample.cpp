@@ -10,7 +10,7 @@ namespace {
 
 // Where the sample begins and how far it reaches into the next column and row.
 struct Position {
-  int sx, sy;  // whole parts: the low 16 bits, signed
+  int sx, sy;  // integer parts: the low 16 bits, signed (compatibility 39)
   int a, b;    // fractions, 1/32 pixels
   bool nowhere;
 
@@ -37,8 +37,8 @@ bool beginsOnBorder(const images::Frame& frame, int u, int v) {
   return beginsIn(frame, at) && !endsIn(frame, at);
 }
 
-// Beyond the last column and row the pixels of these go on. That gives the same bytes as the image
-// library's mean, by weight, of the pixels that exist.
+// The last column and row are repeated outwards (compatibility 32), which gives the same bytes as
+// the image library's weighted mean of the existing pixels.
 void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
   const auto bytes = static_cast<std::size_t>(frame.bytes);
   const Position at(u, v);
@@ -46,7 +46,7 @@ void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
     std::memset(pixel, 0, bytes);
     return;
   }
-  // The picture row below another precedes it in the buffer.
+  // The next picture row precedes this one in the buffer.
   const std::size_t right = at.sx < frame.width - 1 ? bytes : 0;
   const std::size_t below = at.sy < frame.height - 1 ? frame.stride() : 0;
   const unsigned char* const P00 =
@@ -59,8 +59,8 @@ void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
   }
 }
 
-// The weight outside, of 1024, decides as the interpolation of a mask of 255 outside and 0 inside
-// does, thresholded at 127.
+// Interpolates a mask of 255 outside and 0 inside, with weights out of 1024, and thresholds it at
+// 127 (compatibility 31).
 unsigned char validityOfOne(const images::Frame& frame, int u, int v) {
   const Position at(u, v);
   if (at.nowhere) {

@@ -16,7 +16,7 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Neighbouring pixels that are computed from one point.
+// Neighbouring pixels computed from one middle pixel.
 constexpr std::size_t kGroup = 8;
 constexpr std::size_t kGroups = kRun / kGroup;
 
@@ -26,16 +26,16 @@ using DI = hn::Rebind<std::int32_t, DF>;
 using DD = hn::CappedTag<double, kGroups>;
 using VD = hn::Vec<DD>;
 
-// The groups of a run, an element a group. (x, y), q = x^2 + y^2 belong to the middle pixel and c0
-// to the lens factor at the node r_n of the table.
+// The groups of a run, one element per group. (x, y) and q = x^2 + y^2 belong to the middle pixel;
+// c0 is the lens factor at the table's node r_n.
 struct Groups {
   HWY_ALIGN std::int32_t column[kGroups];  // of the middle pixel
   HWY_ALIGN std::int32_t row[kGroups];
   HWY_ALIGN double factor[kGroups];       // c0
   HWY_ALIGN std::int32_t node[kGroups];   // n
-  HWY_ALIGN std::int32_t baseU[kGroups];  // whole part of cx + fx x c0, in 1/32 pixel
+  HWY_ALIGN std::int32_t baseU[kGroups];  // cx + fx x c0 rounded, in 1/32 pixel
   HWY_ALIGN std::int32_t baseV[kGroups];
-  HWY_ALIGN float restU[kGroups];  // what remains of it
+  HWY_ALIGN float restU[kGroups];  // its remainder
   HWY_ALIGN float restV[kGroups];
   HWY_ALIGN float x2[kGroups];  // 2 x
   HWY_ALIGN float y2[kGroups];
@@ -47,7 +47,7 @@ struct Groups {
   HWY_ALIGN float nodeRadius[kGroups];  // r_n
 };
 
-// The middle pixel of every group, or another one where that is not wanted.
+// The middle pixel of every group, or another one if that is not wanted.
 HWY_INLINE void chooseMiddles(const int* column, const int* row, Groups& groups) {
   for (std::size_t g = 0; g < kGroups; ++g) {
     std::size_t pixel = g * kGroup + kGroup / 2;
@@ -95,7 +95,7 @@ HWY_INLINE void prepareGroups(const FastPositions& positions, const int* column,
     const VD r = hn::Sqrt(q);
     const VD node = hn::Min(hn::Floor(hn::MulAdd(r, perUnit, half)), lastNode);
     const VD nodeRadius = hn::Mul(node, hn::Set(d, 1 / LensTable::kNodesPerUnit));
-    // A group too near to the axis gets a p that no node reaches.
+    // A group too close to the axis gets a p beyond the reach of every node.
     const VD p = hn::IfThenElse(hn::Lt(r, hn::Set(d, positions.smallestRadius())), hn::Set(d, 1e9),
                                 hn::NegMulAdd(nodeRadius, nodeRadius, q));
     store(node, groups.node + g);
@@ -126,7 +126,7 @@ HWY_INLINE void prepareGroups(const FastPositions& positions, const int* column,
 
 HWY_INLINE VF broadcast(float x) { return hn::Set(DF(), x); }
 
-// What does not change from group to group.
+// Values shared by all groups.
 struct Constants {
   float xx, xy, yy;  // linear rays
   float fx, fy;      // in 1/32 pixel
@@ -148,8 +148,8 @@ struct Constants {
 //   t = sqrt(q) - r_n = p/(sqrt(q) + r_n)
 //   s = c0 + D, D = c1 t + ... + c6 t^6
 //   u = (cx + fx x c0) + fx c0 dx + fx (x + dx) D
-// Returns the bits of the wanted pixels for which this is not certain; pixels that are not wanted
-// get kNowhere.
+// Returns the bits of the wanted pixels whose rounding is uncertain; these and unwanted pixels get
+// kNowhere.
 HWY_INLINE std::uint64_t positionsOfGroup(const Constants& k, const LensTable& table,
                                           const Groups& groups, std::size_t g, const int* column,
                                           const int* row, int* toU, int* toV) {
@@ -207,7 +207,7 @@ std::size_t PositionsOfRun(const FastPositions& positions, ExactPositions& exact
   const Constants constants(positions);
   Groups groups;
   prepareGroups(positions, column, row, groups);
-  std::uint64_t uncertain = 0;  // looked at once a run, so that groups need not wait for each other
+  std::uint64_t uncertain = 0;  // checked once per run so that groups need not wait for each other
   for (std::size_t g = 0; g < kGroups; ++g) {
     const std::size_t k = g * kGroup;
     uncertain |=

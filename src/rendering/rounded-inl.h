@@ -1,4 +1,4 @@
-// Vectors of floats rounded to whole numbers. Compiled once per instruction set.
+// Rounds vectors of floats to integers. Compiled once per instruction set.
 #include <hwy/highway.h>
 
 #if defined(FISHEYE_ROUNDED_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -16,16 +16,15 @@ namespace HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// The nearest whole number, ties to even, and how far it is.
+// The nearest integer, ties to even, and the distance to it.
 template <class D>
 struct Rounded {
   hn::Vec<hn::Rebind<std::int32_t, D>> whole;
   hn::Vec<D> distance;
 };
 
-// For numbers below 2^22, others give anything: adding 1.5 2^23 leaves no bits behind the point, so
-// that the sum's own bits count whole numbers. That takes less than a conversion, which guards
-// against numbers that are too large.
+// Only for |x| < 2^22: adding 1.5 2^23 leaves no fraction bits, so the sum's own bits count
+// integers. Cheaper than a conversion, which guards against numbers that are too large.
 template <class D>
 HWY_INLINE Rounded<D> rounded(D d, hn::Vec<D> x) {
   const hn::Rebind<std::int32_t, D> di;

@@ -8,21 +8,21 @@
 namespace fisheye_calibration::rendering {
 namespace {
 
-constexpr int kFewAdditions = 32;  // so few are made faster than they are skipped
+constexpr int kFewAdditions = 32;  // making so few is faster than skipping them
 constexpr int kFractionBits = 52;
 
-// Sign and exponent: numbers that share them lie on one grid of equally spaced numbers.
+// Sign and exponent: numbers that share them lie on one equally spaced grid.
 std::uint64_t binadeOf(double value) {
   return std::bit_cast<std::uint64_t>(value) >> kFractionBits;
 }
 
 bool isInLastBinade(std::uint64_t binade) { return (binade & 0x7ff) >= 0x7fe; }
 
-// The end of the binade that is nearer to zero; of the next binade it is the other end of this one.
+// The end of the binade nearer to zero; that of the next binade is the other end of this one.
 double innerEnd(std::uint64_t binade) { return std::bit_cast<double>(binade << kFractionBits); }
 
-// How many more times, at most `count`, `moved` can be added to `sum` for certain without leaving
-// the binade.
+// How many times, up to `count`, `moved` can be added to `sum` without any risk of leaving the
+// binade.
 int additionsWithin(std::uint64_t binade, double sum, double moved, int count) {
   const bool outwards = (moved > 0) == (sum > 0);
   const double end = innerEnd(outwards ? binade + 1 : binade);
@@ -32,10 +32,10 @@ int additionsWithin(std::uint64_t binade, double sum, double moved, int count) {
 
 }  // namespace
 
-// A sum that has been rounded to a binade's grid moves on, as long as it stays in that binade, by
-// the same multiple of the grid's spacing each time: what of the step lies between two points of
-// the grid is rounded in the same way. That holds for ties, too, as their result is always an even
-// multiple. So those additions are made at once, exactly.
+// Once rounded to a binade's grid, a sum that stays in the binade advances by the same multiple of
+// the grid's spacing each time, because the part of the step between two grid points is always
+// rounded the same way. This holds for ties too, which always round to an even multiple. So these
+// additions are made at once, exactly.
 double steppedSum(double start, double step, int count) {
   if (count > 0 && start + step == start) {
     return start + step;

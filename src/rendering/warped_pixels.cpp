@@ -52,8 +52,8 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
     const auto reciprocal = hn::Div(one, hn::MulAdd(n, hn::Set(d, local.c), one));
     const auto nx = hn::MulAdd(n, hn::Set(d, local.bx), hn::Set(d, local.ax));
     const auto ny = hn::MulAdd(n, hn::Set(d, local.by), hn::Set(d, local.ay));
-    // That is sx + 1/2 rounded down, but near a tie, where it is doubtful anyway; -1 then stands
-    // for -1.5 < sx < -0.5, which truncation brings to 0.
+    // Equals sx + 1/2 rounded down except near a tie, where it is uncertain anyway; -1 then means
+    // -1.5 < sx < -0.5, which truncation takes to 0 (compatibility 40).
     const auto sx = rounded(d, hn::Mul(nx, reciprocal));
     const auto sy = rounded(d, hn::Mul(ny, reciprocal));
     const auto distance = hn::Max(sx.distance, sy.distance);

@@ -25,7 +25,7 @@ std::optional<LocalQuotients> localQuotients(const WarpedRow& row, int x) {
   const double by = (Hinv(1, 0) - By * Hinv(2, 0)) * perW;
   const double c = Hinv(2, 0) * perW;
   const double spread = 2 + half * std::max(std::abs(bx), std::abs(by));
-  // Rounding in double of the sums of the run, where terms may cancel, in pixels.
+  // Rounding error of the run's sums in double, where terms may cancel, in pixels.
   const double magnitude = std::max(std::abs(Bx), std::abs(By)) + 2 * spread;
   const double noise =
       0x1p-50 * std::abs(perW) *

@@ -26,7 +26,7 @@ class WarpedRow {
     return (warp_.Hinv(i, 0) * px + byY_[i]) + warp_.Hinv(i, 2);
   }
 
-  // Sum of the absolute terms of row i, over the run around px.
+  // Bound on the sum of the absolute terms of row i over the run around px.
   double terms(int i, double px) const {
     return std::abs(warp_.Hinv(i, 0)) * (std::abs(px) + kRun) + std::abs(byY_[i]) +
            std::abs(warp_.Hinv(i, 2));
@@ -50,18 +50,18 @@ class WarpedRow {
   double byY_[3];
 };
 
-// The quotients of a run as differences from a whole pixel B near its middle, in 32-bit float. With
-// k the number of pixels from the middle and w the denominator there,
-//   sx - Bx = (ax + bx k)/(1 + c k),  ax = (nx - Bx w)/w, bx = (Hinv_11 - Bx Hinv_31)/w, c =
-//   Hinv_31/w,
+// The quotients of a run relative to a whole pixel B near its middle, in 32-bit float. With k the
+// number of pixels from the middle and w the denominator there,
+//   sx - Bx = (ax + bx k)/(1 + c k),
+//   ax = (nx - Bx w)/w, bx = (Hinv_11 - Bx Hinv_31)/w, c = Hinv_31/w,
 // and sy likewise.
 struct LocalQuotients {
   std::int32_t baseX, baseY;
   float ax, bx, ay, by, c;
-  float clear;  // a sum sx + 1/2 farther than this from whole numbers is truncated rightly
+  float clear;  // sums sx + 1/2 farther than this from an integer are truncated correctly
 };
 
-// Nothing where float has no room for the run, or a denominator in it comes near to 0.
+// std::nullopt if float is too imprecise for the run or a denominator in it comes close to 0.
 std::optional<LocalQuotients> localQuotients(const WarpedRow& row, int x);
 
 }  // namespace fisheye_calibration::rendering

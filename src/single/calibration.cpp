@@ -10,11 +10,11 @@
 namespace fisheye_calibration::single {
 namespace {
 
-constexpr std::size_t kFewestPoints = 9;
+constexpr std::size_t kFewestPoints = 9;  // fewer show a message (compatibility 13)
 constexpr int kMostSteps = 20;
 constexpr double kSmallestChange = 1e-6;
 
-// The points as the one view that the solver gets.
+// The points as the solver's only view.
 solver::ViewPoints viewOf(const std::vector<CalibrationPoint>& points) {
   solver::ViewPoints view;
   for (const CalibrationPoint& point : points) {
@@ -27,7 +27,8 @@ solver::ViewPoints viewOf(const std::vector<CalibrationPoint>& points) {
   return view;
 }
 
-// k2...k5 carry nothing; hosts expect them filled from the C runtime's generator, in this order.
+// k2...k5 have no meaning; hosts expect them filled from the C runtime's rand(), in this order
+// (compatibility 14).
 void storeFiller(FishEyeCalibrationParam& param) {
   constexpr int modulus = 10001;
   param.k2 = std::rand() % modulus * 0.0001;
@@ -57,8 +58,8 @@ void storePose(const lens::Pose& pose, FishEyeCalibrationParam& param) {
   storeRotationMatrix(lens::rotationFromVector(rotationVector(param)), param);
 }
 
-// Projects every point with the stored record, as hosts will, writes where it lands and how far off
-// it is, and returns sqrt(sum(du^2 + dv^2)/n).
+// Projects every point with the stored record, as hosts will, stores the projection and its error
+// in the point and returns sqrt(sum(du^2 + dv^2)/n).
 double reproject(const FishEyeCalibrationParam& param, std::vector<CalibrationPoint>& points) {
   const lens::Camera camera = rawCamera(param);
   const cv::Matx33d R = lens::rotationFromVector(rotationVector(param));
@@ -83,6 +84,8 @@ double reproject(const FishEyeCalibrationParam& param, std::vector<CalibrationPo
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::single;
 
+// The picture and its bit count are not used (compatibility 15). If no second correction is found,
+// the results up to there have been stored all the same (compatibility 17).
 bool SingleCamCalibration(unsigned char* /*image*/, ImageLong width, ImageLong height,
                           int /*bitCount*/, std::vector<CalibrationPoint>& points,
                           ImageLong correctedWidth, ImageLong correctedHeight,

@@ -14,7 +14,7 @@
 namespace fisheye_calibration::single {
 namespace {
 
-// Buffers of more bytes than a 32-bit integer counts are beyond the interface.
+// The interface is limited to buffers whose size in bytes fits into a 32-bit integer.
 void requireAddressable(ImageLong width, ImageLong height, int bytes) {
   if (std::int64_t{width} * height > std::numeric_limits<std::int32_t>::max() / bytes) {
     cv::error(cv::Error::StsNoMem, "an image buffer has more than 2147483647 bytes",
@@ -35,7 +35,8 @@ bool overlap(Bytes a, Bytes b) {
          before(b.data(), a.data() + a.size());
 }
 
-// The view is rendered straight from the frame, so one that the output overwrites is copied first.
+// The view is rendered directly from the frame, so a frame that the output would overwrite is
+// copied first. Empty if none of the outputs overlaps it.
 std::vector<unsigned char> copyIfOverlapping(Bytes frame, Bytes pixels, Bytes mask) {
   if (overlap(frame, pixels) || overlap(frame, mask)) {
     return {frame.begin(), frame.end()};
@@ -43,7 +44,7 @@ std::vector<unsigned char> copyIfOverlapping(Bytes frame, Bytes pixels, Bytes ma
   return {};
 }
 
-// The zero matrix when the homography is singular.
+// The zero matrix if the homography is singular; nothing then has content (compatibility 35).
 cv::Matx33d inverseHomography(const FishEyeCalibrationParam& param) {
   cv::Matx33d inverse;
   cv::invert(homography(param), inverse, cv::DECOMP_LU);

@@ -5,7 +5,8 @@
 namespace fisheye_calibration::single {
 namespace {
 
-// trunc(length/2 + 0.5) of a positive length.
+// trunc(length/2 + 0.5) of a positive length; where the parities of source and crop differ, the
+// crop leans toward the start of the buffer (compatibility 41).
 std::int64_t centreOf(ImageLong length) { return (std::int64_t{length} + 1) / 2; }
 
 }  // namespace

@@ -4,7 +4,7 @@
 namespace fisheye_calibration::single {
 namespace {
 
-// What the host gets: 32-bit floats.
+// Hosts get 32-bit floats.
 void store(const cv::Point2d& point, float& x, float& y) {
   x = static_cast<float>(point.x);
   y = static_cast<float>(point.y);
@@ -16,10 +16,12 @@ void store(const cv::Point2d& point, float& x, float& y) {
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::single;
 
+// Does nothing and returns true (compatibility 23).
 bool RawImageToCorrectedImagePoint(float, float, FishEyeCalibrationParam, float&, float&) {
   return true;
 }
 
+// Rx, Ry, Rz give the rotation; R1...R9 are not read (compatibility 25).
 bool WorldToRawImagePoint(float Xw, float Yw, float Zw, FishEyeCalibrationParam param, float& x,
                           float& y) {
   store(lens::projectPoint(rawCamera(param), lens::rotationFromVector(rotationVector(param)),
@@ -38,7 +40,7 @@ bool WorldToCorrectedImagePoint(float Xw, float Yw, float Zw, FishEyeCalibration
 }
 
 // The second-corrected image is an axis-aligned grid of the work plane, so neither the homography
-// nor the shift is needed here, and 32-bit floats carry the whole computation.
+// nor the shift is needed. Every step is a 32-bit float (compatibility 27).
 bool WorldToSecondCorrectedImagePoint(float Xw, float Yw, float, FishEyeCalibrationParam param,
                                       float cx, float cy, float& x, float& y) {
   x = (Xw - param.DatumPtXw) / param.Pixel + cx;
@@ -46,10 +48,12 @@ bool WorldToSecondCorrectedImagePoint(float Xw, float Yw, float, FishEyeCalibrat
   return true;
 }
 
+// Does nothing and returns true (compatibility 23).
 bool RawImageToWorldPoint(float, float, FishEyeCalibrationParam, float&, float&, float&) {
   return true;
 }
 
+// Takes pixels of the second-corrected image, despite its name (compatibility 24).
 bool CorrectedImageToWorldPoint(float x, float y, float cx, float cy, FishEyeCalibrationParam param,
                                 float& Xw, float& Yw, float&) {
   Xw = (x - cx) * param.Pixel + param.DatumPtXw;

@@ -1,4 +1,4 @@
-// The one place where a camera record becomes the mathematics' inputs, and back.
+// Converts between the camera record and the types of src/lens; no other code does.
 #pragma once
 
 #include "fisheye_calibration.h"
@@ -7,7 +7,7 @@
 
 namespace fisheye_calibration::single {
 
-// The raw image's camera.
+// The camera of the raw image.
 inline lens::Camera rawCamera(const FishEyeCalibrationParam& param) {
   return {param.fx, param.fy, param.u0, param.v0, param.k0, param.k1, param.skewness};
 }
@@ -25,7 +25,7 @@ inline cv::Vec3d translation(const FishEyeCalibrationParam& param) {
   return {param.Tx, param.Ty, param.Tz};
 }
 
-// R1...R9; written for the host, never read.
+// R1...R9 are written for the host and never read (compatibility 25).
 inline void storeRotationMatrix(const cv::Matx33d& R, FishEyeCalibrationParam& param) {
   float* const fields[] = {&param.R1, &param.R2, &param.R3, &param.R4, &param.R5,
                            &param.R6, &param.R7, &param.R8, &param.R9};

@@ -12,7 +12,7 @@ constexpr double kReprojectionThreshold = 3.0;  // pixels
 constexpr int kMaxIterations = 2000;
 constexpr double kConfidence = 0.995;
 
-// Where the world points lie in the corrected image.
+// The positions of the world points in the corrected image.
 std::vector<cv::Point2f> correctedPositions(const std::vector<CalibrationPoint>& points,
                                             const FishEyeCalibrationParam& param, float cx,
                                             float cy) {

@@ -14,16 +14,17 @@ namespace {
 
 constexpr double kMaxConditionRatio = 1e6;
 
-// Everything but skew.
+// Everything but skew (compatibility 18).
 constexpr EstimatedIntrinsics kEstimated = {true, true, true, true, false, true, true};
 
-// An equidistant lens that sees half a turn across the longer side, centred in the image.
+// An equidistant lens, centred in the image, with a field of view of 180 degrees across the longer
+// side.
 lens::Camera startingCamera(const cv::Size& imageSize) {
   const double f = std::max(imageSize.width, imageSize.height) / std::numbers::pi;
   return {.fx = f, .fy = f, .cx = imageSize.width * 0.5 - 0.5, .cy = imageSize.height * 0.5 - 0.5};
 }
 
-// The camera moved by a step of the estimated intrinsics.
+// The camera after a step in the estimated intrinsics.
 lens::Camera moved(const lens::Camera& camera, const cv::Mat& step) {
   return {.fx = camera.fx + step.at<double>(0),
           .fy = camera.fy + step.at<double>(1),
@@ -37,8 +38,8 @@ cv::Vec4d focalsAndCentre(const lens::Camera& camera) {
   return {camera.fx, camera.fy, camera.cx, camera.cy};
 }
 
-// Whether the criteria end the iteration; a change that is not a number is never small enough, and
-// unknown criteria never end it.
+// Whether the criteria end the iteration. A NaN change is never small enough, and criteria of
+// unknown type never end it.
 bool isMet(const cv::TermCriteria& criteria, int iteration, double change) {
   const bool counted = iteration >= criteria.maxCount;
   const bool small = change <= criteria.epsilon;
@@ -88,7 +89,7 @@ class Solver {
     return (1 - std::pow(1 - 0.4, iteration + 1.0)) * step;
   }
 
-  // A view without a first pose keeps its previous one, and so do the views after it.
+  // A view without an initial pose, and every view after it, keeps its previous pose.
   void findPoses() {
     for (std::size_t i = 0; i < views_.size(); ++i) {
       if (planes_.size() == i) {

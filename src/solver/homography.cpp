@@ -12,9 +12,9 @@ namespace {
 
 constexpr int kRefinementSteps = 10;
 
-// Systems of a worse condition are solved by LU decomposition, whose inverse is the zero matrix
-// when a pivot is below 2.2e-14. A pivot is at least 1/8 of the smallest eigenvalue, itself above
-// 1/trace(A^-1), so with the second bound that cannot happen to the systems solved here.
+// Systems beyond these bounds are solved by LU decomposition, whose inverse is the zero matrix if a
+// pivot is below 2.2e-14. Pivots are at least 1/8 of the smallest eigenvalue, itself above
+// 1/trace(A^-1), so the second bound rules that out for the other systems.
 constexpr double kTrustedCondition = 1e11;
 constexpr double kTrustedInverse = 1e11;
 
@@ -30,7 +30,7 @@ double meanAbsoluteDeviation(const std::vector<double>& values, double centre) {
   return sum / static_cast<double>(values.size());
 }
 
-// The 2N x 9 design matrix L of the direct linear transform: rows (M, 0, -x M) and (0, M, -y M) of
+// The 2N x 9 design matrix L of the direct linear transform: rows (M, 0, -x M) and (0, M, -y M) for
 // each point in turn, M = (X, Y, 1).
 cv::Mat designMatrix(const PlanarPoints& image, const PlanarPoints& plane) {
   cv::Mat L(static_cast<int>(2 * image.size()), 9, CV_64F);
@@ -47,8 +47,8 @@ cv::Mat designMatrix(const PlanarPoints& image, const PlanarPoints& plane) {
 }
 
 // The right singular vector of the smallest singular value of L, as a homography with H(2,2) = 1.
-// Up to four points L itself is decomposed, in full so that there are nine vectors; more points
-// decompose L^T L.
+// For up to four points L itself is decomposed, in full so that there are nine vectors; for more,
+// L^T L.
 cv::Matx33d linearHomography(const PlanarPoints& image, const PlanarPoints& plane) {
   cv::Mat w;
   cv::Mat u;
@@ -72,7 +72,7 @@ std::array<double, 8> solveStep(const NormalEquations<8>& equations) {
     return solver.solve(equations.b);
   }
   cv::Matx<double, 8, 8> inverse;
-  cv::invert(fullMatrix<8>(equations.A), inverse, cv::DECOMP_LU);  // the zero matrix when singular
+  cv::invert(fullMatrix<8>(equations.A), inverse, cv::DECOMP_LU);  // the zero matrix if singular
   const cv::Matx<double, 8, 1> step = inverse * cv::Matx<double, 8, 1>(equations.b.data());
   std::array<double, 8> d;
   std::copy_n(step.val, 8, d.begin());

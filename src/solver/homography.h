@@ -7,8 +7,8 @@
 
 namespace fisheye_calibration::solver {
 
-// The homography that carries the plane points to the image points, at least one pair: the
-// normalised direct linear transform and, from five points on, ten Gauss-Newton steps.
+// The homography that maps the plane points to the image points (at least one pair): the normalised
+// direct linear transform and, for five or more points, ten Gauss-Newton steps.
 cv::Matx33d planarHomography(const PlanarPoints& image, const PlanarPoints& plane);
 
 }  // namespace fisheye_calibration::solver

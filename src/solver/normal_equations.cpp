@@ -7,8 +7,8 @@ namespace {
 
 constexpr std::size_t kPose = 6;
 
-// Where the unknowns of one view stand in the whole system: the estimated intrinsics first, which
-// all views share, then the poses, view by view. Held intrinsics stand nowhere.
+// Indices of a view's unknowns in the whole system: first the estimated intrinsics, shared by all
+// views, then the poses, view by view. Held intrinsics have none.
 class Places {
  public:
   explicit Places(const EstimatedIntrinsics& estimated) {
@@ -33,7 +33,7 @@ class Places {
   int intrinsics_ = 0;
 };
 
-// Everything between the poses of two different views is 0.
+// Blocks between the poses of different views are 0.
 void addView(const NormalEquations<kAllParameters>& equations, std::size_t view,
              const Places& places, ReducedSystem& system) {
   for (std::size_t i = 0; i < kAllParameters; ++i) {

@@ -10,18 +10,18 @@
 
 namespace fisheye_calibration::solver {
 
-// Which intrinsics are estimated; the others are held. In the fixed order focal x, focal y,
-// principal x, principal y, skew, k0, k1.
+// Which intrinsics are estimated; the others are held. The order is focal x, focal y, principal x,
+// principal y, skew, k0, k1.
 constexpr std::size_t kIntrinsics = 7;
 using EstimatedIntrinsics = std::array<bool, kIntrinsics>;
 
-// JJ2 G = ex3 for the step G of the estimated intrinsics, followed by six pose unknowns a view.
+// JJ2 G = ex3 for the step G of the estimated intrinsics, followed by six pose unknowns per view.
 struct ReducedSystem {
   cv::Mat JJ2;
   cv::Mat ex3;
 };
 
-// The sums of squared reprojection errors at `camera` and `poses`, one pose a view.
+// For the sum of squared reprojection errors at `camera` and `poses`, one pose per view.
 ReducedSystem reducedNormalEquations(const std::vector<ViewPoints>& views,
                                      const lens::Camera& camera,
                                      const std::vector<lens::Pose>& poses,

@@ -12,7 +12,7 @@ namespace {
 
 constexpr auto kInitExtrinsics = "InitExtrinsics";
 
-// Below this the target's plane already is a plane of constant Z.
+// Below this the target's plane counts as one of constant Z.
 constexpr double kLevelTolerance = 1e-6;
 
 cv::Vec3d meanPoint(const ViewPoints& view) {
@@ -101,7 +101,7 @@ std::optional<lens::Pose> initialPose(const ViewPoints& view, const TargetPlane&
   const cv::Vec3d u2 = unit(column(H, 1) - u1.dot(column(H, 1)) * u1, "fabs(norm_u2) > 0");
   const cv::Vec3d u3 = u1.cross(u2);
   const cv::Matx33d frame(u1[0], u2[0], u3[0], u1[1], u2[1], u3[1], u1[2], u2[2], u3[2]);
-  const cv::Matx33d R = toMatrix(toVector(frame));  // there and back: an exact rotation
+  const cv::Matx33d R = toMatrix(toVector(frame));  // the round trip gives an exact rotation
   return lens::Pose{toVector(R * plane.R), column(H, 2) + R * plane.T};
 }
 

@@ -24,8 +24,8 @@ PoseVector packed(const lens::Pose& pose) {
 
 lens::Pose unpacked(const PoseVector& x) { return {{x[0], x[1], x[2]}, {x[3], x[4], x[5]}}; }
 
-// Whether J = the 2N x 6 Jacobian has a ratio of largest to smallest singular value above the
-// limit. A ratio that is not a number has not. Fewer than three points leave the pose undetermined.
+// Whether the ratio of largest to smallest singular value of the 2N x 6 Jacobian J exceeds the
+// limit. A NaN ratio does not. Fewer than three points leave the pose undetermined.
 bool isIllConditioned(const cv::Mat& J, double maxConditionRatio) {
   if (J.rows < J.cols) {
     return true;
@@ -33,14 +33,14 @@ bool isIllConditioned(const cv::Mat& J, double maxConditionRatio) {
   return conditionRatio(J) > maxConditionRatio;
 }
 
-// Whether the ratio of singular values of the Jacobian J is known from A = J^T J alone to be below
-// the limit, and A to be conditioned well enough to be solved by itself.
+// Whether A = J^T J alone proves that the ratio of singular values of the Jacobian J is below the
+// limit and that A is conditioned well enough to be solved directly.
 //
-// With the eigenvalues l1 >= ... >= l6 of A the ratio is sqrt(l1/l6), and l1/l6 is at most
-// bound = trace(A) trace(A^-1). Each element of A is a sum of 2N products with a relative error of
-// at most (2N + 1) u, u = 2^-53, so l6 is off by at most 6 (2N + 1) u l1, that is a share of 6 (2N
-// + 1) u bound of itself. With that share below a tenth and the bound below a quarter of the
-// squared limit the ratio stays below the limit whatever the rounding.
+// With the eigenvalues l1 >= ... >= l6 of A the ratio is sqrt(l1/l6), and l1/l6 is at most bound =
+// trace(A) trace(A^-1). Each element of A is a sum of 2N products with a relative error of at most
+// (2N + 1) u, u = 2^-53, so l6 is off by at most 6 (2N + 1) u l1, a share of itself of at most
+// 6 (2N + 1) u bound. With that share below a tenth and the bound below a quarter of the squared
+// limit, no rounding can raise the ratio above the limit.
 bool isSurelyWellConditioned(const SymmetricSolver<6>& solver, std::size_t points,
                              double maxConditionRatio) {
   const double bound = solver.conditionBound();
@@ -50,7 +50,7 @@ bool isSurelyWellConditioned(const SymmetricSolver<6>& solver, std::size_t point
          maxConditionRatio > 0;
 }
 
-// The step of least squares by the normal equations; nothing when the Jacobian is ill-conditioned.
+// The least-squares step; std::nullopt if the Jacobian is ill-conditioned.
 std::optional<PoseVector> leastSquaresStep(const ViewPoints& view, const lens::Camera& camera,
                                            const lens::Pose& pose, double maxConditionRatio) {
   const NormalEquations<6> equations = poseNormalEquations(view, camera, pose);
@@ -71,7 +71,7 @@ std::optional<PoseVector> leastSquaresStep(const ViewPoints& view, const lens::C
 }  // namespace
 
 double conditionRatio(const cv::Mat& J) {
-  if (!cv::checkRange(J)) {  // the decomposition would return whatever its memory held
+  if (!cv::checkRange(J)) {  // the decomposition would return uninitialised memory
     return std::numeric_limits<double>::quiet_NaN();
   }
   cv::Mat w;
@@ -109,7 +109,7 @@ RefinedPose refinePose(const ViewPoints& view, const lens::Camera& camera, const
       break;
     }
     const PoseVector x = packed(result.pose) + *d;
-    change = cv::norm(*d) / cv::norm(x);  // a change that is not a number ends the loop
+    change = cv::norm(*d) / cv::norm(x);  // a NaN change ends the loop
     result.pose = unpacked(x);
     result.moved = true;
   }

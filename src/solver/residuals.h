@@ -9,7 +9,7 @@
 
 namespace fisheye_calibration::solver {
 
-// Measured minus projected, pixels, views one after another.
+// Measured minus projected positions in pixels, view by view.
 std::vector<cv::Vec2d> reprojectionResiduals(const std::vector<ViewPoints>& views,
                                              const lens::Camera& camera,
                                              const std::vector<lens::Pose>& poses);

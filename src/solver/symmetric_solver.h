@@ -1,4 +1,4 @@
-// Small positive definite systems, as normal equations are.
+// Small positive definite systems such as normal equations.
 #pragma once
 
 #include <array>
@@ -28,7 +28,7 @@ cv::Matx<double, N, N> fullMatrix(const std::array<double, N*(N + 1) / 2>& trian
   return A;
 }
 
-// A = L D L^T (square-root-free Cholesky), with the figures that tell how far it can be trusted.
+// A = L D L^T (square-root-free Cholesky), with bounds on its condition.
 template <std::size_t N>
 class SymmetricSolver {
  public:
@@ -50,13 +50,13 @@ class SymmetricSolver {
     }
   }
 
-  // trace(A) trace(A^-1), an upper bound of the condition number that is at most N^2 times too
-  // large; infinite unless A is numerically positive definite.
+  // trace(A) trace(A^-1), an upper bound on the condition number, at most N^2 times too large;
+  // infinite unless A is numerically positive definite.
   double conditionBound() const {
     return positive_ ? trace_ * inverseTrace() : std::numeric_limits<double>::infinity();
   }
 
-  // trace(A^-1), an upper bound of 1/(smallest eigenvalue): sum over the columns of L^-1 of squares
+  // trace(A^-1), an upper bound on 1/(smallest eigenvalue): sum over the columns of L^-1 of squares
   // divided by the pivots.
   double inverseTrace() const {
     double sum = 0;
@@ -93,7 +93,7 @@ class SymmetricSolver {
  private:
   double& at(std::size_t row, std::size_t col) { return L_[triangleIndex(row, col)]; }
 
-  LowerTriangle<N> L_;  // its diagonal is not read once the pivots are there
+  LowerTriangle<N> L_;  // the diagonal is not read once the pivots are known
   std::array<double, N> pivot_{};
   std::array<double, N> scaled_{};
   double trace_ = 0;

@@ -1,4 +1,4 @@
-// The points of one view as the solver's loops want them: one array a coordinate.
+// The points of one view in the layout of the solver's loops: one array per coordinate.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@ struct PlanarPoints {
   std::size_t size() const { return x.size(); }
 };
 
-// Target points (X, Y, Z) in world units and where the camera sees them, in pixels.
+// Target points (X, Y, Z) in world units and their measured image points in pixels.
 struct ViewPoints {
   std::vector<double> X, Y, Z;
   PlanarPoints image;
@@ -22,7 +22,7 @@ struct ViewPoints {
   std::size_t size() const { return X.size(); }
 };
 
-// Raises the image library's error unless the view has as many image points as target points.
+// Throws the image library's error unless the view has as many image points as target points.
 void requirePairs(const ViewPoints& view, const char* function);
 
 }  // namespace fisheye_calibration::solver

@@ -20,7 +20,7 @@ namespace {
 namespace model = lens::HWY_NAMESPACE;
 using namespace lens::HWY_NAMESPACE;
 
-// Runs body.template operator()<T>(i) over 0..count-1: vectors of points first, then single ones.
+// Calls body.template operator()<T>(i) for 0..count-1: whole vectors first, then single points.
 template <class Body>
 HWY_INLINE void forEachPoint(std::size_t count, Body&& body) {
   const std::size_t lanes = hn::Lanes(Lanes());
@@ -33,7 +33,7 @@ HWY_INLINE void forEachPoint(std::size_t count, Body&& body) {
   }
 }
 
-// Sums of products of rows of N derivatives, and of derivatives with residuals.
+// Sums of the products of N derivatives with each other and with the residuals.
 template <class T, std::size_t N>
 struct RowSums {
   static constexpr std::size_t kElements = N * (N + 1) / 2;
@@ -42,7 +42,7 @@ struct RowSums {
 
   HWY_INLINE RowSums() : A(), b() {}
 
-  // A row whose only non-zero derivatives are those of `columns`, which ascend.
+  // Adds a row whose only non-zero derivatives are those of `columns`, in ascending order.
   template <std::size_t Count>
   HWY_INLINE void add(const std::size_t (&columns)[Count], const T (&row)[Count], T residual) {
     for (std::size_t i = 0; i < Count; ++i) {
@@ -63,13 +63,13 @@ struct RowSums {
   }
 };
 
-// The sums of whole vectors and those of the last single points.
+// The sums over whole vectors and over the remaining single points.
 template <std::size_t N>
 struct BothSums {
   RowSums<Pack, N> packs;
   RowSums<double, N> singles;
 
-  // Written out because a defaulted one would be compiled for the baseline instruction set.
+  // Hand-written because a defaulted one would be compiled for the baseline instruction set.
   HWY_INLINE BothSums() : packs(), singles() {}
 
   template <class T>
@@ -89,7 +89,7 @@ struct BothSums {
   }
 };
 
-// Newton's method on every lane for itself; a lane that has converged keeps its angle.
+// Newton's method lane by lane; a converged lane keeps its angle.
 HWY_INLINE void normalizePack(const lens::Camera& camera, Pack x, Pack y, double* outX,
                               double* outY) {
   const Lanes d;

@@ -1,6 +1,5 @@
-// The loops over a view's points that the solver spends its time in. They run on whole vectors of
-// points, on the best instruction set the machine has; sums of different instruction sets agree to
-// rounding.
+// The solver's hot loops over a view's points. They process vectors of points with the machine's
+// best instruction set; sums agree between instruction sets to rounding.
 #pragma once
 
 #include <array>
@@ -23,22 +22,23 @@ struct NormalEquations {
   std::array<double, N> b{};
 };
 
-// Reprojection error of one view by its pose (rotation vector, translation).
+// For the reprojection error of one view with respect to its pose (rotation vector, translation).
 NormalEquations<6> poseNormalEquations(const ViewPoints& view, const lens::Camera& camera,
                                        const lens::Pose& pose);
 
-// The same by all 13 parameters: focal lengths, principal point, skew, distortion, pose.
+// The same with respect to all 13 parameters: focal lengths, principal point, skew, distortion,
+// pose.
 constexpr std::size_t kAllParameters = 13;
 NormalEquations<kAllParameters> fullNormalEquations(const ViewPoints& view,
                                                     const lens::Camera& camera,
                                                     const lens::Pose& pose);
 
-// L^T L of the design matrix of the direct linear transform: rows (M, 0, -x M) and (0, M, -y M) of
+// L^T L of the design matrix of the direct linear transform: rows (M, 0, -x M) and (0, M, -y M) for
 // each pair of an image point (x, y) and a plane point M = (X, Y, 1).
 LowerTriangle<9> designProduct(const PlanarPoints& image, const PlanarPoints& plane);
 
-// Error of a homography H (H(2,2) = 1) that should carry the plane points to the image points, by
-// its first eight elements.
+// For the image error of a homography H (H(2,2) = 1) from the plane points to the image points,
+// with respect to its first eight elements.
 NormalEquations<8> homographyNormalEquations(const PlanarPoints& image, const PlanarPoints& plane,
                                              const cv::Matx33d& H);
 

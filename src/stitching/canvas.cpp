@@ -12,10 +12,11 @@
 namespace fisheye_calibration::stitching {
 namespace {
 
-// Any mask byte but one shows content.
+// Every mask value but 255 means content.
 bool hasContent(unsigned char mask) { return mask < images::kNoContent; }
 
-// Rightmost column with content of each buffer row of the view. Column 0 is not looked at.
+// The rightmost column with content in each buffer row of the view; 0 if there is none. Column 0 is
+// never tested (compatibility 51).
 std::vector<std::int32_t> seamOf(const DoubledView& view) {
   const std::int32_t rows = view.width > 0 ? std::max(view.height, 0) : 0;
   std::vector<std::int32_t> seam(static_cast<std::size_t>(rows), 0);
@@ -30,7 +31,8 @@ std::vector<std::int32_t> seamOf(const DoubledView& view) {
   return seam;
 }
 
-// The first camera's weight on a row: 1 at the row's first overlapping column, 0 at the seam.
+// Blends a row. The first camera's weight falls from 1 at the row's first overlapping column to 0
+// at the seam.
 class Ramp {
  public:
   explicit Ramp(std::int32_t seam) : seam_(seam) {}
@@ -47,6 +49,7 @@ class Ramp {
       for (int i = 0; i < Bytes; ++i) {
         const float a = static_cast<float>(first[i]) * t;
         const float b = static_cast<float>(second[i]) * (1.0F - t);
+        // Both products are truncated before the addition (compatibility 52).
         out[i] = static_cast<unsigned char>(static_cast<int>(a) + static_cast<int>(b));
       }
     } else {
@@ -62,10 +65,10 @@ class Ramp {
   bool started_ = false;
 };
 
-// One row of the canvas; the rows of the first view that lie on it.
+// A row of the canvas and the row of the first view that lies on it, if any.
 struct Row {
   unsigned char* pixels;
-  double y1;                  // buffer row of the first view, also outside of it
+  double y1;                  // buffer row of the first view; may be outside it
   std::int32_t firstEnd = 0;  // columns 0...firstEnd - 1 lie in the first view
   const unsigned char* firstPixels = nullptr;
   const unsigned char* firstMask = nullptr;

@@ -9,19 +9,20 @@
 
 namespace fisheye_calibration::stitching {
 
-// Buffer row of the canvas on which the first view's buffer row 0 lies: the view is centred, cut
-// towards zero, and lies partly below row 0 when it is higher than the canvas.
+// Buffer row of the canvas that holds the first view's buffer row 0. The view is centred, with the
+// offset truncated toward zero, and starts below row 0 if it is higher than the canvas.
 std::int64_t verticalOffset(std::int32_t canvasHeight, std::int32_t viewHeight);
 
-// Puts the first view unscaled at column 0 and the second where M, from buffer pixels of the first
-// view to buffer pixels of the second, says it lies. In buffer rows throughout. Where both views
-// have content, out = trunc(first t) + trunc(second (1 - t)) in 32-bit float, byte by byte, with
-// t = (seam - c)/(seam - c0): c0 is the row's first such column, the seam the first view's last
-// column with content on that row (0 if there is none from column 1 on). When c0 is not left of the
-// seam the row takes the mean. Pixels where neither has content keep their value.
+// Places the first view unscaled at column 0 and the second one according to M, which maps buffer
+// pixels of the first view to buffer pixels of the second. All rows are buffer rows (compatibility
+// 50). Where both views have content, out = trunc(first t) + trunc(second (1 - t)) in 32-bit float
+// (compatibility 52), byte by byte, with t = (seam - c)/(seam - c0): c0 is the row's first such
+// column, the seam the first view's last column with content on that row (0 if there is none from
+// column 1 on, compatibility 51). If c0 is not left of the seam, the row takes the mean. Pixels
+// where neither view has content keep their values (compatibility 53).
 //
-// Both views must have the canvas's bytes a pixel, which must not be 0. Rows are computed in
-// parallel; the result does not depend on how they are split.
+// Both views must have as many bytes per pixel as the canvas, not 0. Rows are computed in parallel;
+// the result does not depend on how they are split.
 void compose(const DoubledView& first, const DoubledView& second, const cv::Matx33d& M,
              const images::Target& canvas);
 

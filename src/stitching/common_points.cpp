@@ -8,7 +8,7 @@ namespace {
 
 struct Occurrence {
   const CalibrationPoint* point;
-  std::vector<CalibrationPoint>* common;  // where a copy goes if the point counts as shared
+  std::vector<CalibrationPoint>* common;  // receives a copy if the point is shared
 };
 
 void appendOccurrences(const std::vector<CalibrationPoint>& points, int idCount,
@@ -26,8 +26,9 @@ void appendOccurrences(const std::vector<CalibrationPoint>& points, int idCount,
 
 using namespace fisheye_calibration::stitching;
 
-// What makes a point shared is that its id occurs exactly twice in both lists together. Sorting
-// costs n log n whatever the ids are; a table of counters would be as large as the range of ids.
+// A point is shared if its id occurs exactly twice in both lists together, even twice in one of
+// them (compatibility 46). Copies are appended to the outputs (compatibility 47). Sorting takes
+// n log n whatever the ids are; a table of counters would be as large as the range of ids.
 void GetCommonPoints(std::vector<CalibrationPoint> first, std::vector<CalibrationPoint> second,
                      int idCount, std::vector<CalibrationPoint>& firstCommon,
                      std::vector<CalibrationPoint>& secondCommon) {

@@ -9,16 +9,16 @@
 namespace fisheye_calibration::stitching {
 namespace {
 
-// f(c) = slope c + constant with a bound on how far any value computed for it on the span, in
-// whatever order of the operations, may be from the true one.
+// f(c) = slope c + constant. `margin` bounds the error of any value computed for f on the span,
+// whatever the order of operations.
 struct Linear {
   double slope;
   double constant;
   double margin;
 };
 
-// The sum of row i of M and k times its last row, as a function of the column. Each product and sum
-// is off by at most 2^-53 of the terms' magnitudes; a dozen of them stay far below 2^-45.
+// Row i of M plus k times its last row, as a function of the column. Each product and sum has an
+// error of at most 2^-53 of the terms' magnitudes; a dozen of them stay far below 2^-45.
 Linear combined(const cv::Matx33d& M, int i, double k, double row, std::int32_t width) {
   const double magnitude = (std::abs(M(i, 0)) + std::abs(k * M(2, 0))) * width +
                            (std::abs(M(i, 1)) + std::abs(k * M(2, 1))) * std::abs(row) +
@@ -29,8 +29,8 @@ Linear combined(const cv::Matx33d& M, int i, double k, double row, std::int32_t 
 
 Linear negated(const Linear& f) { return {-f.slope, -f.constant, f.margin}; }
 
-// Takes away columns where f is surely not positive. A column or two more at either end outweigh
-// the rounding of the quotient, which is below 2^31 wherever it matters.
+// Removes columns where f is certainly not positive. Keeping one or two columns more at either end
+// outweighs the rounding of the quotient, which is below 2^31 wherever it matters.
 void keepPositive(const Linear& f, Span& span) {
   const double highest = f.constant + f.margin;
   if (f.slope == 0) {
@@ -47,9 +47,10 @@ void keepPositive(const Linear& f, Span& span) {
 
 }  // namespace
 
-// Where w > 0, x + 0.5 > -1 and x + 0.5 < W say u + 1.5 w > 0 and (W - 0.5) w - u > 0 for x = u/w,
-// and rounding is monotonous, so this holds for the computed numbers too. A negative w turns all
-// signs; a w that changes its sign on the row (the camera looks along the bed) is left alone.
+// With x = u/w and w > 0, the conditions x + 0.5 > -1 and x + 0.5 < W are u + 1.5 w > 0 and
+// (W - 0.5) w - u > 0. Rounding is monotonic, so this holds for the computed values too. A negative
+// w flips all signs; if w changes its sign on the row (the camera looks along the bed), the whole
+// row is kept.
 Span contributionSpan(const cv::Matx33d& M, double row, std::int32_t width, const cv::Size& size) {
   if (size.empty()) {
     return {};

@@ -1,4 +1,4 @@
-// Where on a row of the canvas the second camera can contribute.
+// The part of a canvas row to which the second camera can contribute.
 #pragma once
 
 #include <cstdint>
@@ -11,11 +11,11 @@ struct Span {
   std::int32_t end = 0;  // one past the last
 };
 
-// Columns of 0...width-1 outside which no column c is taken into the second view by
+// A span of the columns 0...width-1 that contains every column c for which
 //   (x, y) = M (c, row) with the projective division,
 //   -1 < x + 0.5 < size.width, -1 < y + 0.5 < size.height
-// in double precision, whatever the rounding of the single steps does. Inside there may be columns
-// that are not taken either.
+// holds in double precision, however the single steps are rounded. It may contain other columns,
+// too.
 Span contributionSpan(const cv::Matx33d& M, double row, std::int32_t width, const cv::Size& size);
 
 }  // namespace fisheye_calibration::stitching

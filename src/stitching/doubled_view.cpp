@@ -26,7 +26,7 @@ DebugPaths debugPaths(Side side) {
   return {images::debug_files::kRightView, images::debug_files::kRightMask};
 }
 
-// Bytes of both buffers.
+// Sizes of both buffers in bytes.
 struct BufferSizes {
   std::size_t pixels = 0;
   std::size_t mask = 0;
@@ -49,7 +49,7 @@ BufferSizes bufferSizes(const CameraInput& camera) {
   return {static_cast<std::size_t>(pixelBytes), static_cast<std::size_t>(count)};
 }
 
-// False, with the buffers as they were, when there is nothing to show.
+// Returns false, with the buffers unchanged, if there is nothing to show.
 bool correct(const CameraInput& camera, DoubledView& view) {
   return images::bytesPerPixel(camera.bits) != 0 &&
          SingleCamCorrected(camera.image, camera.width, camera.height, camera.bits, camera.param,

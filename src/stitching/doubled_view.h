@@ -1,4 +1,4 @@
-// What both stitching operations work on: each camera's corrected image at twice the size of its
+// The input of both stitching operations: each camera's corrected image at twice the size of its
 // frame, with its mask.
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace fisheye_calibration::stitching {
 
-// One camera as the host hands it over. Any of it may be unusable.
+// One camera as passed by the host; nothing in it has been checked.
 struct CameraInput {
   unsigned char* image;
   ImageLong width;
@@ -22,11 +22,11 @@ struct CameraInput {
   const std::vector<CalibrationPoint>& points;
 };
 
-// Twice the frame's size, at most what 32 bits hold.
+// Twice the size of the frame, saturated to 32 bits.
 std::int32_t doubledWidth(const CameraInput& camera);
 std::int32_t doubledHeight(const CameraInput& camera);
 
-// The first camera's files are called left, the second's right.
+// Names the debug files: the first camera is the left one, the second the right one.
 enum class Side { kLeft, kRight };
 
 struct DoubledView {
@@ -42,13 +42,12 @@ struct DoubledView {
   images::Target validity() const { return {mask.get(), width, height, 1}; }
 };
 
-// Corrects the camera's frame and writes view and mask as debug bitmaps. A frame that cannot be
-// corrected gives a black view without content. Raises std::bad_alloc when a buffer would take more
-// than 2^31 - 1 bytes.
+// Corrects the camera's frame and writes the view and its mask as debug bitmaps. A frame that
+// cannot be corrected gives a black view without content. Throws std::bad_alloc if a buffer would
+// exceed 2^31 - 1 bytes.
 DoubledView renderDoubledView(const CameraInput& camera, Side side);
 
-// The same for the sake of the debug bitmaps alone: where none of them can be opened nothing is
-// rendered.
+// The same for the debug bitmaps only: renders nothing if none of them can be written.
 void renderForDebugBitmaps(const CameraInput& camera, Side side);
 
 }  // namespace fisheye_calibration::stitching

@@ -12,10 +12,12 @@ void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong src
                            DualFishEyeCalibrationParam& dual, unsigned char* dst,
                            ImageLong dstWidth, ImageLong dstHeight) {
   if (dstWidth % 4 != 0 || dstHeight % 4 != 0) {
+    // (compatibility 5)
     platform::showMessage("裁剪后图像的长和宽必须是4的整数倍！");
     return;
   }
-  // The picture's rows are counted from the top, the buffer's from the bottom.
+  // Picture rows are counted from the top, buffer rows from the bottom. DatumImagePtY is a buffer
+  // row (compatibility 29).
   const std::int64_t bottomRow = std::int64_t{srcHeight} - cropTop - dstHeight;
   const int bytes = images::bytesPerPixel(bitCount);
   if (bytes != 0 && dstWidth > 0 && dstHeight > 0) {
@@ -25,6 +27,7 @@ void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong src
     images::copyRectangle({src, srcWidth, srcHeight, bytes}, cropLeft, bottomRow,
                           {dst, dstWidth, dstHeight, bytes});
   }
+  // Also if there are no pixels to copy, such as a height below 1 (compatibility 55).
   dual.StdImageWidth = dstWidth;
   dual.StdImageHeight = dstHeight;
   dual.DatumImagePtX = saturated(std::int64_t{dual.DatumImagePtX} - cropLeft);

@@ -8,7 +8,8 @@
 namespace fisheye_calibration::stitching {
 namespace {
 
-// World coordinates are expected below this.
+// World coordinates are expected within 0...10000; the searches start from there (compatibility
+// 48).
 constexpr float kBeyondTheBed = 10000.0F;
 
 float distance(const CalibrationPoint& point, float x, float y) {
@@ -75,6 +76,7 @@ cv::Point2f viewPixel(const cv::Point2f& world, const FishEyeCalibrationParam& p
 
 cv::Matx33d firstToSecond(const CornerPairs& pairs, const CameraInput& first,
                           const CameraInput& second, Rows rows) {
+  // For both cameras (compatibility 49).
   const cv::Size2d half(doubledWidth(first) * 0.5, doubledHeight(first) * 0.5);
   const auto lastRow = [rows](const CameraInput& camera) -> std::optional<double> {
     return rows == Rows::kBuffer ? std::optional(doubledHeight(camera) - 1.0) : std::nullopt;

@@ -1,4 +1,4 @@
-// Conversions to integers that never leave the integer's range.
+// Conversions to integers that saturate.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ constexpr std::int32_t saturated(std::int64_t value) {
   return static_cast<std::int32_t>(value);
 }
 
-// Towards zero; beyond 64 bits the nearest limit, not a number gives 0.
+// Truncates toward zero; beyond 64 bits gives the nearest limit, for NaN 0.
 constexpr std::int64_t truncated(double value) {
   constexpr double limit = 0x1p63;
   if (value >= limit) return std::numeric_limits<std::int64_t>::max();
@@ -21,7 +21,7 @@ constexpr std::int64_t truncated(double value) {
   return value == value ? static_cast<std::int64_t>(value) : 0;
 }
 
-// Adds one half and cuts towards zero, so -77.4 becomes -76.
+// Adds one half and truncates toward zero, so -77.4 becomes -76.
 constexpr std::int64_t halfAddedAndTruncated(double value) { return truncated(value + 0.5); }
 
 }  // namespace fisheye_calibration::stitching

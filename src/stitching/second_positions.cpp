@@ -15,7 +15,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Doubles = hn::ScalableTag<double>;
 using Pack = hn::Vec<Doubles>;
 
-// m0 c + m1 row + m2 for a row of the transform.
+// m0 c + m1 row + m2 for one row (m0, m1, m2) of the transform.
 struct RowTerm {
   Pack slope;
   Pack offset;
@@ -39,7 +39,7 @@ void SecondPositions(const cv::Matx33d& M, double row, std::int32_t column, int 
   const RowTerm v(M, 1, row);
   const RowTerm w(M, 2, row);
   const Pack half = hn::Set(d, 0.5);
-  const Pack justOutside = hn::Set(d, -1.0);  // cutting takes everything above to 0
+  const Pack justOutside = hn::Set(d, -1.0);  // truncation takes values above it to 0
   const Pack width = hn::Set(d, size.width);
   const Pack height = hn::Set(d, size.height);
   const int lanes = static_cast<int>(hn::Lanes(d));

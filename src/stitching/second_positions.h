@@ -1,5 +1,5 @@
-// Where the canvas's pixels lie in the second view. The loop over the whole canvas's pixels spends
-// its time here, so it runs on whole vectors; every instruction set gives the same numbers.
+// The positions of canvas pixels in the second view. The loop over the canvas spends its time here,
+// so it works on whole vectors; every instruction set gives the same numbers.
 #pragma once
 
 #include <cstdint>
@@ -7,16 +7,15 @@
 
 namespace fisheye_calibration::stitching {
 
-// As many columns as one call takes.
+// The maximum number of columns per call.
 constexpr int kPositionsAtOnce = 512;
 
-// For the columns c = column...column + count - 1, in double precision and in this order of the
-// operations, with integers cut towards zero:
+// For the columns c = column...column + count - 1, in double precision and in this order of
+// operations:
 //   w = m20 c + m21 row + m22
 //   x = trunc((m00 c + m01 row + m02)/w + 0.5)
 //   y = trunc((m10 c + m11 row + m12)/w + 0.5)
-//   positions[c - column] = y size.width + x, or -1 where (x, y) lies outside the view or is no
-//   number
+//   positions[c - column] = y size.width + x, or -1 if (x, y) is outside the view or NaN
 // The view must have 1...2^31 - 1 pixels. All kPositionsAtOnce elements of `positions` may be
 // written.
 void secondPositions(const cv::Matx33d& M, double row, std::int32_t column, int count,

@@ -8,7 +8,7 @@
 namespace fisheye_calibration::stitching {
 namespace {
 
-// Least and greatest of pixel coordinates, 0 among them.
+// The range of pixel coordinates, 0 included.
 class Extent {
  public:
   explicit Extent(std::int32_t size) { include(static_cast<float>(size)); }
@@ -18,14 +18,14 @@ class Extent {
     greatest_ = std::max(greatest_, value);
   }
 
-  // Adds one half, cuts to a whole number and narrows. What is not a number lies nowhere.
+  // Adds one half, truncates to an integer and narrows to float. NaN is ignored.
   void includeRounded(double value) {
     if (value == value) {
       include(static_cast<float>(halfAddedAndTruncated(value)));
     }
   }
 
-  // A multiple of 4 that holds them all.
+  // The length of the range rounded up to a multiple of 4, at most 2147483644.
   std::int32_t roundedUpLength() const {
     constexpr std::int64_t largest = 0x7FFFFFFC;
     const std::int64_t length = truncated(greatest_ - least_);
@@ -58,7 +58,7 @@ bool ComputeStitchedImageSize(unsigned char* image1, ImageLong width1, ImageLong
     return false;
   }
 
-  // The canvas holds the second view's rectangle and the place where the transform puts it.
+  // The canvas holds the second view's rectangle and that rectangle's image under the transform.
   const cv::Matx33d M = firstToSecond(*pairs, first, second, Rows::kPicture);
   const std::int32_t W2 = doubledWidth(second);
   const std::int32_t H2 = doubledHeight(second);

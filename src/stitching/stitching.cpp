@@ -10,7 +10,8 @@
 namespace fisheye_calibration::stitching {
 namespace {
 
-// The views must have the canvas's bit count.
+// Both views must have the canvas's bit count; other bit counts than 8, 24 and 32 leave the canvas
+// unchanged (compatibility 54).
 bool canCompose(const CameraInput& first, const CameraInput& second, const images::Target& canvas,
                 int bits) {
   return canvas.pixels != nullptr && canvas.bytes != 0 && first.bits == bits && second.bits == bits;
@@ -23,7 +24,8 @@ void composeViews(const CameraInput& first, const CameraInput& second, const Cor
   compose(firstView, secondView, firstToSecond(pairs, first, second, Rows::kBuffer), canvas);
 }
 
-// The canvas is a metric image of the first camera's scale whose datum is the first view's centre.
+// The canvas is a metric image with the first camera's scale and its datum in the first view's
+// centre. DatumImagePtY is a buffer row (compatibility 29).
 DualFishEyeCalibrationParam describe(const CameraInput& first, const images::Target& canvas) {
   const std::int32_t W1 = doubledWidth(first);
   const std::int32_t H1 = doubledHeight(first);

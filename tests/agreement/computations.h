@@ -1,4 +1,5 @@
-// What the systems are compared by. All inputs come from generators that are the same everywhere.
+// The computations by which the systems are compared. All inputs come from generators that are the
+// same everywhere.
 #pragma once
 
 #include "agreement/results.h"

@@ -1,8 +1,8 @@
-// Computes the same things on every system, for a comparison of what comes out.
+// Computes the same things on every system, to compare the results.
 //   fisheye_calibration_agreement write FOLDER       results.txt, camera.ini and dual.ini
 //   fisheye_calibration_agreement read FOLDER FILE   to FILE: what camera.ini and dual.ini say
-//   fisheye_calibration_agreement compare FILE FILE  tells what differs; exit code 1 if anything
-//   does
+//   fisheye_calibration_agreement compare FILE FILE  prints the differences; exit code 1 if there
+//   are any
 #include <cstdio>
 #include <exception>
 #include <fstream>
@@ -35,7 +35,7 @@ void addFile(agreement::Results& results, const std::string& name, const std::st
 void write(const std::string& folder) {
   const std::string camera = folder + "/camera.ini";
   const std::string dual = folder + "/dual.ini";
-  // Each twice: into a new file, and over what is there.
+  // Each twice: into a new file, and over the existing one.
   for (int i = 0; i < 2; ++i) {
     SaveCalibrationParam(camera.c_str(), agreement::sampleCamera());
     SaveDualCamerasCalibrationParam(dual.c_str(), agreement::sampleDual());

@@ -24,8 +24,8 @@ class Results {
   std::string lines_;
 };
 
-// What differs between two such texts, a sentence each; empty where they agree. Results of one text
-// that the other does not have count as differences, and so do texts without any result.
+// The differences between two such texts, a sentence each; empty if they agree. Results that only
+// one of the texts has count as differences, and so do texts without any result.
 std::vector<std::string> differences(const std::string& first, const std::string& second);
 
 }  // namespace agreement

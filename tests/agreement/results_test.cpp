@@ -46,7 +46,7 @@ TEST(Agreement, AboveOneTheToleranceIsRelative) {
   EXPECT_THAT(differences(nearTo({1e6}), nearTo({1e6 + 1.1e-3})).size(), 1U);
 }
 
-TEST(Agreement, NoNumberAgreesWithNothing) {
+TEST(Agreement, NanAgreesWithNothing) {
   EXPECT_THAT(differences(nearTo({NAN}), nearTo({NAN})).size(), 1U);
   EXPECT_THAT(differences(nearTo({NAN, 1}), nearTo({1, 1})).size(), 1U);
 }

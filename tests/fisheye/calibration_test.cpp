@@ -322,14 +322,14 @@ TEST(CalibrationRefusals, PointsOfAnotherType) {
   EXPECT_TRUE(images.refused(kImageText));
 }
 
-TEST(CalibrationRefusals, CameraMatrixOfAnotherSizeStaysAsItIs) {
+TEST(CalibrationRefusals, CameraMatrixOfAnotherSizeIsUnchanged) {
   Arguments arguments;
   arguments.K = cv::Mat::ones(3, 4, CV_64F);
   EXPECT_TRUE(arguments.refused(kKText));
   EXPECT_EQ(support::bytesOf(arguments.K), support::bytesOf(cv::Mat::ones(3, 4, CV_64F)));
 }
 
-TEST(CalibrationRefusals, DistortionOfAnotherLengthStaysAsItIs) {
+TEST(CalibrationRefusals, DistortionOfAnotherLengthIsUnchanged) {
   Arguments arguments;
   arguments.D = cv::Mat::ones(4, 1, CV_64F);
   EXPECT_TRUE(arguments.refused(kDText));
@@ -365,7 +365,7 @@ TEST(CalibrationRefusals, FirstFailedConditionIsTheOneNamed) {
   EXPECT_TRUE(arguments.refused(kTvecsText));
 }
 
-TEST(Calibration, DivergentFitIsNoError) {
+TEST(Calibration, DivergentFitRaisesNoError) {
   // Points far outside the circle of radius max/2 around the centre.
   support::Rig rig = support::randomRig(5, 1);
   for (cv::Point2d& pixel : rig.views[0].imagePoints) pixel *= 3;

@@ -105,7 +105,7 @@ TEST(Homography, PointsAreDividedByTheirThirdRow) {
   EXPECT_LT(cv::norm(internal::ComputeHomography(m, M3), kH, cv::NORM_INF), 1e-9);
 }
 
-TEST(Homography, LeavesTheCallersPointsAlone) {
+TEST(Homography, LeavesTheCallersPointsUnchanged) {
   cv::Mat M3;
   cv::vconcat(planePoints(6), cv::Mat(1, 6, CV_64F, cv::Scalar(2)), M3);
   const cv::Mat before = M3.clone();

@@ -53,7 +53,7 @@ TEST(IntrinsicParams, PlusIgnoresElementsPastTheEstimatedOnes) {
   EXPECT_EQ(sum.distortion, cv::Vec2d(0.1, 2.2));
 }
 
-TEST(IntrinsicParams, PlusLeavesItsOperandAlone) {
+TEST(IntrinsicParams, PlusLeavesItsOperandUnchanged) {
   const internal::IntrinsicParams params = sample(kSolverMask);
   const internal::IntrinsicParams sum = params + cv::Mat::ones(6, 1, CV_64F);
   EXPECT_EQ(params.focalLength, cv::Vec2d(100, 200));

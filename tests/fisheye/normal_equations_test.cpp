@@ -230,8 +230,8 @@ TEST(NormalEquations, ConditionCheckNeedsARealThreshold) {
   EXPECT_TRUE(support::refuses(kConditionText, "ComputeJacobians", [&] { system.run(); }));
 }
 
-// A ratio that is not a number is not below the threshold, whatever lies in memory.
-TEST(NormalEquations, ConditionCheckFailsAlwaysForAPoseThatIsNotANumber) {
+// A NaN ratio is not below the threshold, whatever the memory holds.
+TEST(NormalEquations, ConditionCheckAlwaysFailsForANanPose) {
   System system(3);
   system.check = 1;
   system.omc[2] = {std::nan(""), 0, 0};

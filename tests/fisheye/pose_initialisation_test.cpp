@@ -153,8 +153,8 @@ void blindTo(int axis, int count, double spacing, std::vector<cv::Point3d>& targ
   }
 }
 
-// How many of the blind pictures are refused with this text, nothing written; the others, whose
-// column rounding keeps from being 0, give a pose.
+// The number of blind pictures that are refused with this text and nothing written. In the others,
+// rounding keeps the column from being 0, and they give a pose.
 int refusalsOfBlindPictures(int axis, const char* text) {
   int refusals = 0;
   for (const int count : {1, 2}) {

@@ -218,7 +218,7 @@ TEST(PoseOfViews, FewerTargetsOrPosesThanImagesEndTheSameWayEachTime) {
   EXPECT_EQ(outcome(3), outcome(3));
 }
 
-TEST(PoseOfViews, PoseArrayOfAnotherTypeBesideARightOneEndsTheSameWayEachTime) {
+TEST(PoseOfViews, PoseArrayOfAnotherTypeNextToACorrectOneEndsTheSameWayEachTime) {
   const Views views(2);
   for (const int type : {CV_32FC3, CV_64FC1, CV_8UC1}) {
     const auto outcome = [&] {

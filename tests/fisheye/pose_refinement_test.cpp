@@ -135,7 +135,7 @@ TEST(PoseRefinement, IllConditionedStepIsRefusedAndThePoseStays) {
   }
 }
 
-TEST(PoseRefinement, ThresholdThatIsNotANumberRefusesNothing) {
+TEST(PoseRefinement, NanThresholdRefusesNothing) {
   const support::RigView seen = view();
   Refinement refinement(seen);
   refinement.run(std::nan(""));
@@ -200,7 +200,7 @@ TEST(PoseRefinement, DecidesOnNearlyCollinearPointsAsTheFullDecompositionDoes) {
   EXPECT_GT(below, 0);
 }
 
-TEST(PoseRefinement, PixelThatIsNotANumberIsTakenInAndStopsTheRefinement) {
+TEST(PoseRefinement, NanPixelIsUsedAndStopsTheRefinement) {
   Refinement refinement(view());
   refinement.x.at<cv::Vec2d>(3)[0] = std::nan("");
   const cv::Mat startRvec = refinement.rvec.clone();

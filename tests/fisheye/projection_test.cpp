@@ -337,7 +337,7 @@ const char kCameraText[] =
     "_K.size() == Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) && _D.type() == "
     "_K.type() && _D.total() == 2";
 
-TEST(ProjectionRefusals, PointsOfAnotherTypeLeaveTheOutputsAlone) {
+TEST(ProjectionRefusals, PointsOfAnotherTypeLeaveTheOutputsUnchanged) {
   for (const int type : {CV_64FC2, CV_64FC1, CV_32SC3, CV_8UC3}) {
     Arguments arguments;
     arguments.objectPoints = cv::Mat::ones(4, 1, type);

@@ -66,7 +66,7 @@ inline std::vector<plain::Pose> truePoses(const Rig& rig) {
   return poses;
 }
 
-// |a - b| / |b| over all elements; infinite where the sizes differ or a is not a number.
+// |a - b| / |b| over all elements; infinite if the sizes differ or a is NaN.
 inline double relativeDistance(const cv::Mat& a, const cv::Mat& b) {
   if (a.size() != b.size() || a.type() != b.type()) return HUGE_VAL;
   const double distance = cv::norm(a, b, cv::NORM_L2);

@@ -44,7 +44,7 @@ Entry entryAt(const Maps& maps, int column, int row) {
 
 const Entry kTopLeft(0, 0, 0, 0);
 
-// What the map holds where the raw position's column is `u` and its row 0.
+// The map's entry for the raw position in column `u` and row 0.
 Entry entryOfColumn(double u) {
   const cv::Matx33d K(400, 0, u, 0, 400, 0, 0, 0, 1);
   return entryAt(mapsOf(K, kNoDistortion, cv::noArray(), kP, cv::Size(4, 4)), 2, 2);

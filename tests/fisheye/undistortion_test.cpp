@@ -54,7 +54,7 @@ TEST(Undistortion, PrincipalPointGoesWhereTheRectificationTakesTheAxis) {
   EXPECT_EQ(undistorted(0, 0, kBoth, kD, R, P), cv::Point2d(15, 46));
 }
 
-TEST(Undistortion, PrincipalPointIsNotANumberWithACountOnly) {
+TEST(Undistortion, PrincipalPointIsNanWithACountOnly) {
   const cv::Point2d point = undistorted(0, 0, TermCriteria(TermCriteria::COUNT, 5, 0));
   EXPECT_TRUE(std::isnan(point.x));
   EXPECT_TRUE(std::isnan(point.y));
@@ -89,13 +89,13 @@ TEST(Undistortion, NegativeAngleGetsTheMarkerEvenWithACountOnly) {
   EXPECT_EQ(undistorted(1.5, 0, TermCriteria(3, 100, 1e-8), folded), cv::Point2d(kMarker, kMarker));
 }
 
-TEST(Undistortion, MarkerIsNotCarriedThroughTheRectification) {
+TEST(Undistortion, MarkerIsNotRectified) {
   const TermCriteria hasty(TermCriteria::COUNT + TermCriteria::EPS, 1, 1e-8);
   EXPECT_EQ(undistorted(0.3, 0.4, hasty, kD, cv::Matx33d::eye() * 2, kK),
             cv::Point2d(kMarker, kMarker));
 }
 
-TEST(Undistortion, MarkerStandsInThirtyTwoBitOutputToo) {
+TEST(Undistortion, MarkerIsWrittenToThirtyTwoBitOutputToo) {
   std::vector<cv::Point2f> out;
   fisheye::undistortPoints(std::vector<cv::Point2f>{{760, 600}}, out, kK, kD, cv::noArray(),
                            cv::noArray(), TermCriteria(3, 1, 1e-8));
@@ -114,11 +114,11 @@ TEST(Undistortion, InfiniteBoundIsValidAndMovesNothing) {
   EXPECT_EQ(undistorted(0.3, 0.4, TermCriteria(TermCriteria::EPS, 0, HUGE_VAL)), cv::Point2d(0, 0));
 }
 
-TEST(Undistortion, BoundThatIsNotANumberIsValidBesideACountAndMovesNothing) {
+TEST(Undistortion, NanBoundIsValidWithACountAndMovesNothing) {
   EXPECT_EQ(undistorted(0.3, 0.4, TermCriteria(3, 5, std::nan(""))), cv::Point2d(0, 0));
 }
 
-TEST(Undistortion, CountBelowOneIsValidBesideABoundAndConvergesNowhere) {
+TEST(Undistortion, CountBelowOneIsValidWithABoundAndConvergesNowhere) {
   for (const int count : {0, -5}) {
     EXPECT_EQ(undistorted(0.3, 0.4, TermCriteria(3, count, 1e-8)), cv::Point2d(kMarker, kMarker));
     EXPECT_EQ(undistorted(0, 0, TermCriteria(3, count, 1e-8)), cv::Point2d(0, 0));
@@ -288,7 +288,7 @@ const char kCameraText[] =
     "D.total() == 2 && K.size() == Size(3, 3) && (K.depth() == CV_32F || K.depth() == CV_64F)";
 const char kCriteriaText[] = "criteria.isValid()";
 
-TEST(UndistortionRefusals, PixelsOfAnotherTypeLeaveTheOutputAlone) {
+TEST(UndistortionRefusals, PixelsOfAnotherTypeLeaveTheOutputUnchanged) {
   for (const cv::Mat& pixels : std::vector<cv::Mat>{
            cv::Mat(), cv::Mat(4, 1, CV_64FC3), cv::Mat(4, 2, CV_64FC1), cv::Mat(4, 1, CV_32SC2)}) {
     Arguments arguments;
@@ -394,7 +394,7 @@ TEST(NormalizePixels, RowsAndColumnsBothGiveAColumn) {
   }
 }
 
-TEST(NormalizePixels, LeavesThePixelsAlone) {
+TEST(NormalizePixels, LeavesThePixelsUnchanged) {
   const cv::Mat pixels(3, 1, CV_64FC2, cv::Scalar(700, 500));
   internal::NormalizePixels(pixels, record(0));
   EXPECT_EQ(pixels.at<cv::Vec2d>(2), cv::Vec2d(700, 500));

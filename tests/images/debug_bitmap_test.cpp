@@ -79,7 +79,7 @@ TEST_F(DebugBitmap, ZerosFollowThePackedRowsUpToTheDeclaredLength) {
   EXPECT_EQ(file.substr(62 + 41), std::string(39, '\0'));
 }
 
-TEST_F(DebugBitmap, EveryBitCountAndSizeIsAsComposedPlainly) {
+TEST_F(DebugBitmap, EveryBitCountAndSizeEqualsThePlainFile) {
   for (const int bits : {1, 4, 8, 16, 24, 32}) {
     for (int width = 1; width <= 40; ++width) {
       for (const int height : {1, 2, 7}) {
@@ -92,7 +92,7 @@ TEST_F(DebugBitmap, EveryBitCountAndSizeIsAsComposedPlainly) {
   }
 }
 
-TEST_F(DebugBitmap, ALongerFileIsReplacedAsAWhole) {
+TEST_F(DebugBitmap, ALongerFileIsReplacedCompletely) {
   written(ascending(64), 4, 4, 32);
   EXPECT_EQ(written(ascending(4), 1, 1, 32).size(), 58U);
 }
@@ -109,7 +109,7 @@ TEST_F(DebugBitmap, NullPathAndNullPixelsWriteNothing) {
   EXPECT_EQ(contentOf("image.bmp").value_or("").size(), 58U);
 }
 
-TEST_F(DebugBitmap, SizesThatAreNotPositiveGiveHeadersAndPaletteAlone) {
+TEST_F(DebugBitmap, NonPositiveSizesGiveOnlyHeadersAndPalette) {
   EXPECT_EQ(written({}, 0, 0, 8).size(), 1078U);
   EXPECT_EQ(written({}, 4, 0, 24).size(), 54U);
   EXPECT_EQ(written({}, -4, 4, 24).size(), 54U);
@@ -129,14 +129,14 @@ TEST_F(DebugBitmap, SizesBeyondAFileAreRefusedBeforeItIsOpened) {
 }
 
 #if defined(__linux__)
-TEST_F(DebugBitmap, ADiskThatIsFullFails) {
+TEST_F(DebugBitmap, AFullDiskFails) {
   EXPECT_FALSE(WriteDebugBitmap(ascending(64).data(), 4, 4, 32, "/dev/full"));
   const auto large = ascending(1 << 20);
   EXPECT_FALSE(WriteDebugBitmap(large.data(), 512, 512, 32, "/dev/full"));
 }
 #endif
 
-TEST_F(DebugBitmap, TryingAPathLeavesNothingBehind) {
+TEST_F(DebugBitmap, CheckingAPathLeavesNoFileBehind) {
   EXPECT_TRUE(CanWriteDebugBitmap("image.bmp"));
   EXPECT_FALSE(contentOf("image.bmp"));
   EXPECT_FALSE(CanWriteDebugBitmap("no such folder/image.bmp"));
@@ -144,7 +144,7 @@ TEST_F(DebugBitmap, TryingAPathLeavesNothingBehind) {
 
 #ifndef _WIN32
 // A link to a file that is not there yet is written through, so it counts as writable.
-TEST_F(DebugBitmap, TryingALinkToNothingKeepsTheLink) {
+TEST_F(DebugBitmap, CheckingADanglingLinkKeepsTheLink) {
   std::filesystem::create_symlink("later.bmp", "image.bmp");
   EXPECT_TRUE(CanWriteDebugBitmap("image.bmp"));
   EXPECT_TRUE(std::filesystem::is_symlink("image.bmp"));
@@ -152,14 +152,14 @@ TEST_F(DebugBitmap, TryingALinkToNothingKeepsTheLink) {
   EXPECT_EQ(std::filesystem::file_size("later.bmp"), 58u);
 }
 
-TEST_F(DebugBitmap, AFileThatMayBeWrittenButNotReadCanBeTried) {
+TEST_F(DebugBitmap, AWriteOnlyFileCountsAsWritable) {
   written(ascending(4), 1, 1, 32);
   std::filesystem::permissions("image.bmp", std::filesystem::perms::owner_write);
   EXPECT_TRUE(CanWriteDebugBitmap("image.bmp"));
 }
 #endif
 
-TEST_F(DebugBitmap, TryingAFileKeepsItsContents) {
+TEST_F(DebugBitmap, CheckingAFileKeepsItsContents) {
   const std::string before = written(ascending(4), 1, 1, 32);
   EXPECT_TRUE(CanWriteDebugBitmap("image.bmp"));
   EXPECT_EQ(contentOf("image.bmp"), before);

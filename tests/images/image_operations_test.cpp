@@ -67,13 +67,13 @@ TEST(BufferToImage, OtherBitCountsCopyNothing) {
   }
 }
 
-TEST(BufferToImage, TwoChannelImageGetsNothing) {
+TEST(BufferToImage, TwoChannelImageIsUnchanged) {
   cv::Mat image(2, 2, CV_8UC2, cv::Scalar::all(7));
   BufferToImage(counted(64).data(), 2, 2, 16, image);
   EXPECT_EQ(bytesOf(image), Bytes(8, 7));
 }
 
-TEST(BufferToImage, ImageOfAnotherSizeOrTypeGetsNothing) {
+TEST(BufferToImage, ImageOfAnotherSizeOrTypeIsUnchanged) {
   for (cv::Mat image : {cv::Mat(2, 3, CV_8UC1), cv::Mat(3, 2, CV_8UC1), cv::Mat(2, 2, CV_8UC3),
                         cv::Mat(2, 2, CV_8SC1)}) {
     image.setTo(cv::Scalar::all(7));
@@ -139,7 +139,7 @@ TEST(ImageToBuffer, OtherImagesAreReportedButNotCopied) {
   }
 }
 
-TEST(ImageToBuffer, NullBufferIsReportedOnly) {
+TEST(ImageToBuffer, NullBufferIsOnlyReported) {
   int width = 0;
   int height = 0;
   int bitCount = 0;
@@ -254,7 +254,7 @@ TEST(WarpByInverseHomography, PositionsAreDividedByTheThirdCoordinate) {
   EXPECT_EQ(warpedTopRow({1, 0, 0, 0, 1, 0, 1, 0, 1}, 0), (Bytes{10, 20, 20, 20}));
 }
 
-TEST(WarpByInverseHomography, PositionsThatAreNotNumbersOrTooLargeAreOutside) {
+TEST(WarpByInverseHomography, NanAndHugePositionsAreOutside) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(warpedTopRow(cv::Matx33d::zeros(), 0), Bytes(4, 99));                    // 0/0

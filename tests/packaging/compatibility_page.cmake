@@ -1,5 +1,5 @@
-# Every promise of the compatibility page has the next number and names at least one test, and the build
-# has every test that the page names.
+# The promises of the compatibility page are numbered consecutively and name at least one test each, and the
+# build has every test that the page names.
 #   cmake -DPAGE=... -DCTEST=<ctest> -DBUILD=<build folder> -P compatibility_page.cmake
 cmake_minimum_required(VERSION 3.25)
 

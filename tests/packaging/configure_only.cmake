@@ -1,4 +1,4 @@
-# Configures a project from nothing, without building it.
+# Configures a project from scratch, without building it.
 #   cmake -DSOURCE=... -DBUILD=... -DOPTIONS=<list> -P configure_only.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
 

@@ -1,4 +1,4 @@
-# Configures a small project that uses the library from nothing, and builds it.
+# Configures a small project that uses the library from scratch, and builds it.
 #   cmake -DSOURCE=... -DBUILD=... -DOPTIONS=<list> -P consumer.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
 

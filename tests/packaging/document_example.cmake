@@ -1,4 +1,4 @@
-# Takes the C++ example out of a document and compiles it as an old host would.
+# Extracts the C++ example from a document and compiles it as an old host would.
 #   cmake -DDOCUMENT=... -DFILE=<where to put it> -DCOMPILE=<list> [-DMOST_LINES=...] -P document_example.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
 

@@ -1,4 +1,4 @@
-# Bad usage of scripts/in-debian is explained and makes nothing: the folder for its cache stays empty.
+# Bad usage of scripts/in-debian is explained and creates nothing: the folder for its cache stays empty.
 #   cmake -DSCRIPT=... -DCACHE=... -P in_debian_usage.cmake
 file(REMOVE_RECURSE "${CACHE}")
 file(MAKE_DIRECTORY "${CACHE}")

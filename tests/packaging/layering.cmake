@@ -1,4 +1,4 @@
-# Every include between folders is in the table, and the table has no circle.
+# Every include between folders is in the table, and the table has no cycle.
 #   cmake -DSOURCES=<folder> -DTABLE=<file> -P layering.cmake
 cmake_minimum_required(VERSION 3.25)
 
@@ -12,7 +12,7 @@ foreach(row IN LISTS rows)
   list(APPEND folders ${folder})
 endforeach()
 
-# Folders from which nothing is left to go to are taken away, again and again; a circle stays.
+# Repeatedly removes the folders that include no remaining folder; only cycles are left.
 set(left ${folders})
 foreach(pass IN LISTS folders)
   set(next "")

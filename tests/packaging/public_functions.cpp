@@ -18,8 +18,8 @@ typedef DualFishEyeCalibrationParam Dual;
 
 typedef void (*AnyFunction)();
 
-// What hosts were compiled against, in numbers of their own: the header's own checks may be edited
-// together with a record.
+// The layout that hosts were compiled against, in independent numbers: the header's own checks may
+// be edited together with a record.
 static_assert(sizeof(ImageLong) == 4 && sizeof(Long) == 4, "widths and heights are 32-bit");
 static_assert(sizeof(CalibrationPoint) == 64 && alignof(CalibrationPoint) == 8, "a point's layout");
 static_assert(sizeof(Camera) == 232 && alignof(Camera) == 8, "a camera's layout");

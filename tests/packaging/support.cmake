@@ -1,4 +1,4 @@
-# What the checking scripts share.
+# Shared by the checking scripts.
 
 # read_list(<file> <result>): the lines of a list file without its comments.
 function(read_list file result)
@@ -9,8 +9,8 @@ function(read_list file result)
   set(${result} "${lines}" PARENT_SCOPE)
 endfunction()
 
-# require_same_set(<list> <its name> <list> <its name>): fails, telling what is too much and what is
-# missing, unless both lists hold the same entries, each once.
+# require_same_set(<list> <its name> <list> <its name>): fails, naming superfluous and missing entries,
+# unless both lists hold the same entries, each once.
 function(require_same_set same_set_1 first_name same_set_2 second_name)
   # Read before anything is set here: the names used here hide the caller's.
   set(entries_1 ${${same_set_1}})

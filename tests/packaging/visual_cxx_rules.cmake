@@ -1,6 +1,6 @@
-# Reads all sources that Windows builds have with Visual C++'s rules, as far as clang knows them: widths of
-# types, names, what is an extension of another compiler. Neither Visual C++ nor its headers are to be had
-# here, so the standard library and the system's headers are those of MinGW-w64.
+# Parses all sources of the Windows builds by Visual C++'s rules, as far as clang knows them: widths of types,
+# names, extensions of other compilers. Neither Visual C++ nor its headers are available here, so the standard
+# library and the system's headers are those of MinGW-w64.
 #   cmake -DCLANG=... -DFOLDER=<src or host> -DDEFINITIONS=<list> -DINCLUDES=<list>
 #         -DLIBRARIES=<list of folder=where it is> -DWORK=... -P visual_cxx_rules.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
@@ -15,7 +15,7 @@ list(GET standard_library -1 standard_library)
 execute_process(COMMAND "${CLANG}" -print-resource-dir OUTPUT_VARIABLE compiler_headers
                 OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 
-# Libraries by their own folders alone: beside them lie the headers of this system.
+# Only the libraries' own folders: the folder that contains them also holds the headers of this system.
 file(REMOVE_RECURSE "${WORK}")
 file(MAKE_DIRECTORY "${WORK}")
 foreach(library IN LISTS LIBRARIES)
@@ -51,7 +51,7 @@ if(EXISTS "${message_box}")
                   "${CMAKE_CURRENT_LIST_DIR}/framework_headers" "${message_box}")
 endif()
 
-# What clang knows and MinGW-w64 has, but Visual C++ does not.
+# Features of clang and MinGW-w64 that Visual C++ lacks.
 file(GLOB_RECURSE headers "${FOLDER}/*.h")
 foreach(file IN LISTS sources headers)
   if(file MATCHES "/registration/display\\.cpp$") # has a part for Linux

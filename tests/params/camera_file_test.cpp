@@ -236,7 +236,7 @@ TEST_F(CameraFile, MissingKeySetsOnlyItsOwnFieldToZero) {
   EXPECT_EQ(param.ImageDy, 8.0f);
 }
 
-TEST_F(CameraFile, TextThatIsNoNumberIsZero) {
+TEST_F(CameraFile, NonNumericTextIsZero) {
   const FishEyeCalibrationParam param =
       load("[CalibraionParam]\r\nu0=abc\r\nv0=\r\nfx=,5\r\nfy=--5\r\nk0=x1\r\np1=$\r\n");
   expectAllZero(param);
@@ -276,7 +276,7 @@ TEST_F(CameraFile, NumbersBeyondTheFieldsRangeAreInfinite) {
   EXPECT_EQ(param.p3, 0.0);
 }
 
-TEST_F(CameraFile, InfinitiesAndNotANumberArePlainWords) {
+TEST_F(CameraFile, InfinitiesAndNanAreWords) {
   FishEyeCalibrationParam param = sampleParam();
   param.u0 = std::numeric_limits<float>::infinity();
   param.k0 = -std::numeric_limits<double>::infinity();
@@ -294,7 +294,7 @@ TEST_F(CameraFile, InfinitiesAndNotANumberArePlainWords) {
   EXPECT_TRUE(std::isnan(loaded.p2));
 }
 
-TEST_F(CameraFile, HugeNumbersAreWrittenInFullAndHurtNoNeighbour) {
+TEST_F(CameraFile, HugeNumbersAreWrittenInFullAndAffectNoOtherField) {
   FishEyeCalibrationParam param = sampleParam();
   param.p2 = -std::ldexp(1.0, 1023);  // -8.98...e307: 308 digits
   const std::string bytes = saved(param);

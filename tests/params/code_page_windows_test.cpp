@@ -56,7 +56,7 @@ TEST_F(GbkSystem, ForeignChineseLinesSurviveASave) {
 }
 
 // Bare names belong to the system's own folder; with a folder in front they are the host's.
-TEST(ParameterFile, NameBehindADotAndSlashLiesInTheWorkingDirectory) {
+TEST(ParameterFile, NameAfterDotSlashIsInTheWorkingDirectory) {
   const support::TemporaryFolder folder;
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(folder.path());

@@ -64,7 +64,7 @@ TEST_F(DualCameraFile, NewFileHoldsTheHeaderAndSevenKeysInOrder) {
   EXPECT_EQ(bytesOf(path), sampleBytes);
 }
 
-TEST_F(DualCameraFile, SaveAndLoadCutTheDatumTowardsZero) {
+TEST_F(DualCameraFile, SaveAndLoadTruncateTheDatum) {
   EXPECT_TRUE(SaveDualCamerasCalibrationParam(path.c_str(), sampleParam()));
   const DualFishEyeCalibrationParam param = load();
   EXPECT_EQ(param.Pixel, 0.333333f);
@@ -76,7 +76,7 @@ TEST_F(DualCameraFile, SaveAndLoadCutTheDatumTowardsZero) {
   EXPECT_EQ(param.DatumPtYw, -3.0f);
 }
 
-TEST_F(DualCameraFile, IntegerWithDecimalsIsCut) {
+TEST_F(DualCameraFile, IntegerWithDecimalsIsTruncated) {
   EXPECT_EQ(load("[DualCamerasCalibraionParam]\r\nStdImageWidth=12.9\r\n").StdImageWidth, 12);
 }
 
@@ -114,7 +114,7 @@ TEST_F(DualCameraFile, MissingKeySetsOnlyItsOwnFieldToZero) {
   EXPECT_EQ(param.DatumPtYw, 3.0f);
 }
 
-TEST_F(DualCameraFile, TextThatIsNoNumberIsZero) {
+TEST_F(DualCameraFile, NonNumericTextIsZero) {
   expectAllZero(
       load("[DualCamerasCalibraionParam]\r\nPixel=x\r\nStdImageWidth=wide\r\nStdImageHeight=\r\n"
            "DatumImagePtX=--4\r\nDatumImagePtY=#\r\nDatumPtXw=inf\r\nDatumPtYw=nan\r\n"));
@@ -149,7 +149,7 @@ TEST_F(DualCameraFile, SaveWithoutAFolderOrOntoAReadOnlyFileIsTrueAndWritesNothi
   EXPECT_EQ(folder.entryCount(), 1);
 }
 
-TEST_F(DualCameraFile, BothSectionsInOneFileDoNotDisturbEachOther) {
+TEST_F(DualCameraFile, BothSectionsInOneFileDoNotInterfere) {
   FishEyeCalibrationParam camera{};
   camera.Pixel = 2.0f;
   camera.DatumPtXw = 1.5f;

@@ -60,7 +60,7 @@ TEST_F(InterruptedSave, KilledSaverLeavesAWholeFile) {
   }
 }
 
-TEST_F(InterruptedSave, ReaderBesideASaverSeesOldOrNewButNoMixture) {
+TEST_F(InterruptedSave, ConcurrentReaderSeesOldOrNewButNoMixture) {
   save(path, 1);
   const pid_t child = ::fork();
   ASSERT_GE(child, 0);
@@ -83,7 +83,7 @@ TEST_F(InterruptedSave, ReaderBesideASaverSeesOldOrNewButNoMixture) {
   EXPECT_EQ(mixtures, 0);
 }
 
-TEST_F(InterruptedSave, SaversAtOnceLeaveAWholeFileAndNothingElse) {
+TEST_F(InterruptedSave, ConcurrentSaversLeaveAWholeFileAndNothingElse) {
   const std::string first = savedBytes(1);
   const std::string second = savedBytes(2);
   const auto saveOften = [this](float value) {

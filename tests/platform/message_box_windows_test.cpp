@@ -27,7 +27,7 @@ TEST(MessageBox, TextIsGbkOnAGbkSystem) {
   EXPECT_EQ(boxes[0].narrowText, "\xCC\xD8\xD5\xF7\xA3\xA1");
 }
 
-TEST(MessageBox, HasNoOwnerButHoldsUpTheThreadsOtherWindows) {
+TEST(MessageBox, HasNoOwnerButDisablesTheThreadsOtherWindows) {
   const HWND other = CreateWindowW(L"STATIC", L"other", WS_POPUP | WS_VISIBLE, 0, 0, 20, 20,
                                    nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
   ASSERT_NE(other, nullptr);

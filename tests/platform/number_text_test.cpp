@@ -33,7 +33,7 @@ TEST(NumberText, LargestNumberHas309Digits) {
   EXPECT_EQ(text.substr(300), "124858368.000000000000000");
 }
 
-TEST(NumberText, UnderstandsWhatAtofUnderstands) {
+TEST(NumberText, AcceptsWhatAtofAccepts) {
   EXPECT_EQ(parseReal(" \t\n\v\f\r+12.5"), 12.5);
   EXPECT_EQ(parseReal("-.5"), -0.5);
   EXPECT_EQ(parseReal("5."), 5.0);
@@ -61,7 +61,7 @@ TEST(NumberText, LeadingNumberCounts) {
   EXPECT_EQ(parseReal("infidel"), infinity);
 }
 
-TEST(NumberText, NoNumberIsZero) {
+TEST(NumberText, NonNumericTextIsZero) {
   for (const char* text : {"", " ", "abc", "+", "-", "--1", "+-1", "-+1", "- 1", ".", ".e1", "e1",
                            "\xEF\xBC\x91", "0xg", "in"}) {
     EXPECT_EQ(parseReal(text), 0.0) << text;
@@ -84,7 +84,7 @@ TEST(NumberText, BeyondTheRangeIsInfiniteOrZero) {
   EXPECT_EQ(parseReal("2.2250738585072014e-308"), std::numeric_limits<double>::min());
 }
 
-TEST(NumberText, IntegersAreCutAtTheFirstOtherCharacterAndSaturate) {
+TEST(NumberText, IntegersEndAtTheFirstOtherCharacterAndSaturate) {
   EXPECT_EQ(parseInteger(" \t+12.9"), 12);
   EXPECT_EQ(parseInteger("-12abc"), -12);
   EXPECT_EQ(parseInteger("0x10"), 0);

@@ -29,15 +29,15 @@ TEST_F(ProfileReading, NamesIgnoreCaseAndBlanksInTheFile) {
   EXPECT_EQ(read("\t[\tSeC ]\r\n\tKeY\t= Val\r\n", "SEC", "KEY"), "Val");
 }
 
-TEST_F(ProfileReading, BlanksAroundTheNamesAskedForDoNotCount) {
+TEST_F(ProfileReading, BlanksAroundRequestedNamesAreIgnored) {
   EXPECT_EQ(read("[S]\r\na=1\r\n", " S ", " a "), "1");
 }
 
-TEST_F(ProfileReading, BlanksAndTabsAroundAValueGo) {
+TEST_F(ProfileReading, BlanksAndTabsAroundAValueAreRemoved) {
   EXPECT_EQ(read("[S]\r\na= \t v w\t \r\n", "S", "a"), "v w");
 }
 
-TEST_F(ProfileReading, OneMatchingOuterPairOfQuotesGoes) {
+TEST_F(ProfileReading, OneMatchingOuterPairOfQuotesIsRemoved) {
   EXPECT_EQ(read("[S]\r\na= \" v \"\r\n", "S", "a"), " v ");
   EXPECT_EQ(read("[S]\r\na=' v '\r\n", "S", "a"), " v ");
   EXPECT_EQ(read("[S]\r\na='\"v\"'\r\n", "S", "a"), "\"v\"");
@@ -70,7 +70,7 @@ TEST_F(ProfileReading, OnlyTheFirstEqualsSignSplits) {
   EXPECT_EQ(read(content, "S", "c"), "=1");
 }
 
-TEST_F(ProfileReading, CommentSignsInsideAValueBelongToIt) {
+TEST_F(ProfileReading, CommentSignsInAValueArePartOfIt) {
   const char* content = "[S]\r\n;a=1\r\na=3 ; tail\r\nb=4 # tail\r\n";
   EXPECT_EQ(read(content, "S", "a"), "3 ; tail");
   EXPECT_EQ(read(content, "S", "b"), "4 # tail");
@@ -85,17 +85,17 @@ TEST_F(ProfileReading, KeysBeforeTheFirstSectionBelongToNone) {
   EXPECT_EQ(read("a=1\r\n[S]\r\nb=2\r\n", "S", "a"), "");
 }
 
-TEST_F(ProfileReading, TextBehindAHeaderDoesNotHurtIt) {
+TEST_F(ProfileReading, TextAfterAHeaderIsIgnored) {
   EXPECT_EQ(read("[T]x\r\na=1\r\n", "T", "a"), "1");
 }
 
-TEST_F(ProfileReading, HeaderThatIsNeverClosedIsNoHeader) {
+TEST_F(ProfileReading, UnclosedHeaderOpensNoSection) {
   const char* content = "[T]\r\na=1\r\n[U\r\nb=2\r\n";
   EXPECT_EQ(read(content, "U", "b"), "");
   EXPECT_EQ(read(content, "T", "b"), "2") << "the section before goes on";
 }
 
-TEST_F(ProfileReading, AnyLineEndWillDo) {
+TEST_F(ProfileReading, AnyLineEndIsAccepted) {
   for (const char* content : {"[S]\r\na=1\r\nb=2\r\n", "[S]\na=1\nb=2\n", "[S]\ra=1\rb=2\r",
                               "[S]\r\na=1\r\nb=2", "\n\r\n[S]\n\na=1\r\n\r\nb=2\r"}) {
     EXPECT_EQ(read(content, "S", "a"), "1") << content;
@@ -109,12 +109,12 @@ TEST_F(ProfileReading, ValueIsCutTo127Characters) {
   EXPECT_EQ(read("S", "b"), "2");
 }
 
-TEST_F(ProfileReading, QuotesDoNotCountTowardsTheLongestValue) {
+TEST_F(ProfileReading, QuotesDoNotCountTowardTheMaximumLength) {
   EXPECT_EQ(read("[S]\r\na=\"" + std::string(200, '7') + "\"\r\n", "S", "a"),
             std::string(127, '7'));
 }
 
-TEST_F(ProfileReading, VeryLongLinesHurtNoNeighbour) {
+TEST_F(ProfileReading, VeryLongLinesDoNotAffectOtherKeys) {
   const std::string megabyte(1 << 20, 'x');
   const std::string content =
       "; " + megabyte + "\r\n[S]\r\n" + megabyte + "=1\r\na=" + megabyte + "\r\nb=2\r\n";
@@ -129,7 +129,7 @@ TEST_F(ProfileReading, PrefixOfAKeyIsAnotherKey) {
 }
 
 // In the system's code page, that is: the UTF-8 text, too, is made of characters of GBK.
-TEST_F(ProfileReading, BytesAbove127ComeBackAsTheyAre) {
+TEST_F(ProfileReading, BytesAbove127AreReturnedUnchanged) {
   EXPECT_EQ(read("[S]\r\na=\xB1\xEA\xB6\xA8\r\nb=\xE6\xA0\x87\xE5\xAE\x9A\r\n", "S", "a"),
             "\xB1\xEA\xB6\xA8");
   EXPECT_EQ(read("S", "b"), "\xE6\xA0\x87\xE5\xAE\x9A");
@@ -142,12 +142,12 @@ TEST_F(ProfileReading, MissingFileSectionOrKeyIsEmptyAndCreatesNothing) {
   EXPECT_EQ(read("[S]\r\na=1\r\n", "S", "b"), "");
 }
 
-TEST_F(ProfileReading, FileIsReadAfreshAtEveryCall) {
+TEST_F(ProfileReading, FileIsReadAgainOnEveryCall) {
   EXPECT_EQ(read("[S]\r\na=1\r\n", "S", "a"), "1");
   EXPECT_EQ(read("[S]\r\na=2\r\n", "S", "a"), "2");
 }
 
-TEST_F(ProfileReading, SeveralKeysComeInTheOrderAskedFor) {
+TEST_F(ProfileReading, SeveralKeysAreReturnedInTheRequestedOrder) {
   support::writeBytes(path, "[S]\r\na=1\r\nb=2\r\n");
   const char* const keys[] = {"b", "missing", "a"};
   EXPECT_EQ(platform::readProfileValues(path.c_str(), "S", keys),

@@ -1,4 +1,4 @@
-// What the replacement of the Windows profile functions leaves as it is, and properties that hold
+// What the replacement of the Windows profile functions leaves unchanged, and properties that hold
 // for any text.
 #include "platform/profile_text.h"
 
@@ -31,7 +31,7 @@ TEST(ProfileText, NewKeyGoesBeforeTheBlankLinesThatSeparateSections) {
             "[S]\na=1\nb=2\r\n\n \t\n[T]\nx=1\n");
 }
 
-TEST(ProfileText, NewSectionGoesBehindTrailingBlankLines) {
+TEST(ProfileText, NewSectionGoesAfterTrailingBlankLines) {
   EXPECT_EQ(written("[S]\na=1\n\n", "T", "b", "2"), "[S]\na=1\n\n[T]\r\nb=2\r\n");
 }
 

@@ -64,7 +64,7 @@ TEST_F(ProfileWriting, FirstSectionOfANameIsWrittenTo) {
             "[S]\r\na=1\r\nb=9\r\n[S]\r\nb=2\r\n");
 }
 
-TEST_F(ProfileWriting, KeyBeforeTheFirstSectionIsLeftAlone) {
+TEST_F(ProfileWriting, KeyBeforeTheFirstSectionIsUnchanged) {
   EXPECT_EQ(write("a=1\r\n[S]\r\nb=2\r\n", "S", "a", "9"), "a=1\r\n[S]\r\nb=2\r\na=9\r\n");
 }
 
@@ -76,7 +76,7 @@ TEST_F(ProfileWriting, AllOtherLinesStay) {
             "name=\xB1\xEA\xB6\xA8\r\na=2\r\n[T]\r\na=5\r\n");
 }
 
-TEST_F(ProfileWriting, BlanksAroundAWrittenValueGo) {
+TEST_F(ProfileWriting, BlanksAroundAWrittenValueAreRemoved) {
   EXPECT_EQ(write("S", "b", "  x"), "[S]\r\nb=x\r\n");
   write("S", "b", " \ty  ");
   const char* key = "b";
@@ -89,11 +89,11 @@ TEST_F(ProfileWriting, QuotesAreWrittenAsGivenAndReadBackWithoutThem) {
   EXPECT_EQ(platform::readProfileValues(path.c_str(), "S", {&key, 1}).front(), "q");
 }
 
-TEST_F(ProfileWriting, CommentBehindARewrittenValueIsLostWithIt) {
+TEST_F(ProfileWriting, CommentAfterARewrittenValueIsLost) {
   EXPECT_EQ(write("[S]\r\na=1 ; mm\r\n", "S", "a", "2"), "[S]\r\na=2\r\n");
 }
 
-TEST_F(ProfileWriting, SeveralEntriesAreWrittenInOrderAndTheLaterOfTwoStays) {
+TEST_F(ProfileWriting, SeveralEntriesAreWrittenInOrderAndTheLaterOfTwoWins) {
   const ProfileEntry entries[] = {{"b", "1"}, {"a", "2"}, {"b", "3"}};
   EXPECT_TRUE(platform::writeProfileValues(path.c_str(), "S", entries));
   EXPECT_EQ(bytesOf(path), "[S]\r\nb=3\r\na=2\r\n");

@@ -32,7 +32,7 @@ mode_t modeOf(const std::string& path) {
   return status.st_mode & 07777;
 }
 
-TEST_F(WholeFile, PermissionsStay) {
+TEST_F(WholeFile, PermissionsAreKept) {
   writeBytes(path, "old");
   ::chmod(path.c_str(), 0624);
   EXPECT_TRUE(replaceWholeFile(path.c_str(), "new"));
@@ -40,14 +40,14 @@ TEST_F(WholeFile, PermissionsStay) {
   EXPECT_EQ(bytesOf(path), "new");
 }
 
-TEST_F(WholeFile, NewFileGetsThePermissionsThatTheUserLeaves) {
+TEST_F(WholeFile, NewFileHasThePermissionsOfTheUmask) {
   const mode_t mask = ::umask(027);
   EXPECT_TRUE(replaceWholeFile(path.c_str(), "new"));
   ::umask(mask);
   EXPECT_EQ(modeOf(path), 0640u);
 }
 
-TEST_F(WholeFile, OwnerStaysWhereTheProcessMaySetIt) {
+TEST_F(WholeFile, OwnerIsKeptWhereTheProcessMaySetIt) {
   writeBytes(path, "old");
   if (::chown(path.c_str(), 1234, 2345) != 0) {
     GTEST_SKIP() << "only root may give files away";
@@ -72,14 +72,14 @@ TEST_F(WholeFile, LinkIsFollowedAndKept) {
   EXPECT_EQ(bytesOf(target), "new");
 }
 
-TEST_F(WholeFile, LinkThatLeadsToNothingCreatesItsTarget) {
+TEST_F(WholeFile, DanglingLinkCreatesItsTarget) {
   fs::create_symlink("target.ini", path);
   EXPECT_TRUE(replaceWholeFile(path.c_str(), "new"));
   EXPECT_TRUE(fs::is_symlink(path));
   EXPECT_EQ(bytesOf(folder.file("target.ini")), "new");
 }
 
-TEST_F(WholeFile, LinksInACircleFail) {
+TEST_F(WholeFile, CircularLinksFail) {
   fs::create_symlink("other.ini", path);
   fs::create_symlink("camera.ini", folder.file("other.ini"));
   EXPECT_FALSE(replaceWholeFile(path.c_str(), "new"));
@@ -150,7 +150,7 @@ TEST_F(WholeFile, PathsFarBeyond260CharactersWork) {
   EXPECT_EQ(content, "new");
 }
 
-TEST_F(WholeFile, FileTooLargeForAParameterFileIsLeftAlone) {
+TEST_F(WholeFile, FileTooLargeForAParameterFileIsNeitherReadNorReplaced) {
   writeBytes(path, "[S]\r\na=1\r\n");
   constexpr std::uintmax_t gigabyte = 1 << 30;
   fs::resize_file(path, gigabyte);  // takes no space
@@ -172,7 +172,7 @@ TEST_F(WholeFile, LeftoversOfKilledSavesAreNotTouched) {
   EXPECT_EQ(folder.entryCount(), 2);
 }
 
-TEST_F(WholeFile, BytesOfAnyKindComeBack) {
+TEST_F(WholeFile, ArbitraryBytesAreReadBack) {
   std::string all;
   for (int i = 0; i < 256; ++i) {
     all.push_back(static_cast<char>(i));

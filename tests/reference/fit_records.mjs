@@ -1,4 +1,4 @@
-// What the functions compute that are not promised in every bit.
+// Results of the functions that are not guaranteed in every bit.
 import {Generator, numbers, tiltedGrid} from './generator.mjs';
 import {withMatrices} from './judge.mjs';
 import {leaving, text} from './number_records.mjs';

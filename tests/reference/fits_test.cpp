@@ -100,7 +100,7 @@ void compareHomography(const Record& record) {
   EXPECT_LE(distance(*result, expected, grid), kTolerance);
 }
 
-TEST(Fits, HomographiesCarryPointsWhereTheRecordedOnesDo) {
+TEST(Fits, HomographiesMapPointsLikeTheRecordedOnes) {
   std::size_t count = 0;
   for (const Record& record : reference::readRecords("fits")) {
     if (record.words.at(0) != "homography") continue;

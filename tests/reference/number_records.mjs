@@ -1,4 +1,4 @@
-// What the functions compute whose every bit counts.
+// Results of the functions that are guaranteed in every bit.
 import {Generator, hashOfNumbers, matrixElements, numbers, quadrilaterals} from './generator.mjs';
 import {withMatrices} from './judge.mjs';
 

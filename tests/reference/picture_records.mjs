@@ -1,5 +1,5 @@
-// What warpPerspective computes of colour pictures as they are straightened, and what threshold
-// computes of grey ones.
+// Results of warpPerspective for colour pictures, as in straightening, and of threshold for grey
+// ones.
 import {Generator, hashOf, matrixElements, pictureBytes} from './generator.mjs';
 import {withMatrices} from './judge.mjs';
 

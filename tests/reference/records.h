@@ -8,7 +8,7 @@
 
 namespace reference {
 
-// A record: its words, and for `name arguments | numbers | numbers` what stands between the bars.
+// A record: its words and, for `name arguments | numbers | numbers`, the text between the bars.
 struct Record {
   std::string line;
   std::vector<std::string> words;  // of the first part

@@ -55,7 +55,7 @@ TEST(Records, HoldRemapWithEveryBorderOnEveryFrame) {
   EXPECT_EQ(combinations.size(), frames.size() * (3 + 3 + 1));
 }
 
-TEST(Records, MissingFileIsNoEmptyOne) {
+TEST(Records, MissingFileIsNotAnEmptyOne) {
   EXPECT_THROW(reference::readRecords("nothing"), std::runtime_error);
 }
 

@@ -1,5 +1,5 @@
-// What remap computes with fixed-point maps, linear interpolation and the borders that the library
-// uses, and what threshold makes of a validity mask.
+// Results of remap with fixed-point maps, linear interpolation and the borders that the library
+// uses, and of threshold for a validity mask.
 import {hashOf, remapInput} from './generator.mjs';
 import {withMatrices} from './judge.mjs';
 

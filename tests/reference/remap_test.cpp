@@ -50,7 +50,7 @@ TEST(PlainRemap, GivesEveryRecordedByte) {
   EXPECT_EQ(linesOf(differing([](auto&, auto&, auto&) {})), "");
 }
 
-// What earlier versions leave unwritten at the border, filled in.
+// Fills in the pixels at the border that earlier versions leave unwritten.
 TEST(PlainRemap, CompletesTheInstalledOne) {
   EXPECT_EQ(linesOf(differing([](const RemapCase& c, const RemapInput& input, cv::Mat& result) {
               if (c.border != "transparent") return;
@@ -104,7 +104,7 @@ TEST(RemapRecords, NoticeASingleBitOfOneByte) {
   EXPECT_EQ(found.size(), reference::readRemapCases().size());
 }
 
-// Earlier versions of the image library leave all samples alone that reach beyond the frame.
+// Earlier versions of the image library do not write any sample that reaches beyond the frame.
 TEST(RemapRecords, NoticeTheTransparentBorderOfEarlierVersions) {
   const auto isForBorder = [](const RemapCase& c) {
     return c.border == "transparent" && c.bytes == "noise" && c.positions != "any";

@@ -92,7 +92,7 @@ TEST_F(AffineFitTest, DebugFileIsReplacedByTheNextFit) {
   EXPECT_EQ(contentOf("D:/Affine.txt"), lines("1.000000\t2.000000\t3.000000\t4.000000\n"));
 }
 
-TEST_F(AffineFitTest, DebugFileHoldsTheLargestAndTheOddestFloats) {
+TEST_F(AffineFitTest, DebugFileHoldsTheLargestAndSpecialFloats) {
   SKIP_WITHOUT_DEBUG_DRIVE();
   const float largest = std::numeric_limits<float>::max();
   const float infinity = std::numeric_limits<float>::infinity();
@@ -128,7 +128,7 @@ TEST_F(AffineFitTest, DebugFileDoesNotDependOnTheStreamsLocale) {
   EXPECT_EQ(contentOf("D:/Affine.txt"), lines("1234.500000\t2.000000\t3.000000\t4.000000\n"));
 }
 
-TEST_F(AffineFitTest, NoDebugDirectoryIsNoFailure) {
+TEST_F(AffineFitTest, MissingDebugDirectoryIsIgnored) {
   Params params{};
   EXPECT_TRUE(AffineFit(corners, stretched(corners), params.data()));
 }
@@ -148,7 +148,7 @@ TEST_F(AffineFitTest, CoincidentPointsStillReturnTrue) {
   EXPECT_TRUE(AffineFit({{1, 1}, {1, 1}, {1, 1}}, {{2, 2}, {2, 2}, {2, 2}}, params.data()));
 }
 
-TEST_F(AffineFitTest, HostileCoordinatesAreSurvived) {
+TEST_F(AffineFitTest, HostileCoordinatesDoNotCrash) {
   const float values[] = {std::numeric_limits<float>::quiet_NaN(),
                           std::numeric_limits<float>::infinity(),
                           -std::numeric_limits<float>::max(), 0.0f};

@@ -47,7 +47,7 @@ TEST(AllocationFailure, SetSizeReturnsZeroAndKeepsTheSizes) {
   EXPECT_EQ(matrix.Cols, 3);
 }
 
-TEST(AllocationFailure, CopyIsWithoutStorage) {
+TEST(AllocationFailure, CopyHasNoStorage) {
   const CEQMatrix matrix(2, 2);
   const AllowAllocations none(0);
   const CEQMatrix copy(matrix);
@@ -55,14 +55,14 @@ TEST(AllocationFailure, CopyIsWithoutStorage) {
   EXPECT_EQ(copy.GetElement(0, 0), 0);
 }
 
-TEST(AllocationFailure, ProductAndTransposeAreWithoutStorage) {
+TEST(AllocationFailure, ProductAndTransposeHaveNoStorage) {
   const CEQMatrix matrix(2, 2);
   const AllowAllocations none(0);
   EXPECT_EQ(matrix.Multiply(matrix).Data, nullptr);
   EXPECT_EQ(matrix.Transpose().Data, nullptr);
 }
 
-TEST(AllocationFailure, InvertWithoutPivotListsLeavesTheMatrix) {
+TEST(AllocationFailure, InvertWithoutPivotListsLeavesTheMatrixUnchanged) {
   for (const int allowed : {0, 1}) {
     CEQMatrix matrix(1, 1);
     matrix.SetElement(0, 0, 4);
@@ -72,7 +72,7 @@ TEST(AllocationFailure, InvertWithoutPivotListsLeavesTheMatrix) {
   }
 }
 
-TEST(AllocationFailure, FitWithoutAMatrixReturnsFalseUntouched) {
+TEST(AllocationFailure, FitReturnsFalseAndWritesNothing) {
   const std::vector<cv::Point2f> points{{0, 0}, {1, 0}, {0, 1}};
   // In turn: both sides of the equations, the transpose, the normal equations' two sides; then
   // the inversion's two pivot lists and the solution.
@@ -87,7 +87,7 @@ TEST(AllocationFailure, FitWithoutAMatrixReturnsFalseUntouched) {
   EXPECT_TRUE(AffineFit(points, points, params));
 }
 
-TEST(AllocationFailure, HandEyeCalibrationReturnsFalseUntouched) {
+TEST(AllocationFailure, HandEyeCalibrationReturnsFalseAndWritesNothing) {
   const AllowAllocations none(0);
   double params[6] = {9, 9, 9, 9, 9, 9};
   double errorX = 9;

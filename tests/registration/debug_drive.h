@@ -39,7 +39,7 @@ class DebugDriveTest : public testing::Test {
     return FISHEYE_CALIBRATION_DEBUG_FILES != 0 && std::filesystem::is_directory("D:/");
   }
 
-  // The file's bytes as they are on disk, or nothing.
+  // The bytes of the file as they are on disk; std::nullopt if there is none.
   static std::optional<std::string> contentOf(const char* path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) return std::nullopt;

@@ -45,7 +45,7 @@ TEST(EqMatrix, FieldsFollowTheVirtualTableInDeclaredOrder) {
   EXPECT_EQ(sizeof(CEQMatrix), 2 * sizeof(void*) + 8);
 }
 
-TEST(EqMatrix, FreshMatrixIsZero) {
+TEST(EqMatrix, NewMatrixIsZero) {
   EXPECT_EQ(rowsOf(CEQMatrix(2, 3)), (Rows{{0, 0, 0}, {0, 0, 0}}));
 }
 
@@ -55,7 +55,7 @@ TEST(EqMatrix, ElementsLieRowByRow) {
             (std::vector<double>{1, 2, 3, 4, 5, 6}));
 }
 
-TEST(EqMatrix, WritesOutsideAreDropped) {
+TEST(EqMatrix, WritesOutsideAreIgnored) {
   CEQMatrix matrix = matrixOf({{1, 2}, {3, 4}});
   for (const auto& [row, col] : std::vector<std::pair<int, int>>{
            {-1, 0}, {0, -1}, {2, 0}, {0, 2}, {-1, 2}, {1, 2}, {2147483647, 2147483647}}) {
@@ -65,7 +65,7 @@ TEST(EqMatrix, WritesOutsideAreDropped) {
   EXPECT_EQ(rowsOf(matrix), (Rows{{1, 2}, {3, 4}}));
 }
 
-TEST(EqMatrix, WritesWithoutStorageAreDropped) {
+TEST(EqMatrix, WritesWithoutStorageAreIgnored) {
   CEQMatrix matrix(-2, 3);
   EXPECT_EQ(matrix.Data, nullptr);
   matrix.SetElement(0, 0, 1);
@@ -96,7 +96,7 @@ TEST(EqMatrix, SetSizeRefusesAProductBeyond31Bits) {
   EXPECT_EQ(matrix.SetSize(std::numeric_limits<int>::max(), std::numeric_limits<int>::max()), 0);
 }
 
-TEST(EqMatrix, SetSizeOfNothingSucceedsWithoutStorage) {
+TEST(EqMatrix, SetSizeZeroSucceedsWithoutStorage) {
   CEQMatrix matrix = matrixOf({{1}});
   EXPECT_EQ(matrix.SetSize(0, 5), 1);
   EXPECT_EQ(matrix.Data, nullptr);

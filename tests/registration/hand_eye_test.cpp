@@ -100,7 +100,7 @@ TEST_F(HandEye, ResidualsBeyondTheNinthPointAreNotSummed) {
   EXPECT_LT(errorY, 1e-5);
 }
 
-TEST_F(HandEye, FewerThanNinePointsAreSummedAsFarAsTheyGo) {
+TEST_F(HandEye, FewerThanNinePointsAreAllSummed) {
   std::vector<CalibrationPoint> points;
   addSaddle(points, 2);
   Params params{};
@@ -131,7 +131,7 @@ TEST_F(HandEye, ErrorsAreTakenAlongXAndAlongY) {
   EXPECT_NEAR(errorY, 2, 1e-6);
 }
 
-TEST_F(HandEye, FewerThanThreePointsAreRefusedUntouchedAndWithoutAFile) {
+TEST_F(HandEye, FewerThanThreePointsAreRefusedAndWriteNothing) {
   if (makeDebugDrive()) std::filesystem::remove("D:/Affine.txt");
   Params params{9, 9, 9, 9, 9, 9};
   double errorX = 9;
@@ -146,7 +146,7 @@ TEST_F(HandEye, FewerThanThreePointsAreRefusedUntouchedAndWithoutAFile) {
   EXPECT_EQ(contentOf("D:/Affine.txt"), std::nullopt);
 }
 
-TEST_F(HandEye, NullParametersAreRefusedUntouched) {
+TEST_F(HandEye, NullParametersAreRefusedAndWriteNothing) {
   double errorX = 9;
   double errorY = 9;
   EXPECT_FALSE(HandEyeCalibration(exactGrid(), nullptr, errorX, errorY));
@@ -166,7 +166,7 @@ TEST_F(HandEye, DebugFileHoldsImageThenWorldPoint) {
   EXPECT_EQ(text->substr(0, 35), "1.000000\t2.000000\t3.000000\t4.000000");
 }
 
-TEST_F(HandEye, HostileCoordinatesAreSurvived) {
+TEST_F(HandEye, HostileCoordinatesDoNotCrash) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const float largest = std::numeric_limits<float>::max();
   Params params{};

@@ -103,7 +103,7 @@ TEST(Inversion, OnlyAnExactZeroIsSingular) {
             (Matrix{{1 / std::numeric_limits<double>::min()}}));
 }
 
-TEST(Inversion, MatrixThatIsNotSquareIsRefusedUntouched) {
+TEST(Inversion, NonSquareMatrixIsRefusedAndUnchanged) {
   CEQMatrix wide(1, 2);
   wide.SetElement(0, 0, 5);
   wide.SetElement(0, 1, 7);
@@ -120,7 +120,7 @@ TEST(Inversion, SquareSizeWithoutStorageIsRefused) {
   EXPECT_EQ(CEQMatrix(65536, 65536).Invert(), 0);
 }
 
-TEST(Inversion, NotANumberThroughoutCountsAsSingular) {
+TEST(Inversion, AllNanCountsAsSingular) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_FALSE(inverted({{nan, nan}, {nan, nan}}));
 }

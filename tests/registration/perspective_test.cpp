@@ -12,7 +12,7 @@
 
 namespace {
 
-// What needs the window is tested by window_check under a virtual display.
+// window_check tests everything that needs the window, under a virtual display.
 using Perspective = DebugDriveTest;
 
 std::vector<CalibrationPoint> square(std::size_t count) {
@@ -35,7 +35,7 @@ TEST_F(Perspective, EmptyListReturnsFalseAndWritesNothing) {
   EXPECT_TRUE(std::filesystem::is_empty("."));
 }
 
-TEST_F(Perspective, AnyOtherNumberOfPointsButFourIsAnAssertionOfTheImageLibrary) {
+TEST_F(Perspective, OtherNumbersOfPointsThanFourRaiseTheImageLibrarysAssertion) {
   double value1 = 0;
   double value2 = 0;
   for (const std::size_t count : {1u, 2u, 3u, 5u, 9u}) {
@@ -51,7 +51,7 @@ TEST_F(Perspective, AnyOtherNumberOfPointsButFourIsAnAssertionOfTheImageLibrary)
   }
 }
 
-TEST_F(Perspective, MissingPictureIsTheImageLibrarysException) {
+TEST_F(Perspective, MissingPictureRaisesTheImageLibrarysException) {
   double value1 = 0;
   double value2 = 0;
   EXPECT_THROW(GetPerspectiveTransformationParam(square(4), nullptr, value1, value2),

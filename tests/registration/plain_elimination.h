@@ -17,8 +17,8 @@ using Matrix = std::vector<std::vector<double>>;
 
 enum class Tie { First, Last };
 
-// The inverse of the square matrix m; nothing where the largest remaining element is 0. `tie` says
-// which of several equally large elements becomes the pivot.
+// The inverse of the square matrix m; std::nullopt if the largest remaining element is 0. `tie`
+// selects which of several equally large elements becomes the pivot.
 inline std::optional<Matrix> inverse(Matrix m, Tie tie = Tie::First) {
   const std::size_t n = m.size();
   std::vector<std::size_t> rows(n);

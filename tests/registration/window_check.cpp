@@ -1,9 +1,9 @@
 // Runs the perspective aid in the current directory and compares what it wrote. On Linux the script
 // window_check.sh gives it a display and presses the key; on Windows a second thread presses it,
 // and the files are on the real drive D:.
-//   window_check identity | general     exit code 0 when the picture is right
-//   window_check hostile                exit code 0 when no input brought the process down
-//   window_check no-display             exit code 0 when the exception says what is missing
+//   window_check identity | general     exit code 0 if the picture is correct
+//   window_check hostile                exit code 0 if no input crashed the process
+//   window_check no-display             exit code 0 if the exception names what is missing
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
@@ -151,8 +151,8 @@ bool checkNoDisplay() {
   }
 }
 
-// Points without a transform, numbers that are none. Without a display the picture is made all the
-// same, then the exception says so.
+// Points that determine no transform, and NaN. Without a display the picture is computed all the
+// same, then the exception reports the missing display.
 bool checkHostile() {
   prepareDrive(pattern(9, 7));
   for (const float value :

@@ -42,7 +42,7 @@ sleep 0.5
 kill -0 "$check" 2>/dev/null || { echo "The call did not wait for a key"; exit 1; }
 [ ! -e D:/CorrectedImage2.bmp ] || { echo "The result was written before the key"; exit 1; }
 
-# The window may not take keys yet in its first moments.
+# The window may not accept keys immediately.
 for _ in $(seq 40); do
   xdotool key --window "$window" space 2>/dev/null
   sleep 0.25

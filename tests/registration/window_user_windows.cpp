@@ -46,7 +46,7 @@ void WindowUser::serve() {
     ++windowsSeen_;
     Sleep(500);
     whileOpen_();
-    // The window may not take keys yet in its first moments.
+    // The window may not accept keys immediately.
     while (!leaving_ && IsWindow(search.found) != FALSE) {
       PostMessageW(search.found, WM_KEYDOWN, VK_SPACE, 0x00390001);
       PostMessageW(search.found, WM_KEYUP, VK_SPACE, static_cast<LPARAM>(0xC0390001));

@@ -6,8 +6,8 @@
 #include <string>
 #include <thread>
 
-// Until it goes, presses the space bar in every window of that name that this process opens, each
-// time after having left it open for half a second.
+// During its lifetime, presses the space bar in every window of that name that this process opens,
+// half a second after it opened.
 class WindowUser {
  public:
   // `whileOpen` runs before the key is pressed.

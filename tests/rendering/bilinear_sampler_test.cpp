@@ -201,7 +201,7 @@ TEST(BilinearSampler, LastColumnAndRowShowTheirOwnPixels) {
   EXPECT_EQ(sampleAt(fourPixels(), 32, 32), (One{80, 0}));
 }
 
-TEST(BilinearSampler, BesideTheLastColumnOnlyItsPixelsAreMixed) {
+TEST(BilinearSampler, BeyondTheLastColumnOrRowOnlyItsPixelsAreMixed) {
   // Half a pixel down between 20 and 80, however far to the right.
   EXPECT_EQ(sampleAt(fourPixels(), 32, 16), (One{50, 0}));
   EXPECT_EQ(sampleAt(fourPixels(), 32 + 15, 16), (One{50, 0}));
@@ -222,7 +222,7 @@ TEST(BilinearSampler, SampleThatBeginsOutsideIsBlack) {
 // a is 29, b is 11: weights 3 * 21 and 3 * 11 of the column's two pixels, (63 * 100 + 33 * 211)/96
 // = 138.16. For 52 and 84 they give exactly 63. Two pixels above each other with weights 16 and 16,
 // 10 and 13: 11.5, rounded up.
-TEST(BilinearSampler, PixelsThatAreThereShareTheWeight) {
+TEST(BilinearSampler, ExistingPixelsShareTheWeight) {
   EXPECT_EQ(sampleAt({1, 2, 1, {211, 100}}, 29, 11).value, 138);
   EXPECT_EQ(sampleAt({1, 2, 1, {84, 52}}, 29, 11).value, 63);
   EXPECT_EQ(sampleAt({1, 2, 1, {13, 10}}, 7, 16).value, 12);
@@ -273,7 +273,7 @@ TEST_P(BilinearSamplerOf, SmallFramesFollowTheFormula) {
   });
 }
 
-// No sample of a run lacks a pixel.
+// No sample of a run reaches beyond the frame.
 TEST_P(BilinearSamplerOf, RunsInsideTheFrameFollowTheFormula) {
   support::onEveryInstructionSet([] {
     Dice dice(2);

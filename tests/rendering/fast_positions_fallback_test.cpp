@@ -1,4 +1,4 @@
-// What the fast computation of positions cannot do is computed as the maps compute it.
+// Positions that the fast computation cannot handle are computed as the maps compute them.
 #include <gtest/gtest.h>
 
 #include <cmath>

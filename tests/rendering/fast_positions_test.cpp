@@ -99,7 +99,7 @@ TEST(FastPositions, AtTheLimitOfTheFastComputationAreThoseOfTheMaps) {
   }
 }
 
-TEST(FastPositions, FewOfAnOrdinaryViewAreComputedAsTheMapsComputeThem) {
+TEST(FastPositions, OfAnOrdinaryViewAreRarelyRecomputed) {
   const View view = ordinaryView();
   const rendering::FastPositions positions(view.rays(), view.size);
   support::onEveryInstructionSet([&] {

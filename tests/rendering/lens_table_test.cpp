@@ -192,7 +192,7 @@ TEST(LensTable, FactorBoundHoldsOnDiscsAboutTheNodes) {
   }
 }
 
-TEST(LensTable, CoversTheRadiusAskedFor) {
+TEST(LensTable, CoversTheRequestedRadius) {
   EXPECT_EQ(LensTable(lens(0, 0), 0).size(), 1U);
   EXPECT_EQ(LensTable(lens(0, 0), 1).size(), 65U);
   EXPECT_EQ(LensTable(lens(0, 0), 1.001).size(), 66U);

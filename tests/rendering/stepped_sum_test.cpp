@@ -85,7 +85,7 @@ TEST(SteppedSum, StopsMovingWhereTheStepIsTooSmall) {
   EXPECT_EQ(rendering::steppedSum(0.5, 0x1p-53, 2000000000), 0.5 + 2000000000 * 0x1p-53);
 }
 
-TEST(SteppedSum, OfNoStepKeepsTheStartsSign) {
+TEST(SteppedSum, WithAZeroStepKeepsTheSignOfTheStart) {
   EXPECT_TRUE(std::signbit(rendering::steppedSum(-0.0, 0.0, 0)));
   EXPECT_FALSE(std::signbit(rendering::steppedSum(-0.0, 0.0, 1)));
   EXPECT_TRUE(std::signbit(rendering::steppedSum(-0.0, -0.0, 100)));

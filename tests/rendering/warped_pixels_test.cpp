@@ -40,7 +40,7 @@ Pixels sourcePixels(const InverseWarp& warp, int x, int y) {
   return pixels;
 }
 
-// trunc(position + 0.5) where that is a pixel of an axis of this length, else -1.
+// trunc(position + 0.5) if that is a pixel on an axis of this length, else -1.
 int nearest(float position, int length) {
   const double whole = std::trunc(static_cast<double>(position) + 0.5);
   return whole >= 0 && whole < length ? static_cast<int>(whole) : -1;
@@ -250,7 +250,7 @@ TEST(WarpedPixels, WhereLargeTermsCancelFollowTheFormula) {
   });
 }
 
-TEST(WarpedPixels, OfNumbersThatAreNotFiniteFollowTheFormula) {
+TEST(WarpedPixels, OfNonFiniteNumbersFollowTheFormula) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const double values[] = {kInfinity, -kInfinity, std::numeric_limits<double>::quiet_NaN(),
                            1e308,     -1e308,     5e-324};
@@ -269,7 +269,7 @@ TEST(WarpedPixels, OfNumbersThatAreNotFiniteFollowTheFormula) {
 
 // --- runs that lie outside ---
 
-TEST(WarpedPixels, RunFarOutsideIsSaidToLieOutside) {
+TEST(WarpedPixels, RunFarOutsideIsReportedOutside) {
   support::onEveryInstructionSet([] {
     for (const double shift : {-1e3, 1e3, -1e7, 1e7}) {
       const Pixels aside = sourcePixels({cv::Matx33d::eye(), shift, 0, {500, 500}}, 0, 100);

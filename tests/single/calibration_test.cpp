@@ -162,7 +162,7 @@ TEST(SingleCameraCalibration, FillerIsDrawnFromTheRuntimesGeneratorInOrder) {
   EXPECT_EQ(std::rand(), afterwards);
 }
 
-TEST(SingleCameraCalibration, RepeatedCallGivesTheSameButForTheFiller) {
+TEST(SingleCameraCalibration, RepeatedCallDiffersOnlyInTheFiller) {
   Call first(0.2);
   Call second(0.2);
   std::srand(7);
@@ -266,7 +266,7 @@ TEST(SingleCameraCalibration, SecondCorrectionIsTheMetricGrid) {
   }
 }
 
-TEST(SingleCameraCalibration, SecondCorrectionLeavesTheImageCentreWhereItIs) {
+TEST(SingleCameraCalibration, SecondCorrectionKeepsTheImageCentreInPlace) {
   Call call(0.2);
   call.correctedSize = {1001, 777};
   ASSERT_TRUE(call.run());
@@ -303,7 +303,7 @@ TEST(SingleCameraCalibration, WithoutAHomographyTheFirstResultsStandAndTheOthers
   EXPECT_NEAR(call.points[5].ReprojPtX, points[5].ReprojPtX, 2e-4);
 }
 
-TEST(SingleCameraCalibration, PicturesBytesAndBitCountAreNotUsed) {
+TEST(SingleCameraCalibration, PictureAndBitCountAreNotUsed) {
   Call expected(0.2);
   ASSERT_TRUE(expected.run());
   unsigned char byte = 17;

@@ -1,4 +1,4 @@
-// Calls that show nothing, or cannot be served: they write nothing.
+// Calls that would show nothing or are invalid; they write nothing.
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -37,7 +37,7 @@ struct Call {
   }
 };
 
-TEST(CorrectedImageFailures, CallThatTheFailuresSpoilSucceeds) {
+TEST(CorrectedImageFailures, UnspoiltCallSucceeds) {
   Call call;
   EXPECT_TRUE(call.run());
   EXPECT_FALSE(call.wroteNothing());
@@ -59,7 +59,7 @@ TEST(CorrectedImageFailures, NullOutputFails) {
 
 const int kNotPositive[] = {0, -1, -8, std::numeric_limits<std::int32_t>::min()};
 
-TEST(CorrectedImageFailures, OutputSizeThatIsNotPositiveFails) {
+TEST(CorrectedImageFailures, NonPositiveOutputSizeFails) {
   for (const int size : kNotPositive) {
     Call wide;
     wide.dstWidth = size;
@@ -72,7 +72,7 @@ TEST(CorrectedImageFailures, OutputSizeThatIsNotPositiveFails) {
   }
 }
 
-TEST(CorrectedImageFailures, SourceSizeThatIsNotPositiveFails) {
+TEST(CorrectedImageFailures, NonPositiveSourceSizeFails) {
   for (const int size : kNotPositive) {
     Call wide;
     wide.frame.width = size;
@@ -130,7 +130,7 @@ TEST(CorrectedImageFailures, LitPixelNeedNotShowAfterTheHomography) {
   EXPECT_EQ(call.mask, Bytes(16, 255));
 }
 
-// Whether a call with buffers of these sizes raises the allocation error, nothing written.
+// Whether a call with buffers of these sizes raises the allocation error and writes nothing.
 ::testing::AssertionResult isTooLarge(int srcSide, int dstSide, int bitCount) {
   Call call;
   call.frame.bitCount = bitCount;

@@ -1,4 +1,4 @@
-// Output and mask that lie over the frame: the view is that of the frame as it was.
+// Output and mask that overlap the frame: the view shows the original frame.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -107,7 +107,7 @@ TEST(CorrectedImageOverlap, OutputAndMaskMayBothOverwriteTheFrame) {
   memory.expectTheSameView(bytes / 2, 0, bytes);
 }
 
-TEST(CorrectedImageOverlap, OutputBesideTheFrameLeavesItAsItWas) {
+TEST(CorrectedImageOverlap, OutputNextToTheFrameLeavesItUnchanged) {
   Bytes memory(3 * kPixels);
   std::fill_n(memory.begin() + kPixels, kPixels, static_cast<unsigned char>(77));
   unsigned char* const src = memory.data() + kPixels;

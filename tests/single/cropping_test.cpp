@@ -66,7 +66,7 @@ TEST(CroppingImage, OtherBitCountsCopyNothing) {
   }
 }
 
-TEST(CroppingImage, SizesThatAreNotPositiveCopyNothing) {
+TEST(CroppingImage, NonPositiveSizesCopyNothing) {
   const int lowest = std::numeric_limits<std::int32_t>::min();
   for (const int size : {0, -1, -4, lowest}) {
     Bytes src = counted(16);

@@ -69,7 +69,7 @@ TEST(WorldToRaw, PointOnTheOpticalAxisLandsOnThePrincipalPoint) {
   EXPECT_EQ(toRaw(straightDown(), 0, 0), cv::Point2f(640, 480));
 }
 
-TEST(WorldToRaw, HeightTakesPart) {
+TEST(WorldToRaw, HeightIsUsed) {
   // Two units up, the point is 4 away: atan(2/4).
   EXPECT_FLOAT_EQ(toRaw(straightDown(), 2, 0, 2).x,
                   static_cast<float>(640 + 400 * distorted(std::atan(0.5))));

@@ -1,5 +1,5 @@
-// The vector loops, on every instruction set that the machine has, against plain sums. What they do
-// not prove: that sums are the same to the bit on every instruction set; they agree to rounding.
+// The vector loops, on every instruction set of the machine, against plain sums. Sums on different
+// instruction sets agree to rounding only, not to the bit.
 #include "solver/view_sums.h"
 
 #include <gtest/gtest.h>
@@ -108,7 +108,7 @@ TEST(ViewSums, FullEquationsFollowTheFixedParameterOrder) {
 
 TEST(ViewSums, NormalizedPixelsAreThoseOfTheInverseModel) {
   Scene scene = makeScene(9);
-  // The principal point, a pixel beyond the inversion's reach and pixels that are no numbers.
+  // The principal point, a pixel that cannot be inverted and NaN pixels.
   const double cx = scene.intrinsics.principalPoint[0];
   const double cy = scene.intrinsics.principalPoint[1];
   const double nan = std::nan("");

@@ -136,7 +136,7 @@ TEST(Canvas, PixelsWithoutContentKeepTheirValue) {
             (Canvas{0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 0x5A, 8, 8, 8}));
 }
 
-TEST(Canvas, PositionsAreCutTowardsZeroAfterAddingHalf) {
+TEST(Canvas, PositionsAreTruncatedAfterAddingHalf) {
   auto first = evenView(4, 1, 8, 1);
   first.mask = {255, 255, 255, 255};
   auto second = evenView(4, 1, 8, 0);
@@ -180,7 +180,7 @@ TEST(Canvas, AboveAndBelowTheFirstViewTheSecondStaysWhereItIs) {
   EXPECT_EQ(composed(first, second, shift(0, 1), 1, 6, 0), (Canvas{10, 10, 11, 12, 13, 14}));
 }
 
-TEST(Canvas, TransformsThatAreNoNumbersLeaveTheSecondViewOut) {
+TEST(Canvas, NanTransformsLeaveTheSecondViewOut) {
   const auto first = evenView(2, 1, 8, 5);
   const auto second = evenView(2, 1, 8, 9);
   const double nan = std::numeric_limits<double>::quiet_NaN();
@@ -196,7 +196,7 @@ TEST(Canvas, TransformsThatAreNoNumbersLeaveTheSecondViewOut) {
   }
 }
 
-TEST(Canvas, EmptyViewsAndCanvasesAreFine) {
+TEST(Canvas, EmptyViewsAndCanvasesAreAccepted) {
   const auto none = evenView(0, 0, 8, 0);
   const auto one = evenView(1, 1, 8, 9);
   EXPECT_EQ(composed(none, none, shift(0, 0), 2, 1, 3), (Canvas{3, 3}));

@@ -53,7 +53,7 @@ TEST(CommonPoints, SharedIdsComeOutInAscendingOrder) {
   EXPECT_EQ(idsOf(common.second), (Ids{2, 3}));
 }
 
-TEST(CommonPoints, NoIdRangeLeavesTheOutputsAsTheyWere) {
+TEST(CommonPoints, EmptyIdRangeLeavesTheOutputsUnchanged) {
   for (const int idCount : {0, -1, std::numeric_limits<int>::min()}) {
     Common common{withIds({8}), withIds({9})};
     GetCommonPoints(withIds({1, 2}), withIds({1, 2}), idCount, common.first, common.second);
@@ -62,7 +62,7 @@ TEST(CommonPoints, NoIdRangeLeavesTheOutputsAsTheyWere) {
   }
 }
 
-TEST(CommonPoints, ListsThatShareNothingLeaveTheOutputsAsTheyWere) {
+TEST(CommonPoints, ListsThatShareNothingLeaveTheOutputsUnchanged) {
   Common common{withIds({8}), withIds({9})};
   GetCommonPoints(withIds({1, 2}), withIds({3, 4}), 4, common.first, common.second);
   EXPECT_EQ(idsOf(common.first), Ids{8});
@@ -119,7 +119,7 @@ TEST(CommonPoints, OutputsAreAppendedTo) {
   EXPECT_EQ(idsOf(second), (Ids{92, 5}));
 }
 
-TEST(CommonPoints, EveryFieldIsCopiedTheReservedOnesToo) {
+TEST(CommonPoints, EveryFieldIsCopiedIncludingTheReservedOnes) {
   CalibrationPoint a{};
   CalibrationPoint b{};
   std::memset(&a, 0x41, sizeof a);

@@ -17,7 +17,7 @@ void addView(Files& files, const std::string& side, const plain::StitchView& vie
   files["D:/" + side + "MaskImage.bmp"] = plain::debugBitmap(view.mask, view.width, view.height, 8);
 }
 
-// What either operation writes about the two views.
+// The files that either operation writes for the two views.
 Files viewFiles(const rigs::Rig& rig) {
   Files files;
   addView(files, "Left", plain::doubledView(rig.first));
@@ -94,7 +94,7 @@ TEST_F(StitchingDebugFiles, LongerFilesOfAnEarlierCallAreReplaced) {
   expectFiles(viewFiles(rig(8)));
 }
 
-TEST_F(StitchingDebugFiles, AFileThatCannotBeOpenedDoesNotKeepTheOthersBack) {
+TEST_F(StitchingDebugFiles, AFileThatCannotBeOpenedDoesNotPreventTheOthers) {
   SKIP_WITHOUT_DEBUG_DRIVE();
   std::filesystem::create_directory("D:/LeftCorrectedImage.bmp");
   EXPECT_TRUE(rigs::sizeOf(rig(8)).result);
@@ -136,7 +136,7 @@ TEST_F(StitchingDebugFiles, WithoutTheDriveNothingIsWritten) {
   EXPECT_TRUE(std::filesystem::is_empty("."));
 }
 
-TEST_F(StitchingDebugFiles, BuiltOutTheyAreNotWritten) {
+TEST_F(StitchingDebugFiles, AreNotWrittenIfDisabledAtBuildTime) {
   if (FISHEYE_CALIBRATION_DEBUG_FILES != 0) GTEST_SKIP() << "Built with debug files";
   std::filesystem::create_directory("D:");
   rigs::stitch(rig(8), 92, 56, 8, 3);

@@ -70,7 +70,7 @@ TEST(DualCropping, ANegativeLeftLeavesTheFirstColumnsUnwritten) {
   EXPECT_EQ(dual.DatumImagePtX, 650);
 }
 
-TEST(DualCropping, SizesThatAreNoMultiplesOfFourShowTheMessageAndChangeNothing) {
+TEST(DualCropping, SizesThatAreNotMultiplesOfFourShowTheMessageAndChangeNothing) {
   Bytes src = numbered(8, 8, 8);
   for (const auto& [width, height] : {std::pair{6, 4}, std::pair{4, 6}, std::pair{642, 480},
                                       std::pair{-6, 4}, std::pair{4, -1}}) {
@@ -86,7 +86,7 @@ TEST(DualCropping, SizesThatAreNoMultiplesOfFourShowTheMessageAndChangeNothing) 
   }
 }
 
-TEST(DualCropping, HeightsBelowOneUpdateTheRecordAlone) {
+TEST(DualCropping, HeightsBelowOneUpdateOnlyTheRecord) {
   Bytes src = numbered(8, 8, 8);
   Bytes dst(64, 0x77);
   for (const int height : {0, -4}) {

@@ -70,7 +70,7 @@ TEST(DualMapping, EveryStepIsA32BitFloat) {
   EXPECT_EQ(v, 16777216.0F);
 }
 
-TEST(DualMapping, APixelSizeOfZeroGivesInfinityOrNoNumber) {
+TEST(DualMapping, APixelSizeOfZeroGivesInfinityOrNan) {
   DualFishEyeCalibrationParam dual = frame();
   dual.Pixel = 0;
   float u = 0;

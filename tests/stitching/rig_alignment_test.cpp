@@ -73,7 +73,7 @@ TEST(CornerPairs, TheBoxOfNegativePointsReachesToZero) {
   EXPECT_EQ(listed(pairs->first), (Points{{-50, -300}, {-50, -300}, {-100, -1}, {-100, -1}}));
 }
 
-// Farther than 10000 from a corner nothing is near, and the first point is taken.
+// If all points are farther than 10000 from a corner, the first one is taken.
 TEST(CornerPairs, PointsFarBeyondTheBedLeaveTheFirstOne) {
   const auto pairs = cornersOf({point(1, 30000, 5), point(2, 20000, 5), point(3, 30000, 0)},
                                {point(1, 0, 0), point(2, 0, 0), point(3, 0, 0)});
@@ -81,7 +81,7 @@ TEST(CornerPairs, PointsFarBeyondTheBedLeaveTheFirstOne) {
   EXPECT_EQ(listed(pairs->first), (Points{{30000, 5}, {30000, 0}, {30000, 5}, {30000, 5}}));
 }
 
-TEST(CornerPairs, CoordinatesThatAreNoNumbersAreNeverNearest) {
+TEST(CornerPairs, NanCoordinatesAreNeverNearest) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   const auto pairs = cornersOf({point(1, 5, 5), point(2, nan, 1), point(3, 8, 8)},
                                {point(1, 0, 0), point(2, 0, 0), point(3, 0, 0)});

@@ -31,7 +31,7 @@ class StitchedSize : public DebugDriveTest {
   }
 };
 
-TEST_F(StitchedSize, HoldsTheSecondRectangleAndWhereTheTransformPutsIt) {
+TEST_F(StitchedSize, HoldsTheSecondRectangleAndItsTransformedImage) {
   expectSize(shifted(640, 480, 100, 0), 1380, 960);
 }
 
@@ -41,7 +41,7 @@ TEST_F(StitchedSize, IsRoundedUpToAMultipleOfFour) {
   expectSize(shifted(640, 480, 104, 4), 1384, 964);
 }
 
-TEST_F(StitchedSize, MappedCornersAreCutTowardsZeroAfterAddingHalf) {
+TEST_F(StitchedSize, MappedCornersAreTruncatedAfterAddingHalf) {
   // -77.4 + 0.5 is cut to -76, so the width is 1280 + 76 and not 1280 + 77, which would give 1360.
   expectSize(shifted(640, 480, -77.4F, 0), 1356, 960);
   expectSize(shifted(640, 480, 0, -77.4F), 1280, 1036);
@@ -113,8 +113,8 @@ TEST_F(StitchedSize, DegenerateCornersGiveSomeMultipleOfFour) {
   }
 }
 
-// Where the transform is no number, the second view's own rectangle is all that is known.
-TEST_F(StitchedSize, ATransformThatIsNoNumberLeavesTheSecondRectangle) {
+// If the transform is NaN, only the second view's own rectangle is known.
+TEST_F(StitchedSize, ANanTransformLeavesTheSecondRectangle) {
   const float nan = std::numeric_limits<float>::quiet_NaN();
   for (const float pixel : {0.0F, nan}) {
     rigs::Rig rig = shifted(9, 7, 3, 2);
@@ -136,7 +136,7 @@ TEST_F(StitchedSize, SizesBeyond32BitsSaturate) {
   expectSize(rig, 2147483644, 2147483644);
 }
 
-TEST_F(StitchedSize, SizesThatAreNotPositiveAreFine) {
+TEST_F(StitchedSize, NonPositiveSizesAreAccepted) {
   rigs::Rig rig = shifted(640, 480, 100, 0);
   rig.second.width = rig.second.height = 0;
   expectSize(rig, 100, 0);

@@ -83,7 +83,7 @@ TEST_F(Stitching, BytesDoNotDependOnTheNumberOfThreads) {
   cv::setNumThreads(before);
 }
 
-TEST_F(Stitching, OtherBitCountsWriteNoPixelButTheRecord) {
+TEST_F(Stitching, OtherBitCountsWriteOnlyTheRecord) {
   for (const int bits : {16, 1, 12}) {
     rigs::Rig rig = flatRig(32, 4);
     rig.first.bits = rig.second.bits = bits;
@@ -185,7 +185,7 @@ TEST_F(Stitching, ANullCanvasOnlyFillsTheRecord) {
   EXPECT_TRUE(rigs::same(dual, {1, 24, 12, 8, 6, 0, 0}));
 }
 
-TEST_F(Stitching, SizesThatAreNotPositiveWriteNothing) {
+TEST_F(Stitching, NonPositiveSizesWriteNothing) {
   rigs::Rig rig = flatRig(8, 4);
   for (const auto& [width, height] :
        {std::pair{0, 12}, std::pair{24, 0}, std::pair{-4, -4}, std::pair{-4, 12}}) {

@@ -20,7 +20,7 @@ TEST(CentralDifferences, FindTheSlopesOfAKnownFunction) {
             1e-11);
 }
 
-TEST(LargestRelativeDifference, CountsNotANumberAsTheWorst) {
+TEST(LargestRelativeDifference, CountsNanAsTheWorst) {
   const cv::Mat a = (cv::Mat_<double>(1, 1) << std::nan(""));
   const cv::Mat b = (cv::Mat_<double>(1, 1) << 1);
   EXPECT_FALSE(support::largestRelativeDifference(a, b) < 1e300);

@@ -16,9 +16,8 @@ struct MessageBox {
   std::vector<std::wstring> buttons;
 };
 
-// Runs `call` while another thread reads every box that shows up, calls `whileShown` and presses
-// the box's OK. A call whose box is never seen, because there is nothing to show it on, gives an
-// empty list.
+// Runs `call` while another thread reads every box that appears, calls `whileShown` and presses its
+// OK button. If no box is ever seen, because there is no display, the list is empty.
 std::vector<MessageBox> messageBoxesShownBy(
     const std::function<void()>& call, const std::function<void()>& whileShown = [] {});
 

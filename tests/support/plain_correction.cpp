@@ -49,13 +49,13 @@ cv::Matx33d rayMatrix(const cv::Mat& R, const cv::Mat& P, const cv::Size& size) 
   return inverse(PP * RR);
 }
 
-// Nearest integer, ties to even; what is not a 32-bit number becomes the lowest one.
+// Nearest integer, ties to even; NaN and values beyond 32 bits become the lowest one.
 int rounded(double value) {
   if (!(value >= -2147483648.5 && value < 2147483647.5)) return std::numeric_limits<int>::min();
   return cvRound(value);
 }
 
-// Whole part toward zero; -1 for what is not a 32-bit number.
+// Truncated toward zero; -1 for NaN and values beyond 32 bits.
 int truncated(double value) {
   if (!(std::abs(value) < 2147483648.0)) return -1;
   return static_cast<int>(value);

@@ -1,6 +1,6 @@
-// The camera model of src/fisheye/fisheye.h derived a second time, as plainly as it can be written:
-// one formula after the other on cv::Mat, nothing saved, nothing shared with src/. The library's
-// own, faster code is compared with it.
+// The camera model of src/fisheye/fisheye.h derived a second time, as plainly as possible: one
+// formula after the other on cv::Mat, without optimisation and without sharing code with src/. The
+// library's own, faster code is compared with it.
 #pragma once
 
 #include <array>

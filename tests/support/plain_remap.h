@@ -1,6 +1,6 @@
-// Bilinear remap with fixed-point maps of 5 fractional bits, pixel by pixel, with the bytes of
-// version 4.9.0 of the image library whatever version is installed. Versions differ where a sample
-// reaches beyond the last column or row.
+// Bilinear remap with fixed-point maps of 5 fractional bits, pixel by pixel. Gives the bytes of
+// version 4.9.0 of the image library, whatever version is installed. Versions differ for samples
+// that reach beyond the last column or row.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -23,7 +23,7 @@ struct Pose {
 // Homography (3x3) from plane points M to image points m, one point a column, two or three rows.
 cv::Mat computeHomography(cv::Mat m, cv::Mat M);
 
-// Pose of a flat target from the homography; false when its scale is not a number.
+// Pose of a flat target from the homography; false if its scale is NaN.
 bool initExtrinsics(const View& view, const Intrinsics& camera, Pose& pose);
 
 // Refines the pose; returns the 2N x 6 Jacobian of the last iteration.

@@ -32,7 +32,7 @@ int nearestTo(const std::vector<CalibrationPoint>& points, float x, float y) {
   return index;
 }
 
-// Add 0.5, cut towards zero; -1 for what no view can hold.
+// Adds 0.5 and truncates toward zero; -1 for values that no view can hold.
 int roundedPixel(double value) {
   const double sum = value + 0.5;
   if (!(sum > -2e9 && sum < 2e9)) return -1;

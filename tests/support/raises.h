@@ -38,7 +38,7 @@ template <class Call>
   return raises(cv::Error::StsAssert, text, function, call);
 }
 
-// What a call on hostile arguments ended in: its result's text, or the error's.
+// The outcome of a call with hostile arguments: the text of its result or of its error.
 template <class Call>
 std::string outcomeOf(const Call& call) {
   try {

@@ -1,4 +1,4 @@
-// What a call shows the user, in the way of the system at hand.
+// The messages that a call shows the user, by the means of the current system.
 #pragma once
 
 #include <functional>
@@ -14,8 +14,8 @@
 
 namespace support {
 
-// Runs `call` and returns the messages that it shows, each as a line of UTF-8. On Windows they come
-// in boxes, which are closed here as a user would.
+// Runs `call` and returns the messages that it shows, each as a line of UTF-8. On Windows they
+// appear in boxes, which this function closes as a user would.
 inline std::string messageShownBy(const std::function<void()>& call) {
 #if defined(_WIN32)
   std::string lines;

@@ -66,14 +66,14 @@ struct RigView {
   std::vector<cv::Point2f> imagePoints32() const;
 };
 
-// What the camera sees of the bed, with normal noise of `sigma` pixels on either coordinate.
+// The camera's view of the bed, with normal noise of `sigma` pixels on each coordinate.
 RigView seen(const RigCamera& camera, const Bed& bed, const RigPose& pose, double sigma = 0,
              std::uint64_t seed = 1);
 
 // The coordinates rounded to 32-bit float.
 RigView rounded(RigView view);
 
-// The records a host would hand over, ids from 1.
+// The records that a host would pass, with ids from 1.
 std::vector<CalibrationPoint> calibrationPoints(const RigView& view);
 
 struct Rig {

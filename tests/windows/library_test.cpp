@@ -1,4 +1,4 @@
-// What crosses the border between the host and the dynamic library: messages, exceptions, vectors.
+// What crosses the boundary between host and dynamic library: messages, exceptions, vectors.
 #include <gtest/gtest.h>
 
 #include <exception>
@@ -23,10 +23,10 @@ std::vector<CalibrationPoint> pointsInALine(int count) {
 
 #if FISHEYE_CALIBRATION_UNDER_WINE
 // Without it the tests of the debug files would be skipped.
-TEST(DebugDrive, IsThere) { EXPECT_TRUE(std::filesystem::is_directory("D:/")); }
+TEST(DebugDrive, Exists) { EXPECT_TRUE(std::filesystem::is_directory("D:/")); }
 #endif
 
-TEST(DynamicLibrary, TellsInABoxThatEightPointsAreTooFew) {
+TEST(DynamicLibrary, EightPointsShowAMessageBox) {
   std::vector<CalibrationPoint> points = pointsInALine(8);
   FishEyeCalibrationParam camera{};
   double error = -1;
@@ -42,7 +42,7 @@ TEST(DynamicLibrary, TellsInABoxThatEightPointsAreTooFew) {
   EXPECT_EQ(boxes[0].buttons.size(), 1U);
 }
 
-TEST(DynamicLibrary, TellsInABoxThatACropIsNoMultipleOfFour) {
+TEST(DynamicLibrary, CropToNoMultipleOfFourShowsAMessageBox) {
   std::vector<unsigned char> pixels(642 * 480);
   DualFishEyeCalibrationParam dual{};
   const auto boxes = support::messageBoxesShownBy([&] {

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Runs the program that lies beside the test and returns its exit code.
+// Runs the program in the test's folder and returns its exit code.
 DWORD run(const std::wstring& arguments) {
   wchar_t test[MAX_PATH] = L"";
   GetModuleFileNameW(nullptr, test, MAX_PATH);

@@ -8,7 +8,7 @@
 
 namespace {
 
-// A text of the file's version information in English, or nothing.
+// An English text of the file's version information; empty if there is none.
 std::string versionText(const wchar_t* fileName, const wchar_t* name) {
   wchar_t program[MAX_PATH] = L"";
   GetModuleFileNameW(nullptr, program, MAX_PATH);
@@ -26,14 +26,14 @@ std::string versionText(const wchar_t* fileName, const wchar_t* name) {
   return std::filesystem::path(static_cast<const wchar_t*>(value)).string();
 }
 
-TEST(VersionInformation, LibraryTellsItsVersion) {
+TEST(VersionInformation, LibraryHasItsVersion) {
   EXPECT_EQ(versionText(L"fisheye_calibration.dll", L"FileVersion"), FISHEYE_CALIBRATION_VERSION);
   EXPECT_EQ(versionText(L"fisheye_calibration.dll", L"ProductName"), "fisheye_calibration");
   EXPECT_EQ(versionText(L"fisheye_calibration.dll", L"OriginalFilename"),
             "fisheye_calibration.dll");
 }
 
-TEST(VersionInformation, ProgramTellsItsVersion) {
+TEST(VersionInformation, ProgramHasItsVersion) {
   EXPECT_EQ(versionText(L"fisheye-calibration.exe", L"FileVersion"), FISHEYE_CALIBRATION_VERSION);
   EXPECT_EQ(versionText(L"fisheye-calibration.exe", L"ProductName"), "fisheye_calibration");
 }

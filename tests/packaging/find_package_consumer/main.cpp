@@ -1,4 +1,4 @@
-// Maps a point and keeps a camera record in a file, with the public header and nothing else.
+// Maps a point and stores a camera record in a file, with the public header only.
 //   consumer FILE
 #include <fisheye_calibration.h>
 

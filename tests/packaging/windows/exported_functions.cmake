@@ -22,7 +22,7 @@ foreach(line IN LISTS lines)
   string(REGEX REPLACE "^[ \t]*\\[ *[0-9]+\\][ \t]*" "" symbol "${line}")
   require_success("${DEMANGLER}" "${symbol}")
   string(STRIP "${output}" signature)
-  # The list has no `long`, which is ImageLong here; Visual C++'s names, compared elsewhere, tell both.
+  # The list has no `long`, which is ImageLong here; Visual C++'s names, compared elsewhere, distinguish both.
   string(REGEX REPLACE "([( ])long([,)&])" "\\1int\\2" signature "${signature}")
   list(APPEND shown "${signature}")
 endforeach()

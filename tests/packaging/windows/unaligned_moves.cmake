@@ -3,7 +3,7 @@
 #   cmake -DOBJDUMP=... -DDLL=... -DLEAST=<instructions on such vectors> -P unaligned_moves.cmake
 set(wide "%[yz]mm")
 set(aligned "vmov(aps|apd|dqa|dqa32|dqa64|ntps|ntpd|ntdq|ntdqa) .*\\(")
-# The moves with a memory operand and, beside them, how many instructions use wide vectors at all.
+# The moves with a memory operand, and the number of all instructions that use wide vectors.
 execute_process(
   COMMAND "${OBJDUMP}" -d --no-show-raw-insn "${DLL}"
   COMMAND awk "/${wide}/ {wide++; if (/${aligned}/) print} END {print wide + 0, \"wide\"}"
