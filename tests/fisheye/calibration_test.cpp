@@ -393,7 +393,7 @@ TEST(Calibration, HostilePointsEndTheSameWayEachTime) {
   expectSame([](support::Rig& rig) {
     for (cv::Point3d& point : rig.views[0].objectPoints) point.x = 0;
   });
-  for (const size_t count : {1, 2, 3, 4}) {
+  for (const size_t count : {1U, 2U, 3U, 4U}) {
     expectSame([&](support::Rig& rig) {
       rig.views[0].objectPoints.resize(count);
       rig.views[0].imagePoints.resize(count);

@@ -50,7 +50,7 @@ TEST(PoseInitialisation, FourPointsAreEnough) {
   const support::RigView seen = view();
   std::vector<cv::Point3d> corners;
   std::vector<cv::Point2d> pixels;
-  for (const size_t i : {0, 8, 54, 62}) {
+  for (const size_t i : {0U, 8U, 54U, 62U}) {
     corners.push_back(seen.objectPoints[i]);
     pixels.push_back(seen.imagePoints[i]);
   }

@@ -121,7 +121,7 @@ TEST(PoseOfViews, ViewWithoutAnInitialPoseEndsTheWork) {
   std::vector<cv::Vec3d> Tc(3, cv::Vec3d(4, 5, 6));
   EXPECT_FALSE(views.run(omc, Tc));
   views.expectTrue(omc[0], Tc[0], 0);
-  for (const size_t i : {1, 2}) {
+  for (const size_t i : {1U, 2U}) {
     EXPECT_EQ(omc[i], cv::Vec3d(7, 8, 9));
     EXPECT_EQ(Tc[i], cv::Vec3d(4, 5, 6));
   }

@@ -162,7 +162,7 @@ double ratioAt(const plain::View& seen, const plain::Pose& pose) {
 
 TEST(PoseRefinement, DecidesNearTheThresholdAsTheFullDecompositionDoes) {
   support::Random random(11);
-  for (int i = 0; i < 100; ++i) {
+  for (std::uint64_t i = 0; i < 100; ++i) {
     const support::RigPose pose =
         support::poseOver({}, random.uniform(150, 3000), random.uniform(-0.6, 0.6),
                           random.uniform(-0.6, 0.6), random.uniform(-3, 3));

@@ -194,10 +194,16 @@ TEST(Undistortion, UndoesTheProjectionOfRandomRigs) {
 TEST(Undistortion, AgreesWithThePlainDerivationAlsoWhereNothingConverges) {
   support::Random random(7);
   for (int i = 0; i < 2000; ++i) {
-    const cv::Mat pixel(1, 1, CV_64FC2,
-                        cv::Scalar(random.uniform(-400, 1700), random.uniform(-300, 1300)));
-    const cv::Mat D(cv::Vec2d(random.uniform(-0.3, 0.3), random.uniform(-0.3, 0.3)));
-    const cv::Mat R(cv::Vec3d(random.uniform(-1, 1), random.uniform(-1, 1), 0.3));
+    // One statement each: compilers evaluate arguments in different orders.
+    const double v = random.uniform(-300, 1300);
+    const double u = random.uniform(-400, 1700);
+    const double k1 = random.uniform(-0.3, 0.3);
+    const double k0 = random.uniform(-0.3, 0.3);
+    const double omY = random.uniform(-1, 1);
+    const double omX = random.uniform(-1, 1);
+    const cv::Mat pixel(1, 1, CV_64FC2, cv::Scalar(u, v));
+    const cv::Mat D(cv::Vec2d(k0, k1));
+    const cv::Mat R(cv::Vec3d(omX, omY, 0.3));
     const cv::Mat P = (cv::Mat_<double>(3, 3) << 300, 1, 200, 0, 310, 150, 0, 0, 1);
     const TermCriteria criteria(i % 2 == 0 ? 1 : 3, 1 + i % 15, 1e-8);
     const cv::Mat expected = plain::undistortPoints(pixel, cv::Mat(kK), D, R, P, criteria);

@@ -140,7 +140,7 @@ TEST(SingleCameraCalibration, NoPointsAreTooFew) {
 TEST(SingleCameraCalibration, NinePointsAreEnough) {
   Call call;
   std::vector<CalibrationPoint> nine;
-  for (const size_t i : {0, 4, 8, 27, 31, 35, 54, 58, 62}) nine.push_back(call.points[i]);
+  for (const size_t i : {0U, 4U, 8U, 27U, 31U, 35U, 54U, 58U, 62U}) nine.push_back(call.points[i]);
   call.points = nine;
   testing::internal::CaptureStderr();
   EXPECT_TRUE(call.run());

@@ -42,7 +42,7 @@ struct Output {
   Bytes mask;
 
   explicit Output(const Scene& scene, int bitCount)
-      : view(scene.view.area() * static_cast<std::size_t>(bitCount / 8)),
+      : view(static_cast<std::size_t>(scene.view.area()) * static_cast<std::size_t>(bitCount / 8)),
         mask(static_cast<std::size_t>(scene.view.area())) {}
 };
 
@@ -58,7 +58,8 @@ void expectPlainBytes(const Scene& scene) {
   for (const int bitCount : {8, 24, 32}) {
     SCOPED_TRACE(bitCount);
     support::Dice dice(11);
-    Bytes frame(scene.frame.area() * static_cast<std::size_t>(bitCount / 8));
+    Bytes frame(static_cast<std::size_t>(scene.frame.area()) *
+                static_cast<std::size_t>(bitCount / 8));
     for (unsigned char& byte : frame) byte = static_cast<unsigned char>(dice.whole(1, 255));
     const Output wanted = plainOutput(scene, frame, bitCount);
     // Both kinds of pixels are there, or the comparison would say little.

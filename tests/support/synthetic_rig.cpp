@@ -148,10 +148,14 @@ Rig randomRig(std::uint64_t seed, int viewCount, double sigma) {
   const double size = rig.bed.spacing * (rig.bed.columns - 1);
   while (static_cast<int>(rig.views.size()) < viewCount) {
     const double side = random.uniform(-1, 1) < 0 ? -1 : 1;
-    const RigPose pose =
-        poseOver(rig.bed, size * random.uniform(0.35, 0.6), side * random.uniform(0.25, 0.6),
-                 -side * random.uniform(0.2, 0.5), random.uniform(-0.6, 0.6),
-                 size * random.uniform(-0.1, 0.1), size * random.uniform(-0.1, 0.1));
+    // One statement each: compilers evaluate arguments in different orders.
+    const double offsetY = size * random.uniform(-0.1, 0.1);
+    const double offsetX = size * random.uniform(-0.1, 0.1);
+    const double turn = random.uniform(-0.6, 0.6);
+    const double tiltY = -side * random.uniform(0.2, 0.5);
+    const double tiltX = side * random.uniform(0.25, 0.6);
+    const double distance = size * random.uniform(0.35, 0.6);
+    const RigPose pose = poseOver(rig.bed, distance, tiltX, tiltY, turn, offsetX, offsetY);
     const auto noiseSeed = static_cast<std::uint64_t>(random.uniform(1, 1e15));
     const RigView view = seen(rig.camera, rig.bed, pose, sigma, noiseSeed);
     if (insideSafeCircle(rig.camera, view)) rig.views.push_back(view);
