@@ -1,0 +1,30 @@
+// Pictures as the library takes them: rows bottom-up, no padding, 8 or 24 bits a pixel.
+#ifndef HOST_FRAME_BUFFER_H
+#define HOST_FRAME_BUFFER_H
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+#include "commands/arguments.h"
+
+namespace host {
+
+struct FrameBuffer {
+  std::vector<unsigned char> bytes;
+  Size size;
+  int bitCount = 0;
+
+  unsigned char* data() { return bytes.data(); }
+};
+
+// Black, of the given kind.
+FrameBuffer blankBuffer(const Size& size, int bitCount);
+
+// Of a one- or three-channel 8-bit picture.
+FrameBuffer toBuffer(const cv::Mat& picture);
+
+cv::Mat toPicture(const FrameBuffer& buffer);
+
+}  // namespace host
+
+#endif  // HOST_FRAME_BUFFER_H

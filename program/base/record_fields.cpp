@@ -1,0 +1,116 @@
+#include "base/record_fields.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <string_view>
+
+namespace host {
+namespace {
+
+using Param = FishEyeCalibrationParam;
+
+template <auto Member>
+double valueOf(const Param& param) {
+  return static_cast<double>(param.*Member);
+}
+
+constexpr const char* filler = "filler, not used by the model";
+constexpr const char* rotation = "rotation world -> camera, row by row";
+constexpr const char* homography = "homography corrected -> second-corrected, row by row";
+
+const RecordField fields[] = {
+    {"u0", "px", "principal point, x", valueOf<&Param::u0>},
+    {"v0", "px", "principal point, y", valueOf<&Param::v0>},
+    {"fx", "px", "focal length along x", valueOf<&Param::fx>},
+    {"fy", "px", "focal length along y", valueOf<&Param::fy>},
+    {"skewness", "px", "skew", valueOf<&Param::skewness>},
+    {"k0", "", "lens curve, coefficient of theta^2", valueOf<&Param::k0>},
+    {"k1", "", "lens curve, coefficient of theta^3", valueOf<&Param::k1>},
+    {"k2", "", filler, valueOf<&Param::k2>},
+    {"k3", "", filler, valueOf<&Param::k3>},
+    {"k4", "", filler, valueOf<&Param::k4>},
+    {"k5", "", filler, valueOf<&Param::k5>},
+    {"R1", "", rotation, valueOf<&Param::R1>},
+    {"R2", "", rotation, valueOf<&Param::R2>},
+    {"R3", "", rotation, valueOf<&Param::R3>},
+    {"R4", "", rotation, valueOf<&Param::R4>},
+    {"R5", "", rotation, valueOf<&Param::R5>},
+    {"R6", "", rotation, valueOf<&Param::R6>},
+    {"R7", "", rotation, valueOf<&Param::R7>},
+    {"R8", "", rotation, valueOf<&Param::R8>},
+    {"R9", "", rotation, valueOf<&Param::R9>},
+    {"Rx", "rad", "the same rotation as a vector, x", valueOf<&Param::Rx>},
+    {"Ry", "rad", "the same rotation as a vector, y", valueOf<&Param::Ry>},
+    {"Rz", "rad", "the same rotation as a vector, z", valueOf<&Param::Rz>},
+    {"Tx", "mm", "world origin in the camera's frame, x", valueOf<&Param::Tx>},
+    {"Ty", "mm", "world origin in the camera's frame, y", valueOf<&Param::Ty>},
+    {"Tz", "mm", "world origin in the camera's frame, depth", valueOf<&Param::Tz>},
+    {"p1", "", homography, valueOf<&Param::p1>},
+    {"p2", "", homography, valueOf<&Param::p2>},
+    {"p3", "", homography, valueOf<&Param::p3>},
+    {"p4", "", homography, valueOf<&Param::p4>},
+    {"p5", "", homography, valueOf<&Param::p5>},
+    {"p6", "", homography, valueOf<&Param::p6>},
+    {"p7", "", homography, valueOf<&Param::p7>},
+    {"p8", "", homography, valueOf<&Param::p8>},
+    {"p9", "", homography, valueOf<&Param::p9>},
+    {"Pixel", "mm/px", "size of a second-corrected pixel", valueOf<&Param::Pixel>},
+    {"DatumPtXw", "mm", "world X in the corrected picture's centre", valueOf<&Param::DatumPtXw>},
+    {"DatumPtYw", "mm", "world Y in the corrected picture's centre", valueOf<&Param::DatumPtYw>},
+    {"ImageDx", "px", "shift after the homography, x", valueOf<&Param::ImageDx>},
+    {"ImageDy", "px", "shift after the homography, y", valueOf<&Param::ImageDy>},
+};
+
+template <std::size_t N>
+std::array<double, N> consecutive(const Param& param, const char* first) {
+  const auto* field = std::find_if(std::begin(fields), std::end(fields), [&](const RecordField& f) {
+    return std::string_view(f.name) == first;
+  });
+  std::array<double, N> values{};
+  for (double& value : values) value = (field++)->value(param);
+  return values;
+}
+
+}  // namespace
+
+std::span<const RecordField> recordFields() { return fields; }
+
+Matrix3 rotationOf(const Param& param) { return consecutive<9>(param, "R1"); }
+Matrix3 homographyOf(const Param& param) { return consecutive<9>(param, "p1"); }
+Vector3 translationOf(const Param& param) { return consecutive<3>(param, "Tx"); }
+
+Matrix3 rotationOfVector(const Param& param) {
+  // R = cos(a) I + (1 - cos(a)) k k^T + sin(a) [k]x with the angle a = |r| and k = r / a.
+  Vector3 k = consecutive<3>(param, "Rx");
+  const double angle = std::hypot(k[0], k[1], k[2]);
+  if (angle == 0) return {1, 0, 0, 0, 1, 0, 0, 0, 1};
+  for (double& component : k) component /= angle;
+  const double c = std::cos(angle);
+  const double s = std::sin(angle);
+  const Matrix3 cross = {0, -k[2], k[1], k[2], 0, -k[0], -k[1], k[0], 0};
+  Matrix3 R{};
+  for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t j = 0; j < 3; ++j) {
+      R[3 * i + j] = (i == j ? c : 0) + (1 - c) * k[i] * k[j] + s * cross[3 * i + j];
+    }
+  }
+  return R;
+}
+
+double determinant(const Matrix3& m) {
+  return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) +
+         m[2] * (m[3] * m[7] - m[4] * m[6]);
+}
+
+double depthOf(const Param& param, double Xw, double Yw, double Zw) {
+  const Matrix3 R = rotationOfVector(param);
+  return R[6] * Xw + R[7] * Yw + R[8] * Zw + translationOf(param)[2];
+}
+
+double tiltDegrees(const Param& param) {
+  const double cosine = std::clamp(std::abs(rotationOfVector(param)[8]), 0.0, 1.0);
+  return std::acos(cosine) * 57.29577951308232;
+}
+
+}  // namespace host

@@ -1,0 +1,21 @@
+#include "checks/checked_camera.h"
+
+#include <ostream>
+
+#include "checks/record_checks.h"
+#include "files/camera_file.h"
+
+namespace host {
+
+FishEyeCalibrationParam loadCheckedCamera(const std::string& path, std::ostream& messages) {
+  const CameraFile camera = loadCamera(path);
+  for (const std::string& complaint : camera.complaints) {
+    messages << "warning: " << complaint << "\n";
+  }
+  for (const Finding& finding : checkRecord(camera.param)) {
+    messages << "warning: " << path << ": " << finding.text << "\n";
+  }
+  return camera.param;
+}
+
+}  // namespace host

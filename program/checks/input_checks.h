@@ -1,0 +1,24 @@
+// What makes a calibration poor or the solver diverge, seen from the points alone.
+#ifndef HOST_INPUT_CHECKS_H
+#define HOST_INPUT_CHECKS_H
+
+#include <cstddef>
+#include <vector>
+
+#include "checks/finding.h"
+#include "commands/arguments.h"
+#include "fisheye_calibration.h"
+
+namespace host {
+
+constexpr std::size_t fewestPoints = 9;
+
+// The solver starts from a focal length of max(W, H)/pi, with which a point at max(W, H)/2 from the
+// centre lies at a right angle to the optical axis; beyond that it always diverges.
+double solverReach(const Size& image);
+
+std::vector<Finding> checkInput(const std::vector<CalibrationPoint>& points, const Size& image);
+
+}  // namespace host
+
+#endif  // HOST_INPUT_CHECKS_H

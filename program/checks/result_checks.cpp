@@ -1,0 +1,175 @@
+#include "checks/result_checks.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "base/record_fields.h"
+#include "base/text.h"
+#include "checks/record_checks.h"
+#include "geometry/lens_curve.h"
+
+namespace host {
+namespace {
+
+constexpr double largestRms = 2;              // pixels
+constexpr double focalFactor = 3;             // against max(W, H)/pi
+constexpr double centralShare = 0.1;          // of the longer side, for the principal point
+constexpr double largestCorrectionError = 3;  // pixels: the outlier bound of the homography's fit
+// A single view often leaves open how much of the picture's scale is focal length and how much lens
+// curve; a curve beyond what lenses are built to shows that the solver chose wrongly.
+constexpr double flattestLens = 0.80;
+constexpr double steepestLens = 1.14;
+constexpr double pi = 3.14159265358979323846;
+
+using Findings = std::vector<Finding>;
+
+void add(Findings& findings, FindingKind kind, const std::string& text,
+         const std::vector<int>& ids = {}, Severity severity = Severity::Impossible) {
+  findings.push_back({kind, severity, text, ids});
+}
+
+void checkReprojection(const CalibrationResult& result, Findings& findings) {
+  if (!std::isfinite(result.rms)) {
+    add(findings, FindingKind::ReprojectionError, "the reprojection error is not a number");
+  } else if (result.rms > largestRms) {
+    add(findings, FindingKind::ReprojectionError,
+        "the RMS reprojection error is " + general(result.rms, 4) + " px, more than " +
+            general(largestRms, 3) + " px");
+  }
+}
+
+void checkFocalLength(const FishEyeCalibrationParam& param, const Size& image, Findings& findings) {
+  const double expected = std::max(image.width, image.height) / pi;
+  for (const auto& [name, value] : {std::pair("fx", param.fx), std::pair("fy", param.fy)}) {
+    const double ratio = static_cast<double>(value) / expected;
+    if (ratio > 0 && (ratio > focalFactor || ratio < 1 / focalFactor)) {
+      add(findings, FindingKind::FocalLength,
+          std::string(name) + " is " + general(static_cast<double>(value), 5) +
+              " px, off by more than a factor of 3 from what a fisheye lens on such a picture has "
+              "(about " +
+              general(expected, 4) + " px)");
+    }
+  }
+}
+
+void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image,
+                         Findings& findings) {
+  const double u0 = static_cast<double>(param.u0);
+  const double v0 = static_cast<double>(param.v0);
+  const std::string place =
+      "the principal point (" + readable(u0, 1) + ", " + readable(v0, 1) + ")";
+  const auto alreadyTold = [](const Finding& f) { return f.kind == FindingKind::PrincipalPoint; };
+  if (std::any_of(findings.begin(), findings.end(), alreadyTold)) return;
+  if (!(u0 >= -0.5 && u0 <= image.width - 0.5 && v0 >= -0.5 && v0 <= image.height - 0.5)) {
+    add(findings, FindingKind::PrincipalPoint, place + " lies outside the picture");
+    return;
+  }
+  const double offset = std::hypot(u0 - (image.width - 1) / 2.0, v0 - (image.height - 1) / 2.0);
+  if (offset > centralShare * std::max(image.width, image.height)) {
+    add(findings, FindingKind::PrincipalPoint,
+        place + " lies " + fixed(offset, 0) +
+            " px from the picture's centre; lenses are seldom mounted that far off",
+        {}, Severity::Doubtful);
+  }
+}
+
+void checkLensShape(const FishEyeCalibrationParam& param, Findings& findings) {
+  const double shape = lensShape(param.k0, param.k1);
+  if (shape >= flattestLens && shape <= steepestLens) return;
+  add(findings, FindingKind::LensShape,
+      "the lens curve is " + general(shape, 3) +
+          " times the angle at 60 degrees, which fisheye lenses (0.83 to 1.10) do not have; the "
+          "focal length is probably off, try another view",
+      {}, Severity::Doubtful);
+}
+
+void checkPoints(const CalibrationResult& result, Findings& findings) {
+  std::vector<int> behind;
+  std::vector<int> beyondTurn;
+  const std::optional<double> turn = turningAngle(result.param.k0, result.param.k1);
+  const Matrix3 R = rotationOfVector(result.param);
+  const Vector3 T = translationOf(result.param);
+  for (const CalibrationPoint& point : result.points) {
+    const double X = static_cast<double>(point.Xw);
+    const double Y = static_cast<double>(point.Yw);
+    const double depth = R[6] * X + R[7] * Y + T[2];
+    const double side = std::hypot(R[0] * X + R[1] * Y + T[0], R[3] * X + R[4] * Y + T[1]);
+    if (!(depth > 0)) {
+      behind.push_back(point.PointId);
+    } else if (turn && std::atan2(side, depth) > *turn) {
+      beyondTurn.push_back(point.PointId);
+    }
+  }
+  if (!behind.empty()) {
+    add(findings, FindingKind::Depth, namedPoints(behind) + " would be behind the camera", behind);
+  }
+  if (!beyondTurn.empty()) {
+    add(findings, FindingKind::LensCurve,
+        "the lens curve turns back before it reaches " + namedPoints(beyondTurn), beyondTurn);
+  }
+}
+
+void checkSecondCorrection(const CalibrationResult& result, const Size& corrected,
+                           Findings& findings) {
+  const SecondCorrectionError error = secondCorrectionError(result, corrected);
+  if (error.worstPixels <= largestCorrectionError) return;
+  add(findings, FindingKind::SecondCorrection,
+      "the corrected picture misses the world grid by " + general(error.worstPixels, 3) +
+          " px at " + namedPoints({error.pointId}),
+      {error.pointId});
+}
+
+}  // namespace
+
+SecondCorrectionError secondCorrectionError(const CalibrationResult& result,
+                                            const Size& corrected) {
+  const FishEyeCalibrationParam& param = result.param;
+  const float cx = static_cast<float>(corrected.width * 0.5);
+  const float cy = static_cast<float>(corrected.height * 0.5);
+  const Matrix3 H = homographyOf(param);
+  SecondCorrectionError worst;
+  for (const CalibrationPoint& point : result.points) {
+    float x = 0;
+    float y = 0;
+    float gridX = 0;
+    float gridY = 0;
+    WorldToCorrectedImagePoint(point.Xw, point.Yw, 0, param, cx, cy, x, y);
+    WorldToSecondCorrectedImagePoint(point.Xw, point.Yw, 0, param, cx, cy, gridX, gridY);
+    const double w = H[6] * static_cast<double>(x) + H[7] * static_cast<double>(y) + H[8];
+    const double u = (H[0] * static_cast<double>(x) + H[1] * static_cast<double>(y) + H[2]) / w +
+                     static_cast<double>(param.ImageDx);
+    const double v = (H[3] * static_cast<double>(x) + H[4] * static_cast<double>(y) + H[5]) / w +
+                     static_cast<double>(param.ImageDy);
+    const double error = std::hypot(u - static_cast<double>(gridX), v - static_cast<double>(gridY));
+    if (!(error <= worst.worstPixels)) worst = {error, point.PointId};
+    if (std::isnan(error)) return {HUGE_VAL, point.PointId};
+  }
+  return worst;
+}
+
+std::vector<Finding> checkResult(const CalibrationResult& result, const Size& image,
+                                 const Size& corrected) {
+  Findings findings;
+  if (!result.homographyFound) {
+    add(findings, FindingKind::HomographyNotFound,
+        "no homography was found from the corrected picture to the world grid");
+  }
+  const Findings ofRecord = checkRecord(result.param);
+  findings.insert(findings.end(), ofRecord.begin(), ofRecord.end());
+  checkReprojection(result, findings);
+  const bool numbers = std::none_of(ofRecord.begin(), ofRecord.end(), [](const Finding& finding) {
+    return finding.kind == FindingKind::NotFinite || finding.kind == FindingKind::Empty;
+  });
+  if (!numbers) return findings;
+  checkFocalLength(result.param, image, findings);
+  checkPrincipalPoint(result.param, image, findings);
+  checkLensShape(result.param, findings);
+  checkPoints(result, findings);
+  if (result.homographyFound) checkSecondCorrection(result, corrected, findings);
+  return findings;
+}
+
+}  // namespace host

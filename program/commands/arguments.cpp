@@ -1,0 +1,50 @@
+#include "commands/arguments.h"
+
+#include <optional>
+#include <string_view>
+
+#include "base/failure.h"
+#include "base/text.h"
+
+namespace host {
+namespace {
+
+[[noreturn]] void failOption(const std::string& option, const std::string& wanted,
+                             const std::string& text) {
+  failBadInput(option + ": " + wanted + ", not \"" + text + "\"");
+}
+
+}  // namespace
+
+Size parseSize(const std::string& option, const std::string& text, int smallest, int largest) {
+  const std::size_t cross = text.find_first_of("xX");
+  if (cross != std::string::npos) {
+    const std::optional<int> width = parseInteger(std::string_view(text).substr(0, cross));
+    const std::optional<int> height = parseInteger(std::string_view(text).substr(cross + 1));
+    const auto inRange = [&](int side) { return side >= smallest && side <= largest; };
+    if (width && height && inRange(*width) && inRange(*height)) return {*width, *height};
+  }
+  failOption(option,
+             "give two numbers from " + std::to_string(smallest) + " to " +
+                 std::to_string(largest) + " as WIDTHxHEIGHT",
+             text);
+}
+
+Pair parsePair(const std::string& option, const std::string& text) {
+  const std::size_t comma = text.find(',');
+  if (comma != std::string::npos) {
+    const std::optional<float> first = parseFloat(trimmed(std::string_view(text).substr(0, comma)));
+    const std::optional<float> second =
+        parseFloat(trimmed(std::string_view(text).substr(comma + 1)));
+    if (first && second) return {*first, *second};
+  }
+  failOption(option, "give two numbers as X,Y", text);
+}
+
+float parsePositive(const std::string& option, const std::string& text) {
+  const std::optional<float> value = parseFloat(trimmed(text));
+  if (value && *value > 0) return *value;
+  failOption(option, "give a number greater than 0", text);
+}
+
+}  // namespace host

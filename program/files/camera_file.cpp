@@ -1,0 +1,55 @@
+#include "files/camera_file.h"
+
+#include <cmath>
+#include <filesystem>
+#include <system_error>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "base/record_fields.h"
+#include "files/ini_section.h"
+
+namespace host {
+namespace {
+
+constexpr std::string_view sectionName = "CalibraionParam";  // the file format's own spelling
+
+}  // namespace
+
+std::vector<std::string> inspectCameraText(const std::string& name, std::string_view text) {
+  const IniSection section = readIniSection(text, sectionName);
+  if (!section.found) {
+    failBadInput(name + ": not a camera file, there is no section [" + std::string(sectionName) +
+                 "] in it");
+  }
+  std::vector<std::string> keys;
+  for (const RecordField& field : recordFields()) keys.emplace_back(field.name);
+  return inspectEntries(name, section, keys);
+}
+
+CameraFile loadCamera(const std::string& path) {
+  CameraFile camera;
+  camera.complaints = inspectCameraText(path, readFile(path));
+  // Profile functions look for bare names in the system's own folder, so the path is made absolute.
+  const std::string absolute = std::filesystem::absolute(filePath(path)).string();
+  LoadCalibrationParam(absolute.c_str(), camera.param);
+  return camera;
+}
+
+void stageCamera(OutputFiles& files, const std::string& path,
+                 const FishEyeCalibrationParam& param) {
+  const std::string temporary = files.stageCopy(path).string();
+  SaveCalibrationParam(temporary.c_str(), param);
+  // The library does not say whether it could write: read back what must have arrived.
+  FishEyeCalibrationParam stored{};
+  LoadCalibrationParam(temporary.c_str(), stored);
+  std::error_code error;
+  const bool same = std::abs(stored.u0 - param.u0) <= 1e-5f * std::abs(param.u0) + 1e-6f &&
+                    std::abs(stored.Pixel - param.Pixel) <= 1e-5f * std::abs(param.Pixel) + 1e-6f;
+  const bool finite = std::isfinite(param.u0) && std::isfinite(param.Pixel);
+  if (!std::filesystem::exists(filePath(temporary), error) || (finite && !same)) {
+    failJob(path + ": the camera could not be saved");
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,28 @@
+// The parameter file of a stitched picture.
+#ifndef HOST_DUAL_FILE_H
+#define HOST_DUAL_FILE_H
+
+#include <iosfwd>
+#include <string>
+
+#include "files/output_files.h"
+#include "fisheye_calibration.h"
+
+namespace host {
+
+// Fails as bad input if there is no such file or it has no section of a stitched picture; what else
+// is wrong with it goes to `messages` as warnings.
+DualFishEyeCalibrationParam loadCheckedDual(const std::string& path, std::ostream& messages);
+
+// Stages the record over the file at `path`; other sections and comments in it stay. Warns where
+// the library's reading of the file will not give the record back.
+void stageDual(OutputFiles& files, const std::string& path,
+               const DualFishEyeCalibrationParam& param, std::ostream& messages);
+
+// What to add to a mapped v for the row of the picture, counted from the top: StdImageHeight -
+// 2 DatumImagePtY, which is 0 for an uncropped canvas.
+int pictureRowOffset(const DualFishEyeCalibrationParam& param);
+
+}  // namespace host
+
+#endif  // HOST_DUAL_FILE_H

@@ -1,0 +1,64 @@
+#include "files/points_csv.h"
+
+#include <cmath>
+#include <cstddef>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "files/csv_table.h"
+
+namespace host {
+namespace {
+
+std::string pointFields(const CalibrationPoint& point) {
+  return std::to_string(point.PointId) + "," + shortest(point.Xw) + "," + shortest(point.Yw) + "," +
+         fixed(static_cast<double>(point.ImagePtX), 4) + "," +
+         fixed(static_cast<double>(point.ImagePtY), 4);
+}
+
+constexpr const char* pointColumns = "PointId,Xw,Yw,ImagePtX,ImagePtY";
+
+}  // namespace
+
+std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_view text) {
+  const CsvTable table = parseCsv(name, text);
+  const std::size_t id = table.require("PointId");
+  const std::size_t Xw = table.require("Xw");
+  const std::size_t Yw = table.require("Yw");
+  const std::size_t x = table.require("ImagePtX");
+  const std::size_t y = table.require("ImagePtY");
+  std::vector<CalibrationPoint> points;
+  points.reserve(table.rows.size());
+  for (const CsvRow& row : table.rows) {
+    CalibrationPoint point{};
+    point.PointId = table.integerAt(row, id);
+    point.Xw = table.floatAt(row, Xw);
+    point.Yw = table.floatAt(row, Yw);
+    point.ImagePtX = table.floatAt(row, x);
+    point.ImagePtY = table.floatAt(row, y);
+    points.push_back(point);
+  }
+  if (points.empty()) {
+    failBadInput(located(name, table.header.line, 1, "no points after the header"));
+  }
+  return points;
+}
+
+std::string formatPoints(const std::vector<CalibrationPoint>& points) {
+  std::string text = std::string(pointColumns) + "\n";
+  for (const CalibrationPoint& point : points) text += pointFields(point) + "\n";
+  return text;
+}
+
+std::string formatResiduals(const std::vector<CalibrationPoint>& points) {
+  std::string text =
+      std::string(pointColumns) + ",ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n";
+  for (const CalibrationPoint& point : points) {
+    text += pointFields(point) + "," + fixed(point.ReprojPtX, 4) + "," + fixed(point.ReprojPtY, 4) +
+            "," + fixed(point.ReprojErrX, 4) + "," + fixed(point.ReprojErrY, 4) + "," +
+            fixed(std::hypot(point.ReprojErrX, point.ReprojErrY), 4) + "\n";
+  }
+  return text;
+}
+
+}  // namespace host

@@ -1,0 +1,60 @@
+#include "reports/affine_report.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "base/text.h"
+
+namespace host {
+namespace {
+
+std::string figures(double x, double y) { return "X " + general(x, 6) + "  Y " + general(y, 6); }
+
+}  // namespace
+
+std::vector<WorldResidual> residualsOf(const AffineMap& map,
+                                       const std::vector<CalibrationPoint>& points) {
+  const auto [a, b, c, d, e, f] = map.coefficients;
+  std::vector<WorldResidual> residuals;
+  residuals.reserve(points.size());
+  for (const CalibrationPoint& point : points) {
+    const double x = point.ImagePtX;
+    const double y = point.ImagePtY;
+    residuals.push_back({point.Xw - (a * x + b * y + e), point.Yw - (c * x + d * y + f)});
+  }
+  return residuals;
+}
+
+WorldResidual rootMeanSquare(const std::vector<WorldResidual>& residuals) {
+  WorldResidual sum;
+  for (const WorldResidual& residual : residuals) {
+    sum.x += residual.x * residual.x;
+    sum.y += residual.y * residual.y;
+  }
+  const auto n = static_cast<double>(residuals.size());
+  return {std::sqrt(sum.x / n), std::sqrt(sum.y / n)};
+}
+
+std::string formatAffine(const AffineMap& map) {
+  std::vector<std::string> values;
+  for (const double value : map.coefficients) values.push_back(shortest(value));
+  return "a,b,c,d,e,f\n" + joined(values, ",") + "\n";
+}
+
+std::string describeAffine(const AffineMap& map, const std::vector<CalibrationPoint>& points) {
+  constexpr std::size_t summedByLibrary = 9;
+  const auto value = [&](std::size_t i) { return padLeft(general(map.coefficients[i], 7), 14); };
+  const std::string all = std::to_string(points.size());
+  const std::string summed = std::to_string(std::min(points.size(), summedByLibrary));
+  const WorldResidual plain = rootMeanSquare(residualsOf(map, points));
+  return "Affine map from raw-image pixels (x, y) to the work plane, from " + all + " points:\n" +
+         "  Xw = a x + b y + e   a" + value(0) + "  b" + value(1) + "  e" + value(4) + "\n" +
+         "  Yw = c x + d y + f   c" + value(2) + "  d" + value(3) + "  f" + value(5) + "\n" +
+         "Error figures in world units:\n" +
+         "  the library's errorX, errorY: " + figures(map.errorX, map.errorY) +
+         "   (squares of the first " + summed + " points summed, divided by all " + all + ")\n" +
+         "  plain RMS over all points:    " + figures(plain.x, plain.y) + "\n";
+}
+
+}  // namespace host

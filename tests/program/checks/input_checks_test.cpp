@@ -1,0 +1,133 @@
+#include "checks/input_checks.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "program/support/synthetic_target.h"
+
+namespace {
+
+using host::Finding;
+using host::FindingKind;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr host::Size image{960, 720};
+
+std::vector<CalibrationPoint> goodPoints() { return host_test::exactPoints({}, {}); }
+
+const Finding* find(const std::vector<Finding>& findings, FindingKind kind) {
+  const auto found = std::find_if(findings.begin(), findings.end(),
+                                  [&](const Finding& finding) { return finding.kind == kind; });
+  return found == findings.end() ? nullptr : &*found;
+}
+
+std::vector<int> idsOf(const std::vector<CalibrationPoint>& points, FindingKind kind) {
+  const std::vector<Finding> findings = host::checkInput(points, image);
+  const Finding* finding = find(findings, kind);
+  return finding ? finding->pointIds : std::vector<int>{};
+}
+
+TEST(InputChecks, AGoodTargetRaisesNothing) {
+  for (const Finding& finding : host::checkInput(goodPoints(), image))
+    ADD_FAILURE() << finding.text;
+}
+
+TEST(InputChecks, EightPointsAreTooFewAndNineAreNot) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  points.resize(9);
+  EXPECT_EQ(find(host::checkInput(points, image), FindingKind::TooFewPoints), nullptr);
+  points.resize(8);
+  const std::vector<Finding> findings = host::checkInput(points, image);
+  const Finding* finding = find(findings, FindingKind::TooFewPoints);
+  ASSERT_NE(finding, nullptr);
+  EXPECT_EQ(finding->severity, host::Severity::Impossible);
+  EXPECT_EQ(finding->text, "only 8 points, at least 9 are needed");
+}
+
+TEST(InputChecks, DoubledIdsAreNamed) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  points[5].PointId = 3;
+  points[8].PointId = 20;
+  EXPECT_THAT(idsOf(points, FindingKind::DuplicateIds), ElementsAre(3, 20));
+}
+
+TEST(InputChecks, PointsOutsideThePictureAreNamed) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  points[0].ImagePtX = -0.6f;
+  points[1].ImagePtX = -0.4f;
+  points[2].ImagePtY = 719.6f;
+  points[3].ImagePtX = 959.4f;
+  EXPECT_THAT(idsOf(points, FindingKind::OutsideImage), ElementsAre(1, 3));
+}
+
+TEST(InputChecks, PointsBeyondHalfTheLongerSideAreNamed) {
+  // The centre is (479.5, 359.5) and the reach 480 px.
+  std::vector<CalibrationPoint> points = goodPoints();
+  points[0].ImagePtX = 479.5f - 480.1f;
+  points[0].ImagePtY = 359.5f;
+  points[1].ImagePtX = 479.5f;
+  points[1].ImagePtY = 359.5f + 479.9f;
+  EXPECT_THAT(idsOf(points, FindingKind::BeyondReach), ElementsAre(1));
+  EXPECT_THAT(idsOf(points, FindingKind::NearReach), ElementsAre(2));
+}
+
+TEST(InputChecks, PointsWithin95PercentOfTheReachAreLeftInPeace) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  points[0].ImagePtX = 479.5f - 455.0f;
+  points[0].ImagePtY = 359.5f;
+  EXPECT_THAT(idsOf(points, FindingKind::NearReach), IsEmpty());
+}
+
+TEST(InputChecks, PointsOnOneLineAreTold) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  for (CalibrationPoint& point : points) point.Yw = 2 * point.Xw + 10;
+  EXPECT_NE(find(host::checkInput(points, image), FindingKind::CollinearPoints), nullptr);
+}
+
+TEST(InputChecks, TheOnlyPointOffALineIsNamed) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  for (std::size_t i = 0; i < points.size(); ++i) points[i].Xw = static_cast<float>(10 * i);
+  for (CalibrationPoint& point : points) point.Yw = 50;
+  points[11].Yw = 300;
+  EXPECT_THAT(idsOf(points, FindingKind::CollinearPoints), ElementsAre(12));
+}
+
+TEST(InputChecks, PointsAtTheSamePlaceAreNamed) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  points[6].ImagePtX = points[2].ImagePtX;
+  points[6].ImagePtY = points[2].ImagePtY;
+  EXPECT_THAT(idsOf(points, FindingKind::CoincidentPoints), ElementsAre(3, 7));
+}
+
+TEST(InputChecks, ASmallTargetIsTold) {
+  host_test::SyntheticTarget small;
+  small.spacing = 8;
+  const auto points = host_test::exactPoints({}, small);
+  EXPECT_NE(find(host::checkInput(points, image), FindingKind::SmallCoverage), nullptr);
+}
+
+TEST(InputChecks, ASmallFrontalTargetIsTold) {
+  host_test::SyntheticCamera camera;
+  camera.R = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+  camera.T = {-120, -90, 300};
+  const auto points = host_test::exactPoints(camera, {});
+  EXPECT_NE(find(host::checkInput(points, image), FindingKind::SmallFrontalTarget), nullptr);
+}
+
+TEST(InputChecks, ACloseFirstAndLastPointAreNamed) {
+  std::vector<CalibrationPoint> points = goodPoints();
+  std::swap(points[1], points.back());
+  EXPECT_THAT(idsOf(points, FindingKind::ScalePair), ElementsAre(1, 2));
+}
+
+TEST(Finding, LongListsOfPointsAreCut) {
+  EXPECT_EQ(host::namedPoints({4}), "point 4");
+  EXPECT_EQ(host::namedPoints({4, 5, 9}), "points 4, 5 and 9");
+  EXPECT_EQ(host::namedPoints({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}),
+            "points 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11 and 3 more");
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+#include "commands/map_command.h"
+
+#include <gtest/gtest.h>
+
+#include "base/failure.h"
+
+namespace {
+
+bool provided(const std::string& from, const std::string& to) {
+  try {
+    host::findConversion(from, to);
+    return true;
+  } catch (const host::Failure& failure) {
+    EXPECT_EQ(failure.code(), host::exitBadInput);
+    return false;
+  }
+}
+
+TEST(MapConversions, ExactlyTheLibrarysFourExist) {
+  int count = 0;
+  for (const char* from : {"world", "raw", "corrected", "second"}) {
+    for (const char* to : {"world", "raw", "corrected", "second"}) count += provided(from, to);
+  }
+  EXPECT_EQ(count, 4);
+  EXPECT_TRUE(provided("world", "raw"));
+  EXPECT_TRUE(provided("world", "corrected"));
+  EXPECT_TRUE(provided("world", "second"));
+  EXPECT_TRUE(provided("second", "world"));
+}
+
+TEST(MapConversions, OnlyTheRawPictureNeedsNoCorrectedSize) {
+  EXPECT_FALSE(host::findConversion("world", "raw").needsCorrectedSize);
+  EXPECT_TRUE(host::findConversion("world", "corrected").needsCorrectedSize);
+  EXPECT_TRUE(host::findConversion("second", "world").needsCorrectedSize);
+}
+
+TEST(MapConversions, UnknownFramesAreRefused) { EXPECT_FALSE(provided("world", "moon")); }
+
+}  // namespace

@@ -1,0 +1,101 @@
+// map and info from the outside, with a known record.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+
+#include "files/points_csv.h"
+#include "program/support/run_program.h"
+#include "program/support/sample_record.h"
+#include "program/support/synthetic_target.h"
+
+namespace {
+
+using host_test::contents;
+using host_test::Outcome;
+using host_test::runProgram;
+using host_test::TemporaryFolder;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class MapAndInfo : public testing::Test {
+ protected:
+  void SetUp() override { SaveCalibrationParam(camera.c_str(), host_test::sampleRecord()); }
+
+  TemporaryFolder folder;
+  std::string camera = folder.path("camera.ini");
+  std::string points = host::formatPoints(host_test::exactPoints({}, {}));  // 63 of them
+};
+
+TEST_F(MapAndInfo, MapReadsWhatDetectWritesAndComesBack) {
+  const Outcome there = runProgram({"map", "--camera", camera, "--from", "world", "--to", "second",
+                                    "--corrected-size", "960x720"},
+                                   points);
+  ASSERT_EQ(there.exitCode, 0) << there.err;
+  EXPECT_THAT(there.out, StartsWith("PointId,x,y\n1,"));
+  const Outcome back = runProgram({"map", "--camera", camera, "--from", "second", "--to", "world",
+                                   "--corrected-size", "960x720"},
+                                  there.out);
+  ASSERT_EQ(back.exitCode, 0) << back.err;
+  EXPECT_EQ(std::count(back.out.begin(), back.out.end(), '\n'), 64);
+  const std::string lastLine = back.out.substr(back.out.rfind('\n', back.out.size() - 2) + 1);
+  int id = 0;
+  double Xw = 0;
+  double Yw = 0;
+  char comma = 0;
+  std::istringstream(lastLine) >> id >> comma >> Xw >> comma >> Yw;
+  EXPECT_EQ(id, 63);
+  EXPECT_NEAR(Xw, 240, 1e-3);
+  EXPECT_NEAR(Yw, 180, 1e-3);
+}
+
+TEST_F(MapAndInfo, ConversionsThatTheLibraryLacksAreRefusedPlainly) {
+  const Outcome run =
+      runProgram({"map", "--camera", camera, "--from", "raw", "--to", "world", "1", "2"});
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_THAT(run.err, HasSubstr("the library provides no conversion from raw to world"));
+}
+
+TEST_F(MapAndInfo, MapTellsTheLineOfBadInput) {
+  const Outcome run =
+      runProgram({"map", "--camera", camera, "--from", "world", "--to", "raw"}, "Xw,Yw\n1,inf\n");
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_EQ(run.err, "standard input:2:3: not a number: \"inf\"\n");
+  EXPECT_EQ(run.out, "");
+}
+
+TEST_F(MapAndInfo, MapSaysWhenAResultIsNoNumber) {
+  const std::string text = contents(camera);
+  const std::size_t pixel = text.find("Pixel=") + 6;
+  const std::size_t lineEnd = text.find_first_of("\r\n", pixel);
+  folder.write("camera.ini", text.substr(0, pixel).append("0").append(text.substr(lineEnd)));
+  const Outcome run = runProgram({"map", "--camera", camera, "--from", "world", "--to", "second",
+                                  "--corrected-size", "960x720", "1", "2"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.err, HasSubstr("not a finite number"));
+}
+
+TEST_F(MapAndInfo, InfoTellsAMissingFileAndAForeignOneApart) {
+  const std::string none = folder.path("none.ini");
+  const Outcome missing = runProgram({"info", none});
+  EXPECT_EQ(missing.exitCode, 2);
+  EXPECT_THAT(missing.err, StartsWith(none + ": "));
+  const Outcome foreign =
+      runProgram({"info", folder.write("other.ini", "[CalibrationParam]\nu0=1\n")});
+  EXPECT_EQ(foreign.exitCode, 2);
+  EXPECT_THAT(foreign.err, HasSubstr("no section [CalibraionParam]"));
+}
+
+TEST_F(MapAndInfo, InfoTellsWhatIsImpossible) {
+  const Outcome run =
+      runProgram({"info", folder.write("c.ini", "[CalibraionParam]\nfx=-5\nu0=zero\n")});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.err, HasSubstr("c.ini:3:4: u0 is not a number: \"zero\""));
+  EXPECT_THAT(run.err, HasSubstr("missing and read as 0: v0, fy"));
+  EXPECT_THAT(run.err, HasSubstr("impossible: focal lengths must be greater than 0"));
+  EXPECT_THAT(run.err, HasSubstr("impossible: R is all zeros"));
+}
+
+}  // namespace

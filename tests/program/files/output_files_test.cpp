@@ -1,0 +1,61 @@
+#include "files/output_files.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "base/failure.h"
+#include "program/support/run_program.h"
+
+namespace {
+
+using host::OutputFiles;
+using host_test::contents;
+using host_test::TemporaryFolder;
+using testing::ElementsAre;
+
+TEST(OutputFiles, NothingChangesBeforeTheCommit) {
+  const TemporaryFolder folder;
+  const std::string old = folder.write("a.txt", "old");
+  OutputFiles files;
+  files.stage(old, "new");
+  EXPECT_EQ(contents(old), "old");
+  files.commit();
+  EXPECT_EQ(contents(old), "new");
+  EXPECT_THAT(folder.names(), ElementsAre("a.txt"));
+}
+
+TEST(OutputFiles, WhatIsNotCommittedLeavesNoTrace) {
+  const TemporaryFolder folder;
+  const std::string old = folder.write("a.txt", "old");
+  {
+    OutputFiles files;
+    files.stage(old, "new");
+    files.stage(folder.path("b.txt"), "new");
+  }
+  EXPECT_EQ(contents(old), "old");
+  EXPECT_THAT(folder.names(), ElementsAre("a.txt"));
+}
+
+TEST(OutputFiles, APlaceInAMissingFolderIsRefused) {
+  const TemporaryFolder folder;
+  EXPECT_THROW(host::requireWritablePlace("-o", folder.path("none/a.txt")), host::Failure);
+  EXPECT_THROW(host::requireWritablePlace("-o", folder.path("")), host::Failure);
+  EXPECT_NO_THROW(host::requireWritablePlace("-o", folder.path("a.txt")));
+}
+
+#if !defined(_WIN32)
+TEST(OutputFiles, ALinkStaysALink) {
+  const TemporaryFolder folder;
+  folder.write("real.txt", "old");
+  std::filesystem::create_symlink("real.txt", folder.path("link.txt"));
+  OutputFiles files;
+  files.stage(folder.path("link.txt"), "new");
+  files.commit();
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path("link.txt")));
+  EXPECT_EQ(contents(folder.path("real.txt")), "new");
+}
+#endif
+
+}  // namespace
