@@ -12,6 +12,7 @@
 #include "commands/command_options.h"
 #include "commands/info_command.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr const char* programName = "fisheye-calibration";
@@ -24,7 +25,7 @@ constexpr const char* exitCodes =
 int silent(int, const char*, const char*, const char*, int, void*) { return 0; }
 
 int report(const std::string& message, int code) {
-  std::cerr << programName << ": " << host::onOneLine(message) << std::endl;
+  std::cerr << programName << ": " << onOneLine(message) << std::endl;
   return code;
 }
 
@@ -47,60 +48,64 @@ int run(int argc, char** argv) {
                          "r.png,r.ini,r.csv -o bed.png --dual dual.ini\n"
                          "  fisheye-calibration info camera.ini\n\n") +
              exitCodes);
-  host::DetectOptions detect;
-  host::CalibrateOptions calibrate;
-  host::CorrectOptions correct;
-  host::CropOptions crop;
-  host::StitchOptions stitch;
-  host::MapOptions map;
-  host::HandEyeOptions handEye;
-  host::StraightenOptions straighten;
+  DetectOptions detect;
+  CalibrateOptions calibrate;
+  CorrectOptions correct;
+  CropOptions crop;
+  StitchOptions stitch;
+  MapOptions map;
+  HandEyeOptions handEye;
+  StraightenOptions straighten;
   std::string camera;
-  host::addDetect(app, detect);
-  host::addCalibrate(app, calibrate);
-  host::addCorrect(app, correct);
-  host::addCrop(app, crop);
-  host::addStitch(app, stitch);
-  host::addMap(app, map);
-  host::addHandEye(app, handEye);
-  host::addStraighten(app, straighten);
-  host::addInfo(app, camera);
+  addDetect(app, detect);
+  addCalibrate(app, calibrate);
+  addCorrect(app, correct);
+  addCrop(app, crop);
+  addStitch(app, stitch);
+  addMap(app, map);
+  addHandEye(app, handEye);
+  addStraighten(app, straighten);
+  addInfo(app, camera);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
-    return report(std::string(error.what()) + " (--help shows the usage)", host::exitBadInput);
+    return report(std::string(error.what()) + " (--help shows the usage)", exitBadInput);
   }
-  if (app.got_subcommand("detect")) return host::runDetect(detect, std::cout, std::cerr);
-  if (app.got_subcommand("calibrate")) return host::runCalibrate(calibrate, std::cout, std::cerr);
-  if (app.got_subcommand("correct")) return host::runCorrect(correct, std::cout, std::cerr);
-  if (app.got_subcommand("crop")) return host::runCrop(crop, std::cout, std::cerr);
-  if (app.got_subcommand("stitch")) return host::runStitch(stitch, std::cout, std::cerr);
-  if (app.got_subcommand("map")) return host::runMap(map, std::cin, std::cout, std::cerr);
-  if (app.got_subcommand("hand-eye")) return host::runHandEye(handEye, std::cout);
+  if (app.got_subcommand("detect")) return runDetect(detect, std::cout, std::cerr);
+  if (app.got_subcommand("calibrate")) return runCalibrate(calibrate, std::cout, std::cerr);
+  if (app.got_subcommand("correct")) return runCorrect(correct, std::cout, std::cerr);
+  if (app.got_subcommand("crop")) return runCrop(crop, std::cout, std::cerr);
+  if (app.got_subcommand("stitch")) return runStitch(stitch, std::cout, std::cerr);
+  if (app.got_subcommand("map")) return runMap(map, std::cin, std::cout, std::cerr);
+  if (app.got_subcommand("hand-eye")) return runHandEye(handEye, std::cout);
   if (app.got_subcommand("straighten")) {
-    return host::runStraighten(straighten, std::cout, std::cerr);
+    return runStraighten(straighten, std::cout, std::cerr);
   }
-  return host::runInfo(camera, std::cout, std::cerr);
+  return runInfo(camera, std::cout, std::cerr);
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+// The exit code, with what ended the command early written as one line.
+int runReporting(int argc, char** argv) {
   cv::redirectError(silent);
   cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
   try {
     const int code = run(argc, argv);
     std::cout.flush();
-    return std::cout ? code : report("standard output: cannot write", host::exitJobFailed);
-  } catch (const host::Failure& failure) {
+    return std::cout ? code : report("standard output: cannot write", exitJobFailed);
+  } catch (const Failure& failure) {
     // It names the file or the option itself; file:line:column stands at the line's start, where
     // editors look for it.
-    std::cerr << host::onOneLine(failure.what()) << std::endl;
+    std::cerr << onOneLine(failure.what()) << std::endl;
     return failure.code();
   } catch (const std::bad_alloc&) {
-    return report("not enough memory", host::exitJobFailed);
+    return report("not enough memory", exitJobFailed);
   } catch (const std::exception& failure) {
-    return report(failure.what(), host::exitJobFailed);
+    return report(failure.what(), exitJobFailed);
   }
 }
+
+}  // namespace
+}  // namespace fisheye_calibration::program
+
+int main(int argc, char** argv) { return fisheye_calibration::program::runReporting(argc, argv); }

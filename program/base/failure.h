@@ -1,11 +1,10 @@
 // How the program ends when it cannot do what it was asked: one line of text and an exit code.
-#ifndef HOST_FAILURE_H
-#define HOST_FAILURE_H
+#pragma once
 
 #include <stdexcept>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 enum ExitCode : int {
   exitOk = 0,
@@ -30,6 +29,4 @@ class Failure : public std::runtime_error {
   throw Failure(exitJobFailed, message);
 }
 
-}  // namespace host
-
-#endif  // HOST_FAILURE_H
+}  // namespace fisheye_calibration::program

@@ -1,11 +1,10 @@
 // File names as the program carries them, texts in UTF-8, and as the file system takes them.
-#ifndef HOST_FILE_PATH_H
-#define HOST_FILE_PATH_H
+#pragma once
 
 #include <filesystem>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 inline std::filesystem::path filePath(const std::string& name) {
 #if defined(__MINGW32__)
@@ -16,6 +15,4 @@ inline std::filesystem::path filePath(const std::string& name) {
 #endif
 }
 
-}  // namespace host
-
-#endif
+}  // namespace fisheye_calibration::program

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 FrameBuffer blankBuffer(const Size& size, int bitCount) {
   const std::size_t count = static_cast<std::size_t>(size.width) *
@@ -31,4 +31,4 @@ cv::Mat toPicture(const FrameBuffer& buffer) {
   return picture;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,13 +1,12 @@
 // Pictures as the library takes them: rows bottom-up, no padding, 8 or 24 bits a pixel.
-#ifndef HOST_FRAME_BUFFER_H
-#define HOST_FRAME_BUFFER_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <vector>
 
 #include "commands/arguments.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct FrameBuffer {
   std::vector<unsigned char> bytes;
@@ -25,6 +24,4 @@ FrameBuffer toBuffer(const cv::Mat& picture);
 
 cv::Mat toPicture(const FrameBuffer& buffer);
 
-}  // namespace host
-
-#endif  // HOST_FRAME_BUFFER_H
+}  // namespace fisheye_calibration::program

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 using Param = FishEyeCalibrationParam;
@@ -113,4 +113,4 @@ double tiltDegrees(const Param& param) {
   return std::acos(cosine) * 57.29577951308232;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,13 +1,12 @@
 // The fields of a camera record with their units and meaning, for listing and checking.
-#ifndef HOST_RECORD_FIELDS_H
-#define HOST_RECORD_FIELDS_H
+#pragma once
 
 #include <array>
 #include <span>
 
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct RecordField {
   const char* name;  // also the key in the parameter file
@@ -38,6 +37,4 @@ double depthOf(const FishEyeCalibrationParam& param, double Xw, double Yw, doubl
 // down.
 double tiltDegrees(const FishEyeCalibrationParam& param);
 
-}  // namespace host
-
-#endif  // HOST_RECORD_FIELDS_H
+}  // namespace fisheye_calibration::program

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -112,4 +112,4 @@ std::string onOneLine(std::string_view text) {
   return line;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

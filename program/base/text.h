@@ -1,13 +1,12 @@
 // Numbers to and from text, the same in every locale.
-#ifndef HOST_TEXT_H
-#define HOST_TEXT_H
+#pragma once
 
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // The whole text as a finite number; a leading '+' is allowed. Nothing for anything else, including
 // "nan", "inf" and numbers beyond the range of a double.
@@ -40,6 +39,4 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
 // The text with line breaks and runs of blanks made single blanks, for one-line messages.
 std::string onOneLine(std::string_view text);
 
-}  // namespace host
-
-#endif  // HOST_TEXT_H
+}  // namespace fisheye_calibration::program

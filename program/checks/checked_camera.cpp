@@ -5,7 +5,7 @@
 #include "checks/record_checks.h"
 #include "files/camera_file.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 FishEyeCalibrationParam loadCheckedCamera(const std::string& path, std::ostream& messages) {
   const CameraFile camera = loadCamera(path);
@@ -18,4 +18,4 @@ FishEyeCalibrationParam loadCheckedCamera(const std::string& path, std::ostream&
   return camera.param;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,17 +1,14 @@
 // A camera file, read with everything doubtful about it told.
-#ifndef HOST_CHECKED_CAMERA_H
-#define HOST_CHECKED_CAMERA_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // Fails as bad input like loadCamera; what else is wrong goes to `messages` as warnings.
 FishEyeCalibrationParam loadCheckedCamera(const std::string& path, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_CHECKED_CAMERA_H
+}  // namespace fisheye_calibration::program

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <set>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 bool anyImpossible(const std::vector<Finding>& findings) {
   return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
@@ -31,4 +31,4 @@ std::string namedPoints(const std::vector<int>& ids) {
   return text;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

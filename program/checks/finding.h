@@ -1,11 +1,10 @@
 // Something worth telling about the input or the result of a calibration.
-#ifndef HOST_FINDING_H
-#define HOST_FINDING_H
+#pragma once
 
 #include <string>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 enum class FindingKind {
   // of the points, before the calibration
@@ -65,6 +64,4 @@ bool anyImpossible(const std::vector<Finding>& findings);
 // out.
 std::string namedPoints(const std::vector<int>& ids);
 
-}  // namespace host
-
-#endif  // HOST_FINDING_H
+}  // namespace fisheye_calibration::program

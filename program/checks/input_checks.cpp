@@ -12,7 +12,7 @@
 
 #include "base/text.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double nearReach = 0.95;            // of the solver's reach
@@ -278,4 +278,4 @@ std::vector<Finding> checkInput(const std::vector<CalibrationPoint>& points, con
   return findings;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,6 +1,5 @@
 // What makes a calibration poor or the solver diverge, seen from the points alone.
-#ifndef HOST_INPUT_CHECKS_H
-#define HOST_INPUT_CHECKS_H
+#pragma once
 
 #include <cstddef>
 #include <vector>
@@ -9,7 +8,7 @@
 #include "commands/arguments.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 constexpr std::size_t fewestPoints = 9;
 
@@ -19,6 +18,4 @@ double solverReach(const Size& image);
 
 std::vector<Finding> checkInput(const std::vector<CalibrationPoint>& points, const Size& image);
 
-}  // namespace host
-
-#endif  // HOST_INPUT_CHECKS_H
+}  // namespace fisheye_calibration::program

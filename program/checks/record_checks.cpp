@@ -10,7 +10,7 @@
 #include "base/text.h"
 #include "geometry/lens_curve.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 // The parameter file keeps six decimals of R and of the rotation vector.
@@ -144,4 +144,4 @@ std::vector<Finding> checkRecord(const FishEyeCalibrationParam& param) {
   return findings;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -11,7 +11,7 @@
 #include "checks/record_checks.h"
 #include "geometry/lens_curve.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double largestRms = 2;              // pixels
@@ -172,4 +172,4 @@ std::vector<Finding> checkResult(const CalibrationResult& result, const Size& im
   return findings;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,6 +1,5 @@
 // Whether the result of a calibration is to be trusted.
-#ifndef HOST_RESULT_CHECKS_H
-#define HOST_RESULT_CHECKS_H
+#pragma once
 
 #include <vector>
 
@@ -8,7 +7,7 @@
 #include "commands/arguments.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct CalibrationResult {
   bool homographyFound = false;  // what SingleCamCalibration returned
@@ -27,6 +26,4 @@ SecondCorrectionError secondCorrectionError(const CalibrationResult& result, con
 std::vector<Finding> checkResult(const CalibrationResult& result, const Size& image,
                                  const Size& corrected);
 
-}  // namespace host
-
-#endif  // HOST_RESULT_CHECKS_H
+}  // namespace fisheye_calibration::program

@@ -11,7 +11,7 @@
 #include "base/text.h"
 #include "geometry/second_view.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 using Findings = std::vector<Finding>;
@@ -236,4 +236,4 @@ std::vector<Finding> checkStitch(const StitchPair& pair) {
   return findings;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

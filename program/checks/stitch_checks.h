@@ -1,16 +1,13 @@
 // What makes a stitch meaningless or poor, seen before it is made.
-#ifndef HOST_STITCH_CHECKS_H
-#define HOST_STITCH_CHECKS_H
+#pragma once
 
 #include <vector>
 
 #include "checks/finding.h"
 #include "geometry/stitch_pair.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 std::vector<Finding> checkStitch(const StitchPair& pair);
 
-}  // namespace host
-
-#endif  // HOST_STITCH_CHECKS_H
+}  // namespace fisheye_calibration::program

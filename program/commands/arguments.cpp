@@ -6,7 +6,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 [[noreturn]] void failOption(const std::string& option, const std::string& wanted,
@@ -47,4 +47,4 @@ float parsePositive(const std::string& option, const std::string& text) {
   failOption(option, "give a number greater than 0", text);
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,10 +1,9 @@
 // Values of command-line options, read so that a complaint names the option and the text.
-#ifndef HOST_ARGUMENTS_H
-#define HOST_ARGUMENTS_H
+#pragma once
 
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct Size {
   int width = 0;
@@ -26,6 +25,4 @@ float parsePositive(const std::string& option, const std::string& text);
 
 constexpr int largestImageSide = 32767;
 
-}  // namespace host
-
-#endif  // HOST_ARGUMENTS_H
+}  // namespace fisheye_calibration::program

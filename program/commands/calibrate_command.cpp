@@ -19,7 +19,7 @@
 #include "files/points_csv.h"
 #include "reports/calibration_report.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 struct Input {
@@ -159,4 +159,4 @@ int runCalibrate(const CalibrateOptions& options, std::ostream& out, std::ostrea
   return trusted ? exitOk : exitJobFailed;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

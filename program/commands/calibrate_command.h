@@ -1,13 +1,12 @@
 // calibrate: from points, or a picture of the target, to a camera's parameter file.
-#ifndef HOST_CALIBRATE_COMMAND_H
-#define HOST_CALIBRATE_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 
 #include "commands/detect_command.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct CalibrateOptions {
   std::string input;  // points.csv or a picture
@@ -22,6 +21,4 @@ struct CalibrateOptions {
 
 int runCalibrate(const CalibrateOptions& options, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_CALIBRATE_COMMAND_H
+}  // namespace fisheye_calibration::program

@@ -3,7 +3,7 @@
 
 #include "commands/command_options.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 void addTargetOptions(CLI::App& command, TargetOptions& target) {
@@ -130,4 +130,4 @@ void addHandEye(CLI::App& app, HandEyeOptions& options) {
       "Example:\n  fisheye-calibration hand-eye points.csv -o affine.csv --plot residuals.png");
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

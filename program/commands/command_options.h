@@ -1,7 +1,6 @@
 // The options of every command, with their help: each function adds one command, whose options end
 // up in the given record.
-#ifndef HOST_COMMAND_OPTIONS_H
-#define HOST_COMMAND_OPTIONS_H
+#pragma once
 
 #include <string>
 
@@ -18,7 +17,7 @@ namespace CLI {
 class App;
 }
 
-namespace host {
+namespace fisheye_calibration::program {
 
 void addDetect(CLI::App& app, DetectOptions& options);
 void addCalibrate(CLI::App& app, CalibrateOptions& options);
@@ -31,6 +30,4 @@ void addCrop(CLI::App& app, CropOptions& options);
 void addStitch(CLI::App& app, StitchOptions& options);
 void addStraighten(CLI::App& app, StraightenOptions& options);
 
-}  // namespace host
-
-#endif  // HOST_COMMAND_OPTIONS_H
+}  // namespace fisheye_calibration::program

@@ -22,7 +22,7 @@
 #include "geometry/second_view.h"
 #include "reports/progress_bar.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
@@ -215,4 +215,4 @@ int runCorrect(const CorrectOptions& options, std::ostream& out, std::ostream& m
   return exitOk;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,12 +1,11 @@
 // correct: renders the view from above of one or many frames.
-#ifndef HOST_CORRECT_COMMAND_H
-#define HOST_CORRECT_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct CorrectOptions {
   std::string camera;
@@ -19,6 +18,4 @@ struct CorrectOptions {
 
 int runCorrect(const CorrectOptions& options, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_CORRECT_COMMAND_H
+}  // namespace fisheye_calibration::program

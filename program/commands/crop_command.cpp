@@ -9,7 +9,7 @@
 #include "files/picture.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 int runCrop(const CropOptions& options, std::ostream& out, std::ostream& messages) {
   const Size size = parseSize("--size", options.size, 1, largestImageSide);
@@ -34,4 +34,4 @@ int runCrop(const CropOptions& options, std::ostream& out, std::ostream& message
   return exitOk;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

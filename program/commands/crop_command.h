@@ -1,11 +1,10 @@
 // crop: cuts the centred rectangle out of a picture.
-#ifndef HOST_CROP_COMMAND_H
-#define HOST_CROP_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct CropOptions {
   std::string image;
@@ -15,6 +14,4 @@ struct CropOptions {
 
 int runCrop(const CropOptions& options, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_CROP_COMMAND_H
+}  // namespace fisheye_calibration::program

@@ -13,7 +13,7 @@
 #include "files/picture.h"
 #include "files/points_csv.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr int largestGridSide = 200;
@@ -130,4 +130,4 @@ int runDetect(const DetectOptions& options, std::ostream& out, std::ostream& mes
   return exitOk;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

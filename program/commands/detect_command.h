@@ -1,6 +1,5 @@
 // detect: finds the target in a picture and writes its numbered points.
-#ifndef HOST_DETECT_COMMAND_H
-#define HOST_DETECT_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <opencv2/core.hpp>
@@ -11,7 +10,7 @@
 #include "files/output_files.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // As given on the command line; empty where not given.
 struct TargetOptions {
@@ -44,6 +43,4 @@ DetectedTarget detectInPicture(const std::string& image, const TargetOptions& op
 
 int runDetect(const DetectOptions& options, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_DETECT_COMMAND_H
+}  // namespace fisheye_calibration::program

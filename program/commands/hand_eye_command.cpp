@@ -14,7 +14,7 @@
 #include "fisheye_calibration.h"
 #include "reports/affine_report.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr std::size_t fewestPoints = 3;
@@ -95,4 +95,4 @@ int runHandEye(const HandEyeOptions& options, std::ostream& out) {
   return exitOk;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

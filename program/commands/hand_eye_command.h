@@ -1,11 +1,10 @@
 // hand-eye: the affine map from raw-image pixels to the work plane.
-#ifndef HOST_HAND_EYE_COMMAND_H
-#define HOST_HAND_EYE_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct HandEyeOptions {
   std::string points;
@@ -15,6 +14,4 @@ struct HandEyeOptions {
 
 int runHandEye(const HandEyeOptions& options, std::ostream& out);
 
-}  // namespace host
-
-#endif  // HOST_HAND_EYE_COMMAND_H
+}  // namespace fisheye_calibration::program

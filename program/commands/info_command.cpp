@@ -9,7 +9,7 @@
 #include "files/camera_file.h"
 #include "reports/calibration_report.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 int runInfo(const std::string& path, std::ostream& out, std::ostream& messages) {
   const CameraFile camera = loadCamera(path);
@@ -25,4 +25,4 @@ int runInfo(const std::string& path, std::ostream& out, std::ostream& messages) 
   return camera.complaints.empty() && !anyImpossible(findings) ? exitOk : exitJobFailed;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,14 +1,11 @@
 // info: a camera's parameter file in readable form, and what in it cannot be.
-#ifndef HOST_INFO_COMMAND_H
-#define HOST_INFO_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 int runInfo(const std::string& path, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_INFO_COMMAND_H
+}  // namespace fisheye_calibration::program

@@ -17,7 +17,7 @@
 #include "files/dual_file.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 struct FrameName {
@@ -208,4 +208,4 @@ int runMap(const MapOptions& options, std::istream& in, std::ostream& out, std::
   return outcome.finite ? exitOk : exitJobFailed;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

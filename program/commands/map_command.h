@@ -1,13 +1,12 @@
 // map: carries points between the frames of a calibrated camera or of a stitched picture, by the
 // library's conversions.
-#ifndef HOST_MAP_COMMAND_H
-#define HOST_MAP_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct MapOptions {
   std::string camera;  // either this
@@ -32,6 +31,4 @@ Conversion findConversion(const std::string& from, const std::string& to);
 
 int runMap(const MapOptions& options, std::istream& in, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_MAP_COMMAND_H
+}  // namespace fisheye_calibration::program

@@ -3,7 +3,7 @@
 
 #include "commands/command_options.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 void addCorrect(CLI::App& app, CorrectOptions& options) {
   CLI::App* command =
@@ -98,4 +98,4 @@ void addStraighten(CLI::App& app, StraightenOptions& options) {
       "key.\n\nExample:\n  fisheye-calibration straighten corners.csv corrected.png");
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

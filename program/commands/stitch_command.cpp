@@ -23,7 +23,7 @@
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double farApart = 5;  // canvas pixels; more is plainly to be seen
@@ -220,4 +220,4 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
   return exitOk;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,11 +1,10 @@
 // stitch: joins the frames of two cameras over one bed.
-#ifndef HOST_STITCH_COMMAND_H
-#define HOST_STITCH_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct StitchOptions {
   std::string left;   // "frame,camera.ini,points.csv"
@@ -19,6 +18,4 @@ struct StitchOptions {
 
 int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_STITCH_COMMAND_H
+}  // namespace fisheye_calibration::program

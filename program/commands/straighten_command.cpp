@@ -14,7 +14,7 @@
 #include "files/points_csv.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
@@ -82,4 +82,4 @@ int runStraighten(const StraightenOptions& options, std::ostream& out, std::ostr
   return exitOk;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

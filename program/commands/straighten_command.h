@@ -1,11 +1,10 @@
 // straighten: the library's perspective aid, with its fixed files prepared.
-#ifndef HOST_STRAIGHTEN_COMMAND_H
-#define HOST_STRAIGHTEN_COMMAND_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct StraightenOptions {
   std::string points;
@@ -14,6 +13,4 @@ struct StraightenOptions {
 
 int runStraighten(const StraightenOptions& options, std::ostream& out, std::ostream& messages);
 
-}  // namespace host
-
-#endif  // HOST_STRAIGHTEN_COMMAND_H
+}  // namespace fisheye_calibration::program

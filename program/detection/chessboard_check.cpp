@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double intoSquare = 0.4;      // of the step to the next corner, where a square is sampled
@@ -118,4 +118,4 @@ bool looksLikeChessboard(const cv::Mat& grey, const std::vector<cv::Point2f>& co
          column(columns) < continuation;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

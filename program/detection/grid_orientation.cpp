@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 struct Axes {
@@ -77,4 +77,4 @@ std::vector<GridPoint> orientGrid(std::vector<GridPoint> grid) {
   return grid;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

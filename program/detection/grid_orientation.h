@@ -1,11 +1,10 @@
 // Numbering of a detected grid: detectors may start at any corner of the target.
-#ifndef HOST_GRID_ORIENTATION_H
-#define HOST_GRID_ORIENTATION_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct GridPoint {
   cv::Point2d world;  // in steps of the grid; the smallest coordinates are 0
@@ -17,6 +16,4 @@ struct GridPoint {
 // by row: ascending Y, then ascending X.
 std::vector<GridPoint> orientGrid(std::vector<GridPoint> grid);
 
-}  // namespace host
-
-#endif  // HOST_GRID_ORIENTATION_H
+}  // namespace fisheye_calibration::program

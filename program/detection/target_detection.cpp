@@ -10,7 +10,7 @@
 
 #include "detection/chessboard_check.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 using Points = std::vector<cv::Point2f>;
@@ -209,4 +209,4 @@ std::optional<Detection> detectTarget(const cv::Mat& grey, const Target& target,
                                                : detectCircles(grey, target, progress);
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,6 +1,5 @@
 // Finds a chessboard or a grid of circles in a picture.
-#ifndef HOST_TARGET_DETECTION_H
-#define HOST_TARGET_DETECTION_H
+#pragma once
 
 #include <functional>
 #include <opencv2/core.hpp>
@@ -10,7 +9,7 @@
 
 #include "detection/grid_orientation.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 enum class TargetKind { Chessboard, Circles, AsymmetricCircles };
 
@@ -40,6 +39,4 @@ cv::Point2d gridStep(const Target& target, int index);
 // steps along a row or column must not differ by more than a strong lens makes them.
 bool isPlausibleGrid(const std::vector<cv::Point2f>& points, int columns, int rows);
 
-}  // namespace host
-
-#endif  // HOST_TARGET_DETECTION_H
+}  // namespace fisheye_calibration::program

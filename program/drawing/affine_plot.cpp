@@ -10,7 +10,7 @@
 #include "base/text.h"
 #include "drawing/drawing.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double longSide = 1000;  // of the plotted plane, pixels
@@ -123,4 +123,4 @@ cv::Mat drawAffinePlot(const AffineMap& map, const std::vector<CalibrationPoint>
   return canvas;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

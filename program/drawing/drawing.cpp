@@ -5,7 +5,7 @@
 #include <iterator>
 #include <opencv2/imgproc.hpp>
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr int subPixelBits = 4;
@@ -118,4 +118,4 @@ double niceAbove(double value) {
   return (digit <= 1 ? 1 : digit <= 2 ? 2 : digit <= 5 ? 5 : 10) * decade;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

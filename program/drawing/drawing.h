@@ -1,11 +1,10 @@
 // Plain drawing for the pictures that the program writes.
-#ifndef HOST_DRAWING_H
-#define HOST_DRAWING_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // Blue for 0 over cyan-green and amber to red for 1, dark enough for a light ground.
 cv::Scalar scaleColour(double share);
@@ -33,6 +32,4 @@ void drawArrow(cv::Mat& canvas, cv::Point2d from, cv::Point2d to, const cv::Scal
 double niceBelow(double value);
 double niceAbove(double value);
 
-}  // namespace host
-
-#endif  // HOST_DRAWING_H
+}  // namespace fisheye_calibration::program

@@ -8,7 +8,7 @@
 #include "base/text.h"
 #include "drawing/drawing.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double closestLines = 4;  // pixels
@@ -80,4 +80,4 @@ void drawGrid(cv::Mat& picture, const Grid& grid) {
   }
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,13 +1,12 @@
 // The bed's coordinate lines over a corrected or stitched picture.
-#ifndef HOST_GRID_OVERLAY_H
-#define HOST_GRID_OVERLAY_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <vector>
 
 #include "geometry/metric_picture.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct GridLine {
   double world;  // a multiple of the spacing
@@ -26,6 +25,4 @@ Grid gridOver(const MetricPicture& picture, double spacing);
 // Draws the lines and their labels in world units; a grey picture stays grey.
 void drawGrid(cv::Mat& picture, const Grid& grid);
 
-}  // namespace host
-
-#endif  // HOST_GRID_OVERLAY_H
+}  // namespace fisheye_calibration::program

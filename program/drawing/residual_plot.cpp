@@ -9,7 +9,7 @@
 #include "base/text.h"
 #include "drawing/drawing.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double longSide = 1400;  // of the plotted picture
@@ -206,4 +206,4 @@ cv::Mat drawResidualPlot(const ResidualPlot& plot) {
   return canvas;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,7 +1,6 @@
 // The picture of the residuals: where the measured points lie and by how much the solved camera
 // misses each, magnified.
-#ifndef HOST_RESIDUAL_PLOT_H
-#define HOST_RESIDUAL_PLOT_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <vector>
@@ -9,7 +8,7 @@
 #include "commands/arguments.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct ResidualPlot {
   std::vector<CalibrationPoint> points;
@@ -25,6 +24,4 @@ double magnificationFor(const std::vector<CalibrationPoint>& points, const Size&
 
 cv::Mat drawResidualPlot(const ResidualPlot& plot);
 
-}  // namespace host
-
-#endif  // HOST_RESIDUAL_PLOT_H
+}  // namespace fisheye_calibration::program

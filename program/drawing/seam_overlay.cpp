@@ -7,7 +7,7 @@
 
 #include "drawing/drawing.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 cv::Mat maskOf(StitchCamera& camera) {
@@ -78,4 +78,4 @@ cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const std::vector<Agre
   return picture;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

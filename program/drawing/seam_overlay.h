@@ -1,6 +1,5 @@
 // Where two stitched views are blended.
-#ifndef HOST_SEAM_OVERLAY_H
-#define HOST_SEAM_OVERLAY_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <optional>
@@ -9,7 +8,7 @@
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct SeamRow {
   int begin;  // first column that both views fill: the left one's share starts to fall
@@ -25,6 +24,4 @@ std::vector<std::optional<SeamRow>> seamRows(const cv::Mat& leftMask, const cv::
 // ring where the left view shows them, a disc where the right one does.
 cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const std::vector<Agreement>& agreement);
 
-}  // namespace host
-
-#endif  // HOST_SEAM_OVERLAY_H
+}  // namespace fisheye_calibration::program

@@ -7,7 +7,7 @@
 
 #include "drawing/drawing.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr int smallestLongSide = 1400;  // smaller pictures are enlarged, so that the numbers fit
@@ -83,4 +83,4 @@ cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoin
   return picture;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

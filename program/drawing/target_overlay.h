@@ -1,6 +1,5 @@
 // The picture that shows which points were found and how they are numbered.
-#ifndef HOST_TARGET_OVERLAY_H
-#define HOST_TARGET_OVERLAY_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <string>
@@ -8,12 +7,10 @@
 
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // `points` row by row; points of the same Yw are joined by a line.
 cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoint>& points,
                           const std::string& caption);
 
-}  // namespace host
-
-#endif  // HOST_TARGET_OVERLAY_H
+}  // namespace fisheye_calibration::program

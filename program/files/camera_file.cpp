@@ -9,7 +9,7 @@
 #include "base/record_fields.h"
 #include "files/ini_section.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr std::string_view sectionName = "CalibraionParam";  // the file format's own spelling
@@ -52,4 +52,4 @@ void stageCamera(OutputFiles& files, const std::string& path,
   }
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,7 +1,6 @@
 // The camera's parameter file. The library reads a missing file, section or key as 0 and reports
 // nothing; here the difference is told.
-#ifndef HOST_CAMERA_FILE_H
-#define HOST_CAMERA_FILE_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -10,7 +9,7 @@
 #include "files/output_files.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct CameraFile {
   FishEyeCalibrationParam param{};
@@ -27,6 +26,4 @@ CameraFile loadCamera(const std::string& path);
 // Stages the record over the file at `path`; other sections and comments in it stay.
 void stageCamera(OutputFiles& files, const std::string& path, const FishEyeCalibrationParam& param);
 
-}  // namespace host
-
-#endif  // HOST_CAMERA_FILE_H
+}  // namespace fisheye_calibration::program

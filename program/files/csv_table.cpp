@@ -6,7 +6,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
@@ -124,4 +124,4 @@ CsvTable parseCsv(const std::string& name, std::string_view text) {
   return table;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,6 +1,5 @@
 // Comma-separated text with a header line, read so that every complaint can name line and column.
-#ifndef HOST_CSV_TABLE_H
-#define HOST_CSV_TABLE_H
+#pragma once
 
 #include <cstddef>
 #include <optional>
@@ -8,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct CsvField {
   std::string text;  // without the blanks around it
@@ -42,6 +41,4 @@ std::string located(const std::string& name, int line, int column, const std::st
 // length.
 CsvTable parseCsv(const std::string& name, std::string_view text);
 
-}  // namespace host
-
-#endif  // HOST_CSV_TABLE_H
+}  // namespace fisheye_calibration::program

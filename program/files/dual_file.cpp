@@ -11,7 +11,7 @@
 #include "base/text.h"
 #include "files/ini_section.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr std::string_view sectionName = "DualCamerasCalibraionParam";  // the format's own spelling
@@ -77,4 +77,4 @@ int pictureRowOffset(const DualFishEyeCalibrationParam& param) {
   return param.StdImageHeight - 2 * param.DatumImagePtY;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

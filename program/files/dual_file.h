@@ -1,6 +1,5 @@
 // The parameter file of a stitched picture.
-#ifndef HOST_DUAL_FILE_H
-#define HOST_DUAL_FILE_H
+#pragma once
 
 #include <iosfwd>
 #include <string>
@@ -8,7 +7,7 @@
 #include "files/output_files.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // Fails as bad input if there is no such file or it has no section of a stitched picture; what else
 // is wrong with it goes to `messages` as warnings.
@@ -23,6 +22,4 @@ void stageDual(OutputFiles& files, const std::string& path,
 // 2 DatumImagePtY, which is 0 for an uncropped canvas.
 int pictureRowOffset(const DualFishEyeCalibrationParam& param);
 
-}  // namespace host
-
-#endif  // HOST_DUAL_FILE_H
+}  // namespace fisheye_calibration::program

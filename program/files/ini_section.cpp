@@ -6,7 +6,7 @@
 #include "base/text.h"
 #include "files/csv_table.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 bool isSectionHeader(std::string_view line, std::string_view& name) {
@@ -72,4 +72,4 @@ std::vector<std::string> inspectEntries(const std::string& name, const IniSectio
   return complaints;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,12 +1,11 @@
 // One section of a parameter file, with the positions that complaints name.
-#ifndef HOST_INI_SECTION_H
-#define HOST_INI_SECTION_H
+#pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct IniEntry {
   std::string key;
@@ -27,6 +26,4 @@ IniSection readIniSection(std::string_view text, std::string_view sectionName);
 std::vector<std::string> inspectEntries(const std::string& name, const IniSection& section,
                                         const std::vector<std::string>& keys);
 
-}  // namespace host
-
-#endif  // HOST_INI_SECTION_H
+}  // namespace fisheye_calibration::program

@@ -10,7 +10,7 @@
 #include "base/failure.h"
 #include "base/file_path.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
@@ -116,4 +116,4 @@ void OutputFiles::commit() {
   staged_.clear();
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

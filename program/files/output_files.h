@@ -1,14 +1,13 @@
 // Files that appear whole or not at all: everything is first written beside its destination, then
 // renamed over it. A file that was there stays as it was until then.
-#ifndef HOST_OUTPUT_FILES_H
-#define HOST_OUTPUT_FILES_H
+#pragma once
 
 #include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 std::string readFile(const std::string& path);
 
@@ -42,6 +41,4 @@ class OutputFiles {
   std::vector<Staged> staged_;
 };
 
-}  // namespace host
-
-#endif  // HOST_OUTPUT_FILES_H
+}  // namespace fisheye_calibration::program

@@ -8,7 +8,7 @@
 #include "base/file_path.h"
 #include "files/output_files.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 cv::Mat readAs(const std::string& path, int kind) {
@@ -53,4 +53,4 @@ void requirePictureName(const std::string& option, const std::string& path) {
   }
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

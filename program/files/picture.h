@@ -1,11 +1,10 @@
 // Pictures in and out.
-#ifndef HOST_PICTURE_H
-#define HOST_PICTURE_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // True if the file's first bytes are those of a picture.
 bool isPicture(const std::string& path);
@@ -26,6 +25,4 @@ std::string encodePicture(const std::string& path, const cv::Mat& picture);
 // Fails as bad input if the path's ending names no kind of picture that can be written.
 void requirePictureName(const std::string& option, const std::string& path);
 
-}  // namespace host
-
-#endif  // HOST_PICTURE_H
+}  // namespace fisheye_calibration::program

@@ -7,7 +7,7 @@
 #include "base/text.h"
 #include "files/csv_table.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 std::string pointFields(const CalibrationPoint& point) {
@@ -61,4 +61,4 @@ std::string formatResiduals(const std::vector<CalibrationPoint>& points) {
   return text;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

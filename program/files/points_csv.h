@@ -1,6 +1,5 @@
 // The file of target points: PointId,Xw,Yw,ImagePtX,ImagePtY.
-#ifndef HOST_POINTS_CSV_H
-#define HOST_POINTS_CSV_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -8,7 +7,7 @@
 
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // The points in the order of the lines. The columns are found by their names; further columns are
 // ignored. Fails as bad input, naming file, line and column.
@@ -19,6 +18,4 @@ std::string formatPoints(const std::vector<CalibrationPoint>& points);
 // The points with what the calibration made of them; residual = measured - reprojected, pixels.
 std::string formatResiduals(const std::vector<CalibrationPoint>& points);
 
-}  // namespace host
-
-#endif  // HOST_POINTS_CSV_H
+}  // namespace fisheye_calibration::program

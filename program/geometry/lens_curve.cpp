@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double rightAngle = 1.57079632679489661923;
@@ -27,4 +27,4 @@ double lensShape(double k0, double k1) {
   return 1 + k0 * theta + k1 * theta * theta;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

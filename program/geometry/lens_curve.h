@@ -1,11 +1,10 @@
 // The lens curve theta_d = theta + k0 theta^2 + k1 theta^3 over the angle theta to the optical
 // axis.
-#ifndef HOST_LENS_CURVE_H
-#define HOST_LENS_CURVE_H
+#pragma once
 
 #include <optional>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // The smallest angle above 0, radians, at which the curve stops rising; nothing if it rises up to
 // pi/2. Beyond it two world points fall on the same pixel.
@@ -15,6 +14,4 @@ std::optional<double> turningAngle(double k0, double k1);
 // (stereographic).
 double lensShape(double k0, double k1);
 
-}  // namespace host
-
-#endif  // HOST_LENS_CURVE_H
+}  // namespace fisheye_calibration::program

@@ -4,7 +4,7 @@
 
 #include "files/dual_file.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 MetricPicture metricPicture(const FishEyeCalibrationParam& param, const cv::Size& size) {
   const float cx = static_cast<float>(size.width * 0.5);
@@ -51,4 +51,4 @@ MetricPicture metricPicture(const DualFishEyeCalibrationParam& dual) {
   return picture;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

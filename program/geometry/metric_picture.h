@@ -1,13 +1,12 @@
 // Pictures whose columns and rows run along the axes of the bed.
-#ifndef HOST_METRIC_PICTURE_H
-#define HOST_METRIC_PICTURE_H
+#pragma once
 
 #include <functional>
 #include <opencv2/core.hpp>
 
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct MetricPicture {
   cv::Size size;
@@ -23,6 +22,4 @@ MetricPicture metricPicture(const FishEyeCalibrationParam& param, const cv::Size
 // A stitched canvas, or what was cropped from it.
 MetricPicture metricPicture(const DualFishEyeCalibrationParam& dual);
 
-}  // namespace host
-
-#endif  // HOST_METRIC_PICTURE_H
+}  // namespace fisheye_calibration::program

@@ -5,7 +5,7 @@
 #include "base/record_fields.h"
 #include "base/text.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c) {
@@ -73,4 +73,4 @@ std::string sizeComplaint(const FishEyeCalibrationParam& param, const Size& size
          std::to_string(size.height);
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

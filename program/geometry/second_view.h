@@ -1,7 +1,6 @@
 // Where a camera's rendered view shows what: the chain that SingleCamCorrected renders by, carried
 // out for single points.
-#ifndef HOST_SECOND_VIEW_H
-#define HOST_SECOND_VIEW_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <optional>
@@ -10,7 +9,7 @@
 #include "commands/arguments.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // Picture position (rows from the top) in a view of `size` at which the bed point is rendered:
 // corrected point c = WorldToCorrectedImagePoint, then H c + (ImageDx, ImageDy).
@@ -28,6 +27,4 @@ double centreShift(const FishEyeCalibrationParam& param, const Size& size);
 // A warning where that is more than a pixel; empty otherwise.
 std::string sizeComplaint(const FishEyeCalibrationParam& param, const Size& size);
 
-}  // namespace host
-
-#endif  // HOST_SECOND_VIEW_H
+}  // namespace fisheye_calibration::program

@@ -9,7 +9,7 @@
 #include "geometry/metric_picture.h"
 #include "geometry/second_view.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 // Where the view of a camera renders the pixel at which it measured the point.
@@ -112,4 +112,4 @@ std::string describeAgreement(const std::vector<Agreement>& agreement, double un
   return text;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

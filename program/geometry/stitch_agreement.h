@@ -1,6 +1,5 @@
 // How well two stitched cameras agree at the points that both measured.
-#ifndef HOST_STITCH_AGREEMENT_H
-#define HOST_STITCH_AGREEMENT_H
+#pragma once
 
 #include <opencv2/core.hpp>
 #include <string>
@@ -8,7 +7,7 @@
 
 #include "geometry/stitch_pair.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct Agreement {
   int pointId;
@@ -30,6 +29,4 @@ double worstApart(const std::vector<Agreement>& agreement);
 // Root mean squares and the worst five points, with what the figures are.
 std::string describeAgreement(const std::vector<Agreement>& agreement, double unitsPerPixel);
 
-}  // namespace host
-
-#endif  // HOST_STITCH_AGREEMENT_H
+}  // namespace fisheye_calibration::program

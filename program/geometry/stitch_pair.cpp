@@ -4,7 +4,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 SharedPoints sharedPoints(const StitchPair& pair) {
   SharedPoints shared;
@@ -68,4 +68,4 @@ cv::Point2d applied(const cv::Matx33d& transform, cv::Point2d point) {
   return {mapped[0] / mapped[2], mapped[1] / mapped[2]};
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,6 +1,5 @@
 // Two cameras over one bed: what goes into a stitch, and the geometry the library stitches by.
-#ifndef HOST_STITCH_PAIR_H
-#define HOST_STITCH_PAIR_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -12,7 +11,7 @@
 #include "commands/arguments.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 struct StitchCamera {
   std::string cameraName;  // of the files, for messages
@@ -50,6 +49,4 @@ cv::Matx33d viewTransform(const StitchPair& pair, const SharedPoints& shared);
 
 cv::Point2d applied(const cv::Matx33d& transform, cv::Point2d point);
 
-}  // namespace host
-
-#endif  // HOST_STITCH_PAIR_H
+}  // namespace fisheye_calibration::program

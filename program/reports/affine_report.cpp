@@ -6,7 +6,7 @@
 
 #include "base/text.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 std::string figures(double x, double y) { return "X " + general(x, 6) + "  Y " + general(y, 6); }
@@ -57,4 +57,4 @@ std::string describeAffine(const AffineMap& map, const std::vector<CalibrationPo
          "  plain RMS over all points:    " + figures(plain.x, plain.y) + "\n";
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

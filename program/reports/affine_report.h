@@ -1,6 +1,5 @@
 // The hand-eye fit as text: coefficients, the library's two error figures and the plain ones.
-#ifndef HOST_AFFINE_REPORT_H
-#define HOST_AFFINE_REPORT_H
+#pragma once
 
 #include <array>
 #include <string>
@@ -8,7 +7,7 @@
 
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // Xw = a x + b y + e, Yw = c x + d y + f for raw-image pixels (x, y), with what the library says of
 // its error.
@@ -35,6 +34,4 @@ std::string formatAffine(const AffineMap& map);
 // For people: the map, the library's figures and the plain ones, each called what it is.
 std::string describeAffine(const AffineMap& map, const std::vector<CalibrationPoint>& points);
 
-}  // namespace host
-
-#endif  // HOST_AFFINE_REPORT_H
+}  // namespace fisheye_calibration::program

@@ -11,7 +11,7 @@
 #include "base/text.h"
 #include "geometry/lens_curve.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 namespace {
 
 constexpr double degreesPerRadian = 57.29577951308232;
@@ -109,4 +109,4 @@ std::string describeResult(const CalibrationResult& result, const Size& correcte
   return text + worstPoints(result.points);
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

@@ -1,6 +1,5 @@
 // The result of a calibration as text.
-#ifndef HOST_CALIBRATION_REPORT_H
-#define HOST_CALIBRATION_REPORT_H
+#pragma once
 
 #include <string>
 
@@ -8,7 +7,7 @@
 #include "commands/arguments.h"
 #include "fisheye_calibration.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // The record as a table of readable lines: name, value, unit, meaning.
 std::string describeRecord(const FishEyeCalibrationParam& param);
@@ -16,6 +15,4 @@ std::string describeRecord(const FishEyeCalibrationParam& param);
 // describeRecord, the reprojection error and the five points with the largest residuals.
 std::string describeResult(const CalibrationResult& result, const Size& corrected);
 
-}  // namespace host
-
-#endif  // HOST_CALIBRATION_REPORT_H
+}  // namespace fisheye_calibration::program

@@ -4,7 +4,7 @@
 
 #include "base/text.h"
 
-namespace host {
+namespace fisheye_calibration::program {
 
 std::string progressText(std::size_t done, std::size_t total, double seconds) {
   constexpr std::size_t length = 20;
@@ -30,4 +30,4 @@ void ProgressBar::clear() {
   width_ = 0;
 }
 
-}  // namespace host
+}  // namespace fisheye_calibration::program

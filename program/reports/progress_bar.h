@@ -1,12 +1,11 @@
 // A bar in one line of text that tells how far a row of pictures has come.
-#ifndef HOST_PROGRESS_BAR_H
-#define HOST_PROGRESS_BAR_H
+#pragma once
 
 #include <cstddef>
 #include <iosfwd>
 #include <string>
 
-namespace host {
+namespace fisheye_calibration::program {
 
 // "[##########----------] 5/10  12.5 frames/s"; no rate where no time has passed.
 std::string progressText(std::size_t done, std::size_t total, double seconds);
@@ -26,6 +25,4 @@ class ProgressBar {
   std::size_t width_ = 0;
 };
 
-}  // namespace host
-
-#endif  // HOST_PROGRESS_BAR_H
+}  // namespace fisheye_calibration::program

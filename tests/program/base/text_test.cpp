@@ -4,11 +4,8 @@
 
 #include "support/comma_locale.h"
 
+namespace fisheye_calibration::program {
 namespace {
-
-using host::parseFloat;
-using host::parseInteger;
-using host::parseNumber;
 
 TEST(Text, NumbersAreReadWhole) {
   EXPECT_EQ(parseNumber("-1.5e2"), -150.0);
@@ -39,15 +36,16 @@ TEST(Text, WholeNumbersTakeNoFraction) {
 TEST(Text, TheDecimalPointIsAPointInEveryLocale) {
   const support::CommaLocale locale;
   SKIP_WITHOUT_COMMA_LOCALE(locale);
-  EXPECT_EQ(host::fixed(1.5, 2), "1.50");
+  EXPECT_EQ(fixed(1.5, 2), "1.50");
   EXPECT_EQ(parseNumber("1.5"), 1.5);
 }
 
 TEST(Text, ShortestReadsBackAsTheSameFloat) {
-  EXPECT_EQ(host::shortest(0.1f), "0.1");
-  EXPECT_EQ(parseFloat(host::shortest(1.0f / 3.0f)), 1.0f / 3.0f);
+  EXPECT_EQ(shortest(0.1f), "0.1");
+  EXPECT_EQ(parseFloat(shortest(1.0f / 3.0f)), 1.0f / 3.0f);
 }
 
-TEST(Text, MessagesBecomeOneLine) { EXPECT_EQ(host::onOneLine("  a\n\tb  c \n"), "a b c"); }
+TEST(Text, MessagesBecomeOneLine) { EXPECT_EQ(onOneLine("  a\n\tb  c \n"), "a b c"); }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

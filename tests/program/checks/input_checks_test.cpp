@@ -7,16 +7,15 @@
 
 #include "program/support/synthetic_target.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host::Finding;
-using host::FindingKind;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr host::Size image{960, 720};
+constexpr Size image{960, 720};
 
-std::vector<CalibrationPoint> goodPoints() { return host_test::exactPoints({}, {}); }
+std::vector<CalibrationPoint> goodPoints() { return exactPoints({}, {}); }
 
 const Finding* find(const std::vector<Finding>& findings, FindingKind kind) {
   const auto found = std::find_if(findings.begin(), findings.end(),
@@ -25,25 +24,24 @@ const Finding* find(const std::vector<Finding>& findings, FindingKind kind) {
 }
 
 std::vector<int> idsOf(const std::vector<CalibrationPoint>& points, FindingKind kind) {
-  const std::vector<Finding> findings = host::checkInput(points, image);
+  const std::vector<Finding> findings = checkInput(points, image);
   const Finding* finding = find(findings, kind);
   return finding ? finding->pointIds : std::vector<int>{};
 }
 
 TEST(InputChecks, AGoodTargetRaisesNothing) {
-  for (const Finding& finding : host::checkInput(goodPoints(), image))
-    ADD_FAILURE() << finding.text;
+  for (const Finding& finding : checkInput(goodPoints(), image)) ADD_FAILURE() << finding.text;
 }
 
 TEST(InputChecks, EightPointsAreTooFewAndNineAreNot) {
   std::vector<CalibrationPoint> points = goodPoints();
   points.resize(9);
-  EXPECT_EQ(find(host::checkInput(points, image), FindingKind::TooFewPoints), nullptr);
+  EXPECT_EQ(find(checkInput(points, image), FindingKind::TooFewPoints), nullptr);
   points.resize(8);
-  const std::vector<Finding> findings = host::checkInput(points, image);
+  const std::vector<Finding> findings = checkInput(points, image);
   const Finding* finding = find(findings, FindingKind::TooFewPoints);
   ASSERT_NE(finding, nullptr);
-  EXPECT_EQ(finding->severity, host::Severity::Impossible);
+  EXPECT_EQ(finding->severity, Severity::Impossible);
   EXPECT_EQ(finding->text, "only 8 points, at least 9 are needed");
 }
 
@@ -84,7 +82,7 @@ TEST(InputChecks, PointsWithin95PercentOfTheReachAreLeftInPeace) {
 TEST(InputChecks, PointsOnOneLineAreTold) {
   std::vector<CalibrationPoint> points = goodPoints();
   for (CalibrationPoint& point : points) point.Yw = 2 * point.Xw + 10;
-  EXPECT_NE(find(host::checkInput(points, image), FindingKind::CollinearPoints), nullptr);
+  EXPECT_NE(find(checkInput(points, image), FindingKind::CollinearPoints), nullptr);
 }
 
 TEST(InputChecks, TheOnlyPointOffALineIsNamed) {
@@ -103,18 +101,18 @@ TEST(InputChecks, PointsAtTheSamePlaceAreNamed) {
 }
 
 TEST(InputChecks, ASmallTargetIsTold) {
-  host_test::SyntheticTarget small;
+  SyntheticTarget small;
   small.spacing = 8;
-  const auto points = host_test::exactPoints({}, small);
-  EXPECT_NE(find(host::checkInput(points, image), FindingKind::SmallCoverage), nullptr);
+  const auto points = exactPoints({}, small);
+  EXPECT_NE(find(checkInput(points, image), FindingKind::SmallCoverage), nullptr);
 }
 
 TEST(InputChecks, ASmallFrontalTargetIsTold) {
-  host_test::SyntheticCamera camera;
+  SyntheticCamera camera;
   camera.R = {1, 0, 0, 0, 1, 0, 0, 0, 1};
   camera.T = {-120, -90, 300};
-  const auto points = host_test::exactPoints(camera, {});
-  EXPECT_NE(find(host::checkInput(points, image), FindingKind::SmallFrontalTarget), nullptr);
+  const auto points = exactPoints(camera, {});
+  EXPECT_NE(find(checkInput(points, image), FindingKind::SmallFrontalTarget), nullptr);
 }
 
 TEST(InputChecks, ACloseFirstAndLastPointAreNamed) {
@@ -124,10 +122,11 @@ TEST(InputChecks, ACloseFirstAndLastPointAreNamed) {
 }
 
 TEST(Finding, LongListsOfPointsAreCut) {
-  EXPECT_EQ(host::namedPoints({4}), "point 4");
-  EXPECT_EQ(host::namedPoints({4, 5, 9}), "points 4, 5 and 9");
-  EXPECT_EQ(host::namedPoints({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}),
+  EXPECT_EQ(namedPoints({4}), "point 4");
+  EXPECT_EQ(namedPoints({4, 5, 9}), "points 4, 5 and 9");
+  EXPECT_EQ(namedPoints({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}),
             "points 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11 and 3 more");
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -10,25 +10,22 @@
 #include "geometry/lens_curve.h"
 #include "program/support/sample_record.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host::Finding;
-using host::FindingKind;
-using host_test::sampleRecord;
-
 bool impossible(const FishEyeCalibrationParam& param, FindingKind kind) {
-  const std::vector<Finding> findings = host::checkRecord(param);
+  const std::vector<Finding> findings = checkRecord(param);
   return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
-    return finding.kind == kind && finding.severity == host::Severity::Impossible;
+    return finding.kind == kind && finding.severity == Severity::Impossible;
   });
 }
 
 TEST(RecordChecks, AGoodRecordRaisesNothing) {
-  for (const Finding& finding : host::checkRecord(sampleRecord())) ADD_FAILURE() << finding.text;
+  for (const Finding& finding : checkRecord(sampleRecord())) ADD_FAILURE() << finding.text;
 }
 
 TEST(RecordChecks, AnEmptyRecordIsToldOnce) {
-  const std::vector<Finding> findings = host::checkRecord(FishEyeCalibrationParam{});
+  const std::vector<Finding> findings = checkRecord(FishEyeCalibrationParam{});
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].kind, FindingKind::Empty);
 }
@@ -37,7 +34,7 @@ TEST(RecordChecks, FieldsThatAreNotFiniteAreNamed) {
   FishEyeCalibrationParam param = sampleRecord();
   param.Ty = std::numeric_limits<float>::quiet_NaN();
   param.p4 = std::numeric_limits<double>::infinity();
-  const std::vector<Finding> findings = host::checkRecord(param);
+  const std::vector<Finding> findings = checkRecord(param);
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].text, "Ty, p4 are not a finite number");
 }
@@ -95,19 +92,19 @@ TEST(RecordChecks, APixelSizeOfZeroIsTold) {
 
 TEST(LensCurve, TurnsWhereItsSlopeVanishes) {
   // 1 - theta^2 = 0 with k0 = 0, k1 = -1/3; 1 - 2 theta = 0 with k0 = -1, k1 = 0.
-  EXPECT_NEAR(host::turningAngle(0, -1.0 / 3).value(), 1, 1e-12);
-  EXPECT_NEAR(host::turningAngle(-1, 0).value(), 0.5, 1e-12);
+  EXPECT_NEAR(turningAngle(0, -1.0 / 3).value(), 1, 1e-12);
+  EXPECT_NEAR(turningAngle(-1, 0).value(), 0.5, 1e-12);
 }
 
 TEST(LensCurve, RisingCurvesDoNotTurn) {
-  EXPECT_FALSE(host::turningAngle(0, 0).has_value());
-  EXPECT_FALSE(host::turningAngle(0.1, 0.2).has_value());
-  EXPECT_FALSE(host::turningAngle(0.5, 0).has_value());
-  EXPECT_FALSE(host::turningAngle(0, -0.01).has_value());  // turns at 5.8 rad, out of view
+  EXPECT_FALSE(turningAngle(0, 0).has_value());
+  EXPECT_FALSE(turningAngle(0.1, 0.2).has_value());
+  EXPECT_FALSE(turningAngle(0.5, 0).has_value());
+  EXPECT_FALSE(turningAngle(0, -0.01).has_value());  // turns at 5.8 rad, out of view
 }
 
 TEST(RecordFields, FollowTheParameterFileAndTheRecord) {
-  const auto fields = host::recordFields();
+  const auto fields = recordFields();
   ASSERT_EQ(fields.size(), 40u);
   FishEyeCalibrationParam param{};
   param.u0 = 1;
@@ -127,9 +124,10 @@ TEST(RecordFields, FollowTheParameterFileAndTheRecord) {
 TEST(RecordFields, ARotationVectorOfAQuarterTurnAboutZ) {
   FishEyeCalibrationParam param{};
   param.Rz = 1.57079633f;
-  const host::Matrix3 R = host::rotationOfVector(param);
-  const host::Matrix3 expected = {0, -1, 0, 1, 0, 0, 0, 0, 1};
+  const Matrix3 R = rotationOfVector(param);
+  const Matrix3 expected = {0, -1, 0, 1, 0, 0, 0, 0, 1};
   for (std::size_t i = 0; i < 9; ++i) EXPECT_NEAR(R[i], expected[i], 1e-7) << i;
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -9,33 +9,31 @@
 #include "program/support/sample_record.h"
 #include "program/support/synthetic_target.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host::CalibrationResult;
-using host::Finding;
-using host::FindingKind;
 using testing::ElementsAre;
 
-constexpr host::Size image{960, 720};
+constexpr Size image{960, 720};
 
 // The sample camera looks straight down: the corrected picture is the world grid already, so the
 // second correction is the identity.
 CalibrationResult goodResult() {
   CalibrationResult result;
   result.homographyFound = true;
-  result.param = host_test::sampleRecord();
-  result.points = host_test::exactPoints({}, {});
+  result.param = sampleRecord();
+  result.points = exactPoints({}, {});
   result.rms = 0.3;
   return result;
 }
 
 std::vector<Finding> check(const CalibrationResult& result) {
-  return host::checkResult(result, image, image);
+  return checkResult(result, image, image);
 }
 
 const Finding* impossible(const std::vector<Finding>& findings, FindingKind kind) {
   const auto found = std::find_if(findings.begin(), findings.end(), [&](const Finding& finding) {
-    return finding.kind == kind && finding.severity == host::Severity::Impossible;
+    return finding.kind == kind && finding.severity == Severity::Impossible;
   });
   return found == findings.end() ? nullptr : &*found;
 }
@@ -107,7 +105,7 @@ TEST(ResultChecks, ALensCurveThatNoLensHasIsDoubtful) {
   const std::vector<Finding> findings = check(result);
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].kind, FindingKind::LensShape);
-  EXPECT_EQ(findings[0].severity, host::Severity::Doubtful);
+  EXPECT_EQ(findings[0].severity, Severity::Doubtful);
 }
 
 TEST(ResultChecks, AMissingHomographyIsNotTrusted) {
@@ -118,10 +116,11 @@ TEST(ResultChecks, AMissingHomographyIsNotTrusted) {
 
 TEST(ResultChecks, ASecondCorrectionThatMissesTheGridIsNotTrusted) {
   CalibrationResult result = goodResult();
-  EXPECT_LT(host::secondCorrectionError(result, image).worstPixels, 1e-3);
+  EXPECT_LT(secondCorrectionError(result, image).worstPixels, 1e-3);
   result.param.ImageDx = 4;
-  EXPECT_NEAR(host::secondCorrectionError(result, image).worstPixels, 4, 1e-3);
+  EXPECT_NEAR(secondCorrectionError(result, image).worstPixels, 4, 1e-3);
   EXPECT_NE(impossible(check(result), FindingKind::SecondCorrection), nullptr);
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -11,51 +11,48 @@
 #include "geometry/stitch_agreement.h"
 #include "program/support/overhead_pair.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host::FindingKind;
-using host_test::board;
-using host_test::cameraOver;
-using host_test::recordOver;
 using testing::ElementsAre;
 
-host::StitchCamera stitchCamera(double Xw) {
-  host::StitchCamera camera;
+StitchCamera stitchCamera(double Xw) {
+  StitchCamera camera;
   camera.cameraName = "c.ini";
   camera.pointsName = "p.csv";
-  camera.frame = host::blankBuffer({240, 180}, 8);
+  camera.frame = blankBuffer({240, 180}, 8);
   camera.param = recordOver(Xw);
-  camera.points = host_test::exactPoints(cameraOver(Xw), board);
+  camera.points = exactPoints(cameraOver(Xw), board);
   return camera;
 }
 
-host::StitchPair goodPair() { return {stitchCamera(160), stitchCamera(260)}; }
+StitchPair goodPair() { return {stitchCamera(160), stitchCamera(260)}; }
 
-std::vector<FindingKind> kindsOf(const host::StitchPair& pair) {
+std::vector<FindingKind> kindsOf(const StitchPair& pair) {
   std::vector<FindingKind> kinds;
-  for (const host::Finding& finding : host::checkStitch(pair)) kinds.push_back(finding.kind);
+  for (const Finding& finding : checkStitch(pair)) kinds.push_back(finding.kind);
   return kinds;
 }
 
 TEST(StitchChecks, AGoodPairRaisesNothing) { EXPECT_THAT(kindsOf(goodPair()), ElementsAre()); }
 
 TEST(StitchChecks, ThreeSharedPointsAreTooFew) {
-  host::StitchPair pair = goodPair();
+  StitchPair pair = goodPair();
   pair.right.points.resize(3);
   EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::FewSharedPoints));
 }
 
 TEST(StitchChecks, SharedPointsInOneRowAreCollinear) {
-  host::StitchPair pair = goodPair();
+  StitchPair pair = goodPair();
   pair.right.points.resize(14);  // the first row
-  const auto findings = host::checkStitch(pair);
+  const auto findings = checkStitch(pair);
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].kind, FindingKind::CollinearPoints);
-  EXPECT_EQ(findings[0].severity, host::Severity::Impossible);
+  EXPECT_EQ(findings[0].severity, Severity::Impossible);
 }
 
 TEST(StitchChecks, PointsInOneSpotCoverLittleOfTheOverlap) {
-  host::StitchPair pair = goodPair();
+  StitchPair pair = goodPair();
   const auto keep = [](const CalibrationPoint& p) {
     return (p.Xw == 200 || p.Xw == 250) && (p.Yw == 100 || p.Yw == 150);
   };
@@ -64,14 +61,14 @@ TEST(StitchChecks, PointsInOneSpotCoverLittleOfTheOverlap) {
 }
 
 TEST(StitchChecks, WorldCoordinatesBelowZeroAreTold) {
-  host::StitchPair pair = goodPair();
+  StitchPair pair = goodPair();
   pair.left.points[0].Xw = pair.right.points[0].Xw = -1;
   EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::WorldRange, FindingKind::WorldRange));
 }
 
 TEST(StitchChecks, DifferentBitCountsCannotBeStitched) {
-  host::StitchPair pair = goodPair();
-  pair.right.frame = host::blankBuffer({240, 180}, 24);
+  StitchPair pair = goodPair();
+  pair.right.frame = blankBuffer({240, 180}, 24);
   EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::BitCounts));
 }
 
@@ -81,7 +78,7 @@ TEST(StitchChecks, SwappedCamerasAreTold) {
 }
 
 TEST(StitchChecks, IdsThatTheLibrarySkipsAreTold) {
-  host::StitchPair pair = goodPair();
+  StitchPair pair = goodPair();
   pair.left.points[83].PointId = pair.right.points[83].PointId = 169;  // the lists have 168
   EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::UnusedIds));
 }
@@ -89,9 +86,9 @@ TEST(StitchChecks, IdsThatTheLibrarySkipsAreTold) {
 TEST(StitchAgreement, ExactCamerasAgree) {
   // Canvas as high as the left view: its datum in the middle of 480 x 360.
   const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = host::agreementAt(goodPair(), dual);
+  const auto agreement = agreementAt(goodPair(), dual);
   ASSERT_EQ(agreement.size(), 84u);
-  for (const host::Agreement& at : agreement) {
+  for (const Agreement& at : agreement) {
     EXPECT_LT(at.apart, 0.05);
     EXPECT_LT(at.leftError, 0.05);
     EXPECT_LT(at.rightRaw, 0.01);
@@ -102,12 +99,12 @@ TEST(StitchAgreement, ExactCamerasAgree) {
 }
 
 TEST(StitchAgreement, AShiftedViewIsMeasuredInPixelsAndUnits) {
-  host::StitchPair pair = goodPair();
+  StitchPair pair = goodPair();
   pair.right.param.ImageDx = 3;  // renders everything 3 px too far right
   const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = host::agreementAt(pair, dual);
+  const auto agreement = agreementAt(pair, dual);
   ASSERT_EQ(agreement.size(), 84u);
-  for (const host::Agreement& at : agreement) {
+  for (const Agreement& at : agreement) {
     EXPECT_NEAR(at.apart, 3, 0.05);
     EXPECT_NEAR(at.right.x - at.left.x, 3, 0.05);
     EXPECT_NEAR(at.rightError, 3, 0.05);
@@ -116,14 +113,14 @@ TEST(StitchAgreement, AShiftedViewIsMeasuredInPixelsAndUnits) {
 }
 
 TEST(StitchAgreement, AWrongMeasurementIsNamedFirst) {
-  host::StitchPair pair = goodPair();
+  StitchPair pair = goodPair();
   pair.left.points[20].ImagePtX += 2;
   const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = host::agreementAt(pair, dual);
+  const auto agreement = agreementAt(pair, dual);
   EXPECT_NEAR(agreement.at(20).leftRaw, 2, 0.01);
   EXPECT_LT(agreement.at(20).rightRaw, 0.01);
   EXPECT_GT(agreement.at(20).apart, 1);
-  const std::string text = host::describeAgreement(agreement, 2);
+  const std::string text = describeAgreement(agreement, 2);
   EXPECT_LT(text.find("RMS"), text.find("point 21"));
   EXPECT_EQ(text.find("point "), text.find("point 21"));
 }
@@ -133,7 +130,7 @@ TEST(SeamRows, OverlapReachesFromTheRightViewToTheLeftOnesBorder) {
   left.at<unsigned char>(0, 9) = 255;
   left.row(1).setTo(255);
   const cv::Mat right(2, 10, CV_8UC1, cv::Scalar(0));
-  const auto rows = host::seamRows(left, right, {1, 0, -4, 0, 1, 0, 0, 0, 1});  // starts at x = 4
+  const auto rows = seamRows(left, right, {1, 0, -4, 0, 1, 0, 0, 0, 1});  // starts at x = 4
   ASSERT_TRUE(rows.at(0));
   EXPECT_EQ(rows[0]->begin, 4);
   EXPECT_EQ(rows[0]->end, 8);
@@ -141,3 +138,4 @@ TEST(SeamRows, OverlapReachesFromTheRightViewToTheLeftOnesBorder) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

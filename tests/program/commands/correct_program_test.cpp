@@ -16,15 +16,9 @@
 #include "program/support/synthetic_target.h"
 #include "reports/progress_bar.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host_test::exists;
-using host_test::Outcome;
-using host_test::runProgram;
-using host_test::sampleRecord;
-using host_test::SyntheticCamera;
-using host_test::SyntheticTarget;
-using host_test::TemporaryFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -40,7 +34,7 @@ class CorrectProgram : public testing::Test {
  protected:
   void SetUp() override {
     SaveCalibrationParam(camera.c_str(), sampleRecord());
-    ASSERT_TRUE(cv::imwrite(frame, host_test::drawTarget(overheadCamera(), SyntheticTarget{})));
+    ASSERT_TRUE(cv::imwrite(frame, drawTarget(overheadCamera(), SyntheticTarget{})));
   }
 
   Outcome correct(const std::vector<std::string>& further) const {
@@ -58,18 +52,18 @@ class CorrectProgram : public testing::Test {
 TEST(FrameBuffer, RowsAreStoredFromTheBottomWithoutPadding) {
   cv::Mat picture(2, 3, CV_8UC3);
   for (int i = 0; i < 18; ++i) picture.data[i] = static_cast<unsigned char>(i);
-  const host::FrameBuffer buffer = host::toBuffer(picture);
+  const FrameBuffer buffer = toBuffer(picture);
   EXPECT_EQ(buffer.bitCount, 24);
   EXPECT_THAT(buffer.bytes,
               ElementsAre(9, 10, 11, 12, 13, 14, 15, 16, 17, 0, 1, 2, 3, 4, 5, 6, 7, 8));
-  EXPECT_EQ(cv::norm(host::toPicture(buffer), picture), 0);
+  EXPECT_EQ(cv::norm(toPicture(buffer), picture), 0);
 }
 
 TEST(GridOverlay, LinesLieAtMultiplesOfTheSpacing) {
   FishEyeCalibrationParam param{};
   param.Pixel = 0.5f;
   param.DatumPtXw = 10;  // in the centre (20, 10) of 40 x 20 px, so the view spans 0...20, -5...5
-  const host::Grid grid = host::gridOver(host::metricPicture(param, {40, 20}), 6);
+  const Grid grid = gridOver(metricPicture(param, {40, 20}), 6);
   ASSERT_EQ(grid.columns.size(), 4u);
   EXPECT_EQ(grid.columns[0].world, 0);
   EXPECT_FLOAT_EQ(static_cast<float>(grid.columns[0].pixel), 0);
@@ -80,19 +74,19 @@ TEST(GridOverlay, LinesLieAtMultiplesOfTheSpacing) {
 }
 
 TEST(GridOverlay, LinesTooCloseAreRefused) {
-  EXPECT_THROW(host::gridOver(host::metricPicture(sampleRecord(), {40, 20}), 1), host::Failure);
+  EXPECT_THROW(gridOver(metricPicture(sampleRecord(), {40, 20}), 1), Failure);
   FishEyeCalibrationParam empty{};
-  EXPECT_THROW(host::gridOver(host::metricPicture(empty, {40, 20}), 100), host::Failure);
+  EXPECT_THROW(gridOver(metricPicture(empty, {40, 20}), 100), Failure);
 }
 
 TEST(ProgressBar, TellsShareAndRate) {
-  EXPECT_EQ(host::progressText(5, 10, 2), "[##########----------] 5/10  2.5 frames/s");
-  EXPECT_EQ(host::progressText(0, 3, 0), "[--------------------] 0/3");
+  EXPECT_EQ(progressText(5, 10, 2), "[##########----------] 5/10  2.5 frames/s");
+  EXPECT_EQ(progressText(0, 3, 0), "[--------------------] 0/3");
 }
 
 TEST(SecondView, BedPointComesBackFromItsPixel) {
   const SyntheticCamera truth = overheadCamera();
-  const auto bed = host::bedPointAt(sampleRecord(), truth.project(210, 30), {190, 60});
+  const auto bed = bedPointAt(sampleRecord(), truth.project(210, 30), {190, 60});
   ASSERT_TRUE(bed);
   EXPECT_NEAR(bed->x, 210, 2e-3);
   EXPECT_NEAR(bed->y, 30, 2e-3);
@@ -100,13 +94,13 @@ TEST(SecondView, BedPointComesBackFromItsPixel) {
 
 TEST(SecondView, OnlyTheSizeOfTheCalibrationKeepsItsCentre) {
   FishEyeCalibrationParam param = sampleRecord();
-  EXPECT_EQ(host::centreShift(param, {960, 720}), 0);
+  EXPECT_EQ(centreShift(param, {960, 720}), 0);
   param.p1 = 1.1;  // keeps x = 480 with a shift of -48 and so moves x = 580 by 10
   param.ImageDx = -48;
-  EXPECT_NEAR(host::centreShift(param, {960, 720}), 0, 1e-9);
-  EXPECT_NEAR(host::centreShift(param, {1160, 720}), 10, 1e-9);
-  EXPECT_EQ(host::sizeComplaint(param, {960, 720}), "");
-  EXPECT_THAT(host::sizeComplaint(param, {1160, 720}), HasSubstr("1160x720"));
+  EXPECT_NEAR(centreShift(param, {960, 720}), 0, 1e-9);
+  EXPECT_NEAR(centreShift(param, {1160, 720}), 10, 1e-9);
+  EXPECT_EQ(sizeComplaint(param, {960, 720}), "");
+  EXPECT_THAT(sizeComplaint(param, {1160, 720}), HasSubstr("1160x720"));
 }
 
 TEST_F(CorrectProgram, TheViewShowsTheTargetInItsPlace) {
@@ -239,3 +233,4 @@ TEST_F(CorrectProgram, CropRefusesBadInput) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -4,14 +4,15 @@
 
 #include "base/failure.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
 bool provided(const std::string& from, const std::string& to) {
   try {
-    host::findConversion(from, to);
+    findConversion(from, to);
     return true;
-  } catch (const host::Failure& failure) {
-    EXPECT_EQ(failure.code(), host::exitBadInput);
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.code(), exitBadInput);
     return false;
   }
 }
@@ -29,11 +30,12 @@ TEST(MapConversions, ExactlyTheLibrarysFourExist) {
 }
 
 TEST(MapConversions, OnlyTheRawPictureNeedsNoCorrectedSize) {
-  EXPECT_FALSE(host::findConversion("world", "raw").needsCorrectedSize);
-  EXPECT_TRUE(host::findConversion("world", "corrected").needsCorrectedSize);
-  EXPECT_TRUE(host::findConversion("second", "world").needsCorrectedSize);
+  EXPECT_FALSE(findConversion("world", "raw").needsCorrectedSize);
+  EXPECT_TRUE(findConversion("world", "corrected").needsCorrectedSize);
+  EXPECT_TRUE(findConversion("second", "world").needsCorrectedSize);
 }
 
 TEST(MapConversions, UnknownFramesAreRefused) { EXPECT_FALSE(provided("world", "moon")); }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

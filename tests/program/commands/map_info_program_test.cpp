@@ -11,22 +11,19 @@
 #include "program/support/sample_record.h"
 #include "program/support/synthetic_target.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host_test::contents;
-using host_test::Outcome;
-using host_test::runProgram;
-using host_test::TemporaryFolder;
 using testing::HasSubstr;
 using testing::StartsWith;
 
 class MapAndInfo : public testing::Test {
  protected:
-  void SetUp() override { SaveCalibrationParam(camera.c_str(), host_test::sampleRecord()); }
+  void SetUp() override { SaveCalibrationParam(camera.c_str(), sampleRecord()); }
 
   TemporaryFolder folder;
   std::string camera = folder.path("camera.ini");
-  std::string points = host::formatPoints(host_test::exactPoints({}, {}));  // 63 of them
+  std::string points = formatPoints(exactPoints({}, {}));  // 63 of them
 };
 
 TEST_F(MapAndInfo, MapReadsWhatDetectWritesAndComesBack) {
@@ -99,3 +96,4 @@ TEST_F(MapAndInfo, InfoTellsWhatIsImpossible) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -12,14 +12,9 @@
 #include "program/support/run_program.h"
 #include "program/support/synthetic_target.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host_test::contents;
-using host_test::exists;
-using host_test::Outcome;
-using host_test::runProgram;
-using host_test::SyntheticCamera;
-using host_test::TemporaryFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -41,13 +36,13 @@ std::ptrdiff_t lineCount(const std::string& text) {
   return std::count(text.begin(), text.end(), '\n');
 }
 
-std::string goodCsv() { return host::formatPoints(host_test::exactPoints({}, {})); }
+std::string goodCsv() { return formatPoints(exactPoints({}, {})); }
 
 // Exact points of a target that reaches beyond half the longer side: the solver diverges.
 std::string divergingCsv() {
-  host_test::SyntheticCamera longer;
+  SyntheticCamera longer;
   longer.focalLength = 700;
-  return host::formatPoints(host_test::exactPoints(longer, {}));
+  return formatPoints(exactPoints(longer, {}));
 }
 
 class Program : public testing::Test {
@@ -66,13 +61,13 @@ class Program : public testing::Test {
 TEST_F(Program, DetectCalibrateInfoAndMapWorkTogether) {
   const SyntheticCamera truth;
   const std::string picture = folder.path("target.png");
-  ASSERT_TRUE(cv::imwrite(picture, host_test::drawTarget(truth, {})));
+  ASSERT_TRUE(cv::imwrite(picture, drawTarget(truth, {})));
 
   const std::string points = folder.path("points.csv");
   const Outcome detected = runProgram({"detect", picture, "--chessboard", "9x7", "--spacing", "30",
                                        "-o", points, "--overlay", folder.path("found.png")});
   ASSERT_EQ(detected.exitCode, 0) << detected.err;
-  const auto found = host::parsePoints(points, contents(points));
+  const auto found = parsePoints(points, contents(points));
   ASSERT_EQ(found.size(), 63u);
   EXPECT_EQ(found.front().PointId, 1);
   EXPECT_EQ(found.back().Xw, 240.0f);
@@ -105,7 +100,7 @@ TEST_F(Program, DetectCalibrateInfoAndMapWorkTogether) {
 
 TEST_F(Program, CalibrateTakesThePictureItself) {
   const std::string picture = folder.path("target.png");
-  ASSERT_TRUE(cv::imwrite(picture, host_test::drawTarget({}, {})));
+  ASSERT_TRUE(cv::imwrite(picture, drawTarget({}, {})));
   const Outcome run =
       runProgram({"calibrate", picture, "--chessboard", "9x7", "--spacing", "30", "-o", camera});
   EXPECT_EQ(run.exitCode, 0) << run.err;
@@ -115,12 +110,12 @@ TEST_F(Program, CalibrateTakesThePictureItself) {
 
 TEST_F(Program, DetectNumbersFromTheGivenIdAndOrigin) {
   const std::string picture = folder.path("target.png");
-  ASSERT_TRUE(cv::imwrite(picture, host_test::drawTarget({}, {})));
+  ASSERT_TRUE(cv::imwrite(picture, drawTarget({}, {})));
   const std::string points = folder.path("points.csv");
   const Outcome run = runProgram({"detect", picture, "--chessboard", "9x7", "--spacing", "30",
                                   "--origin", "-5,7.5", "--first-id", "100", "-o", points});
   ASSERT_EQ(run.exitCode, 0) << run.err;
-  const auto found = host::parsePoints(points, contents(points));
+  const auto found = parsePoints(points, contents(points));
   EXPECT_EQ(found[0].PointId, 100);
   EXPECT_EQ(found[0].Xw, -5.0f);
   EXPECT_EQ(found[0].Yw, 7.5f);
@@ -270,3 +265,4 @@ TEST_F(Program, BadUsageIsOneLineAndExitsWithTwo) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -11,16 +11,9 @@
 #include "program/support/overhead_pair.h"
 #include "program/support/run_program.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host_test::board;
-using host_test::cameraOver;
-using host_test::exists;
-using host_test::Outcome;
-using host_test::recordOver;
-using host_test::runProgram;
-using host_test::SyntheticCamera;
-using host_test::TemporaryFolder;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -33,9 +26,9 @@ class StitchProgram : public testing::Test {
 
   void writeCamera(const std::string& name, double Xw) const {
     const SyntheticCamera camera = cameraOver(Xw);
-    ASSERT_TRUE(cv::imwrite(folder.path(name + ".png"), host_test::drawTarget(camera, board)));
+    ASSERT_TRUE(cv::imwrite(folder.path(name + ".png"), drawTarget(camera, board)));
     SaveCalibrationParam(folder.path(name + ".ini").c_str(), recordOver(Xw));
-    folder.write(name + ".csv", host::formatPoints(host_test::exactPoints(camera, board)));
+    folder.write(name + ".csv", formatPoints(exactPoints(camera, board)));
   }
 
   std::string files(const std::string& name) const {
@@ -144,9 +137,9 @@ TEST_F(StitchProgram, AFractionOfTheDatumIsToldToBeLost) {
 }
 
 TEST_F(StitchProgram, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
-  auto points = host_test::exactPoints(cameraOver(260), board);
+  auto points = exactPoints(cameraOver(260), board);
   points.resize(3);
-  folder.write("r.csv", host::formatPoints(points));
+  folder.write("r.csv", formatPoints(points));
   const Outcome run = stitch();
   EXPECT_EQ(run.exitCode, 2);
   EXPECT_THAT(run.err, HasSubstr("3 points are shared"));
@@ -176,3 +169,4 @@ TEST_F(StitchProgram, BadUsageExitsWithTwo) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

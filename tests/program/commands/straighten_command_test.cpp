@@ -12,6 +12,7 @@
 #include "base/failure.h"
 #include "registration/debug_drive.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
 using testing::HasSubstr;
@@ -24,8 +25,8 @@ class StraightenCommand : public DebugDriveTest {
     std::ostringstream out;
     std::ostringstream messages;
     try {
-      return host::runStraighten({"points.csv", image}, out, messages);
-    } catch (const host::Failure& failure) {
+      return runStraighten({"points.csv", image}, out, messages);
+    } catch (const Failure& failure) {
       failure_ = failure.what();
       return failure.code();
     }
@@ -35,17 +36,17 @@ class StraightenCommand : public DebugDriveTest {
 };
 
 TEST_F(StraightenCommand, AnyOtherNumberOfPointsButFourIsBadInput) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n", "none.png"), host::exitBadInput);
+  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n", "none.png"), exitBadInput);
   EXPECT_THAT(failure_, HasSubstr("exactly four"));
 }
 
 TEST_F(StraightenCommand, DiagonalWithoutLengthIsBadInput) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,0,0\n", "none.png"), host::exitBadInput);
+  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,0,0\n", "none.png"), exitBadInput);
   EXPECT_THAT(failure_, HasSubstr("diagonal"));
 }
 
 TEST_F(StraightenCommand, MissingPictureIsBadInputAndPreparesNothing) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,1,1\n", "none.png"), host::exitBadInput);
+  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,1,1\n", "none.png"), exitBadInput);
   EXPECT_THAT(failure_, HasSubstr("none.png"));
 #if !defined(_WIN32)
   EXPECT_FALSE(std::filesystem::exists("D:"));
@@ -53,3 +54,4 @@ TEST_F(StraightenCommand, MissingPictureIsBadInputAndPreparesNothing) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

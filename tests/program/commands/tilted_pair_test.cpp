@@ -14,12 +14,9 @@
 #include "program/support/run_program.h"
 #include "program/support/synthetic_target.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host_test::Outcome;
-using host_test::runProgram;
-using host_test::SyntheticCamera;
-using host_test::TemporaryFolder;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -71,8 +68,8 @@ SyntheticCamera cameraOf(const std::string& side) {
 // The exact points of the bed's 21 x 9 corners, 50 apart, of which the solver does not diverge: up
 // to 300 px from the middle, where half the width is 320.
 std::vector<CalibrationPoint> pointsOf(const SyntheticCamera& camera) {
-  const host_test::SyntheticTarget corners = {host_test::Pattern::Chessboard, 21, 9, 50, true};
-  std::vector<CalibrationPoint> points = host_test::exactPoints(camera, corners);
+  const SyntheticTarget corners = {Pattern::Chessboard, 21, 9, 50, true};
+  std::vector<CalibrationPoint> points = exactPoints(camera, corners);
   std::erase_if(points, [](const CalibrationPoint& point) {
     const double x = static_cast<double>(point.ImagePtX) - kWidth * 0.5;
     const double y = static_cast<double>(point.ImagePtY) - kHeight * 0.5;
@@ -131,7 +128,7 @@ class TiltedPair : public testing::Test {
       ASSERT_TRUE(cv::imwrite(folder.path(side + ".png"), drawMarkers(camera)));
       ASSERT_TRUE(cv::imwrite(folder.path(side + "-plain.png"),
                               cv::Mat(kHeight, kWidth, CV_8UC1, cv::Scalar(128))));
-      folder.write(side + ".csv", host::formatPoints(pointsOf(camera)));
+      folder.write(side + ".csv", formatPoints(pointsOf(camera)));
       const Outcome run =
           runProgram({"calibrate", folder.path(side + ".csv"), "--image-size", "640x480",
                       "--corrected-size", "1280x960", "-o", folder.path(side + ".ini")});
@@ -155,7 +152,7 @@ class TiltedPair : public testing::Test {
   }
 
   double valueOf(const std::string& key) const {
-    const std::string text = host_test::contents(dual);
+    const std::string text = contents(dual);
     const std::size_t at = text.find(key + "=");
     EXPECT_NE(at, std::string::npos) << key;
     return std::stod(text.substr(at + key.size() + 1));
@@ -261,3 +258,4 @@ TEST_P(TiltedPairGrid, LinesRunThroughTheContent) {
 INSTANTIATE_TEST_SUITE_P(WholeAndCropped, TiltedPairGrid, testing::Bool());
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -6,9 +6,8 @@
 #include <cmath>
 #include <functional>
 
+namespace fisheye_calibration::program {
 namespace {
-
-using host::GridPoint;
 
 // A 4 x 3 grid with its true places: +X right, +Y down, slightly rotated.
 std::vector<GridPoint> trueGrid() {
@@ -39,24 +38,21 @@ std::vector<GridPoint> relabelled(const std::function<cv::Point2d(cv::Point2d)>&
   return grid;
 }
 
-TEST(GridOrientation, RightGridsStay) { expectTrueGrid(host::orientGrid(trueGrid())); }
+TEST(GridOrientation, RightGridsStay) { expectTrueGrid(orientGrid(trueGrid())); }
 
 TEST(GridOrientation, HalfTurnsAreUndone) {
   expectTrueGrid(
-      host::orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(3 - p.x, 2 - p.y); })));
+      orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(3 - p.x, 2 - p.y); })));
 }
 
 TEST(GridOrientation, QuarterTurnsAreUndone) {
-  expectTrueGrid(
-      host::orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(p.y, 3 - p.x); })));
-  expectTrueGrid(
-      host::orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(2 - p.y, p.x); })));
+  expectTrueGrid(orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(p.y, 3 - p.x); })));
+  expectTrueGrid(orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(2 - p.y, p.x); })));
 }
 
 TEST(GridOrientation, MirroredCountingIsUndone) {
-  expectTrueGrid(
-      host::orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(3 - p.x, p.y); })));
-  expectTrueGrid(host::orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(p.y, p.x); })));
+  expectTrueGrid(orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(3 - p.x, p.y); })));
+  expectTrueGrid(orientGrid(relabelled([](cv::Point2d p) { return cv::Point2d(p.y, p.x); })));
 }
 
 TEST(GridOrientation, EveryRotationEndsWithXRightAndYDown) {
@@ -67,7 +63,7 @@ TEST(GridOrientation, EveryRotationEndsWithXRightAndYDown) {
       p.image = {static_cast<float>(40 * (std::cos(a) * p.world.x - std::sin(a) * p.world.y)),
                  static_cast<float>(40 * (std::sin(a) * p.world.x + std::cos(a) * p.world.y))};
     }
-    grid = host::orientGrid(grid);
+    grid = orientGrid(grid);
     const cv::Point2f alongX = grid[1].image - grid[0].image;
     const auto nextRow =
         std::find_if(grid.begin(), grid.end(), [](const GridPoint& p) { return p.world.y == 1; });
@@ -78,3 +74,4 @@ TEST(GridOrientation, EveryRotationEndsWithXRightAndYDown) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

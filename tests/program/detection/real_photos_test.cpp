@@ -14,6 +14,7 @@
 #include "files/points_csv.h"
 #include "program/support/run_program.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
 std::filesystem::path realData() {
@@ -39,11 +40,11 @@ TEST_P(RealPhotos, GiveThePointsFoundBeforeInTheSameOrder) {
   const std::filesystem::path picture =
       folder / "images" / (std::string(photo.name) + photo.ending);
   if (!std::filesystem::exists(picture)) GTEST_SKIP() << "no photos in " << folder;
-  const auto expected = host::parsePoints(
-      photo.name, host_test::contents((folder / (std::string(photo.name) + ".csv")).string()));
-  const auto found = host::detectTarget(host::readGreyPicture(picture.string()),
-                                        {host::TargetKind::Chessboard, photo.columns, photo.rows},
-                                        [](const std::string&) {});
+  const auto expected =
+      parsePoints(photo.name, contents((folder / (std::string(photo.name) + ".csv")).string()));
+  const auto found =
+      detectTarget(readGreyPicture(picture.string()),
+                   {TargetKind::Chessboard, photo.columns, photo.rows}, [](const std::string&) {});
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), expected.size());
   // The earlier points come from another finder, which single corners near the rim mislead by
@@ -75,3 +76,4 @@ INSTANTIATE_TEST_SUITE_P(, RealPhotos,
                          photoName);
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -9,23 +9,17 @@
 #include "detection/chessboard_check.h"
 #include "program/support/synthetic_target.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host::Detection;
-using host::Target;
-using host::TargetKind;
-using host_test::Pattern;
-using host_test::SyntheticCamera;
-using host_test::SyntheticTarget;
-
-const host::Progress silent = [](const std::string&) {};
+const Progress silent = [](const std::string&) {};
 
 // Root mean square distance of what was found from where the points truly are, pixels.
 double rmsError(const Detection& detection, const SyntheticCamera& camera,
                 const SyntheticTarget& target) {
-  const std::vector<CalibrationPoint> exact = host_test::exactPoints(camera, target);
+  const std::vector<CalibrationPoint> exact = exactPoints(camera, target);
   double sum = 0;
-  for (const host::GridPoint& found : detection.grid) {
+  for (const GridPoint& found : detection.grid) {
     double nearest = HUGE_VAL;
     for (const CalibrationPoint& point : exact) {
       if (std::abs(static_cast<double>(point.Xw) - target.spacing * found.world.x) > 1e-3) continue;
@@ -41,8 +35,8 @@ double rmsError(const Detection& detection, const SyntheticCamera& camera,
 TEST(TargetDetection, ChessboardCornersLieWhereTheCameraPutsThem) {
   const SyntheticCamera camera;
   const SyntheticTarget target;
-  const auto found = host::detectTarget(host_test::drawTarget(camera, target),
-                                        {TargetKind::Chessboard, 9, 7}, silent);
+  const auto found =
+      detectTarget(drawTarget(camera, target), {TargetKind::Chessboard, 9, 7}, silent);
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), 63u);
   EXPECT_LT(rmsError(*found, camera, target), 0.1);
@@ -51,8 +45,8 @@ TEST(TargetDetection, ChessboardCornersLieWhereTheCameraPutsThem) {
 TEST(TargetDetection, ColumnsAndRowsMayBeNamedTheOtherWayRound) {
   const SyntheticCamera camera;
   const SyntheticTarget target;
-  const auto found = host::detectTarget(host_test::drawTarget(camera, target),
-                                        {TargetKind::Chessboard, 7, 9}, silent);
+  const auto found =
+      detectTarget(drawTarget(camera, target), {TargetKind::Chessboard, 7, 9}, silent);
   ASSERT_TRUE(found.has_value());
   EXPECT_LT(rmsError(*found, camera, target), 0.1);
 }
@@ -60,10 +54,10 @@ TEST(TargetDetection, ColumnsAndRowsMayBeNamedTheOtherWayRound) {
 TEST(TargetDetection, ABlurredAndDarkChessboardIsFound) {
   const SyntheticCamera camera;
   const SyntheticTarget target;
-  cv::Mat picture = host_test::drawTarget(camera, target);
+  cv::Mat picture = drawTarget(camera, target);
   cv::GaussianBlur(picture, picture, cv::Size(), 3);
   picture.convertTo(picture, CV_8U, 0.2, 10);
-  const auto found = host::detectTarget(picture, {TargetKind::Chessboard, 9, 7}, silent);
+  const auto found = detectTarget(picture, {TargetKind::Chessboard, 9, 7}, silent);
   ASSERT_TRUE(found.has_value());
   EXPECT_LT(rmsError(*found, camera, target), 0.5);
 }
@@ -72,8 +66,7 @@ TEST(TargetDetection, CirclesAreFound) {
   const SyntheticCamera camera;
   SyntheticTarget target;
   target.pattern = Pattern::Circles;
-  const auto found = host::detectTarget(host_test::drawTarget(camera, target),
-                                        {TargetKind::Circles, 9, 7}, silent);
+  const auto found = detectTarget(drawTarget(camera, target), {TargetKind::Circles, 9, 7}, silent);
   ASSERT_TRUE(found.has_value());
   // The centre of a circle's picture is not the picture of its centre, so this is coarser.
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
@@ -84,8 +77,7 @@ TEST(TargetDetection, BrightCirclesAreFound) {
   SyntheticTarget target;
   target.pattern = Pattern::Circles;
   target.darkPoints = false;
-  const auto found = host::detectTarget(host_test::drawTarget(camera, target),
-                                        {TargetKind::Circles, 9, 7}, silent);
+  const auto found = detectTarget(drawTarget(camera, target), {TargetKind::Circles, 9, 7}, silent);
   ASSERT_TRUE(found.has_value());
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
 }
@@ -97,8 +89,8 @@ TEST(TargetDetection, StaggeredCirclesAreFound) {
   target.columns = 4;
   target.rows = 11;
   target.spacing = 20;
-  const auto found = host::detectTarget(host_test::drawTarget(camera, target),
-                                        {TargetKind::AsymmetricCircles, 4, 11}, silent);
+  const auto found =
+      detectTarget(drawTarget(camera, target), {TargetKind::AsymmetricCircles, 4, 11}, silent);
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), 44u);
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
@@ -106,13 +98,13 @@ TEST(TargetDetection, StaggeredCirclesAreFound) {
 
 TEST(TargetDetection, AnEmptyPictureHoldsNoTarget) {
   const cv::Mat grey(480, 640, CV_8UC1, cv::Scalar(128));
-  EXPECT_FALSE(host::detectTarget(grey, {TargetKind::Chessboard, 8, 6}, silent).has_value());
-  EXPECT_FALSE(host::detectTarget(grey, {TargetKind::Circles, 8, 6}, silent).has_value());
+  EXPECT_FALSE(detectTarget(grey, {TargetKind::Chessboard, 8, 6}, silent).has_value());
+  EXPECT_FALSE(detectTarget(grey, {TargetKind::Circles, 8, 6}, silent).has_value());
 }
 
 TEST(TargetDetection, ABoardOfAnotherSizeIsRefused) {
-  const cv::Mat picture = host_test::drawTarget({}, {});
-  EXPECT_FALSE(host::detectTarget(picture, {TargetKind::Chessboard, 10, 7}, silent).has_value());
+  const cv::Mat picture = drawTarget({}, {});
+  EXPECT_FALSE(detectTarget(picture, {TargetKind::Chessboard, 10, 7}, silent).has_value());
 }
 
 std::vector<cv::Point2f> squareGrid(int columns, int rows) {
@@ -124,20 +116,18 @@ std::vector<cv::Point2f> squareGrid(int columns, int rows) {
   return points;
 }
 
-TEST(PlausibleGrid, EvenGridsAreAccepted) {
-  EXPECT_TRUE(host::isPlausibleGrid(squareGrid(5, 4), 5, 4));
-}
+TEST(PlausibleGrid, EvenGridsAreAccepted) { EXPECT_TRUE(isPlausibleGrid(squareGrid(5, 4), 5, 4)); }
 
 TEST(PlausibleGrid, SwappedPointsAreRefused) {
   std::vector<cv::Point2f> points = squareGrid(5, 4);
   std::swap(points[6], points[7]);
-  EXPECT_FALSE(host::isPlausibleGrid(points, 5, 4));
+  EXPECT_FALSE(isPlausibleGrid(points, 5, 4));
 }
 
 TEST(PlausibleGrid, AJumpInARowIsRefused) {
   std::vector<cv::Point2f> points = squareGrid(5, 4);
   for (std::size_t i = 4; i < points.size(); i += 5) points[i].x += 30;
-  EXPECT_FALSE(host::isPlausibleGrid(points, 5, 4));
+  EXPECT_FALSE(isPlausibleGrid(points, 5, 4));
 }
 
 // The corners of columns `first`, `first` + 1, ... of the synthetic board.
@@ -152,20 +142,21 @@ std::vector<cv::Point2f> boardCorners(int first, int columns, int rows) {
 }
 
 TEST(ChessboardCheck, TheTrueCornersAreAccepted) {
-  const cv::Mat picture = host_test::drawTarget({}, {});
-  EXPECT_TRUE(host::looksLikeChessboard(picture, boardCorners(0, 9, 7), 9, 7));
+  const cv::Mat picture = drawTarget({}, {});
+  EXPECT_TRUE(looksLikeChessboard(picture, boardCorners(0, 9, 7), 9, 7));
 }
 
 TEST(ChessboardCheck, TheBoardsRimIsNoColumnOfCorners) {
-  const cv::Mat picture = host_test::drawTarget({}, {});
-  EXPECT_FALSE(host::looksLikeChessboard(picture, boardCorners(1, 9, 7), 9, 7));
-  EXPECT_FALSE(host::looksLikeChessboard(picture, boardCorners(0, 10, 7), 10, 7));
+  const cv::Mat picture = drawTarget({}, {});
+  EXPECT_FALSE(looksLikeChessboard(picture, boardCorners(1, 9, 7), 9, 7));
+  EXPECT_FALSE(looksLikeChessboard(picture, boardCorners(0, 10, 7), 10, 7));
 }
 
 TEST(ChessboardCheck, APartOfALargerBoardIsNotTheWhole) {
-  const cv::Mat picture = host_test::drawTarget({}, {});
-  EXPECT_FALSE(host::looksLikeChessboard(picture, boardCorners(0, 8, 7), 8, 7));
-  EXPECT_FALSE(host::looksLikeChessboard(picture, boardCorners(0, 9, 6), 9, 6));
+  const cv::Mat picture = drawTarget({}, {});
+  EXPECT_FALSE(looksLikeChessboard(picture, boardCorners(0, 8, 7), 8, 7));
+  EXPECT_FALSE(looksLikeChessboard(picture, boardCorners(0, 9, 6), 9, 6));
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -8,32 +8,31 @@
 #include "program/support/run_program.h"
 #include "program/support/sample_record.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host_test::contents;
-using host_test::TemporaryFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
 std::string completeText(const std::string& value) {
   std::string text = "; a comment\n[CalibraionParam]\n";
-  for (const host::RecordField& field : host::recordFields()) {
+  for (const RecordField& field : recordFields()) {
     text += std::string(field.name) + "=" + value + "\n";
   }
   return text;
 }
 
 TEST(CameraFile, ACompleteTextRaisesNothing) {
-  EXPECT_THAT(host::inspectCameraText("c.ini", completeText("1.5")), IsEmpty());
+  EXPECT_THAT(inspectCameraText("c.ini", completeText("1.5")), IsEmpty());
 }
 
 TEST(CameraFile, AMissingSectionIsBadInput) {
   try {
-    host::inspectCameraText("c.ini", "[CalibrationParam]\nu0=1\n");
+    inspectCameraText("c.ini", "[CalibrationParam]\nu0=1\n");
     FAIL();
-  } catch (const host::Failure& failure) {
-    EXPECT_EQ(failure.code(), host::exitBadInput);
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.code(), exitBadInput);
     EXPECT_THAT(failure.what(), HasSubstr("no section [CalibraionParam]"));
   }
 }
@@ -42,36 +41,37 @@ TEST(CameraFile, MissingKeysAreNamed) {
   std::string text = completeText("1");
   text.erase(text.find("fx="), 5);
   text.erase(text.find("Tz="), 5);
-  EXPECT_THAT(host::inspectCameraText("c.ini", text),
+  EXPECT_THAT(inspectCameraText("c.ini", text),
               ElementsAre("c.ini: missing and read as 0: fx, Tz"));
 }
 
 TEST(CameraFile, KeysOfAnotherSectionDoNotCount) {
   std::string text = completeText("1");
   text.insert(text.find("fx="), "[Other]\n");
-  EXPECT_THAT(host::inspectCameraText("c.ini", text), ElementsAre(HasSubstr("fx, fy, skewness")));
+  EXPECT_THAT(inspectCameraText("c.ini", text), ElementsAre(HasSubstr("fx, fy, skewness")));
 }
 
 TEST(CameraFile, ValuesThatAreNoNumbersAreToldWithTheirPlace) {
   std::string text = completeText("1");
   text.replace(text.find("v0=1"), 4, "v0 = 1,5");
-  EXPECT_THAT(host::inspectCameraText("c.ini", text),
+  EXPECT_THAT(inspectCameraText("c.ini", text),
               ElementsAre("c.ini:4:6: v0 is not a number: \"1,5\""));
 }
 
 TEST(CameraFile, SavingKeepsOtherSectionsAndComments) {
   const TemporaryFolder folder;
   const std::string path = folder.write("c.ini", "; mine\n[Other]\nq=1\n");
-  host::OutputFiles files;
-  host::stageCamera(files, path, host_test::sampleRecord());
+  OutputFiles files;
+  stageCamera(files, path, sampleRecord());
   EXPECT_EQ(contents(path), "; mine\n[Other]\nq=1\n");
   files.commit();
   EXPECT_THAT(contents(path), HasSubstr("; mine"));
   EXPECT_THAT(contents(path), HasSubstr("q=1"));
-  const host::CameraFile camera = host::loadCamera(path);
+  const CameraFile camera = loadCamera(path);
   EXPECT_THAT(camera.complaints, IsEmpty());
   EXPECT_EQ(camera.param.fx, 300.0f);
   EXPECT_EQ(camera.param.DatumPtYw, 90.0f);
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -4,16 +4,14 @@
 
 #include "base/failure.h"
 
+namespace fisheye_calibration::program {
 namespace {
-
-using host::CsvTable;
-using host::parseCsv;
 
 std::string failureOf(const std::string& text) {
   try {
     parseCsv("t.csv", text);
-  } catch (const host::Failure& failure) {
-    EXPECT_EQ(failure.code(), host::exitBadInput);
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.code(), exitBadInput);
     return failure.what();
   }
   return "no failure";
@@ -39,7 +37,7 @@ TEST(CsvTable, AMissingHeaderNameIsTold) {
   try {
     table.require("c");
     FAIL();
-  } catch (const host::Failure& failure) {
+  } catch (const Failure& failure) {
     EXPECT_STREQ(failure.what(), "t.csv:2:1: the header has no column \"c\"");
   }
 }
@@ -58,7 +56,7 @@ TEST(CsvTable, WhatIsNoNumberIsToldWithLineAndColumn) {
   const auto complaint = [&](std::size_t row, std::size_t field) -> std::string {
     try {
       table.floatAt(table.rows.at(row), field);
-    } catch (const host::Failure& failure) {
+    } catch (const Failure& failure) {
       return failure.what();
     }
     return "no failure";
@@ -85,3 +83,4 @@ TEST(CsvTable, EmptyAndForeignFilesAreTold) {
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

@@ -8,11 +8,9 @@
 #include "base/failure.h"
 #include "program/support/run_program.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
-using host::OutputFiles;
-using host_test::contents;
-using host_test::TemporaryFolder;
 using testing::ElementsAre;
 
 TEST(OutputFiles, NothingChangesBeforeTheCommit) {
@@ -40,9 +38,9 @@ TEST(OutputFiles, WhatIsNotCommittedLeavesNoTrace) {
 
 TEST(OutputFiles, APlaceInAMissingFolderIsRefused) {
   const TemporaryFolder folder;
-  EXPECT_THROW(host::requireWritablePlace("-o", folder.path("none/a.txt")), host::Failure);
-  EXPECT_THROW(host::requireWritablePlace("-o", folder.path("")), host::Failure);
-  EXPECT_NO_THROW(host::requireWritablePlace("-o", folder.path("a.txt")));
+  EXPECT_THROW(requireWritablePlace("-o", folder.path("none/a.txt")), Failure);
+  EXPECT_THROW(requireWritablePlace("-o", folder.path("")), Failure);
+  EXPECT_NO_THROW(requireWritablePlace("-o", folder.path("a.txt")));
 }
 
 #if !defined(_WIN32)
@@ -59,3 +57,4 @@ TEST(OutputFiles, ALinkStaysALink) {
 #endif
 
 }  // namespace
+}  // namespace fisheye_calibration::program

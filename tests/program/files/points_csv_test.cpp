@@ -4,11 +4,12 @@
 
 #include "base/failure.h"
 
+namespace fisheye_calibration::program {
 namespace {
 
 TEST(PointsCsv, EveryFieldIsReadAndTheOrderKept) {
-  const auto points = host::parsePoints(
-      "p.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n7,1.5,-2,100.25,200\n3,4,5,6,7\n");
+  const auto points =
+      parsePoints("p.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n7,1.5,-2,100.25,200\n3,4,5,6,7\n");
   ASSERT_EQ(points.size(), 2u);
   EXPECT_EQ(points[0].PointId, 7);
   EXPECT_EQ(points[0].Xw, 1.5f);
@@ -20,15 +21,15 @@ TEST(PointsCsv, EveryFieldIsReadAndTheOrderKept) {
 
 TEST(PointsCsv, FurtherColumnsAreIgnored) {
   const auto points =
-      host::parsePoints("p.csv", "PointId,note,Xw,Yw,ImagePtX,ImagePtY\n1,corner,2,3,4,5\n");
+      parsePoints("p.csv", "PointId,note,Xw,Yw,ImagePtX,ImagePtY\n1,corner,2,3,4,5\n");
   EXPECT_EQ(points.at(0).ImagePtY, 5.0f);
 }
 
 TEST(PointsCsv, AFileWithoutPointsIsTold) {
   try {
-    host::parsePoints("p.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n");
+    parsePoints("p.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n");
     FAIL();
-  } catch (const host::Failure& failure) {
+  } catch (const Failure& failure) {
     EXPECT_STREQ(failure.what(), "p.csv:1:1: no points after the header");
   }
 }
@@ -40,7 +41,7 @@ TEST(PointsCsv, WhatIsWrittenIsReadBack) {
   point.Yw = -1e-4f;
   point.ImagePtX = 1234.5678f;
   point.ImagePtY = 0.25f;
-  const auto back = host::parsePoints("p.csv", host::formatPoints({point})).at(0);
+  const auto back = parsePoints("p.csv", formatPoints({point})).at(0);
   EXPECT_EQ(back.PointId, 12);
   EXPECT_EQ(back.Xw, point.Xw);
   EXPECT_EQ(back.Yw, point.Yw);
@@ -53,9 +54,10 @@ TEST(PointsCsv, ResidualsHoldTheLengthOfTheError) {
   point.PointId = 1;
   point.ReprojErrX = 3;
   point.ReprojErrY = -4;
-  EXPECT_EQ(host::formatResiduals({point}),
+  EXPECT_EQ(formatResiduals({point}),
             "PointId,Xw,Yw,ImagePtX,ImagePtY,ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n"
             "1,0,0,0.0000,0.0000,0.0000,0.0000,3.0000,-4.0000,5.0000\n");
 }
 
 }  // namespace
+}  // namespace fisheye_calibration::program

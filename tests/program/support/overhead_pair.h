@@ -1,12 +1,11 @@
 // Two cameras that look straight down on one bed, with their exact records.
-#ifndef TESTS_HOST_OVERHEAD_PAIR_H
-#define TESTS_HOST_OVERHEAD_PAIR_H
+#pragma once
 
 #include "fisheye_calibration.h"
 #include "program/support/sample_record.h"
 #include "program/support/synthetic_target.h"
 
-namespace host_test {
+namespace fisheye_calibration::program {
 
 // A camera that looks straight down on (Xw, 130) from 170 above, at 240 x 180 px.
 inline SyntheticCamera cameraOver(double Xw) {
@@ -37,6 +36,4 @@ inline FishEyeCalibrationParam recordOver(double Xw) {
 // Points at a spacing of 50 from the world's origin; 14 x 6 of them.
 inline const SyntheticTarget board = {Pattern::Chessboard, 14, 6, 50, true};
 
-}  // namespace host_test
-
-#endif  // TESTS_HOST_OVERHEAD_PAIR_H
+}  // namespace fisheye_calibration::program

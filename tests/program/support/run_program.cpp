@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #endif
 
-namespace host_test {
+namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
@@ -99,4 +99,4 @@ Outcome runProgram(const std::vector<std::string>& arguments, const std::string&
   return {exitCodeOf(status), printed(folder.path("out")), printed(folder.path("err"))};
 }
 
-}  // namespace host_test
+}  // namespace fisheye_calibration::program

@@ -1,12 +1,11 @@
 // Runs the built program as a user would.
-#ifndef TESTS_HOST_RUN_PROGRAM_H
-#define TESTS_HOST_RUN_PROGRAM_H
+#pragma once
 
 #include <filesystem>
 #include <string>
 #include <vector>
 
-namespace host_test {
+namespace fisheye_calibration::program {
 
 // A folder of its own for a test, removed afterwards.
 class TemporaryFolder {
@@ -35,6 +34,4 @@ struct Outcome {
 
 Outcome runProgram(const std::vector<std::string>& arguments, const std::string& input = "");
 
-}  // namespace host_test
-
-#endif  // TESTS_HOST_RUN_PROGRAM_H
+}  // namespace fisheye_calibration::program

@@ -1,10 +1,9 @@
 // A record in which nothing is impossible.
-#ifndef TESTS_HOST_SAMPLE_RECORD_H
-#define TESTS_HOST_SAMPLE_RECORD_H
+#pragma once
 
 #include "fisheye_calibration.h"
 
-namespace host_test {
+namespace fisheye_calibration::program {
 
 // A camera of 960 x 720 px that looks straight down on the bed from 170 units above it.
 inline FishEyeCalibrationParam sampleRecord() {
@@ -25,6 +24,4 @@ inline FishEyeCalibrationParam sampleRecord() {
   return param;
 }
 
-}  // namespace host_test
-
-#endif  // TESTS_HOST_SAMPLE_RECORD_H
+}  // namespace fisheye_calibration::program

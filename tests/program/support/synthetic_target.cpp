@@ -3,7 +3,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-namespace host_test {
+namespace fisheye_calibration::program {
 namespace {
 
 double angleOf(const SyntheticCamera& camera, double thetaD) {
@@ -106,4 +106,4 @@ std::vector<CalibrationPoint> exactPoints(const SyntheticCamera& camera,
   return points;
 }
 
-}  // namespace host_test
+}  // namespace fisheye_calibration::program

@@ -1,6 +1,5 @@
 // A known fisheye camera over a known flat target: where its points fall, and how it would look.
-#ifndef TESTS_HOST_SYNTHETIC_TARGET_H
-#define TESTS_HOST_SYNTHETIC_TARGET_H
+#pragma once
 
 #include <array>
 #include <opencv2/core.hpp>
@@ -8,7 +7,7 @@
 
 #include "fisheye_calibration.h"
 
-namespace host_test {
+namespace fisheye_calibration::program {
 
 struct SyntheticCamera {
   int width = 960;
@@ -43,6 +42,4 @@ cv::Mat drawTarget(const SyntheticCamera& camera, const SyntheticTarget& target)
 std::vector<CalibrationPoint> exactPoints(const SyntheticCamera& camera,
                                           const SyntheticTarget& target);
 
-}  // namespace host_test
-
-#endif  // TESTS_HOST_SYNTHETIC_TARGET_H
+}  // namespace fisheye_calibration::program
