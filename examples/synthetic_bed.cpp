@@ -9,7 +9,7 @@
 namespace {
 
 // The result may be off by so much at the worst place of the bed, pixels.
-constexpr double tolerance = 0.5;
+constexpr double kTolerance = 0.5;
 
 // Standard normal numbers that are the same with every standard library: its engines' sequences are
 // fixed by the language, its distributions' are not. Sum of twelve uniform numbers minus six.
@@ -19,7 +19,9 @@ class Noise {
 
   double next() {
     double sum = -6;
-    for (int i = 0; i < 12; ++i) sum += static_cast<double>(engine_()) / 4294967296.0;
+    for (int i = 0; i < 12; ++i) {
+      sum += static_cast<double>(engine_()) / 4294967296.0;
+    }
     return sum;
   }
 
@@ -92,7 +94,9 @@ unsigned char pixelBrightness(const FishEyeCalibrationParam& camera, const Bed& 
                               int row) {
   double sum = 0;
   for (const double dx : {-0.25, 0.25}) {
-    for (const double dy : {-0.25, 0.25}) sum += brightness(camera, bed, column + dx, row + dy);
+    for (const double dy : {-0.25, 0.25}) {
+      sum += brightness(camera, bed, column + dx, row + dy);
+    }
   }
   return static_cast<unsigned char>(sum / 4);
 }
@@ -105,12 +109,18 @@ double largestDifference(const KnownCamera& camera, const FishEyeCalibrationPara
   for (float Yw = 0; Yw <= static_cast<float>(bed.rows - 1) * bed.spacing; Yw += 5) {
     for (float Xw = 0; Xw <= static_cast<float>(bed.columns - 1) * bed.spacing; Xw += 5) {
       const Pixel a = seenAt(camera.param, Xw, Yw);
-      if (!withinReach(camera, a)) continue;
+      if (!withinReach(camera, a)) {
+        continue;
+      }
       const Pixel b = seenAt(other, Xw, Yw);
       const double distance =
           std::hypot(static_cast<double>(a.x - b.x), static_cast<double>(a.y - b.y));
-      if (!(distance <= largest)) largest = distance;  // what is not a number is kept
-      if (std::isnan(largest)) return largest;
+      if (!(distance <= largest)) {
+        largest = distance;  // what is not a number is kept
+      }
+      if (std::isnan(largest)) {
+        return largest;
+      }
     }
   }
   return largest;
@@ -172,9 +182,11 @@ bool writePoints(const std::string& path, const KnownCamera& camera, const Bed& 
       const float Xw = static_cast<float>(column) * bed.spacing;
       const float Yw = static_cast<float>(row) * bed.spacing;
       const Pixel at = seenAt(camera.param, Xw, Yw);
-      if (!withinReach(camera, at)) continue;
-      const double measuredX = static_cast<double>(at.x) + noise * random.next();
-      const double measuredY = static_cast<double>(at.y) + noise * random.next();
+      if (!withinReach(camera, at)) {
+        continue;
+      }
+      const double measuredX = static_cast<double>(at.x) + kNoise * random.next();
+      const double measuredY = static_cast<double>(at.y) + kNoise * random.next();
       file << row * bed.columns + column + 1 << "," << Xw << "," << Yw << "," << measuredX << ","
            << measuredY << "\n";
     }
@@ -201,7 +213,9 @@ bool compare(const std::string& iniPath, const KnownCamera& camera, const Bed& b
   printBeside(camera.param, result);
   const double difference = largestDifference(camera, result, bed);
   std::printf("Largest difference between truth and result on the bed: %.3f px\n", difference);
-  if (difference <= tolerance) return true;
-  std::fprintf(stderr, "%s: more than %.3f px from the truth\n", iniPath.c_str(), tolerance);
+  if (difference <= kTolerance) {
+    return true;
+  }
+  std::fprintf(stderr, "%s: more than %.3f px from the truth\n", iniPath.c_str(), kTolerance);
   return false;
 }

@@ -22,7 +22,7 @@ struct KnownCamera {
 };
 
 // How badly the points are measured: standard deviation in x and in y, pixels.
-constexpr double noise = 0.1;
+constexpr double kNoise = 0.1;
 
 // Sets the pose of a camera with its lens at (Xw, Yw), `height` above the bed, turned out of the
 // straight look down by the rotation vector (Rx, Ry, Rz).

@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr Bed bed = {13, 9, 50};
+constexpr Bed kBed = {13, 9, 50};
 
 // Mounted 161 mm over a 600 mm x 400 mm bed, off its middle by 114 mm and tilted back by 17
 // degrees.
@@ -43,26 +43,32 @@ int usage() {
 
 int main(int argumentCount, char** arguments) {
   const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
-  if (words.empty()) return usage();
+  if (words.empty()) {
+    return usage();
+  }
   const KnownCamera camera = knownCamera();
   if (words.size() == 1 && words[0] == "size") {
     std::cout << camera.width << "x" << camera.height << "\n";
     return 0;
   }
-  if (words.size() != 2) return usage();
+  if (words.size() != 2) {
+    return usage();
+  }
   if (words[0] == "compare") {
-    std::printf("Synthetic camera, %d points, noise %.2f px in x and y\n", bed.columns * bed.rows,
-                noise);
-    return compare(words[1], camera, bed) ? 0 : 1;
+    std::printf("Synthetic camera, %d points, noise %.2f px in x and y\n", kBed.columns * kBed.rows,
+                kNoise);
+    return compare(words[1], camera, kBed) ? 0 : 1;
   }
   bool written = false;
   if (words[0] == "points") {
-    written = writePoints(words[1], camera, bed);
+    written = writePoints(words[1], camera, kBed);
   } else if (words[0] == "frame") {
-    written = writeFrame(words[1], camera, bed);
+    written = writeFrame(words[1], camera, kBed);
   } else {
     return usage();
   }
-  if (!written) std::cerr << "synthetic-camera: cannot write " << words[1] << "\n";
+  if (!written) {
+    std::cerr << "synthetic-camera: cannot write " << words[1] << "\n";
+  }
   return written ? 0 : 1;
 }

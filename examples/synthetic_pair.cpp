@@ -15,12 +15,12 @@
 
 namespace {
 
-constexpr Bed bed = {21, 9, 50};  // 1000 mm x 400 mm
+constexpr Bed kBed = {21, 9, 50};  // 1000 mm x 400 mm
 
-constexpr int imageWidth = 1280;
-constexpr int imageHeight = 960;
+constexpr int kImageWidth = 1280;
+constexpr int kImageHeight = 960;
 // A point farther than half the image's width from its centre makes the solver diverge.
-constexpr double reach = 600;
+constexpr double kReach = 600;
 
 KnownCamera leftCamera() {
   FishEyeCalibrationParam param = FishEyeCalibrationParam();
@@ -31,7 +31,7 @@ KnownCamera leftCamera() {
   param.k0 = 0.012;
   param.k1 = -0.05;
   mount(param, 320, 205, 230, -0.09f, 0.10f, 0.03f);
-  return {param, imageWidth, imageHeight, reach, 20240229};
+  return {param, kImageWidth, kImageHeight, kReach, 20240229};
 }
 
 KnownCamera rightCamera() {
@@ -43,7 +43,7 @@ KnownCamera rightCamera() {
   param.k0 = 0.01;
   param.k1 = -0.055;
   mount(param, 680, 195, 240, 0.07f, -0.12f, -0.04f);
-  return {param, imageWidth, imageHeight, reach, 20240301};
+  return {param, kImageWidth, kImageHeight, kReach, 20240301};
 }
 
 int usage() {
@@ -56,23 +56,27 @@ int usage() {
 int main(int argumentCount, char** arguments) {
   const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
   if (words.size() == 1 && words[0] == "size") {
-    std::cout << imageWidth << "x" << imageHeight << "\n";
+    std::cout << kImageWidth << "x" << kImageHeight << "\n";
     return 0;
   }
-  if (words.size() != 3 || (words[1] != "left" && words[1] != "right")) return usage();
+  if (words.size() != 3 || (words[1] != "left" && words[1] != "right")) {
+    return usage();
+  }
   const KnownCamera camera = words[1] == "left" ? leftCamera() : rightCamera();
   if (words[0] == "compare") {
-    std::printf("Synthetic %s camera, noise %.2f px in x and y\n", words[1].c_str(), noise);
-    return compare(words[2], camera, bed) ? 0 : 1;
+    std::printf("Synthetic %s camera, noise %.2f px in x and y\n", words[1].c_str(), kNoise);
+    return compare(words[2], camera, kBed) ? 0 : 1;
   }
   bool written = false;
   if (words[0] == "points") {
-    written = writePoints(words[2], camera, bed);
+    written = writePoints(words[2], camera, kBed);
   } else if (words[0] == "frame") {
-    written = writeFrame(words[2], camera, bed);
+    written = writeFrame(words[2], camera, kBed);
   } else {
     return usage();
   }
-  if (!written) std::cerr << "synthetic-pair: cannot write " << words[2] << "\n";
+  if (!written) {
+    std::cerr << "synthetic-pair: cannot write " << words[2] << "\n";
+  }
   return written ? 0 : 1;
 }

@@ -15,9 +15,9 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr const char* programName = "fisheye-calibration";
+constexpr const char* kProgramName = "fisheye-calibration";
 
-constexpr const char* exitCodes =
+constexpr const char* kExitCodes =
     "Exit codes: 0 done; 1 the job failed or its result is not to be trusted; 2 bad usage or "
     "input.";
 
@@ -25,14 +25,14 @@ constexpr const char* exitCodes =
 int silent(int, const char*, const char*, const char*, int, void*) { return 0; }
 
 int report(const std::string& message, int code) {
-  std::cerr << programName << ": " << onOneLine(message) << std::endl;
+  std::cerr << kProgramName << ": " << onOneLine(message) << std::endl;
   return code;
 }
 
 int run(int argc, char** argv) {
   CLI::App app("Calibrates fisheye cameras over a work bed and converts points with them.");
-  app.name(programName);
-  app.set_version_flag("--version", std::string(programName) + " " + FISHEYE_CALIBRATION_VERSION);
+  app.name(kProgramName);
+  app.set_version_flag("--version", std::string(kProgramName) + " " + FISHEYE_CALIBRATION_VERSION);
   app.require_subcommand(1);
   app.footer(std::string("Examples:\n"
                          "  fisheye-calibration detect photo.png --chessboard 8x6 --spacing 39 "
@@ -47,7 +47,7 @@ int run(int argc, char** argv) {
                          "  fisheye-calibration stitch --left l.png,l.ini,l.csv --right "
                          "r.png,r.ini,r.csv -o bed.png --dual dual.ini\n"
                          "  fisheye-calibration info camera.ini\n\n") +
-             exitCodes);
+             kExitCodes);
   DetectOptions detect;
   CalibrateOptions calibrate;
   CorrectOptions correct;
@@ -69,16 +69,32 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() == 0) return app.exit(error);  // --help, --version
-    return report(std::string(error.what()) + " (--help shows the usage)", exitBadInput);
+    if (error.get_exit_code() == 0) {
+      return app.exit(error);  // --help, --version
+    }
+    return report(std::string(error.what()) + " (--help shows the usage)", kExitBadInput);
   }
-  if (app.got_subcommand("detect")) return runDetect(detect, std::cout, std::cerr);
-  if (app.got_subcommand("calibrate")) return runCalibrate(calibrate, std::cout, std::cerr);
-  if (app.got_subcommand("correct")) return runCorrect(correct, std::cout, std::cerr);
-  if (app.got_subcommand("crop")) return runCrop(crop, std::cout, std::cerr);
-  if (app.got_subcommand("stitch")) return runStitch(stitch, std::cout, std::cerr);
-  if (app.got_subcommand("map")) return runMap(map, std::cin, std::cout, std::cerr);
-  if (app.got_subcommand("hand-eye")) return runHandEye(handEye, std::cout);
+  if (app.got_subcommand("detect")) {
+    return runDetect(detect, std::cout, std::cerr);
+  }
+  if (app.got_subcommand("calibrate")) {
+    return runCalibrate(calibrate, std::cout, std::cerr);
+  }
+  if (app.got_subcommand("correct")) {
+    return runCorrect(correct, std::cout, std::cerr);
+  }
+  if (app.got_subcommand("crop")) {
+    return runCrop(crop, std::cout, std::cerr);
+  }
+  if (app.got_subcommand("stitch")) {
+    return runStitch(stitch, std::cout, std::cerr);
+  }
+  if (app.got_subcommand("map")) {
+    return runMap(map, std::cin, std::cout, std::cerr);
+  }
+  if (app.got_subcommand("hand-eye")) {
+    return runHandEye(handEye, std::cout);
+  }
   if (app.got_subcommand("straighten")) {
     return runStraighten(straighten, std::cout, std::cerr);
   }
@@ -92,16 +108,16 @@ int runReporting(int argc, char** argv) {
   try {
     const int code = run(argc, argv);
     std::cout.flush();
-    return std::cout ? code : report("standard output: cannot write", exitJobFailed);
+    return std::cout ? code : report("standard output: cannot write", kExitJobFailed);
   } catch (const Failure& failure) {
     // It names the file or the option itself; file:line:column stands at the line's start, where
     // editors look for it.
     std::cerr << onOneLine(failure.what()) << std::endl;
     return failure.code();
   } catch (const std::bad_alloc&) {
-    return report("not enough memory", exitJobFailed);
+    return report("not enough memory", kExitJobFailed);
   } catch (const std::exception& failure) {
-    return report(failure.what(), exitJobFailed);
+    return report(failure.what(), kExitJobFailed);
   }
 }
 

@@ -7,9 +7,9 @@
 namespace fisheye_calibration::program {
 
 enum ExitCode : int {
-  exitOk = 0,
-  exitJobFailed = 1,  // the job failed, or its result is not to be trusted
-  exitBadInput = 2    // bad usage or bad input
+  kExitOk = 0,
+  kExitJobFailed = 1,  // the job failed, or its result is not to be trusted
+  kExitBadInput = 2    // bad usage or bad input
 };
 
 class Failure : public std::runtime_error {
@@ -22,11 +22,11 @@ class Failure : public std::runtime_error {
 };
 
 [[noreturn]] inline void failBadInput(const std::string& message) {
-  throw Failure(exitBadInput, message);
+  throw Failure(kExitBadInput, message);
 }
 
 [[noreturn]] inline void failJob(const std::string& message) {
-  throw Failure(exitJobFailed, message);
+  throw Failure(kExitJobFailed, message);
 }
 
 }  // namespace fisheye_calibration::program

@@ -17,7 +17,9 @@ FrameBuffer toBuffer(const cv::Mat& picture) {
   FrameBuffer buffer = blankBuffer({picture.cols, picture.rows}, 8 * picture.channels());
   const std::size_t rowBytes = static_cast<std::size_t>(picture.cols) * picture.elemSize();
   unsigned char* to = buffer.data();
-  for (int y = picture.rows - 1; y >= 0; --y) to = std::copy_n(picture.ptr(y), rowBytes, to);
+  for (int y = picture.rows - 1; y >= 0; --y) {
+    to = std::copy_n(picture.ptr(y), rowBytes, to);
+  }
   return buffer;
 }
 

@@ -15,11 +15,11 @@ double valueOf(const Param& param) {
   return static_cast<double>(param.*Member);
 }
 
-constexpr const char* filler = "filler, not used by the model";
-constexpr const char* rotation = "rotation world -> camera, row by row";
-constexpr const char* homography = "homography corrected -> second-corrected, row by row";
+constexpr const char* kFiller = "filler, not used by the model";
+constexpr const char* kRotation = "rotation world -> camera, row by row";
+constexpr const char* kHomography = "homography corrected -> second-corrected, row by row";
 
-const RecordField fields[] = {
+const RecordField kFields[] = {
     {"u0", "px", "principal point, x", valueOf<&Param::u0>},
     {"v0", "px", "principal point, y", valueOf<&Param::v0>},
     {"fx", "px", "focal length along x", valueOf<&Param::fx>},
@@ -27,34 +27,34 @@ const RecordField fields[] = {
     {"skewness", "px", "skew", valueOf<&Param::skewness>},
     {"k0", "", "lens curve, coefficient of theta^2", valueOf<&Param::k0>},
     {"k1", "", "lens curve, coefficient of theta^3", valueOf<&Param::k1>},
-    {"k2", "", filler, valueOf<&Param::k2>},
-    {"k3", "", filler, valueOf<&Param::k3>},
-    {"k4", "", filler, valueOf<&Param::k4>},
-    {"k5", "", filler, valueOf<&Param::k5>},
-    {"R1", "", rotation, valueOf<&Param::R1>},
-    {"R2", "", rotation, valueOf<&Param::R2>},
-    {"R3", "", rotation, valueOf<&Param::R3>},
-    {"R4", "", rotation, valueOf<&Param::R4>},
-    {"R5", "", rotation, valueOf<&Param::R5>},
-    {"R6", "", rotation, valueOf<&Param::R6>},
-    {"R7", "", rotation, valueOf<&Param::R7>},
-    {"R8", "", rotation, valueOf<&Param::R8>},
-    {"R9", "", rotation, valueOf<&Param::R9>},
+    {"k2", "", kFiller, valueOf<&Param::k2>},
+    {"k3", "", kFiller, valueOf<&Param::k3>},
+    {"k4", "", kFiller, valueOf<&Param::k4>},
+    {"k5", "", kFiller, valueOf<&Param::k5>},
+    {"R1", "", kRotation, valueOf<&Param::R1>},
+    {"R2", "", kRotation, valueOf<&Param::R2>},
+    {"R3", "", kRotation, valueOf<&Param::R3>},
+    {"R4", "", kRotation, valueOf<&Param::R4>},
+    {"R5", "", kRotation, valueOf<&Param::R5>},
+    {"R6", "", kRotation, valueOf<&Param::R6>},
+    {"R7", "", kRotation, valueOf<&Param::R7>},
+    {"R8", "", kRotation, valueOf<&Param::R8>},
+    {"R9", "", kRotation, valueOf<&Param::R9>},
     {"Rx", "rad", "the same rotation as a vector, x", valueOf<&Param::Rx>},
     {"Ry", "rad", "the same rotation as a vector, y", valueOf<&Param::Ry>},
     {"Rz", "rad", "the same rotation as a vector, z", valueOf<&Param::Rz>},
     {"Tx", "mm", "world origin in the camera's frame, x", valueOf<&Param::Tx>},
     {"Ty", "mm", "world origin in the camera's frame, y", valueOf<&Param::Ty>},
     {"Tz", "mm", "world origin in the camera's frame, depth", valueOf<&Param::Tz>},
-    {"p1", "", homography, valueOf<&Param::p1>},
-    {"p2", "", homography, valueOf<&Param::p2>},
-    {"p3", "", homography, valueOf<&Param::p3>},
-    {"p4", "", homography, valueOf<&Param::p4>},
-    {"p5", "", homography, valueOf<&Param::p5>},
-    {"p6", "", homography, valueOf<&Param::p6>},
-    {"p7", "", homography, valueOf<&Param::p7>},
-    {"p8", "", homography, valueOf<&Param::p8>},
-    {"p9", "", homography, valueOf<&Param::p9>},
+    {"p1", "", kHomography, valueOf<&Param::p1>},
+    {"p2", "", kHomography, valueOf<&Param::p2>},
+    {"p3", "", kHomography, valueOf<&Param::p3>},
+    {"p4", "", kHomography, valueOf<&Param::p4>},
+    {"p5", "", kHomography, valueOf<&Param::p5>},
+    {"p6", "", kHomography, valueOf<&Param::p6>},
+    {"p7", "", kHomography, valueOf<&Param::p7>},
+    {"p8", "", kHomography, valueOf<&Param::p8>},
+    {"p9", "", kHomography, valueOf<&Param::p9>},
     {"Pixel", "mm/px", "size of a second-corrected pixel", valueOf<&Param::Pixel>},
     {"DatumPtXw", "mm", "world X in the corrected picture's centre", valueOf<&Param::DatumPtXw>},
     {"DatumPtYw", "mm", "world Y in the corrected picture's centre", valueOf<&Param::DatumPtYw>},
@@ -64,17 +64,19 @@ const RecordField fields[] = {
 
 template <std::size_t N>
 std::array<double, N> consecutive(const Param& param, const char* first) {
-  const auto* field = std::find_if(std::begin(fields), std::end(fields), [&](const RecordField& f) {
-    return std::string_view(f.name) == first;
-  });
+  const auto* field =
+      std::find_if(std::begin(kFields), std::end(kFields),
+                   [&](const RecordField& f) { return std::string_view(f.name) == first; });
   std::array<double, N> values{};
-  for (double& value : values) value = (field++)->value(param);
+  for (double& value : values) {
+    value = (field++)->value(param);
+  }
   return values;
 }
 
 }  // namespace
 
-std::span<const RecordField> recordFields() { return fields; }
+std::span<const RecordField> recordFields() { return kFields; }
 
 Matrix3 rotationOf(const Param& param) { return consecutive<9>(param, "R1"); }
 Matrix3 homographyOf(const Param& param) { return consecutive<9>(param, "p1"); }
@@ -84,8 +86,12 @@ Matrix3 rotationOfVector(const Param& param) {
   // R = cos(a) I + (1 - cos(a)) k k^T + sin(a) [k]x with the angle a = |r| and k = r / a.
   Vector3 k = consecutive<3>(param, "Rx");
   const double angle = std::hypot(k[0], k[1], k[2]);
-  if (angle == 0) return {1, 0, 0, 0, 1, 0, 0, 0, 1};
-  for (double& component : k) component /= angle;
+  if (angle == 0) {
+    return {1, 0, 0, 0, 1, 0, 0, 0, 1};
+  }
+  for (double& component : k) {
+    component /= angle;
+  }
   const double c = std::cos(angle);
   const double s = std::sin(angle);
   const Matrix3 cross = {0, -k[2], k[1], k[2], 0, -k[0], -k[1], k[0], 0};

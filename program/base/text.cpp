@@ -16,7 +16,9 @@ bool isBlank(char c) {
 }
 
 std::string_view withoutPlus(std::string_view text) {
-  if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
+  if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
+    text.remove_prefix(1);
+  }
   return text;
 }
 
@@ -26,7 +28,9 @@ std::optional<Value> parseAll(std::string_view text) {
   Value value{};
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, value);
-  if (error != std::errc() || stop != end) return std::nullopt;
+  if (error != std::errc() || stop != end) {
+    return std::nullopt;
+  }
   return value;
 }
 
@@ -71,8 +75,12 @@ std::string general(double value, int significant) {
 }
 
 std::string_view trimmed(std::string_view text) {
-  while (!text.empty() && isBlank(text.front())) text.remove_prefix(1);
-  while (!text.empty() && isBlank(text.back())) text.remove_suffix(1);
+  while (!text.empty() && isBlank(text.front())) {
+    text.remove_prefix(1);
+  }
+  while (!text.empty() && isBlank(text.back())) {
+    text.remove_suffix(1);
+  }
   return text;
 }
 
@@ -82,19 +90,25 @@ bool equalIgnoringCase(std::string_view a, std::string_view b) {
 }
 
 std::string padLeft(std::string text, std::size_t width) {
-  if (text.size() < width) text.insert(0, width - text.size(), ' ');
+  if (text.size() < width) {
+    text.insert(0, width - text.size(), ' ');
+  }
   return text;
 }
 
 std::string padRight(std::string text, std::size_t width) {
-  if (text.size() < width) text.append(width - text.size(), ' ');
+  if (text.size() < width) {
+    text.append(width - text.size(), ' ');
+  }
   return text;
 }
 
 std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
   std::string all;
   for (const std::string& part : parts) {
-    if (!all.empty()) all += separator;
+    if (!all.empty()) {
+      all += separator;
+    }
     all += part;
   }
   return all;

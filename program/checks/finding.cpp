@@ -8,21 +8,25 @@ namespace fisheye_calibration::program {
 
 bool anyImpossible(const std::vector<Finding>& findings) {
   return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
-    return finding.severity == Severity::Impossible;
+    return finding.severity == Severity::kImpossible;
   });
 }
 
 std::string namedPoints(const std::vector<int>& ids) {
-  constexpr std::size_t longest = 12;
+  constexpr std::size_t kLongest = 12;
   std::vector<int> pointIds;
   std::set<int> told;
   for (const int id : ids) {
-    if (told.insert(id).second) pointIds.push_back(id);
+    if (told.insert(id).second) {
+      pointIds.push_back(id);
+    }
   }
-  const std::size_t shown = pointIds.size() > longest ? longest - 1 : pointIds.size();
+  const std::size_t shown = pointIds.size() > kLongest ? kLongest - 1 : pointIds.size();
   std::string text = pointIds.size() == 1 ? "point " : "points ";
   for (std::size_t i = 0; i < shown; ++i) {
-    if (i > 0) text += i + 1 == pointIds.size() ? " and " : ", ";
+    if (i > 0) {
+      text += i + 1 == pointIds.size() ? " and " : ", ";
+    }
     text += std::to_string(pointIds[i]);
   }
   if (shown < pointIds.size()) {

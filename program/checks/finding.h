@@ -8,47 +8,47 @@ namespace fisheye_calibration::program {
 
 enum class FindingKind {
   // of the points, before the calibration
-  TooFewPoints,
-  DuplicateIds,
-  OutsideImage,
-  BeyondReach,
-  NearReach,
-  SmallCoverage,
-  SmallFrontalTarget,
-  CollinearPoints,
-  CoincidentPoints,
-  ScalePair,
+  kTooFewPoints,
+  kDuplicateIds,
+  kOutsideImage,
+  kBeyondReach,
+  kNearReach,
+  kSmallCoverage,
+  kSmallFrontalTarget,
+  kCollinearPoints,
+  kCoincidentPoints,
+  kScalePair,
   // of the record
-  Empty,
-  NotFinite,
-  FocalLength,
-  PrincipalPoint,
-  LensCurve,
-  LensShape,
-  Rotation,
-  Pose,
-  Homography,
-  PixelSize,
+  kEmpty,
+  kNotFinite,
+  kFocalLength,
+  kPrincipalPoint,
+  kLensCurve,
+  kLensShape,
+  kRotation,
+  kPose,
+  kHomography,
+  kPixelSize,
   // of the record together with the points
-  HomographyNotFound,
-  ReprojectionError,
-  Depth,
-  SecondCorrection,
+  kHomographyNotFound,
+  kReprojectionError,
+  kDepth,
+  kSecondCorrection,
   // of two cameras that are to be stitched
-  BitCounts,
-  FrameSizes,
-  ViewSize,
-  WorldRange,
-  WorldsDiffer,
-  UnusedIds,
-  FewSharedPoints,
-  SharedCoverage,
-  CameraOrder,
+  kBitCounts,
+  kFrameSizes,
+  kViewSize,
+  kWorldRange,
+  kWorldsDiffer,
+  kUnusedIds,
+  kFewSharedPoints,
+  kSharedCoverage,
+  kCameraOrder,
 };
 
 enum class Severity {
-  Doubtful,    // told, and the work goes on
-  Impossible,  // the input cannot be used, or the result is not to be trusted
+  kDoubtful,    // told, and the work goes on
+  kImpossible,  // the input cannot be used, or the result is not to be trusted
 };
 
 struct Finding {

@@ -15,14 +15,14 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double nearReach = 0.95;            // of the solver's reach
-constexpr double smallCoverage = 0.08;        // of the picture's area
-constexpr double fairCoverage = 0.25;         // enough unless the target is seen frontally
-constexpr double frontalScaleRatio = 1.5;     // largest to smallest area scale within the target
-constexpr double lineFlatness = 1e-4;         // breadth to length of what counts as one line
-constexpr double nearlyLineFlatness = 0.03;   // … and as nearly one
-constexpr std::size_t mostForSingles = 1000;  // points up to which each is left out in turn
-constexpr double shortScalePair = 0.2;        // of the target's largest extent
+constexpr double kNearReach = 0.95;            // of the solver's reach
+constexpr double kSmallCoverage = 0.08;        // of the picture's area
+constexpr double kFairCoverage = 0.25;         // enough unless the target is seen frontally
+constexpr double kFrontalScaleRatio = 1.5;     // largest to smallest area scale within the target
+constexpr double kLineFlatness = 1e-4;         // breadth to length of what counts as one line
+constexpr double kNearlyLineFlatness = 0.03;   // … and as nearly one
+constexpr std::size_t kMostForSingles = 1000;  // points up to which each is left out in turn
+constexpr double kShortScalePair = 0.2;        // of the target's largest extent
 
 using Points = std::vector<CalibrationPoint>;
 
@@ -35,7 +35,9 @@ template <typename Condition>
 std::vector<int> idsWhere(const Points& points, Condition condition) {
   std::vector<int> ids;
   for (const CalibrationPoint& point : points) {
-    if (condition(point)) ids.push_back(point.PointId);
+    if (condition(point)) {
+      ids.push_back(point.PointId);
+    }
   }
   return ids;
 }
@@ -45,22 +47,30 @@ std::string verb(const std::vector<int>& ids, const char* one, const char* many)
 }
 
 void checkCount(const Points& points, std::vector<Finding>& findings) {
-  if (points.size() >= fewestPoints) return;
-  findings.push_back({FindingKind::TooFewPoints, Severity::Impossible,
+  if (points.size() >= kFewestPoints) {
+    return;
+  }
+  findings.push_back({FindingKind::kTooFewPoints, Severity::kImpossible,
                       "only " + std::to_string(points.size()) +
                           (points.size() == 1 ? " point" : " points") + ", at least " +
-                          std::to_string(fewestPoints) + " are needed"});
+                          std::to_string(kFewestPoints) + " are needed"});
 }
 
 void checkIds(const Points& points, std::vector<Finding>& findings) {
   std::map<int, int> count;
-  for (const CalibrationPoint& point : points) ++count[point.PointId];
+  for (const CalibrationPoint& point : points) {
+    ++count[point.PointId];
+  }
   std::vector<int> doubled;
   for (const auto& [id, times] : count) {
-    if (times > 1) doubled.push_back(id);
+    if (times > 1) {
+      doubled.push_back(id);
+    }
   }
-  if (doubled.empty()) return;
-  findings.push_back({FindingKind::DuplicateIds, Severity::Doubtful,
+  if (doubled.empty()) {
+    return;
+  }
+  findings.push_back({FindingKind::kDuplicateIds, Severity::kDoubtful,
                       verb(doubled, " is", " are") + " in the list more than once", doubled});
 }
 
@@ -71,7 +81,7 @@ void checkPlaces(const Points& points, const Size& image, std::vector<Finding>& 
            y(point) > image.height - 0.5;
   });
   if (!outside.empty()) {
-    findings.push_back({FindingKind::OutsideImage, Severity::Doubtful,
+    findings.push_back({FindingKind::kOutsideImage, Severity::kDoubtful,
                         verb(outside, " lies", " lie") + " outside the " +
                             std::to_string(image.width) + " x " + std::to_string(image.height) +
                             " picture; is the image size right?",
@@ -85,17 +95,17 @@ void checkPlaces(const Points& points, const Size& image, std::vector<Finding>& 
   const std::vector<int> beyond =
       idsWhere(points, [&](const CalibrationPoint& point) { return radius(point) > reach; });
   if (!beyond.empty()) {
-    findings.push_back({FindingKind::BeyondReach, Severity::Doubtful,
+    findings.push_back({FindingKind::kBeyondReach, Severity::kDoubtful,
                         verb(beyond, " lies", " lie") + " more than " + general(reach, 6) +
                             " px (half the longer side) from the centre; the solver diverges with "
                             "such points: leave them out",
                         beyond});
   }
   const std::vector<int> nearly = idsWhere(points, [&](const CalibrationPoint& point) {
-    return radius(point) > nearReach * reach && radius(point) <= reach;
+    return radius(point) > kNearReach * reach && radius(point) <= reach;
   });
   if (!nearly.empty()) {
-    findings.push_back({FindingKind::NearReach, Severity::Doubtful,
+    findings.push_back({FindingKind::kNearReach, Severity::kDoubtful,
                         verb(nearly, " lies", " lie") + " close to the solver's limit of " +
                             general(reach, 6) + " px from the centre; it may diverge",
                         nearly});
@@ -105,7 +115,9 @@ void checkPlaces(const Points& points, const Size& image, std::vector<Finding>& 
 // Breadth to length of a point cloud: the ratio of its principal standard deviations.
 double flatness(const std::vector<cv::Point2d>& points) {
   cv::Point2d mean(0, 0);
-  for (const cv::Point2d& point : points) mean += point;
+  for (const cv::Point2d& point : points) {
+    mean += point;
+  }
   mean *= 1.0 / static_cast<double>(points.size());
   cv::Matx22d covariance = cv::Matx22d::zeros();
   for (const cv::Point2d& point : points) {
@@ -115,7 +127,9 @@ double flatness(const std::vector<cv::Point2d>& points) {
   // Eigenvalues of [a b; b c]: (a + c)/2 +- sqrt(((a - c)/2)^2 + b^2).
   const double middle = (covariance(0, 0) + covariance(1, 1)) / 2;
   const double spread = std::hypot((covariance(0, 0) - covariance(1, 1)) / 2, covariance(0, 1));
-  if (!(middle + spread > 0)) return 0;
+  if (!(middle + spread > 0)) {
+    return 0;
+  }
   return std::sqrt(std::max(0.0, middle - spread) / (middle + spread));
 }
 
@@ -127,22 +141,26 @@ void checkLine(const Points& points, std::vector<Finding>& findings) {
     image.emplace_back(x(point), y(point));
   }
   const double flattest = std::min(flatness(world), flatness(image));
-  if (flattest < lineFlatness) {
-    findings.push_back({FindingKind::CollinearPoints, Severity::Doubtful,
+  if (flattest < kLineFlatness) {
+    findings.push_back({FindingKind::kCollinearPoints, Severity::kDoubtful,
                         "all points lie on one line; the camera cannot be found from them"});
     return;
   }
-  if (flattest < nearlyLineFlatness) {
-    findings.push_back({FindingKind::CollinearPoints, Severity::Doubtful,
+  if (flattest < kNearlyLineFlatness) {
+    findings.push_back({FindingKind::kCollinearPoints, Severity::kDoubtful,
                         "the points lie almost on one line; the result will be poor"});
   }
-  if (world.size() > mostForSingles) return;
+  if (world.size() > kMostForSingles) {
+    return;
+  }
   for (std::size_t i = 0; i < world.size(); ++i) {
     std::vector<cv::Point2d> others = world;
     others.erase(others.begin() + static_cast<std::ptrdiff_t>(i));
-    if (flatness(others) >= lineFlatness) continue;
-    findings.push_back({FindingKind::CollinearPoints,
-                        Severity::Doubtful,
+    if (flatness(others) >= kLineFlatness) {
+      continue;
+    }
+    findings.push_back({FindingKind::kCollinearPoints,
+                        Severity::kDoubtful,
                         "all points but point " + std::to_string(points[i].PointId) +
                             " lie on one line in the world; the camera cannot be found from them",
                         {points[i].PointId}});
@@ -153,10 +171,14 @@ void checkLine(const Points& points, std::vector<Finding>& findings) {
 void checkCoincidence(const Points& points, std::vector<Finding>& findings) {
   const auto report = [&](auto place, const std::string& where) {
     std::map<std::pair<float, float>, std::vector<int>> atPlace;
-    for (const CalibrationPoint& point : points) atPlace[place(point)].push_back(point.PointId);
+    for (const CalibrationPoint& point : points) {
+      atPlace[place(point)].push_back(point.PointId);
+    }
     for (const auto& [position, ids] : atPlace) {
-      if (ids.size() < 2) continue;
-      findings.push_back({FindingKind::CoincidentPoints, Severity::Doubtful,
+      if (ids.size() < 2) {
+        continue;
+      }
+      findings.push_back({FindingKind::kCoincidentPoints, Severity::kDoubtful,
                           namedPoints(ids) + " have the same " + where + " (" +
                               shortest(position.first) + ", " + shortest(position.second) + ")",
                           ids});
@@ -192,7 +214,9 @@ double scaleRatio(const Points& points) {
   for (const CalibrationPoint& point : points) {
     extent = std::max({extent, std::abs(worldX(point) - Xmean), std::abs(worldY(point) - Ymean)});
   }
-  if (!(extent > 0)) return HUGE_VAL;
+  if (!(extent > 0)) {
+    return HUGE_VAL;
+  }
   cv::Mat design(n, 6, CV_64F);
   cv::Mat image(n, 2, CV_64F);
   for (int i = 0; i < n; ++i) {
@@ -227,13 +251,13 @@ double scaleRatio(const Points& points) {
 void checkCoverage(const Points& points, const Size& image, std::vector<Finding>& findings) {
   const double share = coverage(points, image);
   const std::string percent = fixed(100 * share, share < 0.1 ? 1 : 0) + " % of the picture";
-  if (share < smallCoverage) {
-    findings.push_back({FindingKind::SmallCoverage, Severity::Doubtful,
+  if (share < kSmallCoverage) {
+    findings.push_back({FindingKind::kSmallCoverage, Severity::kDoubtful,
                         "the target covers only " + percent +
                             "; that may not determine the lens, fill the view with it"});
   }
-  if (share < fairCoverage && scaleRatio(points) < frontalScaleRatio) {
-    findings.push_back({FindingKind::SmallFrontalTarget, Severity::Doubtful,
+  if (share < kFairCoverage && scaleRatio(points) < kFrontalScaleRatio) {
+    findings.push_back({FindingKind::kSmallFrontalTarget, Severity::kDoubtful,
                         "the target covers " + percent +
                             " and is seen almost frontally; focal length and distance can hardly "
                             "be told apart, tilt it or fill the view with it"});
@@ -251,9 +275,11 @@ void checkScalePair(const Points& points, std::vector<Finding>& findings) {
   for (const CalibrationPoint& point : points) {
     extent = std::max({extent, distance(point, first), distance(point, last)});
   }
-  if (distance(first, last) >= shortScalePair * extent && extent > 0) return;
-  findings.push_back({FindingKind::ScalePair,
-                      Severity::Doubtful,
+  if (distance(first, last) >= kShortScalePair * extent && extent > 0) {
+    return;
+  }
+  findings.push_back({FindingKind::kScalePair,
+                      Severity::kDoubtful,
                       "the first and the last point of the list (" + std::to_string(first.PointId) +
                           " and " + std::to_string(last.PointId) +
                           ") are close together, but they fix the scale of the corrected picture; "
@@ -270,7 +296,9 @@ std::vector<Finding> checkInput(const std::vector<CalibrationPoint>& points, con
   checkCount(points, findings);
   checkIds(points, findings);
   checkPlaces(points, image, findings);
-  if (points.size() < fewestPoints) return findings;
+  if (points.size() < kFewestPoints) {
+    return findings;
+  }
   checkLine(points, findings);
   checkCoincidence(points, findings);
   checkCoverage(points, image, findings);

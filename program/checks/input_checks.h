@@ -10,7 +10,7 @@
 
 namespace fisheye_calibration::program {
 
-constexpr std::size_t fewestPoints = 9;
+constexpr std::size_t kFewestPoints = 9;
 
 // The solver starts from a focal length of max(W, H)/pi, with which a point at max(W, H)/2 from the
 // centre lies at a right angle to the optical axis; beyond that it always diverges.

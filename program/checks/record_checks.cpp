@@ -14,16 +14,16 @@ namespace fisheye_calibration::program {
 namespace {
 
 // The parameter file keeps six decimals of R and of the rotation vector.
-constexpr double rotationTolerance = 2e-5;
-constexpr double vectorTolerance = 1e-3;
-constexpr double usefulAngleDegrees = 30;
-constexpr double degreesPerRadian = 57.29577951308232;
+constexpr double kRotationTolerance = 2e-5;
+constexpr double kVectorTolerance = 1e-3;
+constexpr double kUsefulAngleDegrees = 30;
+constexpr double kDegreesPerRadian = 57.29577951308232;
 
 using Param = FishEyeCalibrationParam;
 using Findings = std::vector<Finding>;
 
 void add(Findings& findings, FindingKind kind, const std::string& text,
-         Severity severity = Severity::Impossible) {
+         Severity severity = Severity::kImpossible) {
   findings.push_back({kind, severity, text});
 }
 
@@ -36,12 +36,16 @@ bool checkNumbers(const Param& param, Findings& findings) {
   bool empty = true;
   for (const RecordField& field : recordFields()) {
     const double value = field.value(param);
-    if (!std::isfinite(value)) notFinite.emplace_back(field.name);
+    if (!std::isfinite(value)) {
+      notFinite.emplace_back(field.name);
+    }
     empty = empty && value == 0;
   }
-  if (empty) add(findings, FindingKind::Empty, "every field is 0");
+  if (empty) {
+    add(findings, FindingKind::kEmpty, "every field is 0");
+  }
   if (!notFinite.empty()) {
-    add(findings, FindingKind::NotFinite,
+    add(findings, FindingKind::kNotFinite,
         joined(notFinite, ", ") + (notFinite.size() == 1 ? " is" : " are") +
             " not a finite number");
   }
@@ -50,38 +54,38 @@ bool checkNumbers(const Param& param, Findings& findings) {
 
 void checkLens(const Param& param, Findings& findings) {
   if (!(param.fx > 0) || !(param.fy > 0)) {
-    add(findings, FindingKind::FocalLength,
+    add(findings, FindingKind::kFocalLength,
         "focal lengths must be greater than 0 (fx " + shortest(param.fx) + ", fy " +
             shortest(param.fy) + ")");
   } else {
     const double ratio = static_cast<double>(param.fx) / static_cast<double>(param.fy);
     if (ratio > 1.1 || ratio < 1 / 1.1) {
-      add(findings, FindingKind::FocalLength,
+      add(findings, FindingKind::kFocalLength,
           "fx and fy differ by a factor of " + general(std::max(ratio, 1 / ratio), 3) +
               "; pixels are hardly ever that far from square",
-          ratio > 2 || ratio < 0.5 ? Severity::Impossible : Severity::Doubtful);
+          ratio > 2 || ratio < 0.5 ? Severity::kImpossible : Severity::kDoubtful);
     }
   }
   if (param.u0 == 0 && param.v0 == 0) {
-    add(findings, FindingKind::PrincipalPoint, "the principal point is (0, 0)");
+    add(findings, FindingKind::kPrincipalPoint, "the principal point is (0, 0)");
   } else if (param.u0 < 0 || param.v0 < 0) {
-    add(findings, FindingKind::PrincipalPoint,
+    add(findings, FindingKind::kPrincipalPoint,
         "the principal point (" + shortest(param.u0) + ", " + shortest(param.v0) +
             ") lies outside any picture");
   }
   const std::optional<double> turn = turningAngle(param.k0, param.k1);
-  if (turn && *turn * degreesPerRadian < usefulAngleDegrees) {
-    add(findings, FindingKind::LensCurve,
-        "the lens curve turns back at " + fixed(*turn * degreesPerRadian, 1) +
+  if (turn && *turn * kDegreesPerRadian < kUsefulAngleDegrees) {
+    add(findings, FindingKind::kLensCurve,
+        "the lens curve turns back at " + fixed(*turn * kDegreesPerRadian, 1) +
             " degrees off the axis: pixels are ambiguous beyond",
-        Severity::Doubtful);
+        Severity::kDoubtful);
   }
 }
 
 void checkPose(const Param& param, Findings& findings) {
   const Matrix3 R = rotationOf(param);
   if (allZero(R)) {
-    add(findings, FindingKind::Rotation, "R is all zeros");
+    add(findings, FindingKind::kRotation, "R is all zeros");
   } else {
     double worst = 0;
     for (std::size_t i = 0; i < 3; ++i) {
@@ -91,8 +95,8 @@ void checkPose(const Param& param, Findings& findings) {
         worst = std::max(worst, std::abs(product - (i == j ? 1 : 0)));
       }
     }
-    if (worst > rotationTolerance || determinant(R) < 0) {
-      add(findings, FindingKind::Rotation,
+    if (worst > kRotationTolerance || determinant(R) < 0) {
+      add(findings, FindingKind::kRotation,
           "R is not a rotation (R R^T differs from the identity by " + general(worst, 2) +
               ", determinant " + fixed(determinant(R), 4) + ")");
     } else {
@@ -101,34 +105,36 @@ void checkPose(const Param& param, Findings& findings) {
       for (std::size_t i = 0; i < 9; ++i) {
         difference = std::max(difference, std::abs(R[i] - fromVector[i]));
       }
-      if (difference > vectorTolerance) {
-        add(findings, FindingKind::Rotation,
+      if (difference > kVectorTolerance) {
+        add(findings, FindingKind::kRotation,
             "R and the rotation vector (Rx, Ry, Rz) disagree by " + general(difference, 2));
       }
     }
   }
   const Vector3 T = translationOf(param);
   if (T[0] == 0 && T[1] == 0 && T[2] == 0) {
-    add(findings, FindingKind::Pose,
+    add(findings, FindingKind::kPose,
         "T is (0, 0, 0): the camera would sit on the bed's world origin");
   } else if (T[2] <= 0) {
-    add(findings, FindingKind::Pose,
+    add(findings, FindingKind::kPose,
         "the world origin lies behind the camera (Tz " + shortest(param.Tz) + ")",
-        Severity::Doubtful);
+        Severity::kDoubtful);
   }
 }
 
 void checkSecondCorrection(const Param& param, Findings& findings) {
   const Matrix3 H = homographyOf(param);
   double largest = 0;
-  for (const double entry : H) largest = std::max(largest, std::abs(entry));
+  for (const double entry : H) {
+    largest = std::max(largest, std::abs(entry));
+  }
   if (allZero(H)) {
-    add(findings, FindingKind::Homography, "the homography p1...p9 is all zeros");
+    add(findings, FindingKind::kHomography, "the homography p1...p9 is all zeros");
   } else if (std::abs(determinant(H)) < 1e-12 * largest) {
-    add(findings, FindingKind::Homography, "the homography p1...p9 is singular");
+    add(findings, FindingKind::kHomography, "the homography p1...p9 is singular");
   }
   if (!(param.Pixel > 0)) {
-    add(findings, FindingKind::PixelSize,
+    add(findings, FindingKind::kPixelSize,
         "Pixel must be greater than 0 (it is " + shortest(param.Pixel) + ")");
   }
 }
@@ -137,7 +143,9 @@ void checkSecondCorrection(const Param& param, Findings& findings) {
 
 std::vector<Finding> checkRecord(const FishEyeCalibrationParam& param) {
   Findings findings;
-  if (!checkNumbers(param, findings)) return findings;
+  if (!checkNumbers(param, findings)) {
+    return findings;
+  }
   checkLens(param, findings);
   checkPose(param, findings);
   checkSecondCorrection(param, findings);

@@ -14,39 +14,39 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double largestRms = 2;              // pixels
-constexpr double focalFactor = 3;             // against max(W, H)/pi
-constexpr double centralShare = 0.1;          // of the longer side, for the principal point
-constexpr double largestCorrectionError = 3;  // pixels: the outlier bound of the homography's fit
+constexpr double kLargestRms = 2;              // pixels
+constexpr double kFocalFactor = 3;             // against max(W, H)/pi
+constexpr double kCentralShare = 0.1;          // of the longer side, for the principal point
+constexpr double kLargestCorrectionError = 3;  // pixels: the outlier bound of the homography's fit
 // A single view often leaves open how much of the picture's scale is focal length and how much lens
 // curve; a curve beyond what lenses are built to shows that the solver chose wrongly.
-constexpr double flattestLens = 0.80;
-constexpr double steepestLens = 1.14;
-constexpr double pi = 3.14159265358979323846;
+constexpr double kFlattestLens = 0.80;
+constexpr double kSteepestLens = 1.14;
+constexpr double kPi = 3.14159265358979323846;
 
 using Findings = std::vector<Finding>;
 
 void add(Findings& findings, FindingKind kind, const std::string& text,
-         const std::vector<int>& ids = {}, Severity severity = Severity::Impossible) {
+         const std::vector<int>& ids = {}, Severity severity = Severity::kImpossible) {
   findings.push_back({kind, severity, text, ids});
 }
 
 void checkReprojection(const CalibrationResult& result, Findings& findings) {
   if (!std::isfinite(result.rms)) {
-    add(findings, FindingKind::ReprojectionError, "the reprojection error is not a number");
-  } else if (result.rms > largestRms) {
-    add(findings, FindingKind::ReprojectionError,
+    add(findings, FindingKind::kReprojectionError, "the reprojection error is not a number");
+  } else if (result.rms > kLargestRms) {
+    add(findings, FindingKind::kReprojectionError,
         "the RMS reprojection error is " + general(result.rms, 4) + " px, more than " +
-            general(largestRms, 3) + " px");
+            general(kLargestRms, 3) + " px");
   }
 }
 
 void checkFocalLength(const FishEyeCalibrationParam& param, const Size& image, Findings& findings) {
-  const double expected = std::max(image.width, image.height) / pi;
+  const double expected = std::max(image.width, image.height) / kPi;
   for (const auto& [name, value] : {std::pair("fx", param.fx), std::pair("fy", param.fy)}) {
     const double ratio = static_cast<double>(value) / expected;
-    if (ratio > 0 && (ratio > focalFactor || ratio < 1 / focalFactor)) {
-      add(findings, FindingKind::FocalLength,
+    if (ratio > 0 && (ratio > kFocalFactor || ratio < 1 / kFocalFactor)) {
+      add(findings, FindingKind::kFocalLength,
           std::string(name) + " is " + general(static_cast<double>(value), 5) +
               " px, off by more than a factor of 3 from what a fisheye lens on such a picture has "
               "(about " +
@@ -61,29 +61,33 @@ void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image
   const double v0 = static_cast<double>(param.v0);
   const std::string place =
       "the principal point (" + readable(u0, 1) + ", " + readable(v0, 1) + ")";
-  const auto alreadyTold = [](const Finding& f) { return f.kind == FindingKind::PrincipalPoint; };
-  if (std::any_of(findings.begin(), findings.end(), alreadyTold)) return;
+  const auto alreadyTold = [](const Finding& f) { return f.kind == FindingKind::kPrincipalPoint; };
+  if (std::any_of(findings.begin(), findings.end(), alreadyTold)) {
+    return;
+  }
   if (!(u0 >= -0.5 && u0 <= image.width - 0.5 && v0 >= -0.5 && v0 <= image.height - 0.5)) {
-    add(findings, FindingKind::PrincipalPoint, place + " lies outside the picture");
+    add(findings, FindingKind::kPrincipalPoint, place + " lies outside the picture");
     return;
   }
   const double offset = std::hypot(u0 - (image.width - 1) / 2.0, v0 - (image.height - 1) / 2.0);
-  if (offset > centralShare * std::max(image.width, image.height)) {
-    add(findings, FindingKind::PrincipalPoint,
+  if (offset > kCentralShare * std::max(image.width, image.height)) {
+    add(findings, FindingKind::kPrincipalPoint,
         place + " lies " + fixed(offset, 0) +
             " px from the picture's centre; lenses are seldom mounted that far off",
-        {}, Severity::Doubtful);
+        {}, Severity::kDoubtful);
   }
 }
 
 void checkLensShape(const FishEyeCalibrationParam& param, Findings& findings) {
   const double shape = lensShape(param.k0, param.k1);
-  if (shape >= flattestLens && shape <= steepestLens) return;
-  add(findings, FindingKind::LensShape,
+  if (shape >= kFlattestLens && shape <= kSteepestLens) {
+    return;
+  }
+  add(findings, FindingKind::kLensShape,
       "the lens curve is " + general(shape, 3) +
           " times the angle at 60 degrees, which fisheye lenses (0.83 to 1.10) do not have; the "
           "focal length is probably off, try another view",
-      {}, Severity::Doubtful);
+      {}, Severity::kDoubtful);
 }
 
 void checkPoints(const CalibrationResult& result, Findings& findings) {
@@ -104,10 +108,10 @@ void checkPoints(const CalibrationResult& result, Findings& findings) {
     }
   }
   if (!behind.empty()) {
-    add(findings, FindingKind::Depth, namedPoints(behind) + " would be behind the camera", behind);
+    add(findings, FindingKind::kDepth, namedPoints(behind) + " would be behind the camera", behind);
   }
   if (!beyondTurn.empty()) {
-    add(findings, FindingKind::LensCurve,
+    add(findings, FindingKind::kLensCurve,
         "the lens curve turns back before it reaches " + namedPoints(beyondTurn), beyondTurn);
   }
 }
@@ -115,8 +119,10 @@ void checkPoints(const CalibrationResult& result, Findings& findings) {
 void checkSecondCorrection(const CalibrationResult& result, const Size& corrected,
                            Findings& findings) {
   const SecondCorrectionError error = secondCorrectionError(result, corrected);
-  if (error.worstPixels <= largestCorrectionError) return;
-  add(findings, FindingKind::SecondCorrection,
+  if (error.worstPixels <= kLargestCorrectionError) {
+    return;
+  }
+  add(findings, FindingKind::kSecondCorrection,
       "the corrected picture misses the world grid by " + general(error.worstPixels, 3) +
           " px at " + namedPoints({error.pointId}),
       {error.pointId});
@@ -144,8 +150,12 @@ SecondCorrectionError secondCorrectionError(const CalibrationResult& result,
     const double v = (H[3] * static_cast<double>(x) + H[4] * static_cast<double>(y) + H[5]) / w +
                      static_cast<double>(param.ImageDy);
     const double error = std::hypot(u - static_cast<double>(gridX), v - static_cast<double>(gridY));
-    if (!(error <= worst.worstPixels)) worst = {error, point.PointId};
-    if (std::isnan(error)) return {HUGE_VAL, point.PointId};
+    if (!(error <= worst.worstPixels)) {
+      worst = {error, point.PointId};
+    }
+    if (std::isnan(error)) {
+      return {HUGE_VAL, point.PointId};
+    }
   }
   return worst;
 }
@@ -154,21 +164,25 @@ std::vector<Finding> checkResult(const CalibrationResult& result, const Size& im
                                  const Size& corrected) {
   Findings findings;
   if (!result.homographyFound) {
-    add(findings, FindingKind::HomographyNotFound,
+    add(findings, FindingKind::kHomographyNotFound,
         "no homography was found from the corrected picture to the world grid");
   }
   const Findings ofRecord = checkRecord(result.param);
   findings.insert(findings.end(), ofRecord.begin(), ofRecord.end());
   checkReprojection(result, findings);
   const bool numbers = std::none_of(ofRecord.begin(), ofRecord.end(), [](const Finding& finding) {
-    return finding.kind == FindingKind::NotFinite || finding.kind == FindingKind::Empty;
+    return finding.kind == FindingKind::kNotFinite || finding.kind == FindingKind::kEmpty;
   });
-  if (!numbers) return findings;
+  if (!numbers) {
+    return findings;
+  }
   checkFocalLength(result.param, image, findings);
   checkPrincipalPoint(result.param, image, findings);
   checkLensShape(result.param, findings);
   checkPoints(result, findings);
-  if (result.homographyFound) checkSecondCorrection(result, corrected, findings);
+  if (result.homographyFound) {
+    checkSecondCorrection(result, corrected, findings);
+  }
   return findings;
 }
 

@@ -65,9 +65,11 @@ Outputs checkedOutputs(const CalibrateOptions& options) {
 Input readInput(const CalibrateOptions& options, OutputFiles& files, std::ostream& messages) {
   Input input;
   const bool sizeGiven = !options.imageSize.empty();
-  if (sizeGiven) input.image = parseSize("--image-size", options.imageSize, 1, largestImageSide);
+  if (sizeGiven) {
+    input.image = parseSize("--image-size", options.imageSize, 1, kLargestImageSide);
+  }
   if (!options.correctedSize.empty()) {
-    input.corrected = parseSize("--corrected-size", options.correctedSize, 1, largestImageSide);
+    input.corrected = parseSize("--corrected-size", options.correctedSize, 1, kLargestImageSide);
   }
   if (isPicture(options.input)) {
     DetectedTarget found = detectInPicture(options.input, options.target, files, messages);
@@ -86,9 +88,13 @@ Input readInput(const CalibrateOptions& options, OutputFiles& files, std::ostrea
                    ": not a picture that can be read, but options for finding a target are given");
     }
     input.points = parsePoints(options.input, text);
-    if (!sizeGiven) failBadInput("--image-size is missing: a list of points does not tell it");
+    if (!sizeGiven) {
+      failBadInput("--image-size is missing: a list of points does not tell it");
+    }
   }
-  if (options.correctedSize.empty()) input.corrected = input.image;
+  if (options.correctedSize.empty()) {
+    input.corrected = input.image;
+  }
   return input;
 }
 
@@ -122,7 +128,9 @@ void stageResiduals(OutputFiles& files, const Outputs& outputs, const Input& inp
 
 void warnBefore(const std::vector<Finding>& findings, std::ostream& messages) {
   for (const Finding& finding : findings) {
-    if (finding.severity == Severity::Impossible) failBadInput(finding.text);
+    if (finding.severity == Severity::kImpossible) {
+      failBadInput(finding.text);
+    }
     messages << "warning: " << finding.text << "\n";
   }
 }
@@ -142,11 +150,13 @@ int runCalibrate(const CalibrateOptions& options, std::ostream& out, std::ostrea
   out << describeResult(result, input.corrected) << std::flush;
   stageResiduals(files, outputs, input, result, trusted);
   const bool save = trusted || options.force;
-  if (save) stageCamera(files, outputs.camera, result.param);
+  if (save) {
+    stageCamera(files, outputs.camera, result.param);
+  }
   files.commit();
 
   for (const Finding& finding : findings) {
-    const bool impossible = finding.severity == Severity::Impossible;
+    const bool impossible = finding.severity == Severity::kImpossible;
     messages << (impossible ? "not to be trusted: " : "warning: ") << finding.text << "\n";
   }
   out << "\nResiduals: " << outputs.plot << ", " << outputs.table << "\n";
@@ -156,7 +166,7 @@ int runCalibrate(const CalibrateOptions& options, std::ostream& out, std::ostrea
     messages << "the result is not to be trusted; " << outputs.camera
              << " was not written (--force writes it all the same)\n";
   }
-  return trusted ? exitOk : exitJobFailed;
+  return trusted ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace fisheye_calibration::program

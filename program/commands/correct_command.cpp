@@ -47,22 +47,32 @@ std::vector<std::string> picturesIn(const std::string& folder) {
   std::vector<std::string> pictures;
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(filePath(folder), error)) {
-    if (isPicture(entry.path().string())) pictures.push_back(entry.path().string());
+    if (isPicture(entry.path().string())) {
+      pictures.push_back(entry.path().string());
+    }
   }
-  if (error) failBadInput(folder + ": " + error.message());
-  if (pictures.empty()) failBadInput(folder + ": there is no picture in this folder");
+  if (error) {
+    failBadInput(folder + ": " + error.message());
+  }
+  if (pictures.empty()) {
+    failBadInput(folder + ": there is no picture in this folder");
+  }
   std::sort(pictures.begin(), pictures.end());
   return pictures;
 }
 
 void prepareFolder(const std::string& folder) {
   std::error_code error;
-  if (fs::is_directory(filePath(folder), error)) return;
+  if (fs::is_directory(filePath(folder), error)) {
+    return;
+  }
   if (fs::exists(filePath(folder), error)) {
     failBadInput("-o: " + folder + " is a file; several frames need a folder");
   }
   fs::create_directory(filePath(folder), error);
-  if (error) failBadInput("-o: " + folder + ": " + error.message());
+  if (error) {
+    failBadInput("-o: " + folder + ": " + error.message());
+  }
 }
 
 std::vector<Job> folderJobs(const std::vector<std::string>& frames, const std::string& folder) {
@@ -70,10 +80,14 @@ std::vector<Job> folderJobs(const std::vector<std::string>& frames, const std::s
   std::set<std::string> names;
   for (const std::string& frame : frames) {
     const std::string name = filePath(frame).filename().string();
-    if (!names.insert(name).second) failBadInput("two frames are called " + name);
+    if (!names.insert(name).second) {
+      failBadInput("two frames are called " + name);
+    }
     const std::string output = (filePath(folder) / filePath(name)).string();
     requirePictureName(frame, output);
-    if (isSameFile(output, frame)) failBadInput("-o: " + output + " is the frame itself");
+    if (isSameFile(output, frame)) {
+      failBadInput("-o: " + output + " is the frame itself");
+    }
     jobs.push_back({frame, output});
   }
   prepareFolder(folder);
@@ -84,8 +98,12 @@ std::vector<Job> plannedJobs(const CorrectOptions& options) {
   std::error_code error;
   const bool folder =
       options.frames.size() == 1 && fs::is_directory(filePath(options.frames[0]), error);
-  if (folder) return folderJobs(picturesIn(options.frames[0]), options.output);
-  if (options.frames.size() > 1) return folderJobs(options.frames, options.output);
+  if (folder) {
+    return folderJobs(picturesIn(options.frames[0]), options.output);
+  }
+  if (options.frames.size() > 1) {
+    return folderJobs(options.frames, options.output);
+  }
   requireWritablePlace("-o", options.output);
   requirePictureName("-o", options.output);
   if (isSameFile(options.output, options.frames[0])) {
@@ -95,7 +113,9 @@ std::vector<Job> plannedJobs(const CorrectOptions& options) {
 }
 
 void requireMaskPlace(const CorrectOptions& options, const std::vector<Job>& jobs) {
-  if (options.mask.empty()) return;
+  if (options.mask.empty()) {
+    return;
+  }
   requireWritablePlace("--mask", options.mask);
   requirePictureName("--mask", options.mask);
   for (const Job& job : jobs) {
@@ -126,7 +146,7 @@ View render(const Renderer& renderer, const std::string& path) {
 Renderer preparedRenderer(const CorrectOptions& options, std::ostream& messages) {
   Renderer renderer;
   if (!options.size.empty()) {
-    renderer.size = parseSize("--size", options.size, 1, largestImageSide);
+    renderer.size = parseSize("--size", options.size, 1, kLargestImageSide);
   }
   if (!options.grid.empty()) {
     renderer.gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
@@ -194,25 +214,31 @@ int correctMany(const std::vector<Job>& jobs, Batch& batch, const std::string& f
   out << done << " of " << jobs.size() << " frames corrected in " << general(seconds(), 3) << " s, "
       << general(static_cast<double>(done) / seconds(), 3) << " frames per second, reading and "
       << "writing included; written to " << folder << "\n";
-  return failed == 0 ? exitOk : exitJobFailed;
+  return failed == 0 ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace
 
 int runCorrect(const CorrectOptions& options, std::ostream& out, std::ostream& messages) {
-  if (options.frames.empty()) failBadInput("no frame is given");
+  if (options.frames.empty()) {
+    failBadInput("no frame is given");
+  }
   const Renderer renderer = preparedRenderer(options, messages);
   const std::vector<Job> jobs = plannedJobs(options);
   requireMaskPlace(options, jobs);
   Batch batch(options, renderer, messages);
   std::error_code error;
   const bool many = jobs.size() > 1 || fs::is_directory(filePath(options.output), error);
-  if (many) return correctMany(jobs, batch, options.output, out, messages);
+  if (many) {
+    return correctMany(jobs, batch, options.output, out, messages);
+  }
   batch.correct(jobs[0]);
   out << options.frames[0] << ": corrected view written to " << options.output;
-  if (!options.mask.empty()) out << ", mask to " << options.mask;
+  if (!options.mask.empty()) {
+    out << ", mask to " << options.mask;
+  }
   out << "\n";
-  return exitOk;
+  return kExitOk;
 }
 
 }  // namespace fisheye_calibration::program

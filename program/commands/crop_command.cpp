@@ -12,7 +12,7 @@
 namespace fisheye_calibration::program {
 
 int runCrop(const CropOptions& options, std::ostream& out, std::ostream& messages) {
-  const Size size = parseSize("--size", options.size, 1, largestImageSide);
+  const Size size = parseSize("--size", options.size, 1, kLargestImageSide);
   requireWritablePlace("-o", options.output);
   requirePictureName("-o", options.output);
   if (isSameFile(options.output, options.image)) {
@@ -31,7 +31,7 @@ int runCrop(const CropOptions& options, std::ostream& out, std::ostream& message
   files.commit();
   out << options.image << ": the centre, " << size.width << "x" << size.height << ", written to "
       << options.output << "\n";
-  return exitOk;
+  return kExitOk;
 }
 
 }  // namespace fisheye_calibration::program

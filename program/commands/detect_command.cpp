@@ -16,7 +16,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr int largestGridSide = 200;
+constexpr int kLargestGridSide = 200;
 
 struct World {
   float spacing = 0;
@@ -30,17 +30,21 @@ Target parseTarget(const TargetOptions& options) {
         "say what to look for: either --chessboard COLUMNSxROWS or --circles COLUMNSxROWS");
   }
   const bool board = !options.chessboard.empty();
-  if (board && options.asymmetric) failBadInput("--asymmetric goes with --circles only");
-  const Size size = board ? parseSize("--chessboard", options.chessboard, 3, largestGridSide)
-                          : parseSize("--circles", options.circles, 2, largestGridSide);
-  const TargetKind kind = board                ? TargetKind::Chessboard
-                          : options.asymmetric ? TargetKind::AsymmetricCircles
-                                               : TargetKind::Circles;
+  if (board && options.asymmetric) {
+    failBadInput("--asymmetric goes with --circles only");
+  }
+  const Size size = board ? parseSize("--chessboard", options.chessboard, 3, kLargestGridSide)
+                          : parseSize("--circles", options.circles, 2, kLargestGridSide);
+  const TargetKind kind = board                ? TargetKind::kChessboard
+                          : options.asymmetric ? TargetKind::kAsymmetricCircles
+                                               : TargetKind::kCircles;
   return {kind, size.width, size.height};
 }
 
 World parseWorld(const TargetOptions& options, int pointCount) {
-  if (options.spacing.empty()) failBadInput("--spacing is missing: the distance in the world");
+  if (options.spacing.empty()) {
+    failBadInput("--spacing is missing: the distance in the world");
+  }
   World world;
   world.spacing = parsePositive("--spacing", options.spacing);
   world.origin = parsePair("--origin", options.origin);
@@ -71,9 +75,9 @@ std::vector<CalibrationPoint> numbered(const std::vector<GridPoint>& grid, const
 }
 
 std::string describeTarget(const Target& target) {
-  const char* what = target.kind == TargetKind::Chessboard ? " inner corners"
-                     : target.kind == TargetKind::Circles  ? " circles"
-                                                           : " staggered circles";
+  const char* what = target.kind == TargetKind::kChessboard ? " inner corners"
+                     : target.kind == TargetKind::kCircles  ? " circles"
+                                                            : " staggered circles";
   return std::to_string(target.columns) + " x " + std::to_string(target.rows) + what;
 }
 
@@ -127,7 +131,7 @@ int runDetect(const DetectOptions& options, std::ostream& out, std::ostream& mes
   files.stage(options.output, formatPoints(found.points));
   files.commit();
   out << options.image << ": " << found.summary << " written to " << options.output << "\n";
-  return exitOk;
+  return kExitOk;
 }
 
 }  // namespace fisheye_calibration::program

@@ -17,11 +17,11 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr std::size_t fewestPoints = 3;
+constexpr std::size_t kFewestPoints = 3;
 
 // Below this share of the points' extent across their main direction of that along it, they count
 // as lying on one line: their positions are floats, good to about this many digits.
-constexpr double thinnestSpread = 1e-5;
+constexpr double kThinnestSpread = 1e-5;
 
 // True if the image points lie on a line, or in one place: the smaller principal axis of their
 // scatter is nothing beside the larger.
@@ -45,7 +45,7 @@ bool onOneLine(const std::vector<CalibrationPoint>& points) {
   }
   const double larger = (xx + yy) / 2 + std::hypot((xx - yy) / 2, xy);
   const double smaller = larger > 0 ? (xx * yy - xy * xy) / larger : 0;
-  return !(smaller > thinnestSpread * thinnestSpread * larger);
+  return !(smaller > kThinnestSpread * kThinnestSpread * larger);
 }
 
 void requirePlaces(const HandEyeOptions& options) {
@@ -53,7 +53,9 @@ void requirePlaces(const HandEyeOptions& options) {
   if (isSameFile(options.output, options.points)) {
     failBadInput("-o: " + options.output + " is the file of the points");
   }
-  if (options.plot.empty()) return;
+  if (options.plot.empty()) {
+    return;
+  }
   requireWritablePlace("--plot", options.plot);
   requirePictureName("--plot", options.plot);
   if (options.plot == options.output || isSameFile(options.plot, options.output) ||
@@ -68,7 +70,7 @@ int runHandEye(const HandEyeOptions& options, std::ostream& out) {
   requirePlaces(options);
   const std::vector<CalibrationPoint> points =
       parsePoints(options.points, readFile(options.points));
-  if (points.size() < fewestPoints) {
+  if (points.size() < kFewestPoints) {
     failBadInput(options.points + ": " + std::to_string(points.size()) +
                  " point(s); an affine map needs at least three");
   }
@@ -90,9 +92,11 @@ int runHandEye(const HandEyeOptions& options, std::ostream& out) {
   }
   files.commit();
   out << describeAffine(map, points) << "Coefficients written to " << options.output;
-  if (!options.plot.empty()) out << ", residuals drawn in " << options.plot;
+  if (!options.plot.empty()) {
+    out << ", residuals drawn in " << options.plot;
+  }
   out << "\n";
-  return exitOk;
+  return kExitOk;
 }
 
 }  // namespace fisheye_calibration::program

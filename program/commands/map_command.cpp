@@ -25,22 +25,24 @@ struct FrameName {
   ImageFrame frame;
 };
 
-constexpr FrameName frameNames[] = {{"world", ImageFrame::World},
-                                    {"raw", ImageFrame::Raw},
-                                    {"corrected", ImageFrame::Corrected},
-                                    {"second", ImageFrame::Second},
-                                    {"stitched", ImageFrame::Stitched}};
+constexpr FrameName kFrameNames[] = {{"world", ImageFrame::kWorld},
+                                     {"raw", ImageFrame::kRaw},
+                                     {"corrected", ImageFrame::kCorrected},
+                                     {"second", ImageFrame::kSecond},
+                                     {"stitched", ImageFrame::kStitched}};
 
-constexpr Conversion conversions[] = {{ImageFrame::World, ImageFrame::Raw, false},
-                                      {ImageFrame::World, ImageFrame::Corrected, true},
-                                      {ImageFrame::World, ImageFrame::Second, true},
-                                      {ImageFrame::Second, ImageFrame::World, true},
-                                      {ImageFrame::World, ImageFrame::Stitched, false},
-                                      {ImageFrame::Stitched, ImageFrame::World, false}};
+constexpr Conversion kConversions[] = {{ImageFrame::kWorld, ImageFrame::kRaw, false},
+                                       {ImageFrame::kWorld, ImageFrame::kCorrected, true},
+                                       {ImageFrame::kWorld, ImageFrame::kSecond, true},
+                                       {ImageFrame::kSecond, ImageFrame::kWorld, true},
+                                       {ImageFrame::kWorld, ImageFrame::kStitched, false},
+                                       {ImageFrame::kStitched, ImageFrame::kWorld, false}};
 
 ImageFrame findFrame(const std::string& option, const std::string& name) {
-  for (const FrameName& known : frameNames) {
-    if (equalIgnoringCase(name, known.name)) return known.frame;
+  for (const FrameName& known : kFrameNames) {
+    if (equalIgnoringCase(name, known.name)) {
+      return known.frame;
+    }
   }
   failBadInput(option + ": world, raw, corrected, second or stitched, not \"" + name + "\"");
 }
@@ -58,16 +60,16 @@ struct Mapper {
     float x = 0;
     float y = 0;
     float unused = 0;
-    if (conversion.from == ImageFrame::Second) {
+    if (conversion.from == ImageFrame::kSecond) {
       CorrectedImageToWorldPoint(p[0], p[1], cx, cy, param, x, y, unused);
-    } else if (conversion.from == ImageFrame::Stitched) {
+    } else if (conversion.from == ImageFrame::kStitched) {
       // Its result is false although x and y are valid.
       static_cast<void>(DualCam_CorrectedImageToWorldPoint(p[0], p[1], dual, x, y, unused));
-    } else if (conversion.to == ImageFrame::Stitched) {
+    } else if (conversion.to == ImageFrame::kStitched) {
       DualCam_WorldToSecondCorrectedImagePoint(p[0], p[1], p[2], dual, x, y);
-    } else if (conversion.to == ImageFrame::Raw) {
+    } else if (conversion.to == ImageFrame::kRaw) {
       WorldToRawImagePoint(p[0], p[1], p[2], param, x, y);
-    } else if (conversion.to == ImageFrame::Corrected) {
+    } else if (conversion.to == ImageFrame::kCorrected) {
       WorldToCorrectedImagePoint(p[0], p[1], p[2], param, cx, cy, x, y);
     } else {
       WorldToSecondCorrectedImagePoint(p[0], p[1], p[2], param, cx, cy, x, y);
@@ -87,8 +89,8 @@ Outcome mapOne(const Mapper& mapper, const Coordinates& point, const std::string
   const bool finite = std::isfinite(result[0]) && std::isfinite(result[1]);
   if (!finite) {
     messages << name << ": the result is not a finite number\n";
-  } else if (mapper.conversion.to == ImageFrame::Raw ||
-             mapper.conversion.to == ImageFrame::Corrected) {
+  } else if (mapper.conversion.to == ImageFrame::kRaw ||
+             mapper.conversion.to == ImageFrame::kCorrected) {
     const double depth = depthOf(mapper.param, static_cast<double>(point[0]),
                                  static_cast<double>(point[1]), static_cast<double>(point[2]));
     if (!(depth > 0)) {
@@ -100,11 +102,13 @@ Outcome mapOne(const Mapper& mapper, const Coordinates& point, const std::string
 }
 
 Coordinates parsePoint(const Mapper& mapper, const std::vector<std::string>& words) {
-  const bool world = mapper.conversion.from == ImageFrame::World;
+  const bool world = mapper.conversion.from == ImageFrame::kWorld;
   std::vector<float> values;
   for (const std::string& word : words) {
     const std::optional<float> value = parseFloat(trimmed(word));
-    if (!value) failBadInput("point: not a number: \"" + word + "\"");
+    if (!value) {
+      failBadInput("point: not a number: \"" + word + "\"");
+    }
     values.push_back(*value);
   }
   if (values.size() != 2 && !(world && values.size() == 3)) {
@@ -116,18 +120,20 @@ Coordinates parsePoint(const Mapper& mapper, const std::vector<std::string>& wor
 bool mapTable(const Mapper& mapper, std::istream& in, std::ostream& out, std::ostream& messages) {
   const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   const CsvTable table = parseCsv("standard input", text);
-  const bool fromWorld = mapper.conversion.from == ImageFrame::World;
+  const bool fromWorld = mapper.conversion.from == ImageFrame::kWorld;
   const std::size_t x = table.require(fromWorld ? "Xw" : "x");
   const std::size_t y = table.require(fromWorld ? "Yw" : "y");
   const std::optional<std::size_t> z = fromWorld ? table.find("Zw") : std::nullopt;
   const std::optional<std::size_t> id = table.find("PointId");
   std::string result = id ? "PointId," : "";
-  result += mapper.conversion.to == ImageFrame::World ? "Xw,Yw\n" : "x,y\n";
+  result += mapper.conversion.to == ImageFrame::kWorld ? "Xw,Yw\n" : "x,y\n";
   bool finite = true;
   for (const CsvRow& row : table.rows) {
     const Coordinates point = {table.floatAt(row, x), table.floatAt(row, y),
                                z ? table.floatAt(row, *z) : 0.0f};
-    if (id) result += std::to_string(table.integerAt(row, *id)) + ",";
+    if (id) {
+      result += std::to_string(table.integerAt(row, *id)) + ",";
+    }
     const std::string name = "standard input:" + std::to_string(row.line);
     const Outcome outcome = mapOne(mapper, point, name, messages);
     result += outcome.text + "\n";
@@ -138,7 +144,7 @@ bool mapTable(const Mapper& mapper, std::istream& in, std::ostream& out, std::os
 }
 
 bool isOfStitched(const Conversion& conversion) {
-  return conversion.from == ImageFrame::Stitched || conversion.to == ImageFrame::Stitched;
+  return conversion.from == ImageFrame::kStitched || conversion.to == ImageFrame::kStitched;
 }
 
 void requireRightRecord(const MapOptions& options, const Conversion& conversion) {
@@ -156,7 +162,9 @@ void requireRightRecord(const MapOptions& options, const Conversion& conversion)
 
 void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
   const int offset = pictureRowOffset(dual);
-  if (offset == 0) return;
+  if (offset == 0) {
+    return;
+  }
   messages << "note: this picture is a crop; its row from the top is y "
            << (offset < 0 ? "- " : "+ ") << (offset < 0 ? -offset : offset) << "\n";
 }
@@ -166,14 +174,18 @@ void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
 Conversion findConversion(const std::string& from, const std::string& to) {
   const ImageFrame source = findFrame("--from", from);
   const ImageFrame target = findFrame("--to", to);
-  if (source == target) failBadInput("--from and --to name the same frame, " + from);
-  for (const Conversion& conversion : conversions) {
-    if (conversion.from == source && conversion.to == target) return conversion;
+  if (source == target) {
+    failBadInput("--from and --to name the same frame, " + from);
+  }
+  for (const Conversion& conversion : kConversions) {
+    if (conversion.from == source && conversion.to == target) {
+      return conversion;
+    }
   }
   std::string message = "the library provides no conversion from " + from + " to " + to;
-  if (source == ImageFrame::Stitched || target == ImageFrame::Stitched) {
+  if (source == ImageFrame::kStitched || target == ImageFrame::kStitched) {
     message += "; a stitched picture has world to stitched and stitched to world";
-  } else if (source == ImageFrame::Second) {
+  } else if (source == ImageFrame::kSecond) {
     message += "; go from second to world and from there on";
   } else {
     message += "; it has world to raw, corrected and second, and second to world";
@@ -190,22 +202,26 @@ int runMap(const MapOptions& options, std::istream& in, std::ostream& out, std::
           "--corrected-size is missing: this conversion counts from the centre of the "
           "corrected picture");
     }
-    const Size size = parseSize("--corrected-size", options.correctedSize, 1, largestImageSide);
+    const Size size = parseSize("--corrected-size", options.correctedSize, 1, kLargestImageSide);
     mapper.cx = static_cast<float>(size.width * 0.5);
     mapper.cy = static_cast<float>(size.height * 0.5);
   }
   std::optional<Coordinates> point;
-  if (!options.point.empty()) point = parsePoint(mapper, options.point);
+  if (!options.point.empty()) {
+    point = parsePoint(mapper, options.point);
+  }
   if (options.dual.empty()) {
     mapper.param = loadCheckedCamera(options.camera, messages);
   } else {
     mapper.dual = loadCheckedDual(options.dual, messages);
     noteRows(mapper.dual, messages);
   }
-  if (!point) return mapTable(mapper, in, out, messages) ? exitOk : exitJobFailed;
+  if (!point) {
+    return mapTable(mapper, in, out, messages) ? kExitOk : kExitJobFailed;
+  }
   const Outcome outcome = mapOne(mapper, *point, "point", messages);
   out << outcome.text << "\n";
-  return outcome.finite ? exitOk : exitJobFailed;
+  return outcome.finite ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace fisheye_calibration::program

@@ -17,7 +17,7 @@ struct MapOptions {
   std::vector<std::string> point;  // coordinates; empty: a CSV on `in`
 };
 
-enum class ImageFrame { World, Raw, Corrected, Second, Stitched };
+enum class ImageFrame { kWorld, kRaw, kCorrected, kSecond, kStitched };
 
 struct Conversion {
   ImageFrame from;

@@ -26,7 +26,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double farApart = 5;  // canvas pixels; more is plainly to be seen
+constexpr double kFarApart = 5;  // canvas pixels; more is plainly to be seen
 
 using FileNames = std::array<std::string, 3>;  // frame, camera, points
 
@@ -54,7 +54,7 @@ Crop parseCrop(const std::string& text) {
     const auto left = parseInteger(std::string_view(text).substr(0, first));
     const auto top = parseInteger(std::string_view(text).substr(first + 1, second - first - 1));
     if (left && top && *left >= 0 && *top >= 0) {
-      const Size size = parseSize("--crop", text.substr(second + 1), 1, largestImageSide);
+      const Size size = parseSize("--crop", text.substr(second + 1), 1, kLargestImageSide);
       if (size.width % 4 != 0 || size.height % 4 != 0) {
         failBadInput("--crop: width and height must be multiples of 4, not " +
                      text.substr(second + 1));
@@ -73,12 +73,16 @@ void requirePlaces(const StitchOptions& options, const FileNames& left, const Fi
     bool picture;
   };
   std::vector<Output> outputs = {{"-o", options.output, true}, {"--dual", options.dual, false}};
-  if (!options.seam.empty()) outputs.push_back({"--seam", options.seam, true});
+  if (!options.seam.empty()) {
+    outputs.push_back({"--seam", options.seam, true});
+  }
   std::vector<std::string> taken(left.begin(), left.end());
   taken.insert(taken.end(), right.begin(), right.end());
   for (const Output& output : outputs) {
     requireWritablePlace(output.option, output.path);
-    if (output.picture) requirePictureName(output.option, output.path);
+    if (output.picture) {
+      requirePictureName(output.option, output.path);
+    }
     for (const std::string& other : taken) {
       if (output.path == other || isSameFile(output.path, other)) {
         failBadInput(std::string(output.option) + ": " + output.path + " is named twice");
@@ -101,7 +105,7 @@ StitchCamera readCamera(const FileNames& files, std::ostream& messages) {
 void tellBefore(const std::vector<Finding>& findings, std::ostream& messages) {
   std::optional<std::string> impossible;
   for (const Finding& finding : findings) {
-    if (finding.severity != Severity::Impossible) {
+    if (finding.severity != Severity::kImpossible) {
       messages << "warning: " << finding.text << "\n";
     } else if (!impossible) {
       impossible = finding.text;
@@ -109,7 +113,9 @@ void tellBefore(const std::vector<Finding>& findings, std::ostream& messages) {
       messages << finding.text << "\n";
     }
   }
-  if (impossible) failBadInput(*impossible);
+  if (impossible) {
+    failBadInput(*impossible);
+  }
 }
 
 FrameBuffer newCanvas(StitchPair& pair) {
@@ -124,7 +130,7 @@ FrameBuffer newCanvas(StitchPair& pair) {
                                 r.points, width, height, bits)) {
     failJob("the library could not pair the shared points");
   }
-  if (width > largestImageSide || height > largestImageSide) {
+  if (width > kLargestImageSide || height > kLargestImageSide) {
     failJob("the stitched picture would have " + std::to_string(width) + "x" +
             std::to_string(height) + " pixels; the views do not fit together");
   }
@@ -166,7 +172,9 @@ void describe(const StitchOptions& options, const DualFishEyeCalibrationParam& d
       << dual.StdImageHeight << ", " << shortest(dual.Pixel) << " world units a pixel\n"
       << "Its record: " << options.dual << "; the picture's row from the top is the mapped v";
   const int offset = pictureRowOffset(dual);
-  if (offset != 0) out << (offset < 0 ? " - " : " + ") << (offset < 0 ? -offset : offset);
+  if (offset != 0) {
+    out << (offset < 0 ? " - " : " + ") << (offset < 0 ? -offset : offset);
+  }
   out << "\n";
   if (!options.seam.empty()) {
     out << "Seam: " << options.seam << " (blue: the blend begins, red: it ends; ring and disc: a "
@@ -180,7 +188,9 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
   const FileNames leftFiles = parseFiles("--left", options.left);
   const FileNames rightFiles = parseFiles("--right", options.right);
   std::optional<Crop> crop;
-  if (!options.crop.empty()) crop = parseCrop(options.crop);
+  if (!options.crop.empty()) {
+    crop = parseCrop(options.crop);
+  }
   double gridSpacing = 0;  // 0: no grid
   if (!options.grid.empty()) {
     gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
@@ -192,19 +202,27 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
   messages << "stitching by " << sharedPoints(pair).left.size() << " shared points ..."
            << std::endl;
   FrameBuffer canvas = newCanvas(pair);
-  if (crop) requireInside(*crop, canvas.size);
+  if (crop) {
+    requireInside(*crop, canvas.size);
+  }
   DualFishEyeCalibrationParam dual = stitchOnto(canvas, pair);
   const std::vector<Agreement> agreement = agreementAt(pair, dual);
 
   OutputFiles files;
   if (!options.seam.empty()) {
     cv::Mat drawn = drawSeam(toPicture(canvas), pair, agreement);
-    if (crop) drawn = drawn({crop->left, crop->top, crop->size.width, crop->size.height});
+    if (crop) {
+      drawn = drawn({crop->left, crop->top, crop->size.width, crop->size.height});
+    }
     files.stage(options.seam, encodePicture(options.seam, drawn));
   }
-  if (crop) canvas = cutOut(canvas, *crop, dual);
+  if (crop) {
+    canvas = cutOut(canvas, *crop, dual);
+  }
   cv::Mat picture = toPicture(canvas);
-  if (gridSpacing > 0) drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
+  if (gridSpacing > 0) {
+    drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
+  }
   files.stage(options.output, encodePicture(options.output, picture));
   stageDual(files, options.dual, dual, messages);
   files.commit();
@@ -212,12 +230,14 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
   describe(options, dual, out);
   out << "\n" << describeAgreement(agreement, static_cast<double>(dual.Pixel));
   const std::size_t left = sharedPoints(pair).left.size() - agreement.size();
-  if (left > 0) messages << "warning: " << left << " shared points cannot be carried to the bed\n";
-  if (!(worstApart(agreement) <= farApart)) {
+  if (left > 0) {
+    messages << "warning: " << left << " shared points cannot be carried to the bed\n";
+  }
+  if (!(worstApart(agreement) <= kFarApart)) {
     messages << "warning: the cameras disagree by up to " << general(worstApart(agreement), 3)
              << " px; the stitched picture shows things double there\n";
   }
-  return exitOk;
+  return kExitOk;
 }
 
 }  // namespace fisheye_calibration::program

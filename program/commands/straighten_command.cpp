@@ -19,14 +19,16 @@ namespace fs = std::filesystem;
 namespace {
 
 // Where the library reads and writes.
-constexpr const char* inputPicture = "D:/CorrectedImage.bmp";
-constexpr const char* resultPicture = "D:/CorrectedImage2.bmp";
+constexpr const char* kInputPicture = "D:/CorrectedImage.bmp";
+constexpr const char* kResultPicture = "D:/CorrectedImage2.bmp";
 
 void prepareDrive() {
   std::error_code error;
 #if !defined(_WIN32)
   fs::create_directory("D:", error);
-  if (error) failJob("the folder D: cannot be made here: " + error.message());
+  if (error) {
+    failJob("the folder D: cannot be made here: " + error.message());
+  }
 #endif
   if (!fs::is_directory("D:/", error)) {
     failJob("there is no drive D:, on which the library keeps the pictures");
@@ -61,12 +63,12 @@ int runStraighten(const StraightenOptions& options, std::ostream& out, std::ostr
   const std::vector<CalibrationPoint> points = readCorners(options.points);
   const cv::Mat picture = readColourPicture(options.image);
   prepareDrive();
-  if (!isSameFile(options.image, inputPicture)) {
+  if (!isSameFile(options.image, kInputPicture)) {
     OutputFiles files;
-    files.stage(inputPicture, encodePicture(inputPicture, picture));
+    files.stage(kInputPicture, encodePicture(kInputPicture, picture));
     files.commit();
   }
-  const std::optional<fs::file_time_type> before = writtenAt(resultPicture);
+  const std::optional<fs::file_time_type> before = writtenAt(kResultPicture);
   messages << "Press a key in the window \"Transformed Image\" to go on ..." << std::endl;
   std::array<double, 9> unused{};
   try {
@@ -74,12 +76,12 @@ int runStraighten(const StraightenOptions& options, std::ostream& out, std::ostr
   } catch (const cv::Exception& error) {
     failJob(error.err);
   }
-  const std::optional<fs::file_time_type> after = writtenAt(resultPicture);
+  const std::optional<fs::file_time_type> after = writtenAt(kResultPicture);
   if (!after || after == before) {
-    failJob(std::string(resultPicture) + " was not written; is there room for 80 MB?");
+    failJob(std::string(kResultPicture) + " was not written; is there room for 80 MB?");
   }
-  out << "Straightened picture: " << fs::absolute(resultPicture).string() << "\n";
-  return exitOk;
+  out << "Straightened picture: " << fs::absolute(kResultPicture).string() << "\n";
+  return kExitOk;
 }
 
 }  // namespace fisheye_calibration::program

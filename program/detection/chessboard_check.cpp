@@ -8,13 +8,13 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double intoSquare = 0.4;      // of the step to the next corner, where a square is sampled
-constexpr double patchRadius = 0.08;    // of the step
-constexpr double smallestContrast = 4;  // grey levels
-constexpr double smallestGap = 0.25;    // of the contrast, between the darkest bright and the
-                                        // brightest dark square at a corner
-constexpr double largestFailure = 0.5;  // of the corners in one row or column
-constexpr double continuation = 0.7;    // of the places in a row beyond the rim
+constexpr double kIntoSquare = 0.4;    // of the step to the next corner, where a square is sampled
+constexpr double kPatchRadius = 0.08;  // of the step
+constexpr double kSmallestContrast = 4;  // grey levels
+constexpr double kSmallestGap = 0.25;    // of the contrast, between the darkest bright and the
+                                         // brightest dark square at a corner
+constexpr double kLargestFailure = 0.5;  // of the corners in one row or column
+constexpr double kContinuation = 0.7;    // of the places in a row beyond the rim
 
 // The corners with one more row and column on every side, continued by parabolas.
 class ContinuedGrid {
@@ -23,12 +23,18 @@ class ContinuedGrid {
       : corners_(corners), columns_(columns), rows_(rows) {}
 
   cv::Point2d at(int c, int r) const {
-    if (c < 0) return continued(at(0, r), at(1, r), at(2, r));
+    if (c < 0) {
+      return continued(at(0, r), at(1, r), at(2, r));
+    }
     if (c >= columns_) {
       return continued(at(columns_ - 1, r), at(columns_ - 2, r), at(columns_ - 3, r));
     }
-    if (r < 0) return continued(at(c, 0), at(c, 1), at(c, 2));
-    if (r >= rows_) return continued(at(c, rows_ - 1), at(c, rows_ - 2), at(c, rows_ - 3));
+    if (r < 0) {
+      return continued(at(c, 0), at(c, 1), at(c, 2));
+    }
+    if (r >= rows_) {
+      return continued(at(c, rows_ - 1), at(c, rows_ - 2), at(c, rows_ - 3));
+    }
     return cv::Point2d(corners_[static_cast<std::size_t>(r * columns_ + c)]);
   }
 
@@ -60,20 +66,22 @@ double greyAround(const cv::Mat& grey, cv::Point2d place, int radius) {
 int cornerSense(const cv::Mat& grey, const ContinuedGrid& grid, int c, int r) {
   const cv::Point2d corner = grid.at(c, r);
   std::array<double, 4> square{};
-  constexpr int sides[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
+  constexpr int kSides[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
   for (std::size_t i = 0; i < 4; ++i) {
-    const cv::Point2d along = sides[i][0] * (grid.at(c + 1, r) - grid.at(c - 1, r)) / 2;
-    const cv::Point2d down = sides[i][1] * (grid.at(c, r + 1) - grid.at(c, r - 1)) / 2;
+    const cv::Point2d along = kSides[i][0] * (grid.at(c + 1, r) - grid.at(c - 1, r)) / 2;
+    const cv::Point2d down = kSides[i][1] * (grid.at(c, r + 1) - grid.at(c, r - 1)) / 2;
     const double step = std::min(cv::norm(along), cv::norm(down));
-    const int radius = std::clamp(static_cast<int>(patchRadius * step), 0, 12);
-    square[i] = greyAround(grey, corner + intoSquare * (along + down), radius);
+    const int radius = std::clamp(static_cast<int>(kPatchRadius * step), 0, 12);
+    square[i] = greyAround(grey, corner + kIntoSquare * (along + down), radius);
   }
   const double difference = (square[0] + square[2] - square[1] - square[3]) / 2;
   const double contrast = std::abs(difference);
   const std::size_t bright = difference > 0 ? 0 : 1;
   const double gap = std::min(square[bright], square[bright + 2]) -
                      std::max(square[1 - bright], square[(1 - bright) + 2]);
-  if (contrast < smallestContrast || gap < smallestGap * contrast) return 0;
+  if (contrast < kSmallestContrast || gap < kSmallestGap * contrast) {
+    return 0;
+  }
   return difference > 0 ? 1 : -1;
 }
 
@@ -85,7 +93,9 @@ double alternatingShare(const cv::Mat& grey, const ContinuedGrid& grid, int coun
   for (int i = 0; i < count; ++i) {
     const cv::Point corner = cornerAt(i);
     const int expected = (corner.x + corner.y) % 2 == 0 ? sense : -sense;
-    if (cornerSense(grey, grid, corner.x, corner.y) == expected) ++right;
+    if (cornerSense(grey, grid, corner.x, corner.y) == expected) {
+      ++right;
+    }
   }
   return static_cast<double>(right) / count;
 }
@@ -109,13 +119,17 @@ bool looksLikeChessboard(const cv::Mat& grey, const std::vector<cv::Point2f>& co
     return alternatingShare(grey, grid, rows, sense, [c](int i) { return cv::Point(c, i); });
   };
   for (int r = 0; r < rows; ++r) {
-    if (row(r) < 1 - largestFailure) return false;
+    if (row(r) < 1 - kLargestFailure) {
+      return false;
+    }
   }
   for (int c = 0; c < columns; ++c) {
-    if (column(c) < 1 - largestFailure) return false;
+    if (column(c) < 1 - kLargestFailure) {
+      return false;
+    }
   }
-  return row(-1) < continuation && row(rows) < continuation && column(-1) < continuation &&
-         column(columns) < continuation;
+  return row(-1) < kContinuation && row(rows) < kContinuation && column(-1) < kContinuation &&
+         column(columns) < kContinuation;
 }
 
 }  // namespace fisheye_calibration::program

@@ -41,25 +41,27 @@ double alignment(const cv::Point2d& x, const cv::Point2d& y) {
 }  // namespace
 
 std::vector<GridPoint> orientGrid(std::vector<GridPoint> grid) {
-  if (grid.empty()) return grid;
+  if (grid.empty()) {
+    return grid;
+  }
   const Axes axes = imageAxes(grid);
   struct Symmetry {
     double a, b, c, d;  // new = [a b; c d] old
   };
-  static constexpr std::array<Symmetry, 8> symmetries = {{{1, 0, 0, 1},
-                                                          {0, -1, 1, 0},
-                                                          {-1, 0, 0, -1},
-                                                          {0, 1, -1, 0},
-                                                          {1, 0, 0, -1},
-                                                          {-1, 0, 0, 1},
-                                                          {0, 1, 1, 0},
-                                                          {0, -1, -1, 0}}};
+  static constexpr std::array<Symmetry, 8> kSymmetries = {{{1, 0, 0, 1},
+                                                           {0, -1, 1, 0},
+                                                           {-1, 0, 0, -1},
+                                                           {0, 1, -1, 0},
+                                                           {1, 0, 0, -1},
+                                                           {-1, 0, 0, 1},
+                                                           {0, 1, 1, 0},
+                                                           {0, -1, -1, 0}}};
   // A symmetry's rows say which old axis the new one is: new axis X runs along a X + b Y.
   const auto score = [&](const Symmetry& s) {
     return alignment(s.a * axes.x + s.b * axes.y, s.c * axes.x + s.d * axes.y);
   };
   const Symmetry best = *std::max_element(
-      symmetries.begin(), symmetries.end(),
+      kSymmetries.begin(), kSymmetries.end(),
       [&](const Symmetry& left, const Symmetry& right) { return score(left) < score(right); });
 
   cv::Point2d smallest(HUGE_VAL, HUGE_VAL);
@@ -69,7 +71,9 @@ std::vector<GridPoint> orientGrid(std::vector<GridPoint> grid) {
     smallest.x = std::min(smallest.x, point.world.x);
     smallest.y = std::min(smallest.y, point.world.y);
   }
-  for (GridPoint& point : grid) point.world -= smallest;
+  for (GridPoint& point : grid) {
+    point.world -= smallest;
+  }
   std::stable_sort(grid.begin(), grid.end(), [](const GridPoint& left, const GridPoint& right) {
     return left.world.y != right.world.y ? left.world.y < right.world.y
                                          : left.world.x < right.world.x;

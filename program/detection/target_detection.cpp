@@ -15,10 +15,10 @@ namespace {
 
 using Points = std::vector<cv::Point2f>;
 
-constexpr double largestStepChange = 0.6;       // of the larger of two neighbouring steps
-constexpr double largestEnlargedPixels = 12e6;  // pictures above are not enlarged
+constexpr double kLargestStepChange = 0.6;       // of the larger of two neighbouring steps
+constexpr double kLargestEnlargedPixels = 12e6;  // pictures above are not enlarged
 
-enum class Finder { SectorBased, Quads };
+enum class Finder { kSectorBased, kQuads };
 
 struct Attempt {
   Finder finder;
@@ -27,26 +27,28 @@ struct Attempt {
   const char* name;
 };
 
-constexpr Attempt chessboardAttempts[] = {
-    {Finder::SectorBased, false, 1, "sectors"},
-    {Finder::Quads, false, 1, "squares"},
-    {Finder::SectorBased, true, 1, "sectors, contrast evened out"},
-    {Finder::SectorBased, false, 0.5, "sectors, half size"},
-    {Finder::Quads, true, 1, "squares, contrast evened out"},
-    {Finder::Quads, false, 0.5, "squares, half size"},
-    {Finder::SectorBased, false, 2, "sectors, double size"},
-    {Finder::Quads, false, 2, "squares, double size"},
+constexpr Attempt kChessboardAttempts[] = {
+    {Finder::kSectorBased, false, 1, "sectors"},
+    {Finder::kQuads, false, 1, "squares"},
+    {Finder::kSectorBased, true, 1, "sectors, contrast evened out"},
+    {Finder::kSectorBased, false, 0.5, "sectors, half size"},
+    {Finder::kQuads, true, 1, "squares, contrast evened out"},
+    {Finder::kQuads, false, 0.5, "squares, half size"},
+    {Finder::kSectorBased, false, 2, "sectors, double size"},
+    {Finder::kQuads, false, 2, "squares, double size"},
 };
 
 // The smallest distance from the point to its neighbours in the grid.
 double spacingAt(const Points& points, int columns, int rows, int column, int row) {
   const auto at = [&](int c, int r) { return points[static_cast<std::size_t>(r * columns + c)]; };
   double smallest = HUGE_VAL;
-  constexpr int steps[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
-  for (const auto& step : steps) {
+  constexpr int kSteps[4][2] = {{1, 0}, {-1, 0}, {0, 1}, {0, -1}};
+  for (const auto& step : kSteps) {
     const int c = column + step[0];
     const int r = row + step[1];
-    if (c < 0 || r < 0 || c >= columns || r >= rows) continue;
+    if (c < 0 || r < 0 || c >= columns || r >= rows) {
+      continue;
+    }
     smallest = std::min(smallest, cv::norm(at(c, r) - at(column, row)));
   }
   return smallest;
@@ -87,7 +89,7 @@ bool findChessboard(const cv::Mat& grey, const Target& target, const Attempt& at
                     Points& points) {
   const cv::Mat picture = prepared(grey, attempt);
   const cv::Size size(target.columns, target.rows);
-  const bool sectors = attempt.finder == Finder::SectorBased;
+  const bool sectors = attempt.finder == Finder::kSectorBased;
   const bool found =
       sectors
           ? cv::findChessboardCornersSB(
@@ -95,13 +97,17 @@ bool findChessboard(const cv::Mat& grey, const Target& target, const Attempt& at
                 cv::CALIB_CB_NORMALIZE_IMAGE | cv::CALIB_CB_EXHAUSTIVE | cv::CALIB_CB_ACCURACY)
           : cv::findChessboardCorners(picture, size, points,
                                       cv::CALIB_CB_ADAPTIVE_THRESH | cv::CALIB_CB_NORMALIZE_IMAGE);
-  if (!found || points.size() != static_cast<std::size_t>(size.area())) return false;
+  if (!found || points.size() != static_cast<std::size_t>(size.area())) {
+    return false;
+  }
   // Pixel centres have whole coordinates at every scale.
   for (cv::Point2f& point : points) {
     point.x = static_cast<float>((static_cast<double>(point.x) + 0.5) / attempt.scale - 0.5);
     point.y = static_cast<float>((static_cast<double>(point.y) + 0.5) / attempt.scale - 0.5);
   }
-  if (!isPlausibleGrid(points, target.columns, target.rows)) return false;
+  if (!isPlausibleGrid(points, target.columns, target.rows)) {
+    return false;
+  }
   refineCorners(grey, target, points);
   return isPlausibleGrid(points, target.columns, target.rows) &&
          looksLikeChessboard(grey, points, target.columns, target.rows);
@@ -121,7 +127,7 @@ cv::Ptr<cv::Feature2D> circleDetector(const cv::Mat& grey, const Target& target,
 bool findCircles(const cv::Mat& grey, const Target& target, bool dark, bool clustering,
                  Points& points) {
   const cv::Size size(target.columns, target.rows);
-  const bool asymmetric = target.kind == TargetKind::AsymmetricCircles;
+  const bool asymmetric = target.kind == TargetKind::kAsymmetricCircles;
   const int flags = (asymmetric ? cv::CALIB_CB_ASYMMETRIC_GRID : cv::CALIB_CB_SYMMETRIC_GRID) |
                     (clustering ? cv::CALIB_CB_CLUSTERING : 0);
   const bool found =
@@ -140,9 +146,11 @@ Detection oriented(const Points& points, const Target& target, const std::string
 
 std::optional<Detection> detectChessboard(const cv::Mat& grey, const Target& target,
                                           const Progress& progress) {
-  for (const Attempt& attempt : chessboardAttempts) {
+  for (const Attempt& attempt : kChessboardAttempts) {
     const double pixels = static_cast<double>(grey.total()) * attempt.scale * attempt.scale;
-    if (attempt.scale > 1 && pixels > largestEnlargedPixels) continue;
+    if (attempt.scale > 1 && pixels > kLargestEnlargedPixels) {
+      continue;
+    }
     progress(std::string("looking for the chessboard by ") + attempt.name);
     Points points;
     if (findChessboard(grey, target, attempt, points)) {
@@ -173,7 +181,7 @@ std::optional<Detection> detectCircles(const cv::Mat& grey, const Target& target
 cv::Point2d gridStep(const Target& target, int index) {
   const int column = index % target.columns;
   const int row = index / target.columns;
-  if (target.kind == TargetKind::AsymmetricCircles) {
+  if (target.kind == TargetKind::kAsymmetricCircles) {
     return {2.0 * column + row % 2, static_cast<double>(row)};
   }
   return {static_cast<double>(column), static_cast<double>(row)};
@@ -185,18 +193,26 @@ bool isPlausibleGrid(const std::vector<cv::Point2f>& points, int columns, int ro
   };
   const auto evenSteps = [](const cv::Point2d& a, const cv::Point2d& b, const cv::Point2d& c) {
     const double larger = std::max(cv::norm(b - a), cv::norm(c - b));
-    return cv::norm((c - b) - (b - a)) < largestStepChange * larger;
+    return cv::norm((c - b) - (b - a)) < kLargestStepChange * larger;
   };
   int sense = 0;
   for (int r = 0; r < rows; ++r) {
     for (int c = 0; c < columns; ++c) {
-      if (c + 2 < columns && !evenSteps(at(c, r), at(c + 1, r), at(c + 2, r))) return false;
+      if (c + 2 < columns && !evenSteps(at(c, r), at(c + 1, r), at(c + 2, r))) {
+        return false;
+      }
       // Every second row of a staggered grid is shifted, so rows are compared two by two.
-      if (r + 4 < rows && !evenSteps(at(c, r), at(c, r + 2), at(c, r + 4))) return false;
-      if (c + 1 >= columns || r + 1 >= rows) continue;
+      if (r + 4 < rows && !evenSteps(at(c, r), at(c, r + 2), at(c, r + 4))) {
+        return false;
+      }
+      if (c + 1 >= columns || r + 1 >= rows) {
+        continue;
+      }
       const double area = (at(c + 1, r) - at(c, r)).cross(at(c, r + 1) - at(c, r));
       const int turn = area > 0 ? 1 : -1;
-      if (area == 0 || (sense != 0 && turn != sense)) return false;
+      if (area == 0 || (sense != 0 && turn != sense)) {
+        return false;
+      }
       sense = turn;
     }
   }
@@ -205,8 +221,8 @@ bool isPlausibleGrid(const std::vector<cv::Point2f>& points, int columns, int ro
 
 std::optional<Detection> detectTarget(const cv::Mat& grey, const Target& target,
                                       const Progress& progress) {
-  return target.kind == TargetKind::Chessboard ? detectChessboard(grey, target, progress)
-                                               : detectCircles(grey, target, progress);
+  return target.kind == TargetKind::kChessboard ? detectChessboard(grey, target, progress)
+                                                : detectCircles(grey, target, progress);
 }
 
 }  // namespace fisheye_calibration::program

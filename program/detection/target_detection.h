@@ -11,10 +11,10 @@
 
 namespace fisheye_calibration::program {
 
-enum class TargetKind { Chessboard, Circles, AsymmetricCircles };
+enum class TargetKind { kChessboard, kCircles, kAsymmetricCircles };
 
 struct Target {
-  TargetKind kind = TargetKind::Chessboard;
+  TargetKind kind = TargetKind::kChessboard;
   int columns = 0;  // of inner corners, or of circles in a row
   int rows = 0;
 };

@@ -13,16 +13,16 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double longSide = 1000;  // of the plotted plane, pixels
-constexpr double margin = 60;      // around the outermost points
-constexpr int legendWidth = 480;
-constexpr int lowestHeight = 360;      // the legend needs it
-constexpr double longestArrow = 0.08;  // of the long side, for the largest residual
-constexpr double textHeight = 16;
-constexpr std::size_t summedByLibrary = 9;
+constexpr double kLongSide = 1000;  // of the plotted plane, pixels
+constexpr double kMargin = 60;      // around the outermost points
+constexpr int kLegendWidth = 480;
+constexpr int kLowestHeight = 360;      // the legend needs it
+constexpr double kLongestArrow = 0.08;  // of the long side, for the largest residual
+constexpr double kTextHeight = 16;
+constexpr std::size_t kSummedByLibrary = 9;
 
-const cv::Scalar ink = cv::Scalar::all(40);
-const cv::Scalar faint = cv::Scalar::all(150);
+const cv::Scalar kInk = cv::Scalar::all(40);
+const cv::Scalar kFaint = cv::Scalar::all(150);
 
 // The part of the work plane that holds all points, and where it lies in the picture.
 class Plane {
@@ -35,22 +35,22 @@ class Plane {
                std::max(high_.y, static_cast<double>(point.Yw))};
     }
     const double extent = std::max(high_.x - low_.x, high_.y - low_.y);
-    scale_ = (longSide - 2 * margin) / (extent > 0 ? extent : 1.0);
+    scale_ = (kLongSide - 2 * kMargin) / (extent > 0 ? extent : 1.0);
   }
 
   double scale() const { return scale_; }  // pixels per world unit
 
   cv::Size size() const {
-    return {pixels(high_.x - low_.x), std::max(pixels(high_.y - low_.y), lowestHeight)};
+    return {pixels(high_.x - low_.x), std::max(pixels(high_.y - low_.y), kLowestHeight)};
   }
 
   cv::Point2d place(const CalibrationPoint& point) const {
-    return {margin + (point.Xw - low_.x) * scale_, margin + (point.Yw - low_.y) * scale_};
+    return {kMargin + (point.Xw - low_.x) * scale_, kMargin + (point.Yw - low_.y) * scale_};
   }
 
  private:
   int pixels(double length) const {
-    return static_cast<int>(std::lround(length * scale_ + 2 * margin));
+    return static_cast<int>(std::lround(length * scale_ + 2 * kMargin));
   }
 
   cv::Point2d low_{std::numeric_limits<double>::max(), std::numeric_limits<double>::max()};
@@ -62,7 +62,9 @@ double largestOf(const std::vector<WorldResidual>& residuals) {
   double largest = 0;
   for (const WorldResidual& residual : residuals) {
     const double size = std::hypot(residual.x, residual.y);
-    if (std::isfinite(size)) largest = std::max(largest, size);
+    if (std::isfinite(size)) {
+      largest = std::max(largest, size);
+    }
   }
   return largest;
 }
@@ -71,24 +73,24 @@ void drawLegend(cv::Mat& canvas, double left, const AffineMap& map, const WorldR
                 double pixelsPerUnit, double magnification) {
   double y = 40;
   const auto line = [&](const std::string& text) {
-    drawText(canvas, text, {left, y}, textHeight, ink);
+    drawText(canvas, text, {left, y}, kTextHeight, kInk);
     y += 28;
   };
-  drawText(canvas, "Residuals on the work plane", {left, y}, 20, ink);
+  drawText(canvas, "Residuals on the work plane", {left, y}, 20, kInk);
   y += 40;
   line("measured - mapped, x" + general(magnification, 3));
-  const double reference = niceBelow(longestArrow * longSide / pixelsPerUnit);
-  drawArrow(canvas, {left, y}, {left + reference * pixelsPerUnit, y}, ink, 2);
+  const double reference = niceBelow(kLongestArrow * kLongSide / pixelsPerUnit);
+  drawArrow(canvas, {left, y}, {left + reference * pixelsPerUnit, y}, kInk, 2);
   drawText(canvas, general(reference, 3) + " world units",
-           {left + reference * pixelsPerUnit + 16, y + textHeight / 2}, textHeight, ink);
+           {left + reference * pixelsPerUnit + 16, y + kTextHeight / 2}, kTextHeight, kInk);
   y += 36;
   line("plain RMS: X " + general(rms.x, 4) + "  Y " + general(rms.y, 4));
   line("library: X " + general(map.errorX, 4) + "  Y " + general(map.errorY, 4));
-  drawDisc(canvas, {left + 10, y - 5}, 5, ink);
-  drawText(canvas, "summed by the library (first nine)", {left + 34, y}, textHeight, ink);
+  drawDisc(canvas, {left + 10, y - 5}, 5, kInk);
+  drawText(canvas, "summed by the library (first nine)", {left + 34, y}, kTextHeight, kInk);
   y += 28;
-  drawRing(canvas, {left + 10, y - 5}, 5, ink, 2);
-  drawText(canvas, "not summed", {left + 34, y}, textHeight, ink);
+  drawRing(canvas, {left + 10, y - 5}, 5, kInk, 2);
+  drawText(canvas, "not summed", {left + 34, y}, kTextHeight, kInk);
   y += 40;
   line("X to the right, Y downwards");
 }
@@ -100,19 +102,19 @@ cv::Mat drawAffinePlot(const AffineMap& map, const std::vector<CalibrationPoint>
   const std::vector<WorldResidual> residuals = residualsOf(map, points);
   const double largest = largestOf(residuals);
   const double magnification =
-      largest > 0 ? niceBelow(longestArrow * longSide / (largest * plane.scale())) : 1;
+      largest > 0 ? niceBelow(kLongestArrow * kLongSide / (largest * plane.scale())) : 1;
   const double pixelsPerUnit = magnification * plane.scale();
 
   const cv::Size area = plane.size();
-  cv::Mat canvas(area.height, area.width + legendWidth, CV_8UC3, cv::Scalar::all(255));
-  cv::rectangle(canvas, cv::Rect({0, 0}, area), faint, 1);
+  cv::Mat canvas(area.height, area.width + kLegendWidth, CV_8UC3, cv::Scalar::all(255));
+  cv::rectangle(canvas, cv::Rect({0, 0}, area), kFaint, 1);
   for (std::size_t i = 0; i < points.size(); ++i) {
     const cv::Point2d at = plane.place(points[i]);
     const double size = std::hypot(residuals[i].x, residuals[i].y);
     const cv::Scalar colour = scaleColour(largest > 0 ? size / largest : 0);
     drawArrow(canvas, at, at + pixelsPerUnit * cv::Point2d(residuals[i].x, residuals[i].y), colour,
               2);
-    if (i < summedByLibrary) {
+    if (i < kSummedByLibrary) {
       drawDisc(canvas, at, 5, colour);
     } else {
       drawRing(canvas, at, 5, colour, 2);

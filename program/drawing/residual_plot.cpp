@@ -12,22 +12,24 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double longSide = 1400;  // of the plotted picture
-constexpr int margin = 40;
-constexpr int legendWidth = 430;
-constexpr int lowestHeight = 780;       // the legend needs it
-constexpr double typicalArrow = 0.035;  // of the long side, for the median residual
-constexpr double longestArrow = 0.12;   // of the long side, for the largest
-constexpr double textHeight = 16;
+constexpr double kLongSide = 1400;  // of the plotted picture
+constexpr int kMargin = 40;
+constexpr int kLegendWidth = 430;
+constexpr int kLowestHeight = 780;       // the legend needs it
+constexpr double kTypicalArrow = 0.035;  // of the long side, for the median residual
+constexpr double kLongestArrow = 0.12;   // of the long side, for the largest
+constexpr double kTextHeight = 16;
 
-const cv::Scalar ink = cv::Scalar::all(40);
-const cv::Scalar faint = cv::Scalar::all(150);
+const cv::Scalar kInk = cv::Scalar::all(40);
+const cv::Scalar kFaint = cv::Scalar::all(150);
 
 std::vector<double> sortedSizes(const std::vector<CalibrationPoint>& points) {
   std::vector<double> sizes;
   for (const CalibrationPoint& point : points) {
     const double size = std::hypot(point.ReprojErrX, point.ReprojErrY);
-    if (std::isfinite(size)) sizes.push_back(size);
+    if (std::isfinite(size)) {
+      sizes.push_back(size);
+    }
   }
   std::sort(sizes.begin(), sizes.end());
   return sizes;
@@ -53,21 +55,21 @@ void drawBackground(cv::Mat& canvas, const Frame& frame, const cv::Mat& backgrou
     faded.convertTo(faded, CV_8U, 0.3, 178);
     cv::cvtColor(faded, inside, cv::COLOR_GRAY2BGR);
   }
-  cv::rectangle(canvas, frame.area, faint, 1);
+  cv::rectangle(canvas, frame.area, kFaint, 1);
 }
 
 void drawPoints(cv::Mat& canvas, const Frame& frame, const ResidualPlot& plot, double magnification,
                 double scaleEnd) {
   cv::Mat inside = canvas(frame.area);
   const cv::Point2d corner(frame.area.x, frame.area.y);
-  const double unit = longSide / 1400;
+  const double unit = kLongSide / 1400;
   for (const CalibrationPoint& point : plot.points) {
     const cv::Point2d from =
         frame.place(static_cast<double>(point.ImagePtX), static_cast<double>(point.ImagePtY)) -
         corner;
     const double size = std::hypot(point.ReprojErrX, point.ReprojErrY);
     if (!std::isfinite(size)) {
-      drawRing(inside, from, 4 * unit, ink, 1);
+      drawRing(inside, from, 4 * unit, kInk, 1);
       continue;
     }
     const cv::Scalar colour = scaleColour(size / scaleEnd);
@@ -79,64 +81,66 @@ void drawPoints(cv::Mat& canvas, const Frame& frame, const ResidualPlot& plot, d
 }
 
 void drawPrincipalPoint(cv::Mat& canvas, const Frame& frame, const ResidualPlot& plot) {
-  if (!std::isfinite(plot.principalPoint.x) || !std::isfinite(plot.principalPoint.y)) return;
+  if (!std::isfinite(plot.principalPoint.x) || !std::isfinite(plot.principalPoint.y)) {
+    return;
+  }
   cv::Mat inside = canvas(frame.area);
   const cv::Point2d corner(frame.area.x, frame.area.y);
   const cv::Point2d at = frame.place(plot.principalPoint.x, plot.principalPoint.y) - corner;
-  drawLine(inside, at - cv::Point2d(14, 0), at + cv::Point2d(14, 0), ink, 1);
-  drawLine(inside, at - cv::Point2d(0, 14), at + cv::Point2d(0, 14), ink, 1);
+  drawLine(inside, at - cv::Point2d(14, 0), at + cv::Point2d(14, 0), kInk, 1);
+  drawLine(inside, at - cv::Point2d(0, 14), at + cv::Point2d(0, 14), kInk, 1);
 }
 
 class Legend {
  public:
   Legend(cv::Mat& canvas, int left, int top) : canvas_(canvas), left_(left), y_(top) {}
 
-  void heading(const std::string& text, const cv::Scalar& colour = ink) {
+  void heading(const std::string& text, const cv::Scalar& colour = kInk) {
     drawText(canvas_, text, {left_, y_ + 22}, 20, colour);
     y_ += 44;
   }
 
   void line(const std::string& text) {
-    drawText(canvas_, text, {left_, y_ + textHeight}, textHeight, ink);
+    drawText(canvas_, text, {left_, y_ + kTextHeight}, kTextHeight, kInk);
     y_ += 28;
   }
 
   void gap(double height) { y_ += height; }
 
   void colourScale(double end, int decimals) {
-    constexpr int steps = 240;
-    constexpr double width = 30;
-    for (int i = 0; i < steps; ++i) {
-      const cv::Rect bar(static_cast<int>(left_), static_cast<int>(y_) + i, static_cast<int>(width),
-                         1);
-      cv::rectangle(canvas_, bar, scaleColour(1 - i / (steps - 1.0)), cv::FILLED);
+    constexpr int kSteps = 240;
+    constexpr double kWidth = 30;
+    for (int i = 0; i < kSteps; ++i) {
+      const cv::Rect bar(static_cast<int>(left_), static_cast<int>(y_) + i,
+                         static_cast<int>(kWidth), 1);
+      cv::rectangle(canvas_, bar, scaleColour(1 - i / (kSteps - 1.0)), cv::FILLED);
     }
     for (int tick = 0; tick <= 4; ++tick) {
-      const double at = y_ + (steps - 1) * (1 - tick / 4.0);
-      drawLine(canvas_, {left_ + width, at}, {left_ + width + 8, at}, ink, 1);
+      const double at = y_ + (kSteps - 1) * (1 - tick / 4.0);
+      drawLine(canvas_, {left_ + kWidth, at}, {left_ + kWidth + 8, at}, kInk, 1);
       drawText(canvas_, fixed(end * tick / 4, decimals) + " px",
-               {left_ + width + 16, at + textHeight / 2}, textHeight, ink);
+               {left_ + kWidth + 16, at + kTextHeight / 2}, kTextHeight, kInk);
     }
-    y_ += steps + 32;
+    y_ += kSteps + 32;
   }
 
   void referenceArrow(double length, const std::string& text) {
-    drawArrow(canvas_, {left_, y_ + 8}, {left_ + length, y_ + 8}, ink, 2);
-    drawDisc(canvas_, {left_, y_ + 8}, 4.5, ink);
-    drawText(canvas_, text, {left_ + length + 16, y_ + 8 + textHeight / 2}, textHeight, ink);
+    drawArrow(canvas_, {left_, y_ + 8}, {left_ + length, y_ + 8}, kInk, 2);
+    drawDisc(canvas_, {left_, y_ + 8}, 4.5, kInk);
+    drawText(canvas_, text, {left_ + length + 16, y_ + 8 + kTextHeight / 2}, kTextHeight, kInk);
     y_ += 36;
   }
 
   void pointMark(const std::string& text) {
-    drawDisc(canvas_, {left_ + 10, y_ + 8}, 4.5, ink);
-    drawText(canvas_, text, {left_ + 34, y_ + 8 + textHeight / 2}, textHeight, ink);
+    drawDisc(canvas_, {left_ + 10, y_ + 8}, 4.5, kInk);
+    drawText(canvas_, text, {left_ + 34, y_ + 8 + kTextHeight / 2}, kTextHeight, kInk);
     y_ += 30;
   }
 
   void crossMark(const std::string& text) {
-    drawLine(canvas_, {left_, y_ + 8}, {left_ + 20, y_ + 8}, ink, 1);
-    drawLine(canvas_, {left_ + 10, y_ - 2}, {left_ + 10, y_ + 18}, ink, 1);
-    drawText(canvas_, text, {left_ + 34, y_ + 8 + textHeight / 2}, textHeight, ink);
+    drawLine(canvas_, {left_, y_ + 8}, {left_ + 20, y_ + 8}, kInk, 1);
+    drawLine(canvas_, {left_ + 10, y_ - 2}, {left_ + 10, y_ + 18}, kInk, 1);
+    drawText(canvas_, text, {left_ + 34, y_ + 8 + kTextHeight / 2}, kTextHeight, kInk);
     y_ += 30;
   }
 
@@ -150,7 +154,9 @@ void drawLegend(cv::Mat& canvas, const Frame& frame, const ResidualPlot& plot, d
                 double scaleEnd, const std::vector<double>& sizes) {
   Legend legend(canvas, frame.area.br().x + 32, frame.area.y);
   legend.heading("Residuals");
-  if (!plot.trusted) legend.heading("NOT TRUSTED", scaleColour(1));
+  if (!plot.trusted) {
+    legend.heading("NOT TRUSTED", scaleColour(1));
+  }
   legend.line(std::to_string(plot.points.size()) + " points, " + std::to_string(plot.image.width) +
               " x " + std::to_string(plot.image.height) + " px");
   legend.line("RMS " + general(plot.rms, 4) + " px");
@@ -181,20 +187,22 @@ void drawLegend(cv::Mat& canvas, const Frame& frame, const ResidualPlot& plot, d
 
 double magnificationFor(const std::vector<CalibrationPoint>& points, const Size& image) {
   const std::vector<double> sizes = sortedSizes(points);
-  if (sizes.empty() || !(sizes.back() > 0)) return 1;
+  if (sizes.empty() || !(sizes.back() > 0)) {
+    return 1;
+  }
   const double side = std::max(image.width, image.height);
   const double median = sizes[sizes.size() / 2];
-  const double byLargest = longestArrow * side / sizes.back();
-  return niceBelow(median > 0 ? std::min(typicalArrow * side / median, byLargest) : byLargest);
+  const double byLargest = kLongestArrow * side / sizes.back();
+  return niceBelow(median > 0 ? std::min(kTypicalArrow * side / median, byLargest) : byLargest);
 }
 
 cv::Mat drawResidualPlot(const ResidualPlot& plot) {
-  Frame frame{longSide / std::max(plot.image.width, plot.image.height), {}};
-  frame.area = {margin, margin,
+  Frame frame{kLongSide / std::max(plot.image.width, plot.image.height), {}};
+  frame.area = {kMargin, kMargin,
                 std::max(1, static_cast<int>(std::lround(plot.image.width * frame.scale))),
                 std::max(1, static_cast<int>(std::lround(plot.image.height * frame.scale)))};
-  const cv::Size size(frame.area.br().x + legendWidth,
-                      std::max(frame.area.br().y + margin, lowestHeight));
+  const cv::Size size(frame.area.br().x + kLegendWidth,
+                      std::max(frame.area.br().y + kMargin, kLowestHeight));
   cv::Mat canvas(size, CV_8UC3, cv::Scalar::all(255));
   const std::vector<double> sizes = sortedSizes(plot.points);
   const double scaleEnd = sizes.empty() || !(sizes.back() > 0) ? 1 : niceAbove(sizes.back());

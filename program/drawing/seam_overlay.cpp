@@ -35,10 +35,16 @@ std::vector<std::optional<SeamRow>> seamRows(const cv::Mat& leftMask, const cv::
     const unsigned char* l = leftMask.ptr(y);
     const unsigned char* r = right.ptr(y);
     int begin = 0;
-    while (begin < leftMask.cols && (l[begin] == 255 || r[begin] == 255)) ++begin;
-    if (begin == leftMask.cols) continue;
+    while (begin < leftMask.cols && (l[begin] == 255 || r[begin] == 255)) {
+      ++begin;
+    }
+    if (begin == leftMask.cols) {
+      continue;
+    }
     int end = leftMask.cols - 1;
-    while (l[end] == 255) --end;  // stops at `begin` at the latest
+    while (l[end] == 255) {
+      --end;  // stops at `begin` at the latest
+    }
     rows[static_cast<std::size_t>(y)] = SeamRow{begin, end};
   }
   return rows;
@@ -59,7 +65,9 @@ cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const std::vector<Agre
   const auto rows =
       seamRows(maskOf(pair.left), maskOf(pair.right), viewTransform(pair, sharedPoints(pair)));
   for (std::size_t y = 0; y < rows.size(); ++y) {
-    if (!rows[y]) continue;
+    if (!rows[y]) {
+      continue;
+    }
     const int row = static_cast<int>(y) + offset;
     const auto mark = [&](int x, const cv::Scalar& colour) {
       cv::rectangle(picture, cv::Rect(x - thickness, row, 2 * thickness, 1), colour, cv::FILLED);

@@ -10,18 +10,20 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr int smallestLongSide = 1400;  // smaller pictures are enlarged, so that the numbers fit
+constexpr int kSmallestLongSide = 1400;  // smaller pictures are enlarged, so that the numbers fit
 
-const cv::Scalar ink(60, 20, 0);
-const cv::Scalar pointColour(40, 20, 210);
-const cv::Scalar rowColour(230, 160, 40);
-const cv::Scalar xColour(30, 30, 220);
-const cv::Scalar yColour(40, 150, 20);
+const cv::Scalar kInk(60, 20, 0);
+const cv::Scalar kPointColour(40, 20, 210);
+const cv::Scalar kRowColour(230, 160, 40);
+const cv::Scalar kXColour(30, 30, 220);
+const cv::Scalar kYColour(40, 150, 20);
 
 double distanceToNearest(const std::vector<cv::Point2d>& places, std::size_t index) {
   double nearest = HUGE_VAL;
   for (std::size_t i = 0; i < places.size(); ++i) {
-    if (i != index) nearest = std::min(nearest, cv::norm(places[i] - places[index]));
+    if (i != index) {
+      nearest = std::min(nearest, cv::norm(places[i] - places[index]));
+    }
   }
   return nearest;
 }
@@ -32,7 +34,7 @@ void drawAxis(cv::Mat& canvas, cv::Point2d from, cv::Point2d towards, const std:
   drawLine(canvas, from, end, cv::Scalar::all(255), 6);
   drawArrow(canvas, from, end, colour, 3);
   const cv::Point2d label = (from + towards) / 2.0 + cv::Point2d(0, -0.5 * textHeight);
-  drawTextWithRim(canvas, name, label, textHeight, colour, Anchor::Centre);
+  drawTextWithRim(canvas, name, label, textHeight, colour, Anchor::kCentre);
 }
 
 }  // namespace
@@ -40,7 +42,7 @@ void drawAxis(cv::Mat& canvas, cv::Point2d from, cv::Point2d towards, const std:
 cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoint>& points,
                           const std::string& caption) {
   const double scale =
-      std::max(1.0, std::ceil(static_cast<double>(smallestLongSide) /
+      std::max(1.0, std::ceil(static_cast<double>(kSmallestLongSide) /
                               static_cast<double>(std::max(grey.cols, grey.rows))));
   cv::Mat picture;
   cv::resize(grey, picture, cv::Size(), scale, scale, cv::INTER_CUBIC);
@@ -56,25 +58,25 @@ cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoin
   }
   for (std::size_t i = 1; i < points.size(); ++i) {
     if (points[i].Yw == points[i - 1].Yw) {
-      drawLine(picture, places[i - 1], places[i], rowColour, 2);
+      drawLine(picture, places[i - 1], places[i], kRowColour, 2);
     }
   }
   if (points.size() > 1 && points[1].Yw == points[0].Yw) {
-    drawAxis(picture, places[0], places[1], "X", xColour, unit);
+    drawAxis(picture, places[0], places[1], "X", kXColour, unit);
     const auto nextRow = std::find_if(points.begin(), points.end(), [&](const CalibrationPoint& p) {
       return p.Yw > points[0].Yw && p.Xw >= points[0].Xw;
     });
     if (nextRow != points.end()) {
       drawAxis(picture, places[0], places[static_cast<std::size_t>(nextRow - points.begin())], "Y",
-               yColour, unit);
+               kYColour, unit);
     }
   }
   for (std::size_t i = 0; i < points.size(); ++i) {
     const double room = distanceToNearest(places, i);
     const double height = std::clamp(0.26 * room, 9.0, 1.4 * unit);
-    drawRing(picture, places[i], std::clamp(0.12 * room, 2.5, 7.0), pointColour, 2);
+    drawRing(picture, places[i], std::clamp(0.12 * room, 2.5, 7.0), kPointColour, 2);
     drawTextWithRim(picture, std::to_string(points[i].PointId),
-                    places[i] + cv::Point2d(0.4 * height, -0.45 * height), height, ink);
+                    places[i] + cv::Point2d(0.4 * height, -0.45 * height), height, kInk);
   }
   double captionHeight = 1.1 * unit;
   const double room = picture.cols - 2 * unit;

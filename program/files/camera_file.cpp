@@ -12,18 +12,20 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr std::string_view sectionName = "CalibraionParam";  // the file format's own spelling
+constexpr std::string_view kSectionName = "CalibraionParam";  // the file format's own spelling
 
 }  // namespace
 
 std::vector<std::string> inspectCameraText(const std::string& name, std::string_view text) {
-  const IniSection section = readIniSection(text, sectionName);
+  const IniSection section = readIniSection(text, kSectionName);
   if (!section.found) {
-    failBadInput(name + ": not a camera file, there is no section [" + std::string(sectionName) +
+    failBadInput(name + ": not a camera file, there is no section [" + std::string(kSectionName) +
                  "] in it");
   }
   std::vector<std::string> keys;
-  for (const RecordField& field : recordFields()) keys.emplace_back(field.name);
+  for (const RecordField& field : recordFields()) {
+    keys.emplace_back(field.name);
+  }
   return inspectEntries(name, section, keys);
 }
 

@@ -9,7 +9,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Characters, not bytes: continuation bytes of UTF-8 do not count.
 int characters(std::string_view text) {
@@ -28,7 +28,9 @@ CsvRow splitRow(std::string_view line, int lineNumber) {
     const std::size_t lead =
         value.empty() ? 0 : static_cast<std::size_t>(value.data() - raw.data());
     row.fields.push_back({std::string(value), characters(line.substr(0, start + lead)) + 1});
-    if (comma == line.size()) return row;
+    if (comma == line.size()) {
+      return row;
+    }
     start = comma + 1;
   }
 }
@@ -57,7 +59,9 @@ void checkHeader(const CsvTable& table) {
 void checkLength(const CsvTable& table, const CsvRow& row) {
   const std::size_t expected = table.header.fields.size();
   const std::size_t found = row.fields.size();
-  if (found == expected) return;
+  if (found == expected) {
+    return;
+  }
   const CsvField& where = found > expected ? row.fields[expected] : row.fields.back();
   failBadInput(located(table.name, row.line, where.column,
                        std::to_string(found) + (found == 1 ? " value" : " values") +
@@ -72,7 +76,9 @@ std::string located(const std::string& name, int line, int column, const std::st
 
 std::optional<std::size_t> CsvTable::find(std::string_view columnName) const {
   for (std::size_t i = 0; i < header.fields.size(); ++i) {
-    if (equalIgnoringCase(header.fields[i].text, columnName)) return i;
+    if (equalIgnoringCase(header.fields[i].text, columnName)) {
+      return i;
+    }
   }
   return std::nullopt;
 }
@@ -88,7 +94,9 @@ std::size_t CsvTable::require(std::string_view columnName) const {
 
 float CsvTable::floatAt(const CsvRow& row, std::size_t field) const {
   const CsvField& value = row.fields[field];
-  if (const std::optional<float> number = parseFloat(value.text)) return *number;
+  if (const std::optional<float> number = parseFloat(value.text)) {
+    return *number;
+  }
   failBadInput(
       located(name, row.line, value.column,
               value.text.empty() ? "a number is missing" : "not a number: \"" + value.text + "\""));
@@ -96,7 +104,9 @@ float CsvTable::floatAt(const CsvRow& row, std::size_t field) const {
 
 int CsvTable::integerAt(const CsvRow& row, std::size_t field) const {
   const CsvField& value = row.fields[field];
-  if (const std::optional<int> number = parseInteger(value.text)) return *number;
+  if (const std::optional<int> number = parseInteger(value.text)) {
+    return *number;
+  }
   failBadInput(located(name, row.line, value.column,
                        value.text.empty() ? "a whole number is missing"
                                           : "not a whole number: \"" + value.text + "\""));
@@ -104,13 +114,17 @@ int CsvTable::integerAt(const CsvRow& row, std::size_t field) const {
 
 CsvTable parseCsv(const std::string& name, std::string_view text) {
   checkEncoding(name, text);
-  if (text.starts_with(byteOrderMark)) text.remove_prefix(byteOrderMark.size());
+  if (text.starts_with(kByteOrderMark)) {
+    text.remove_prefix(kByteOrderMark.size());
+  }
   CsvTable table{name, {0, {}}, {}};
   for (int lineNumber = 1; !text.empty(); ++lineNumber) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const std::string_view line = text.substr(0, end);
     text.remove_prefix(std::min(end + 1, text.size()));
-    if (trimmed(line).empty()) continue;
+    if (trimmed(line).empty()) {
+      continue;
+    }
     CsvRow row = splitRow(line, lineNumber);
     if (table.header.line == 0) {
       table.header = std::move(row);
@@ -120,7 +134,9 @@ CsvTable parseCsv(const std::string& name, std::string_view text) {
       table.rows.push_back(std::move(row));
     }
   }
-  if (table.header.line == 0) failBadInput(located(name, 1, 1, "the file is empty"));
+  if (table.header.line == 0) {
+    failBadInput(located(name, 1, 1, "the file is empty"));
+  }
   return table;
 }
 

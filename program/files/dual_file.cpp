@@ -14,12 +14,15 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr std::string_view sectionName = "DualCamerasCalibraionParam";  // the format's own spelling
+constexpr std::string_view kSectionName =
+    "DualCamerasCalibraionParam";  // the format's own spelling
 
 // The library reads the datum's world coordinates as whole numbers.
 void warnOfFraction(const std::string& path, const char* key, double value,
                     std::ostream& messages) {
-  if (!std::isfinite(value) || value == std::trunc(value)) return;
+  if (!std::isfinite(value) || value == std::trunc(value)) {
+    return;
+  }
   messages << "warning: " << path << ": " << key << " is " << general(value, 9)
            << ", but the library reads it back as " << fixed(std::trunc(value), 0)
            << "; points mapped with the file are off by "
@@ -29,21 +32,27 @@ void warnOfFraction(const std::string& path, const char* key, double value,
 }  // namespace
 
 DualFishEyeCalibrationParam loadCheckedDual(const std::string& path, std::ostream& messages) {
-  const IniSection section = readIniSection(readFile(path), sectionName);
+  const IniSection section = readIniSection(readFile(path), kSectionName);
   if (!section.found) {
     failBadInput(path + ": not the file of a stitched picture, there is no section [" +
-                 std::string(sectionName) + "] in it");
+                 std::string(kSectionName) + "] in it");
   }
   const std::vector<std::string> complaints =
       inspectEntries(path, section,
                      {"Pixel", "StdImageWidth", "StdImageHeight", "DatumImagePtX", "DatumImagePtY",
                       "DatumPtXw", "DatumPtYw"});
-  for (const std::string& complaint : complaints) messages << "warning: " << complaint << "\n";
+  for (const std::string& complaint : complaints) {
+    messages << "warning: " << complaint << "\n";
+  }
   for (const IniEntry& entry : section.entries) {
     const auto value = parseNumber(entry.value);
-    if (!value) continue;
+    if (!value) {
+      continue;
+    }
     for (const char* key : {"DatumPtXw", "DatumPtYw"}) {
-      if (equalIgnoringCase(entry.key, key)) warnOfFraction(path, key, *value, messages);
+      if (equalIgnoringCase(entry.key, key)) {
+        warnOfFraction(path, key, *value, messages);
+      }
     }
   }
   // Profile functions look for bare names in the system's own folder, so the path is made absolute.

@@ -12,7 +12,9 @@ namespace {
 bool isSectionHeader(std::string_view line, std::string_view& name) {
   line = trimmed(line);
   const std::size_t end = line.find(']');
-  if (!line.starts_with('[') || end == std::string_view::npos) return false;
+  if (!line.starts_with('[') || end == std::string_view::npos) {
+    return false;
+  }
   name = trimmed(line.substr(1, end - 1));
   return true;
 }
@@ -35,13 +37,17 @@ IniSection readIniSection(std::string_view text, std::string_view sectionName) {
     text.remove_prefix(std::min(end + (pairOfEnds ? 2 : 1), text.size()));
     std::string_view name;
     if (isSectionHeader(line, name)) {
-      if (inside) break;
+      if (inside) {
+        break;
+      }
       inside = !section.found && equalIgnoringCase(name, sectionName);
       section.found = section.found || inside;
       continue;
     }
     const std::size_t equals = line.find('=');
-    if (!inside || equals == std::string_view::npos) continue;
+    if (!inside || equals == std::string_view::npos) {
+      continue;
+    }
     const std::string_view value = trimmed(line.substr(equals + 1));
     const std::size_t column =
         value.empty() ? equals + 1 : static_cast<std::size_t>(value.data() - line.data());

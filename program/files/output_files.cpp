@@ -30,7 +30,9 @@ fs::path temporaryBeside(const fs::path& destination) {
     fs::path candidate = destination;
     candidate += ".new-" + std::to_string(random() % 1000000u);
     std::error_code error;
-    if (!fs::exists(candidate, error)) return candidate;
+    if (!fs::exists(candidate, error)) {
+      return candidate;
+    }
   }
   failJob(destination.string() + ": no name is free for a temporary file beside it");
 }
@@ -40,28 +42,38 @@ void writeBytes(const fs::path& path, const std::string& shownAs, std::string_vi
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();
-  if (!file) failJob(shownAs + ": " + lastError());
+  if (!file) {
+    failJob(shownAs + ": " + lastError());
+  }
 }
 
 }  // namespace
 
 std::string readFile(const std::string& path) {
   std::error_code error;
-  if (fs::is_directory(filePath(path), error)) failBadInput(path + ": is a folder, not a file");
+  if (fs::is_directory(filePath(path), error)) {
+    failBadInput(path + ": is a folder, not a file");
+  }
   errno = 0;
   std::ifstream file(filePath(path), std::ios::binary);
   if (!file) {
     failBadInput(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be opened"));
   }
   std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (file.bad()) failBadInput(path + ": cannot be read");
+  if (file.bad()) {
+    failBadInput(path + ": cannot be read");
+  }
   return bytes;
 }
 
 void requireWritablePlace(const std::string& option, const std::string& path) {
   std::error_code error;
-  if (path.empty()) failBadInput(option + ": the file name is empty");
-  if (fs::is_directory(filePath(path), error)) failBadInput(option + ": " + path + " is a folder");
+  if (path.empty()) {
+    failBadInput(option + ": the file name is empty");
+  }
+  if (fs::is_directory(filePath(path), error)) {
+    failBadInput(option + ": " + path + " is a folder");
+  }
   const fs::path folder = fs::absolute(filePath(path)).parent_path();
   if (!fs::is_directory(folder, error)) {
     failBadInput(option + ": there is no folder " + folder.string());
@@ -102,7 +114,9 @@ fs::path OutputFiles::stageCopy(const std::string& path) {
   std::error_code error;
   if (fs::exists(destination, error)) {
     fs::copy_file(destination, temporary, error);
-    if (error) failJob(path + ": " + error.message());
+    if (error) {
+      failJob(path + ": " + error.message());
+    }
   }
   return temporary;
 }
@@ -111,7 +125,9 @@ void OutputFiles::commit() {
   for (const Staged& file : staged_) {
     std::error_code error;
     fs::rename(file.temporary, file.destination, error);
-    if (error) failJob(file.destination.string() + ": " + error.message());
+    if (error) {
+      failJob(file.destination.string() + ": " + error.message());
+    }
   }
   staged_.clear();
 }

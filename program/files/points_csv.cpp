@@ -16,7 +16,7 @@ std::string pointFields(const CalibrationPoint& point) {
          fixed(static_cast<double>(point.ImagePtY), 4);
 }
 
-constexpr const char* pointColumns = "PointId,Xw,Yw,ImagePtX,ImagePtY";
+constexpr const char* kPointColumns = "PointId,Xw,Yw,ImagePtX,ImagePtY";
 
 }  // namespace
 
@@ -45,14 +45,16 @@ std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_v
 }
 
 std::string formatPoints(const std::vector<CalibrationPoint>& points) {
-  std::string text = std::string(pointColumns) + "\n";
-  for (const CalibrationPoint& point : points) text += pointFields(point) + "\n";
+  std::string text = std::string(kPointColumns) + "\n";
+  for (const CalibrationPoint& point : points) {
+    text += pointFields(point) + "\n";
+  }
   return text;
 }
 
 std::string formatResiduals(const std::vector<CalibrationPoint>& points) {
   std::string text =
-      std::string(pointColumns) + ",ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n";
+      std::string(kPointColumns) + ",ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n";
   for (const CalibrationPoint& point : points) {
     text += pointFields(point) + "," + fixed(point.ReprojPtX, 4) + "," + fixed(point.ReprojPtY, 4) +
             "," + fixed(point.ReprojErrX, 4) + "," + fixed(point.ReprojErrY, 4) + "," +

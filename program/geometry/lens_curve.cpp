@@ -5,10 +5,10 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double rightAngle = 1.57079632679489661923;
+constexpr double kRightAngle = 1.57079632679489661923;
 
 std::optional<double> withinView(double angle) {
-  return angle > 0 && angle < rightAngle ? std::optional(angle) : std::nullopt;
+  return angle > 0 && angle < kRightAngle ? std::optional(angle) : std::nullopt;
 }
 
 }  // namespace
@@ -17,13 +17,15 @@ std::optional<double> turningAngle(double k0, double k1) {
   // d theta_d / d theta = 1 + 2 k0 theta + 3 k1 theta^2 = 0; the root is written so that k1 = 0
   // needs no case of its own: theta = 1 / (-k0 -+ sqrt(k0^2 - 3 k1)).
   const double discriminant = k0 * k0 - 3 * k1;
-  if (!(discriminant >= 0)) return std::nullopt;
+  if (!(discriminant >= 0)) {
+    return std::nullopt;
+  }
   // The larger denominator belongs to the smaller positive root.
   return withinView(1 / (-k0 + std::sqrt(discriminant)));
 }
 
 double lensShape(double k0, double k1) {
-  constexpr double theta = rightAngle * 2 / 3;
+  const double theta = kRightAngle * 2 / 3;
   return 1 + k0 * theta + k1 * theta * theta;
 }
 

@@ -35,23 +35,31 @@ cv::Point2d renderedPlace(const FishEyeCalibrationParam& param, cv::Point2d bed,
 
 std::optional<cv::Point2d> bedPointAt(const FishEyeCalibrationParam& param, cv::Point2d raw,
                                       cv::Point2d start) {
-  constexpr int mostSteps = 30;
-  constexpr double closeEnough = 2e-3;  // raw pixels; the conversion's floats resolve about 1e-4
+  constexpr int kMostSteps = 30;
+  constexpr double kCloseEnough = 2e-3;  // raw pixels; the conversion's floats resolve about 1e-4
   // A step in the world of some pixels: large beside the floats' resolution, small beside the bed.
   const double h = 4 * std::abs(static_cast<double>(param.Pixel));
-  if (!(h > 0) || !std::isfinite(h)) return std::nullopt;
+  if (!(h > 0) || !std::isfinite(h)) {
+    return std::nullopt;
+  }
   cv::Point2d bed = start;
-  for (int step = 0; step < mostSteps; ++step) {
+  for (int step = 0; step < kMostSteps; ++step) {
     const cv::Point2d miss = raw - rawPlace(param, bed);
     const double length = std::hypot(miss.x, miss.y);
-    if (!std::isfinite(length)) return std::nullopt;
-    if (length < closeEnough) return bed;
+    if (!std::isfinite(length)) {
+      return std::nullopt;
+    }
+    if (length < kCloseEnough) {
+      return bed;
+    }
     const cv::Point2d alongX =
         (rawPlace(param, {bed.x + h, bed.y}) - rawPlace(param, {bed.x - h, bed.y})) / (2 * h);
     const cv::Point2d alongY =
         (rawPlace(param, {bed.x, bed.y + h}) - rawPlace(param, {bed.x, bed.y - h})) / (2 * h);
     const double determinant = alongX.x * alongY.y - alongX.y * alongY.x;
-    if (!(std::abs(determinant) > 0)) return std::nullopt;
+    if (!(std::abs(determinant) > 0)) {
+      return std::nullopt;
+    }
     bed.x += (miss.x * alongY.y - miss.y * alongY.x) / determinant;
     bed.y += (alongX.x * miss.y - alongX.y * miss.x) / determinant;
   }
@@ -66,7 +74,9 @@ double centreShift(const FishEyeCalibrationParam& param, const Size& size) {
 
 std::string sizeComplaint(const FishEyeCalibrationParam& param, const Size& size) {
   const double shift = centreShift(param, size);
-  if (shift <= 1) return {};
+  if (shift <= 1) {
+    return {};
+  }
   return "the second correction was not made for a view of " + std::to_string(size.width) + "x" +
          std::to_string(size.height) + ": it moves the centre by " + general(shift, 3) +
          " px; calibrate with --corrected-size " + std::to_string(size.width) + "x" +

@@ -17,9 +17,13 @@ std::optional<cv::Point2d> viewPlace(const StitchCamera& camera, const Calibrati
   const cv::Point2d raw(static_cast<double>(point.ImagePtX), static_cast<double>(point.ImagePtY));
   const cv::Point2d nominal(static_cast<double>(point.Xw), static_cast<double>(point.Yw));
   const auto bed = bedPointAt(camera.param, raw, nominal);
-  if (!bed) return std::nullopt;
+  if (!bed) {
+    return std::nullopt;
+  }
   const cv::Point2d place = renderedPlace(camera.param, *bed, camera.viewSize());
-  if (!std::isfinite(place.x) || !std::isfinite(place.y)) return std::nullopt;
+  if (!std::isfinite(place.x) || !std::isfinite(place.y)) {
+    return std::nullopt;
+  }
   return place;
 }
 
@@ -33,7 +37,9 @@ double rawError(const StitchCamera& camera, const CalibrationPoint& point) {
 template <typename Value>
 double rootMeanSquare(const std::vector<Agreement>& agreement, Value value) {
   double sum = 0;
-  for (const Agreement& at : agreement) sum += value(at) * value(at);
+  for (const Agreement& at : agreement) {
+    sum += value(at) * value(at);
+  }
   return std::sqrt(sum / static_cast<double>(agreement.size()));
 }
 
@@ -60,7 +66,9 @@ std::vector<Agreement> agreementAt(const StitchPair& pair,
   for (std::size_t i = 0; i < shared.left.size(); ++i) {
     const auto inLeft = viewPlace(pair.left, shared.left[i]);
     const auto inRight = viewPlace(pair.right, shared.right[i]);
-    if (!inLeft || !inRight) continue;
+    if (!inLeft || !inRight) {
+      continue;
+    }
     const cv::Point2d left = *inLeft + offset;
     const cv::Point2d right = applied(back, *inRight) + offset;
     const cv::Point2d bed = canvas.placeOf(
@@ -75,12 +83,16 @@ std::vector<Agreement> agreementAt(const StitchPair& pair,
 
 double worstApart(const std::vector<Agreement>& agreement) {
   double worst = 0;
-  for (const Agreement& at : agreement) worst = std::max(worst, at.apart);
+  for (const Agreement& at : agreement) {
+    worst = std::max(worst, at.apart);
+  }
   return worst;
 }
 
 std::string describeAgreement(const std::vector<Agreement>& agreement, double unitsPerPixel) {
-  if (agreement.empty()) return "No shared point can be carried to the bed by both records.\n";
+  if (agreement.empty()) {
+    return "No shared point can be carried to the bed by both records.\n";
+  }
   std::vector<Agreement> worst = agreement;
   std::stable_sort(worst.begin(), worst.end(),
                    [](const Agreement& a, const Agreement& b) { return a.apart > b.apart; });

@@ -15,9 +15,9 @@ SharedPoints sharedPoints(const StitchPair& pair) {
 
 std::array<std::size_t, 4> cornerPoints(const SharedPoints& shared) {
   // World coordinates are expected within 0...10000; box and distances start from there.
-  constexpr float worldLimit = 10000;
-  float minX = worldLimit;
-  float minY = worldLimit;
+  constexpr float kWorldLimit = 10000;
+  float minX = kWorldLimit;
+  float minY = kWorldLimit;
   float maxX = 0;
   float maxY = 0;
   for (const CalibrationPoint& point : shared.left) {
@@ -30,7 +30,7 @@ std::array<std::size_t, 4> cornerPoints(const SharedPoints& shared) {
       {{minX, minY}, {maxX, minY}, {minX, maxY}, {maxX, maxY}}};
   std::array<std::size_t, 4> chosen{};
   for (std::size_t k = 0; k < corners.size(); ++k) {
-    float best = worldLimit;
+    float best = kWorldLimit;
     for (std::size_t i = 0; i < shared.left.size(); ++i) {
       // As the library computes it: hypot rounds otherwise and would decide ties otherwise.
       const float dx = shared.left[i].Xw - corners[k].x;

@@ -38,15 +38,17 @@ WorldResidual rootMeanSquare(const std::vector<WorldResidual>& residuals) {
 
 std::string formatAffine(const AffineMap& map) {
   std::vector<std::string> values;
-  for (const double value : map.coefficients) values.push_back(shortest(value));
+  for (const double value : map.coefficients) {
+    values.push_back(shortest(value));
+  }
   return "a,b,c,d,e,f\n" + joined(values, ",") + "\n";
 }
 
 std::string describeAffine(const AffineMap& map, const std::vector<CalibrationPoint>& points) {
-  constexpr std::size_t summedByLibrary = 9;
+  constexpr std::size_t kSummedByLibrary = 9;
   const auto value = [&](std::size_t i) { return padLeft(general(map.coefficients[i], 7), 14); };
   const std::string all = std::to_string(points.size());
-  const std::string summed = std::to_string(std::min(points.size(), summedByLibrary));
+  const std::string summed = std::to_string(std::min(points.size(), kSummedByLibrary));
   const WorldResidual plain = rootMeanSquare(residualsOf(map, points));
   return "Affine map from raw-image pixels (x, y) to the work plane, from " + all + " points:\n" +
          "  Xw = a x + b y + e   a" + value(0) + "  b" + value(1) + "  e" + value(4) + "\n" +

@@ -14,7 +14,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double degreesPerRadian = 57.29577951308232;
+constexpr double kDegreesPerRadian = 57.29577951308232;
 
 std::string row(const std::string& name, const std::string& value, const std::string& unit,
                 const std::string& meaning) {
@@ -31,7 +31,9 @@ std::string matrixRows(const std::string& name, const Matrix3& matrix) {
   std::string text;
   for (std::size_t i = 0; i < 3; ++i) {
     text += "  " + padRight(i == 0 ? name : "", 10);
-    for (std::size_t j = 0; j < 3; ++j) text += padLeft(readable(matrix[3 * i + j], 8), 18);
+    for (std::size_t j = 0; j < 3; ++j) {
+      text += padLeft(readable(matrix[3 * i + j], 8), 18);
+    }
     text += "\n";
   }
   return text;
@@ -39,7 +41,7 @@ std::string matrixRows(const std::string& name, const Matrix3& matrix) {
 
 std::string derivedRows(const FishEyeCalibrationParam& param) {
   const std::optional<double> turn = turningAngle(param.k0, param.k1);
-  const std::string curve = turn ? fixed(*turn * degreesPerRadian, 2) : "over 90";
+  const std::string curve = turn ? fixed(*turn * kDegreesPerRadian, 2) : "over 90";
   return row("tilt", fixed(tiltDegrees(param), 3), "deg",
              "between the optical axis and the bed's normal") +
          row("limit", curve, "deg", "off the axis, where the lens curve turns back");

@@ -7,17 +7,21 @@
 namespace fisheye_calibration::program {
 
 std::string progressText(std::size_t done, std::size_t total, double seconds) {
-  constexpr std::size_t length = 20;
-  const std::size_t filled = total > 0 ? length * done / total : length;
+  constexpr std::size_t kLength = 20;
+  const std::size_t filled = total > 0 ? kLength * done / total : kLength;
   std::string text(1, '[');
-  text.append(filled, '#').append(length - filled, '-').append("] ");
+  text.append(filled, '#').append(kLength - filled, '-').append("] ");
   text.append(std::to_string(done)).append("/").append(std::to_string(total));
-  if (seconds > 0) text += "  " + general(static_cast<double>(done) / seconds, 3) + " frames/s";
+  if (seconds > 0) {
+    text += "  " + general(static_cast<double>(done) / seconds, 3) + " frames/s";
+  }
   return text;
 }
 
 ProgressBar::~ProgressBar() {
-  if (width_ > 0) stream_ << std::endl;
+  if (width_ > 0) {
+    stream_ << std::endl;
+  }
 }
 
 void ProgressBar::show(const std::string& text) {
@@ -26,7 +30,9 @@ void ProgressBar::show(const std::string& text) {
 }
 
 void ProgressBar::clear() {
-  if (width_ > 0) stream_ << '\r' << std::string(width_, ' ') << '\r';
+  if (width_ > 0) {
+    stream_ << '\r' << std::string(width_, ' ') << '\r';
+  }
   width_ = 0;
 }
 

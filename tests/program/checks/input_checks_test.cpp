@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr Size image{960, 720};
+constexpr Size kImage{960, 720};
 
 std::vector<CalibrationPoint> goodPoints() { return exactPoints({}, {}); }
 
@@ -24,24 +24,26 @@ const Finding* find(const std::vector<Finding>& findings, FindingKind kind) {
 }
 
 std::vector<int> idsOf(const std::vector<CalibrationPoint>& points, FindingKind kind) {
-  const std::vector<Finding> findings = checkInput(points, image);
+  const std::vector<Finding> findings = checkInput(points, kImage);
   const Finding* finding = find(findings, kind);
   return finding ? finding->pointIds : std::vector<int>{};
 }
 
 TEST(InputChecks, AGoodTargetRaisesNothing) {
-  for (const Finding& finding : checkInput(goodPoints(), image)) ADD_FAILURE() << finding.text;
+  for (const Finding& finding : checkInput(goodPoints(), kImage)) {
+    ADD_FAILURE() << finding.text;
+  }
 }
 
 TEST(InputChecks, EightPointsAreTooFewAndNineAreNot) {
   std::vector<CalibrationPoint> points = goodPoints();
   points.resize(9);
-  EXPECT_EQ(find(checkInput(points, image), FindingKind::TooFewPoints), nullptr);
+  EXPECT_EQ(find(checkInput(points, kImage), FindingKind::kTooFewPoints), nullptr);
   points.resize(8);
-  const std::vector<Finding> findings = checkInput(points, image);
-  const Finding* finding = find(findings, FindingKind::TooFewPoints);
+  const std::vector<Finding> findings = checkInput(points, kImage);
+  const Finding* finding = find(findings, FindingKind::kTooFewPoints);
   ASSERT_NE(finding, nullptr);
-  EXPECT_EQ(finding->severity, Severity::Impossible);
+  EXPECT_EQ(finding->severity, Severity::kImpossible);
   EXPECT_EQ(finding->text, "only 8 points, at least 9 are needed");
 }
 
@@ -49,7 +51,7 @@ TEST(InputChecks, DoubledIdsAreNamed) {
   std::vector<CalibrationPoint> points = goodPoints();
   points[5].PointId = 3;
   points[8].PointId = 20;
-  EXPECT_THAT(idsOf(points, FindingKind::DuplicateIds), ElementsAre(3, 20));
+  EXPECT_THAT(idsOf(points, FindingKind::kDuplicateIds), ElementsAre(3, 20));
 }
 
 TEST(InputChecks, PointsOutsideThePictureAreNamed) {
@@ -58,7 +60,7 @@ TEST(InputChecks, PointsOutsideThePictureAreNamed) {
   points[1].ImagePtX = -0.4f;
   points[2].ImagePtY = 719.6f;
   points[3].ImagePtX = 959.4f;
-  EXPECT_THAT(idsOf(points, FindingKind::OutsideImage), ElementsAre(1, 3));
+  EXPECT_THAT(idsOf(points, FindingKind::kOutsideImage), ElementsAre(1, 3));
 }
 
 TEST(InputChecks, PointsBeyondHalfTheLongerSideAreNamed) {
@@ -68,43 +70,49 @@ TEST(InputChecks, PointsBeyondHalfTheLongerSideAreNamed) {
   points[0].ImagePtY = 359.5f;
   points[1].ImagePtX = 479.5f;
   points[1].ImagePtY = 359.5f + 479.9f;
-  EXPECT_THAT(idsOf(points, FindingKind::BeyondReach), ElementsAre(1));
-  EXPECT_THAT(idsOf(points, FindingKind::NearReach), ElementsAre(2));
+  EXPECT_THAT(idsOf(points, FindingKind::kBeyondReach), ElementsAre(1));
+  EXPECT_THAT(idsOf(points, FindingKind::kNearReach), ElementsAre(2));
 }
 
 TEST(InputChecks, PointsWithin95PercentOfTheReachAreLeftInPeace) {
   std::vector<CalibrationPoint> points = goodPoints();
   points[0].ImagePtX = 479.5f - 455.0f;
   points[0].ImagePtY = 359.5f;
-  EXPECT_THAT(idsOf(points, FindingKind::NearReach), IsEmpty());
+  EXPECT_THAT(idsOf(points, FindingKind::kNearReach), IsEmpty());
 }
 
 TEST(InputChecks, PointsOnOneLineAreTold) {
   std::vector<CalibrationPoint> points = goodPoints();
-  for (CalibrationPoint& point : points) point.Yw = 2 * point.Xw + 10;
-  EXPECT_NE(find(checkInput(points, image), FindingKind::CollinearPoints), nullptr);
+  for (CalibrationPoint& point : points) {
+    point.Yw = 2 * point.Xw + 10;
+  }
+  EXPECT_NE(find(checkInput(points, kImage), FindingKind::kCollinearPoints), nullptr);
 }
 
 TEST(InputChecks, TheOnlyPointOffALineIsNamed) {
   std::vector<CalibrationPoint> points = goodPoints();
-  for (std::size_t i = 0; i < points.size(); ++i) points[i].Xw = static_cast<float>(10 * i);
-  for (CalibrationPoint& point : points) point.Yw = 50;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    points[i].Xw = static_cast<float>(10 * i);
+  }
+  for (CalibrationPoint& point : points) {
+    point.Yw = 50;
+  }
   points[11].Yw = 300;
-  EXPECT_THAT(idsOf(points, FindingKind::CollinearPoints), ElementsAre(12));
+  EXPECT_THAT(idsOf(points, FindingKind::kCollinearPoints), ElementsAre(12));
 }
 
 TEST(InputChecks, PointsAtTheSamePlaceAreNamed) {
   std::vector<CalibrationPoint> points = goodPoints();
   points[6].ImagePtX = points[2].ImagePtX;
   points[6].ImagePtY = points[2].ImagePtY;
-  EXPECT_THAT(idsOf(points, FindingKind::CoincidentPoints), ElementsAre(3, 7));
+  EXPECT_THAT(idsOf(points, FindingKind::kCoincidentPoints), ElementsAre(3, 7));
 }
 
 TEST(InputChecks, ASmallTargetIsTold) {
   SyntheticTarget small;
   small.spacing = 8;
   const auto points = exactPoints({}, small);
-  EXPECT_NE(find(checkInput(points, image), FindingKind::SmallCoverage), nullptr);
+  EXPECT_NE(find(checkInput(points, kImage), FindingKind::kSmallCoverage), nullptr);
 }
 
 TEST(InputChecks, ASmallFrontalTargetIsTold) {
@@ -112,13 +120,13 @@ TEST(InputChecks, ASmallFrontalTargetIsTold) {
   camera.R = {1, 0, 0, 0, 1, 0, 0, 0, 1};
   camera.T = {-120, -90, 300};
   const auto points = exactPoints(camera, {});
-  EXPECT_NE(find(checkInput(points, image), FindingKind::SmallFrontalTarget), nullptr);
+  EXPECT_NE(find(checkInput(points, kImage), FindingKind::kSmallFrontalTarget), nullptr);
 }
 
 TEST(InputChecks, ACloseFirstAndLastPointAreNamed) {
   std::vector<CalibrationPoint> points = goodPoints();
   std::swap(points[1], points.back());
-  EXPECT_THAT(idsOf(points, FindingKind::ScalePair), ElementsAre(1, 2));
+  EXPECT_THAT(idsOf(points, FindingKind::kScalePair), ElementsAre(1, 2));
 }
 
 TEST(Finding, LongListsOfPointsAreCut) {

@@ -16,18 +16,20 @@ namespace {
 bool impossible(const FishEyeCalibrationParam& param, FindingKind kind) {
   const std::vector<Finding> findings = checkRecord(param);
   return std::any_of(findings.begin(), findings.end(), [&](const Finding& finding) {
-    return finding.kind == kind && finding.severity == Severity::Impossible;
+    return finding.kind == kind && finding.severity == Severity::kImpossible;
   });
 }
 
 TEST(RecordChecks, AGoodRecordRaisesNothing) {
-  for (const Finding& finding : checkRecord(sampleRecord())) ADD_FAILURE() << finding.text;
+  for (const Finding& finding : checkRecord(sampleRecord())) {
+    ADD_FAILURE() << finding.text;
+  }
 }
 
 TEST(RecordChecks, AnEmptyRecordIsToldOnce) {
   const std::vector<Finding> findings = checkRecord(FishEyeCalibrationParam{});
   ASSERT_EQ(findings.size(), 1u);
-  EXPECT_EQ(findings[0].kind, FindingKind::Empty);
+  EXPECT_EQ(findings[0].kind, FindingKind::kEmpty);
 }
 
 TEST(RecordChecks, FieldsThatAreNotFiniteAreNamed) {
@@ -42,52 +44,52 @@ TEST(RecordChecks, FieldsThatAreNotFiniteAreNamed) {
 TEST(RecordChecks, FocalLengthsMustBePositive) {
   FishEyeCalibrationParam param = sampleRecord();
   param.fy = 0;
-  EXPECT_TRUE(impossible(param, FindingKind::FocalLength));
+  EXPECT_TRUE(impossible(param, FindingKind::kFocalLength));
 }
 
 TEST(RecordChecks, APrincipalPointOfZeroOrBelowIsTold) {
   FishEyeCalibrationParam param = sampleRecord();
   param.v0 = -3;
-  EXPECT_TRUE(impossible(param, FindingKind::PrincipalPoint));
+  EXPECT_TRUE(impossible(param, FindingKind::kPrincipalPoint));
   param.u0 = param.v0 = 0;
-  EXPECT_TRUE(impossible(param, FindingKind::PrincipalPoint));
+  EXPECT_TRUE(impossible(param, FindingKind::kPrincipalPoint));
 }
 
 TEST(RecordChecks, AMatrixThatIsNoRotationIsTold) {
   FishEyeCalibrationParam param = sampleRecord();
   param.R2 = 0.01f;
-  EXPECT_TRUE(impossible(param, FindingKind::Rotation));
+  EXPECT_TRUE(impossible(param, FindingKind::kRotation));
 }
 
 TEST(RecordChecks, AMirrorIsNoRotation) {
   FishEyeCalibrationParam param = sampleRecord();
   param.R9 = -1;
-  EXPECT_TRUE(impossible(param, FindingKind::Rotation));
+  EXPECT_TRUE(impossible(param, FindingKind::kRotation));
 }
 
 TEST(RecordChecks, ARotationThatDisagreesWithItsVectorIsTold) {
   FishEyeCalibrationParam param = sampleRecord();
   param.Rz = 0.01f;
-  EXPECT_TRUE(impossible(param, FindingKind::Rotation));
+  EXPECT_TRUE(impossible(param, FindingKind::kRotation));
 }
 
 TEST(RecordChecks, ACameraInTheWorldOriginIsTold) {
   FishEyeCalibrationParam param = sampleRecord();
   param.Tx = param.Ty = param.Tz = 0;
-  EXPECT_TRUE(impossible(param, FindingKind::Pose));
+  EXPECT_TRUE(impossible(param, FindingKind::kPose));
 }
 
 TEST(RecordChecks, ASingularHomographyIsTold) {
   FishEyeCalibrationParam param = sampleRecord();
   param.p4 = param.p1;
   param.p5 = param.p2;
-  EXPECT_TRUE(impossible(param, FindingKind::Homography));
+  EXPECT_TRUE(impossible(param, FindingKind::kHomography));
 }
 
 TEST(RecordChecks, APixelSizeOfZeroIsTold) {
   FishEyeCalibrationParam param = sampleRecord();
   param.Pixel = 0;
-  EXPECT_TRUE(impossible(param, FindingKind::PixelSize));
+  EXPECT_TRUE(impossible(param, FindingKind::kPixelSize));
 }
 
 TEST(LensCurve, TurnsWhereItsSlopeVanishes) {
@@ -126,7 +128,9 @@ TEST(RecordFields, ARotationVectorOfAQuarterTurnAboutZ) {
   param.Rz = 1.57079633f;
   const Matrix3 R = rotationOfVector(param);
   const Matrix3 expected = {0, -1, 0, 1, 0, 0, 0, 0, 1};
-  for (std::size_t i = 0; i < 9; ++i) EXPECT_NEAR(R[i], expected[i], 1e-7) << i;
+  for (std::size_t i = 0; i < 9; ++i) {
+    EXPECT_NEAR(R[i], expected[i], 1e-7) << i;
+  }
 }
 
 }  // namespace

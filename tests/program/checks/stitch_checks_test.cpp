@@ -22,7 +22,7 @@ StitchCamera stitchCamera(double Xw) {
   camera.pointsName = "p.csv";
   camera.frame = blankBuffer({240, 180}, 8);
   camera.param = recordOver(Xw);
-  camera.points = exactPoints(cameraOver(Xw), board);
+  camera.points = exactPoints(cameraOver(Xw), kBoard);
   return camera;
 }
 
@@ -30,7 +30,9 @@ StitchPair goodPair() { return {stitchCamera(160), stitchCamera(260)}; }
 
 std::vector<FindingKind> kindsOf(const StitchPair& pair) {
   std::vector<FindingKind> kinds;
-  for (const Finding& finding : checkStitch(pair)) kinds.push_back(finding.kind);
+  for (const Finding& finding : checkStitch(pair)) {
+    kinds.push_back(finding.kind);
+  }
   return kinds;
 }
 
@@ -39,7 +41,7 @@ TEST(StitchChecks, AGoodPairRaisesNothing) { EXPECT_THAT(kindsOf(goodPair()), El
 TEST(StitchChecks, ThreeSharedPointsAreTooFew) {
   StitchPair pair = goodPair();
   pair.right.points.resize(3);
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::FewSharedPoints));
+  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::kFewSharedPoints));
 }
 
 TEST(StitchChecks, SharedPointsInOneRowAreCollinear) {
@@ -47,8 +49,8 @@ TEST(StitchChecks, SharedPointsInOneRowAreCollinear) {
   pair.right.points.resize(14);  // the first row
   const auto findings = checkStitch(pair);
   ASSERT_EQ(findings.size(), 1u);
-  EXPECT_EQ(findings[0].kind, FindingKind::CollinearPoints);
-  EXPECT_EQ(findings[0].severity, Severity::Impossible);
+  EXPECT_EQ(findings[0].kind, FindingKind::kCollinearPoints);
+  EXPECT_EQ(findings[0].severity, Severity::kImpossible);
 }
 
 TEST(StitchChecks, PointsInOneSpotCoverLittleOfTheOverlap) {
@@ -57,30 +59,30 @@ TEST(StitchChecks, PointsInOneSpotCoverLittleOfTheOverlap) {
     return (p.Xw == 200 || p.Xw == 250) && (p.Yw == 100 || p.Yw == 150);
   };
   std::erase_if(pair.right.points, [&](const CalibrationPoint& p) { return !keep(p); });
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::SharedCoverage));
+  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::kSharedCoverage));
 }
 
 TEST(StitchChecks, WorldCoordinatesBelowZeroAreTold) {
   StitchPair pair = goodPair();
   pair.left.points[0].Xw = pair.right.points[0].Xw = -1;
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::WorldRange, FindingKind::WorldRange));
+  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::kWorldRange, FindingKind::kWorldRange));
 }
 
 TEST(StitchChecks, DifferentBitCountsCannotBeStitched) {
   StitchPair pair = goodPair();
   pair.right.frame = blankBuffer({240, 180}, 24);
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::BitCounts));
+  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::kBitCounts));
 }
 
 TEST(StitchChecks, SwappedCamerasAreTold) {
   EXPECT_THAT(kindsOf({stitchCamera(260), stitchCamera(160)}),
-              ElementsAre(FindingKind::CameraOrder));
+              ElementsAre(FindingKind::kCameraOrder));
 }
 
 TEST(StitchChecks, IdsThatTheLibrarySkipsAreTold) {
   StitchPair pair = goodPair();
   pair.left.points[83].PointId = pair.right.points[83].PointId = 169;  // the lists have 168
-  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::UnusedIds));
+  EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::kUnusedIds));
 }
 
 TEST(StitchAgreement, ExactCamerasAgree) {

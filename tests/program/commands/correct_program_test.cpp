@@ -51,7 +51,9 @@ class CorrectProgram : public testing::Test {
 
 TEST(FrameBuffer, RowsAreStoredFromTheBottomWithoutPadding) {
   cv::Mat picture(2, 3, CV_8UC3);
-  for (int i = 0; i < 18; ++i) picture.data[i] = static_cast<unsigned char>(i);
+  for (int i = 0; i < 18; ++i) {
+    picture.data[i] = static_cast<unsigned char>(i);
+  }
   const FrameBuffer buffer = toBuffer(picture);
   EXPECT_EQ(buffer.bitCount, 24);
   EXPECT_THAT(buffer.bytes,
@@ -207,7 +209,9 @@ TEST_F(CorrectProgram, BadInputExitsWithTwoAndWritesNothing) {
 
 TEST_F(CorrectProgram, CropKeepsTheCentre) {
   cv::Mat picture(6, 8, CV_8UC1);
-  for (int i = 0; i < 48; ++i) picture.data[i] = static_cast<unsigned char>(i);
+  for (int i = 0; i < 48; ++i) {
+    picture.data[i] = static_cast<unsigned char>(i);
+  }
   ASSERT_TRUE(cv::imwrite(folder.path("in.png"), picture));
   const Outcome run = runProgram({"crop", folder.path("in.png"), "--size", "4x2", "-o", top});
   ASSERT_EQ(run.exitCode, 0) << run.err;

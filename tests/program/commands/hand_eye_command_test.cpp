@@ -21,7 +21,7 @@ namespace {
 
 using testing::HasSubstr;
 
-constexpr const char* header = "PointId,Xw,Yw,ImagePtX,ImagePtY\n";
+constexpr const char* kHeader = "PointId,Xw,Yw,ImagePtX,ImagePtY\n";
 
 CalibrationPoint pair(float x, float y, float Xw, float Yw) {
   CalibrationPoint point{};
@@ -71,8 +71,8 @@ TEST(AffineReport, CoefficientsReadBackExactly) {
 }
 
 TEST_F(HandEyeCommand, WritesCoefficientsPlotAndEachErrorByItsName) {
-  write("points.csv", std::string(header) + "1,0,0,-1,-1\n2,0,0,1,-1\n3,0,0,-1,1\n4,4,0,1,1\n");
-  ASSERT_EQ(run("points.csv", "affine.csv", "plot.png"), exitOk) << failure_;
+  write("points.csv", std::string(kHeader) + "1,0,0,-1,-1\n2,0,0,1,-1\n3,0,0,-1,1\n4,4,0,1,1\n");
+  ASSERT_EQ(run("points.csv", "affine.csv", "plot.png"), kExitOk) << failure_;
   // Least squares spreads the one value evenly: a = b = e = 1, and all four residuals are 1.
   EXPECT_EQ(readFile("affine.csv"), "a,b,c,d,e,f\n1,1,0,0,1,0\n");
   EXPECT_FALSE(cv::imread("plot.png").empty());
@@ -82,22 +82,22 @@ TEST_F(HandEyeCommand, WritesCoefficientsPlotAndEachErrorByItsName) {
 }
 
 TEST_F(HandEyeCommand, TooFewPointsAreBadInput) {
-  write("points.csv", std::string(header) + "1,0,0,0,0\n2,1,1,1,2\n");
-  EXPECT_EQ(run("points.csv", "affine.csv"), exitBadInput);
+  write("points.csv", std::string(kHeader) + "1,0,0,0,0\n2,1,1,1,2\n");
+  EXPECT_EQ(run("points.csv", "affine.csv"), kExitBadInput);
   EXPECT_THAT(failure_, HasSubstr("at least three"));
   EXPECT_FALSE(std::filesystem::exists("affine.csv"));
 }
 
 TEST_F(HandEyeCommand, PointsOnALineAreBadInput) {
-  write("points.csv", std::string(header) + "1,0,0,0,0\n2,1,1,100,50\n3,2,2,2000,1000\n");
-  EXPECT_EQ(run("points.csv", "affine.csv"), exitBadInput);
+  write("points.csv", std::string(kHeader) + "1,0,0,0,0\n2,1,1,100,50\n3,2,2,2000,1000\n");
+  EXPECT_EQ(run("points.csv", "affine.csv"), kExitBadInput);
   EXPECT_THAT(failure_, HasSubstr("on one line"));
 }
 
 TEST_F(HandEyeCommand, OutputIsNotWrittenOverThePoints) {
-  write("points.csv", std::string(header) + "1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n");
-  EXPECT_EQ(run("points.csv", "points.csv"), exitBadInput);
-  EXPECT_EQ(run("points.csv", "same.png", "same.png"), exitBadInput);
+  write("points.csv", std::string(kHeader) + "1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n");
+  EXPECT_EQ(run("points.csv", "points.csv"), kExitBadInput);
+  EXPECT_EQ(run("points.csv", "same.png", "same.png"), kExitBadInput);
   EXPECT_FALSE(std::filesystem::exists("same.png"));
 }
 

@@ -12,7 +12,7 @@ bool provided(const std::string& from, const std::string& to) {
     findConversion(from, to);
     return true;
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.code(), exitBadInput);
+    EXPECT_EQ(failure.code(), kExitBadInput);
     return false;
   }
 }
@@ -20,7 +20,9 @@ bool provided(const std::string& from, const std::string& to) {
 TEST(MapConversions, ExactlyTheLibrarysFourExist) {
   int count = 0;
   for (const char* from : {"world", "raw", "corrected", "second"}) {
-    for (const char* to : {"world", "raw", "corrected", "second"}) count += provided(from, to);
+    for (const char* to : {"world", "raw", "corrected", "second"}) {
+      count += provided(from, to);
+    }
   }
   EXPECT_EQ(count, 4);
   EXPECT_TRUE(provided("world", "raw"));

@@ -27,7 +27,9 @@ double valueOf(const std::string& table, const std::string& name) {
     std::istringstream words(line);
     std::string word;
     double value = 0;
-    if (words >> word && word == name && words >> value) return value;
+    if (words >> word && word == name && words >> value) {
+      return value;
+    }
   }
   return NAN;
 }
@@ -195,7 +197,9 @@ TEST_F(Program, PointsThatTheSolverCannotUseEndInPlainLines) {
 TEST_F(Program, EightPointsAreRefusedBeforeTheSolver) {
   std::string csv = goodCsv();
   std::size_t end = 0;
-  for (int line = 0; line < 9; ++line) end = csv.find('\n', end) + 1;
+  for (int line = 0; line < 9; ++line) {
+    end = csv.find('\n', end) + 1;
+  }
   const Outcome run = calibrate(csv.substr(0, end));
   EXPECT_EQ(run.exitCode, 2);
   EXPECT_EQ(run.err, "only 8 points, at least 9 are needed\n");

@@ -26,9 +26,9 @@ class StitchProgram : public testing::Test {
 
   void writeCamera(const std::string& name, double Xw) const {
     const SyntheticCamera camera = cameraOver(Xw);
-    ASSERT_TRUE(cv::imwrite(folder.path(name + ".png"), drawTarget(camera, board)));
+    ASSERT_TRUE(cv::imwrite(folder.path(name + ".png"), drawTarget(camera, kBoard)));
     SaveCalibrationParam(folder.path(name + ".ini").c_str(), recordOver(Xw));
-    folder.write(name + ".csv", formatPoints(exactPoints(camera, board)));
+    folder.write(name + ".csv", formatPoints(exactPoints(camera, kBoard)));
   }
 
   std::string files(const std::string& name) const {
@@ -137,7 +137,7 @@ TEST_F(StitchProgram, AFractionOfTheDatumIsToldToBeLost) {
 }
 
 TEST_F(StitchProgram, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
-  auto points = exactPoints(cameraOver(260), board);
+  auto points = exactPoints(cameraOver(260), kBoard);
   points.resize(3);
   folder.write("r.csv", formatPoints(points));
   const Outcome run = stitch();

@@ -36,17 +36,17 @@ class StraightenCommand : public DebugDriveTest {
 };
 
 TEST_F(StraightenCommand, AnyOtherNumberOfPointsButFourIsBadInput) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n", "none.png"), exitBadInput);
+  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n", "none.png"), kExitBadInput);
   EXPECT_THAT(failure_, HasSubstr("exactly four"));
 }
 
 TEST_F(StraightenCommand, DiagonalWithoutLengthIsBadInput) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,0,0\n", "none.png"), exitBadInput);
+  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,0,0\n", "none.png"), kExitBadInput);
   EXPECT_THAT(failure_, HasSubstr("diagonal"));
 }
 
 TEST_F(StraightenCommand, MissingPictureIsBadInputAndPreparesNothing) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,1,1\n", "none.png"), exitBadInput);
+  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,1,1\n", "none.png"), kExitBadInput);
   EXPECT_THAT(failure_, HasSubstr("none.png"));
 #if !defined(_WIN32)
   EXPECT_FALSE(std::filesystem::exists("D:"));

@@ -68,7 +68,7 @@ SyntheticCamera cameraOf(const std::string& side) {
 // The exact points of the bed's 21 x 9 corners, 50 apart, of which the solver does not diverge: up
 // to 300 px from the middle, where half the width is 320.
 std::vector<CalibrationPoint> pointsOf(const SyntheticCamera& camera) {
-  const SyntheticTarget corners = {Pattern::Chessboard, 21, 9, 50, true};
+  const SyntheticTarget corners = {Pattern::kChessboard, 21, 9, 50, true};
   std::vector<CalibrationPoint> points = exactPoints(camera, corners);
   std::erase_if(points, [](const CalibrationPoint& point) {
     const double x = static_cast<double>(point.ImagePtX) - kWidth * 0.5;
@@ -86,18 +86,18 @@ bool onMarker(cv::Point2d bed) {
 
 // Light discs on a dark bed.
 cv::Mat drawMarkers(const SyntheticCamera& camera) {
-  constexpr int samples = 5;  // per pixel and direction
+  constexpr int kSamples = 5;  // per pixel and direction
   cv::Mat frame(kHeight, kWidth, CV_8UC1);
   for (int y = 0; y < kHeight; ++y) {
     for (int x = 0; x < kWidth; ++x) {
       int count = 0;
-      for (int i = 0; i < samples * samples; ++i) {
-        const double dx = (i % samples + 0.5) / samples - 0.5;
-        const double dy = (i / samples + 0.5) / samples - 0.5;
+      for (int i = 0; i < kSamples * kSamples; ++i) {
+        const double dx = (i % kSamples + 0.5) / kSamples - 0.5;
+        const double dy = (i / kSamples + 0.5) / kSamples - 0.5;
         count += onMarker(camera.bedPointAt(x + dx, y + dy)) ? 1 : 0;
       }
       frame.at<unsigned char>(y, x) =
-          static_cast<unsigned char>(40 + 200 * count / (samples * samples));
+          static_cast<unsigned char>(40 + 200 * count / (kSamples * kSamples));
     }
   }
   return frame;
@@ -110,7 +110,9 @@ cv::Point2d centroidNear(const cv::Mat& picture, cv::Point2d place) {
   cv::Point2d centre(0, 0);
   for (int y = static_cast<int>(place.y) - reach; y <= static_cast<int>(place.y) + reach; ++y) {
     for (int x = static_cast<int>(place.x) - reach; x <= static_cast<int>(place.x) + reach; ++x) {
-      if (!cv::Rect({}, picture.size()).contains({x, y})) continue;
+      if (!cv::Rect({}, picture.size()).contains({x, y})) {
+        continue;
+      }
       const double light = std::max(0, picture.at<unsigned char>(y, x) - 50);
       sum += light;
       centre += light * cv::Point2d(x, y);

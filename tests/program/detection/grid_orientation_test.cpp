@@ -33,7 +33,9 @@ void expectTrueGrid(const std::vector<GridPoint>& grid) {
 
 std::vector<GridPoint> relabelled(const std::function<cv::Point2d(cv::Point2d)>& label) {
   std::vector<GridPoint> grid = trueGrid();
-  for (GridPoint& point : grid) point.world = label(point.world);
+  for (GridPoint& point : grid) {
+    point.world = label(point.world);
+  }
   std::reverse(grid.begin(), grid.end());
   return grid;
 }

@@ -39,12 +39,14 @@ TEST_P(RealPhotos, GiveThePointsFoundBeforeInTheSameOrder) {
   const std::filesystem::path folder = realData() / photo.folder;
   const std::filesystem::path picture =
       folder / "images" / (std::string(photo.name) + photo.ending);
-  if (!std::filesystem::exists(picture)) GTEST_SKIP() << "no photos in " << folder;
+  if (!std::filesystem::exists(picture)) {
+    GTEST_SKIP() << "no photos in " << folder;
+  }
   const auto expected =
       parsePoints(photo.name, contents((folder / (std::string(photo.name) + ".csv")).string()));
   const auto found =
       detectTarget(readGreyPicture(picture.string()),
-                   {TargetKind::Chessboard, photo.columns, photo.rows}, [](const std::string&) {});
+                   {TargetKind::kChessboard, photo.columns, photo.rows}, [](const std::string&) {});
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), expected.size());
   // The earlier points come from another finder, which single corners near the rim mislead by

@@ -12,7 +12,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-const Progress silent = [](const std::string&) {};
+const Progress kSilent = [](const std::string&) {};
 
 // Root mean square distance of what was found from where the points truly are, pixels.
 double rmsError(const Detection& detection, const SyntheticCamera& camera,
@@ -22,8 +22,12 @@ double rmsError(const Detection& detection, const SyntheticCamera& camera,
   for (const GridPoint& found : detection.grid) {
     double nearest = HUGE_VAL;
     for (const CalibrationPoint& point : exact) {
-      if (std::abs(static_cast<double>(point.Xw) - target.spacing * found.world.x) > 1e-3) continue;
-      if (std::abs(static_cast<double>(point.Yw) - target.spacing * found.world.y) > 1e-3) continue;
+      if (std::abs(static_cast<double>(point.Xw) - target.spacing * found.world.x) > 1e-3) {
+        continue;
+      }
+      if (std::abs(static_cast<double>(point.Yw) - target.spacing * found.world.y) > 1e-3) {
+        continue;
+      }
       nearest = std::hypot(static_cast<double>(found.image.x - point.ImagePtX),
                            static_cast<double>(found.image.y - point.ImagePtY));
     }
@@ -36,7 +40,7 @@ TEST(TargetDetection, ChessboardCornersLieWhereTheCameraPutsThem) {
   const SyntheticCamera camera;
   const SyntheticTarget target;
   const auto found =
-      detectTarget(drawTarget(camera, target), {TargetKind::Chessboard, 9, 7}, silent);
+      detectTarget(drawTarget(camera, target), {TargetKind::kChessboard, 9, 7}, kSilent);
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), 63u);
   EXPECT_LT(rmsError(*found, camera, target), 0.1);
@@ -46,7 +50,7 @@ TEST(TargetDetection, ColumnsAndRowsMayBeNamedTheOtherWayRound) {
   const SyntheticCamera camera;
   const SyntheticTarget target;
   const auto found =
-      detectTarget(drawTarget(camera, target), {TargetKind::Chessboard, 7, 9}, silent);
+      detectTarget(drawTarget(camera, target), {TargetKind::kChessboard, 7, 9}, kSilent);
   ASSERT_TRUE(found.has_value());
   EXPECT_LT(rmsError(*found, camera, target), 0.1);
 }
@@ -57,7 +61,7 @@ TEST(TargetDetection, ABlurredAndDarkChessboardIsFound) {
   cv::Mat picture = drawTarget(camera, target);
   cv::GaussianBlur(picture, picture, cv::Size(), 3);
   picture.convertTo(picture, CV_8U, 0.2, 10);
-  const auto found = detectTarget(picture, {TargetKind::Chessboard, 9, 7}, silent);
+  const auto found = detectTarget(picture, {TargetKind::kChessboard, 9, 7}, kSilent);
   ASSERT_TRUE(found.has_value());
   EXPECT_LT(rmsError(*found, camera, target), 0.5);
 }
@@ -65,8 +69,9 @@ TEST(TargetDetection, ABlurredAndDarkChessboardIsFound) {
 TEST(TargetDetection, CirclesAreFound) {
   const SyntheticCamera camera;
   SyntheticTarget target;
-  target.pattern = Pattern::Circles;
-  const auto found = detectTarget(drawTarget(camera, target), {TargetKind::Circles, 9, 7}, silent);
+  target.pattern = Pattern::kCircles;
+  const auto found =
+      detectTarget(drawTarget(camera, target), {TargetKind::kCircles, 9, 7}, kSilent);
   ASSERT_TRUE(found.has_value());
   // The centre of a circle's picture is not the picture of its centre, so this is coarser.
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
@@ -75,9 +80,10 @@ TEST(TargetDetection, CirclesAreFound) {
 TEST(TargetDetection, BrightCirclesAreFound) {
   const SyntheticCamera camera;
   SyntheticTarget target;
-  target.pattern = Pattern::Circles;
+  target.pattern = Pattern::kCircles;
   target.darkPoints = false;
-  const auto found = detectTarget(drawTarget(camera, target), {TargetKind::Circles, 9, 7}, silent);
+  const auto found =
+      detectTarget(drawTarget(camera, target), {TargetKind::kCircles, 9, 7}, kSilent);
   ASSERT_TRUE(found.has_value());
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
 }
@@ -85,12 +91,12 @@ TEST(TargetDetection, BrightCirclesAreFound) {
 TEST(TargetDetection, StaggeredCirclesAreFound) {
   const SyntheticCamera camera;
   SyntheticTarget target;
-  target.pattern = Pattern::AsymmetricCircles;
+  target.pattern = Pattern::kAsymmetricCircles;
   target.columns = 4;
   target.rows = 11;
   target.spacing = 20;
   const auto found =
-      detectTarget(drawTarget(camera, target), {TargetKind::AsymmetricCircles, 4, 11}, silent);
+      detectTarget(drawTarget(camera, target), {TargetKind::kAsymmetricCircles, 4, 11}, kSilent);
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), 44u);
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
@@ -98,13 +104,13 @@ TEST(TargetDetection, StaggeredCirclesAreFound) {
 
 TEST(TargetDetection, AnEmptyPictureHoldsNoTarget) {
   const cv::Mat grey(480, 640, CV_8UC1, cv::Scalar(128));
-  EXPECT_FALSE(detectTarget(grey, {TargetKind::Chessboard, 8, 6}, silent).has_value());
-  EXPECT_FALSE(detectTarget(grey, {TargetKind::Circles, 8, 6}, silent).has_value());
+  EXPECT_FALSE(detectTarget(grey, {TargetKind::kChessboard, 8, 6}, kSilent).has_value());
+  EXPECT_FALSE(detectTarget(grey, {TargetKind::kCircles, 8, 6}, kSilent).has_value());
 }
 
 TEST(TargetDetection, ABoardOfAnotherSizeIsRefused) {
   const cv::Mat picture = drawTarget({}, {});
-  EXPECT_FALSE(detectTarget(picture, {TargetKind::Chessboard, 10, 7}, silent).has_value());
+  EXPECT_FALSE(detectTarget(picture, {TargetKind::kChessboard, 10, 7}, kSilent).has_value());
 }
 
 std::vector<cv::Point2f> squareGrid(int columns, int rows) {
@@ -126,7 +132,9 @@ TEST(PlausibleGrid, SwappedPointsAreRefused) {
 
 TEST(PlausibleGrid, AJumpInARowIsRefused) {
   std::vector<cv::Point2f> points = squareGrid(5, 4);
-  for (std::size_t i = 4; i < points.size(); i += 5) points[i].x += 30;
+  for (std::size_t i = 4; i < points.size(); i += 5) {
+    points[i].x += 30;
+  }
   EXPECT_FALSE(isPlausibleGrid(points, 5, 4));
 }
 

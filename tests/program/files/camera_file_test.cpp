@@ -32,7 +32,7 @@ TEST(CameraFile, AMissingSectionIsBadInput) {
     inspectCameraText("c.ini", "[CalibrationParam]\nu0=1\n");
     FAIL();
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.code(), exitBadInput);
+    EXPECT_EQ(failure.code(), kExitBadInput);
     EXPECT_THAT(failure.what(), HasSubstr("no section [CalibraionParam]"));
   }
 }

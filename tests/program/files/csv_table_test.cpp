@@ -11,7 +11,7 @@ std::string failureOf(const std::string& text) {
   try {
     parseCsv("t.csv", text);
   } catch (const Failure& failure) {
-    EXPECT_EQ(failure.code(), exitBadInput);
+    EXPECT_EQ(failure.code(), kExitBadInput);
     return failure.what();
   }
   return "no failure";

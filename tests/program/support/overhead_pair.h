@@ -34,6 +34,6 @@ inline FishEyeCalibrationParam recordOver(double Xw) {
 }
 
 // Points at a spacing of 50 from the world's origin; 14 x 6 of them.
-inline const SyntheticTarget board = {Pattern::Chessboard, 14, 6, 50, true};
+inline const SyntheticTarget kBoard = {Pattern::kChessboard, 14, 6, 50, true};
 
 }  // namespace fisheye_calibration::program

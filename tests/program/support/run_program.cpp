@@ -20,7 +20,9 @@ std::string quoted(const std::string& argument) {
 #else
   std::string text = "'";
   for (const char c : argument) {
-    if (c == '\'') text += "'\\'";
+    if (c == '\'') {
+      text += "'\\'";
+    }
     text += c;
   }
   text += '\'';
@@ -40,7 +42,9 @@ int exitCodeOf(int status) {
 std::string printed(const std::string& path) {
   std::string text = contents(path);
 #if defined(_WIN32)
-  for (std::size_t at = 0; (at = text.find("\r\n", at)) != std::string::npos;) text.erase(at, 1);
+  for (std::size_t at = 0; (at = text.find("\r\n", at)) != std::string::npos;) {
+    text.erase(at, 1);
+  }
 #endif
   return text;
 }
@@ -62,7 +66,9 @@ TemporaryFolder::~TemporaryFolder() {
 std::string TemporaryFolder::write(const std::string& name, const std::string& text) const {
   std::ofstream file(folder_ / name, std::ios::binary);
   file << text;
-  if (!file.flush()) throw std::runtime_error("cannot write " + path(name));
+  if (!file.flush()) {
+    throw std::runtime_error("cannot write " + path(name));
+  }
   return path(name);
 }
 

@@ -19,17 +19,21 @@ double angleOf(const SyntheticCamera& camera, double thetaD) {
 bool dark(const SyntheticTarget& target, cv::Point2d bed) {
   const double c = bed.x / target.spacing;
   const double r = bed.y / target.spacing;
-  if (target.pattern == Pattern::Chessboard) {
+  if (target.pattern == Pattern::kChessboard) {
     // The squares reach one step beyond the outermost corners.
-    if (c < -1 || r < -1 || c >= target.columns || r >= target.rows) return false;
+    if (c < -1 || r < -1 || c >= target.columns || r >= target.rows) {
+      return false;
+    }
     return (static_cast<int>(std::floor(c)) + static_cast<int>(std::floor(r))) % 2 == 0;
   }
   const int row = static_cast<int>(std::lround(r));
-  const bool staggered = target.pattern == Pattern::AsymmetricCircles;
+  const bool staggered = target.pattern == Pattern::kAsymmetricCircles;
   const double pitch = staggered ? 2 : 1;
   const double shift = staggered && row % 2 != 0 ? 1 : 0;
   const int column = static_cast<int>(std::lround((c - shift) / pitch));
-  if (row < 0 || row >= target.rows || column < 0 || column >= target.columns) return false;
+  if (row < 0 || row >= target.rows || column < 0 || column >= target.columns) {
+    return false;
+  }
   return std::hypot(c - shift - pitch * column, r - row) < 0.28 * (staggered ? 1.4 : 1);
 }
 
@@ -60,23 +64,25 @@ cv::Point2d SyntheticCamera::bedPointAt(double x, double y) const {
     origin[i] = -(R[i] * T[0] + R[3 + i] * T[1] + R[6 + i] * T[2]);
     direction[i] = R[i] * d[0] + R[3 + i] * d[1] + R[6 + i] * d[2];
   }
-  if (direction[2] <= 1e-9) return {1e9, 1e9};  // above the horizon
+  if (direction[2] <= 1e-9) {
+    return {1e9, 1e9};  // above the horizon
+  }
   const double t = -origin[2] / direction[2];
   return {origin[0] + t * direction[0], origin[1] + t * direction[1]};
 }
 
 cv::Mat drawTarget(const SyntheticCamera& camera, const SyntheticTarget& target) {
-  constexpr int samples = 3;  // per pixel and direction
+  constexpr int kSamples = 3;  // per pixel and direction
   cv::Mat picture(camera.height, camera.width, CV_8UC1);
   for (int y = 0; y < camera.height; ++y) {
     for (int x = 0; x < camera.width; ++x) {
       int count = 0;
-      for (int i = 0; i < samples * samples; ++i) {
-        const double dx = (i % samples + 0.5) / samples - 0.5;
-        const double dy = (i / samples + 0.5) / samples - 0.5;
+      for (int i = 0; i < kSamples * kSamples; ++i) {
+        const double dx = (i % kSamples + 0.5) / kSamples - 0.5;
+        const double dy = (i / kSamples + 0.5) / kSamples - 0.5;
         count += dark(target, camera.bedPointAt(x + dx, y + dy)) ? 1 : 0;
       }
-      const double share = static_cast<double>(count) / (samples * samples);
+      const double share = static_cast<double>(count) / (kSamples * kSamples);
       const double level = target.darkPoints ? 215 - 180 * share : 35 + 180 * share;
       picture.at<unsigned char>(y, x) = static_cast<unsigned char>(std::lround(level));
     }
@@ -88,7 +94,7 @@ cv::Mat drawTarget(const SyntheticCamera& camera, const SyntheticTarget& target)
 std::vector<CalibrationPoint> exactPoints(const SyntheticCamera& camera,
                                           const SyntheticTarget& target) {
   std::vector<CalibrationPoint> points;
-  const bool staggered = target.pattern == Pattern::AsymmetricCircles;
+  const bool staggered = target.pattern == Pattern::kAsymmetricCircles;
   for (int r = 0; r < target.rows; ++r) {
     for (int c = 0; c < target.columns; ++c) {
       const double Xw = target.spacing * (staggered ? 2 * c + r % 2 : c);

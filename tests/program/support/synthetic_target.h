@@ -26,10 +26,10 @@ struct SyntheticCamera {
   cv::Point2d bedPointAt(double x, double y) const;  // of the bed Z = 0, by inverting the above
 };
 
-enum class Pattern { Chessboard, Circles, AsymmetricCircles };
+enum class Pattern { kChessboard, kCircles, kAsymmetricCircles };
 
 struct SyntheticTarget {
-  Pattern pattern = Pattern::Chessboard;
+  Pattern pattern = Pattern::kChessboard;
   int columns = 9;
   int rows = 7;
   double spacing = 30;  // of the points; point (0, 0) lies at the world's origin

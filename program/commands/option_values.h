@@ -23,6 +23,6 @@ Pair parsePair(const std::string& option, const std::string& text);
 
 float parsePositive(const std::string& option, const std::string& text);
 
-constexpr int largestImageSide = 32767;
+constexpr int kLargestImageSide = 32767;
 
 }  // namespace fisheye_calibration::program

@@ -9,16 +9,16 @@ namespace fisheye_calibration::program {
 // Blue for 0 over cyan-green and amber to red for 1, dark enough for a light ground.
 cv::Scalar scaleColour(double share);
 
-enum class Anchor { Left, Centre, Right };
+enum class Anchor { kLeft, kCentre, kRight };
 
 // `y` is the base line; `height` that of the capitals, pixels.
 void drawText(cv::Mat& canvas, const std::string& text, cv::Point2d place, double height,
-              const cv::Scalar& colour, Anchor anchor = Anchor::Left);
+              const cv::Scalar& colour, Anchor anchor = Anchor::kLeft);
 double textWidth(const std::string& text, double height);
 
 // The same with a light rim, readable on any ground.
 void drawTextWithRim(cv::Mat& canvas, const std::string& text, cv::Point2d place, double height,
-                     const cv::Scalar& colour, Anchor anchor = Anchor::Left);
+                     const cv::Scalar& colour, Anchor anchor = Anchor::kLeft);
 
 void drawDisc(cv::Mat& canvas, cv::Point2d centre, double radius, const cv::Scalar& colour);
 void drawRing(cv::Mat& canvas, cv::Point2d centre, double radius, const cv::Scalar& colour,

@@ -22,7 +22,9 @@ cv::Mat readAs(const std::string& path, int kind) {
       picture.release();
     }
   }
-  if (picture.empty()) failBadInput(path + ": not a picture that can be read");
+  if (picture.empty()) {
+    failBadInput(path + ": not a picture that can be read");
+  }
   return picture;
 }
 
@@ -42,7 +44,9 @@ cv::Mat readFrame(const std::string& path) { return readAs(path, cv::IMREAD_ANYC
 std::string encodePicture(const std::string& path, const cv::Mat& picture) {
   std::vector<unsigned char> bytes;
   const std::string ending = filePath(path).extension().string();
-  if (!cv::imencode(ending, picture, bytes)) failJob(path + ": the picture cannot be encoded");
+  if (!cv::imencode(ending, picture, bytes)) {
+    failJob(path + ": the picture cannot be encoded");
+  }
   return {bytes.begin(), bytes.end()};
 }
 

@@ -22,7 +22,9 @@ Size parseSize(const std::string& option, const std::string& text, int smallest,
     const std::optional<int> width = parseInteger(std::string_view(text).substr(0, cross));
     const std::optional<int> height = parseInteger(std::string_view(text).substr(cross + 1));
     const auto inRange = [&](int side) { return side >= smallest && side <= largest; };
-    if (width && height && inRange(*width) && inRange(*height)) return {*width, *height};
+    if (width && height && inRange(*width) && inRange(*height)) {
+      return {*width, *height};
+    }
   }
   failOption(option,
              "give two numbers from " + std::to_string(smallest) + " to " +
@@ -36,14 +38,18 @@ Pair parsePair(const std::string& option, const std::string& text) {
     const std::optional<float> first = parseFloat(trimmed(std::string_view(text).substr(0, comma)));
     const std::optional<float> second =
         parseFloat(trimmed(std::string_view(text).substr(comma + 1)));
-    if (first && second) return {*first, *second};
+    if (first && second) {
+      return {*first, *second};
+    }
   }
   failOption(option, "give two numbers as X,Y", text);
 }
 
 float parsePositive(const std::string& option, const std::string& text) {
   const std::optional<float> value = parseFloat(trimmed(text));
-  if (value && *value > 0) return *value;
+  if (value && *value > 0) {
+    return *value;
+  }
   failOption(option, "give a number greater than 0", text);
 }
 
