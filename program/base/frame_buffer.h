@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "commands/arguments.h"
+#include "base/size.h"
 
 namespace fisheye_calibration::program {
 

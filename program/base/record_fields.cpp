@@ -1,10 +1,5 @@
 #include "base/record_fields.h"
 
-#include <algorithm>
-#include <cmath>
-#include <cstddef>
-#include <string_view>
-
 namespace fisheye_calibration::program {
 namespace {
 
@@ -62,61 +57,8 @@ const RecordField kFields[] = {
     {"ImageDy", "px", "shift after the homography, y", valueOf<&Param::ImageDy>},
 };
 
-template <std::size_t N>
-std::array<double, N> consecutive(const Param& param, const char* first) {
-  const auto* field =
-      std::find_if(std::begin(kFields), std::end(kFields),
-                   [&](const RecordField& f) { return std::string_view(f.name) == first; });
-  std::array<double, N> values{};
-  for (double& value : values) {
-    value = (field++)->value(param);
-  }
-  return values;
-}
-
 }  // namespace
 
 std::span<const RecordField> recordFields() { return kFields; }
-
-Matrix3 rotationOf(const Param& param) { return consecutive<9>(param, "R1"); }
-Matrix3 homographyOf(const Param& param) { return consecutive<9>(param, "p1"); }
-Vector3 translationOf(const Param& param) { return consecutive<3>(param, "Tx"); }
-
-Matrix3 rotationOfVector(const Param& param) {
-  // R = cos(a) I + (1 - cos(a)) k k^T + sin(a) [k]x with the angle a = |r| and k = r / a.
-  Vector3 k = consecutive<3>(param, "Rx");
-  const double angle = std::hypot(k[0], k[1], k[2]);
-  if (angle == 0) {
-    return {1, 0, 0, 0, 1, 0, 0, 0, 1};
-  }
-  for (double& component : k) {
-    component /= angle;
-  }
-  const double c = std::cos(angle);
-  const double s = std::sin(angle);
-  const Matrix3 cross = {0, -k[2], k[1], k[2], 0, -k[0], -k[1], k[0], 0};
-  Matrix3 R{};
-  for (std::size_t i = 0; i < 3; ++i) {
-    for (std::size_t j = 0; j < 3; ++j) {
-      R[3 * i + j] = (i == j ? c : 0) + (1 - c) * k[i] * k[j] + s * cross[3 * i + j];
-    }
-  }
-  return R;
-}
-
-double determinant(const Matrix3& m) {
-  return m[0] * (m[4] * m[8] - m[5] * m[7]) - m[1] * (m[3] * m[8] - m[5] * m[6]) +
-         m[2] * (m[3] * m[7] - m[4] * m[6]);
-}
-
-double depthOf(const Param& param, double Xw, double Yw, double Zw) {
-  const Matrix3 R = rotationOfVector(param);
-  return R[6] * Xw + R[7] * Yw + R[8] * Zw + translationOf(param)[2];
-}
-
-double tiltDegrees(const Param& param) {
-  const double cosine = std::clamp(std::abs(rotationOfVector(param)[8]), 0.0, 1.0);
-  return std::acos(cosine) * 57.29577951308232;
-}
 
 }  // namespace fisheye_calibration::program

@@ -1,4 +1,4 @@
-// A camera file, read with everything doubtful about it told.
+// Camera files, checked as they are loaded.
 #pragma once
 
 #include <iosfwd>
@@ -8,7 +8,8 @@
 
 namespace fisheye_calibration::program {
 
-// Fails as bad input like loadCamera; what else is wrong goes to `messages` as warnings.
+// Loads a camera file and warns about everything suspicious in it. Fails as bad input where
+// loadCamera() does.
 FishEyeCalibrationParam loadCheckedCamera(const std::string& path, std::ostream& messages);
 
 }  // namespace fisheye_calibration::program

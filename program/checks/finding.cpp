@@ -3,10 +3,29 @@
 #include <algorithm>
 #include <cstddef>
 #include <set>
+#include <utility>
 
 namespace fisheye_calibration::program {
 
-bool anyImpossible(const std::vector<Finding>& findings) {
+void addFinding(Findings& findings, Severity severity, FindingKind kind, std::string text,
+                std::vector<int> pointIds) {
+  findings.push_back({.kind = kind,
+                      .severity = severity,
+                      .text = std::move(text),
+                      .pointIds = std::move(pointIds)});
+}
+
+void addDoubtful(Findings& findings, FindingKind kind, std::string text,
+                 std::vector<int> pointIds) {
+  addFinding(findings, Severity::kDoubtful, kind, std::move(text), std::move(pointIds));
+}
+
+void addImpossible(Findings& findings, FindingKind kind, std::string text,
+                   std::vector<int> pointIds) {
+  addFinding(findings, Severity::kImpossible, kind, std::move(text), std::move(pointIds));
+}
+
+bool anyImpossible(const Findings& findings) {
   return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
     return finding.severity == Severity::kImpossible;
   });
@@ -15,9 +34,9 @@ bool anyImpossible(const std::vector<Finding>& findings) {
 std::string namedPoints(const std::vector<int>& ids) {
   constexpr std::size_t kLongest = 12;
   std::vector<int> pointIds;
-  std::set<int> told;
+  std::set<int> named;
   for (const int id : ids) {
-    if (told.insert(id).second) {
+    if (named.insert(id).second) {
       pointIds.push_back(id);
     }
   }

@@ -1,4 +1,4 @@
-// Something worth telling about the input or the result of a calibration.
+// Something worth reporting about the input or the result of a calibration.
 #pragma once
 
 #include <string>
@@ -47,7 +47,7 @@ enum class FindingKind {
 };
 
 enum class Severity {
-  kDoubtful,    // told, and the work goes on
+  kDoubtful,    // reported, and the work goes on
   kImpossible,  // the input cannot be used, or the result is not to be trusted
 };
 
@@ -58,10 +58,19 @@ struct Finding {
   std::vector<int> pointIds = {};
 };
 
-bool anyImpossible(const std::vector<Finding>& findings);
+using Findings = std::vector<Finding>;
 
-// "points 1, 2 and 7"; every id once; long lists are cut with the number of what is left
-// out.
+void addFinding(Findings& findings, Severity severity, FindingKind kind, std::string text,
+                std::vector<int> pointIds = {});
+void addDoubtful(Findings& findings, FindingKind kind, std::string text,
+                 std::vector<int> pointIds = {});
+void addImpossible(Findings& findings, FindingKind kind, std::string text,
+                   std::vector<int> pointIds = {});
+
+bool anyImpossible(const Findings& findings);
+
+// "points 1, 2 and 7". Every id is named once; long lists are cut and end in the number of ids that
+// are left out.
 std::string namedPoints(const std::vector<int>& ids);
 
 }  // namespace fisheye_calibration::program

@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "base/size.h"
 #include "checks/finding.h"
-#include "commands/arguments.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {
@@ -16,6 +16,6 @@ constexpr std::size_t kFewestPoints = 9;
 // centre lies at a right angle to the optical axis; beyond that it always diverges.
 double solverReach(const Size& image);
 
-std::vector<Finding> checkInput(const std::vector<CalibrationPoint>& points, const Size& image);
+Findings checkInput(const std::vector<CalibrationPoint>& points, const Size& image);
 
 }  // namespace fisheye_calibration::program

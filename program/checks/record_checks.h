@@ -1,13 +1,11 @@
 // What in a camera record cannot be, or makes it of little use.
 #pragma once
 
-#include <vector>
-
 #include "checks/finding.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {
 
-std::vector<Finding> checkRecord(const FishEyeCalibrationParam& param);
+Findings checkRecord(const FishEyeCalibrationParam& param);
 
 }  // namespace fisheye_calibration::program

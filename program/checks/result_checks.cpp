@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <optional>
 #include <string>
 #include <utility>
 
-#include "base/record_fields.h"
 #include "base/text.h"
 #include "checks/record_checks.h"
 #include "geometry/lens_curve.h"
+#include "geometry/record_matrices.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -22,31 +23,25 @@ constexpr double kLargestCorrectionError = 3;  // pixels: the outlier bound of t
 // curve; a curve beyond what lenses are built to shows that the solver chose wrongly.
 constexpr double kFlattestLens = 0.80;
 constexpr double kSteepestLens = 1.14;
-constexpr double kPi = 3.14159265358979323846;
-
-using Findings = std::vector<Finding>;
-
-void add(Findings& findings, FindingKind kind, const std::string& text,
-         const std::vector<int>& ids = {}, Severity severity = Severity::kImpossible) {
-  findings.push_back({kind, severity, text, ids});
-}
 
 void checkReprojection(const CalibrationResult& result, Findings& findings) {
   if (!std::isfinite(result.rms)) {
-    add(findings, FindingKind::kReprojectionError, "the reprojection error is not a number");
+    addImpossible(findings, FindingKind::kReprojectionError,
+                  "the reprojection error is not a number");
   } else if (result.rms > kLargestRms) {
-    add(findings, FindingKind::kReprojectionError,
-        "the RMS reprojection error is " + general(result.rms, 4) + " px, more than " +
-            general(kLargestRms, 3) + " px");
+    addImpossible(findings, FindingKind::kReprojectionError,
+                  "the RMS reprojection error is " + general(result.rms, 4) + " px, more than " +
+                      general(kLargestRms, 3) + " px");
   }
 }
 
 void checkFocalLength(const FishEyeCalibrationParam& param, const Size& image, Findings& findings) {
-  const double expected = std::max(image.width, image.height) / kPi;
+  const double expected = std::max(image.width, image.height) / std::numbers::pi;
   for (const auto& [name, value] : {std::pair("fx", param.fx), std::pair("fy", param.fy)}) {
     const double ratio = static_cast<double>(value) / expected;
     if (ratio > 0 && (ratio > kFocalFactor || ratio < 1 / kFocalFactor)) {
-      add(findings, FindingKind::kFocalLength,
+      addImpossible(
+          findings, FindingKind::kFocalLength,
           std::string(name) + " is " + general(static_cast<double>(value), 5) +
               " px, off by more than a factor of 3 from what a fisheye lens on such a picture has "
               "(about " +
@@ -61,20 +56,21 @@ void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image
   const double v0 = static_cast<double>(param.v0);
   const std::string place =
       "the principal point (" + readable(u0, 1) + ", " + readable(v0, 1) + ")";
-  const auto alreadyTold = [](const Finding& f) { return f.kind == FindingKind::kPrincipalPoint; };
-  if (std::any_of(findings.begin(), findings.end(), alreadyTold)) {
+  const auto alreadyReported = [](const Finding& f) {
+    return f.kind == FindingKind::kPrincipalPoint;
+  };
+  if (std::any_of(findings.begin(), findings.end(), alreadyReported)) {
     return;
   }
   if (!(u0 >= -0.5 && u0 <= image.width - 0.5 && v0 >= -0.5 && v0 <= image.height - 0.5)) {
-    add(findings, FindingKind::kPrincipalPoint, place + " lies outside the picture");
+    addImpossible(findings, FindingKind::kPrincipalPoint, place + " lies outside the picture");
     return;
   }
   const double offset = std::hypot(u0 - (image.width - 1) / 2.0, v0 - (image.height - 1) / 2.0);
   if (offset > kCentralShare * std::max(image.width, image.height)) {
-    add(findings, FindingKind::kPrincipalPoint,
-        place + " lies " + fixed(offset, 0) +
-            " px from the picture's centre; lenses are seldom mounted that far off",
-        {}, Severity::kDoubtful);
+    addDoubtful(findings, FindingKind::kPrincipalPoint,
+                place + " lies " + fixed(offset, 0) +
+                    " px from the picture's centre; lenses are seldom mounted that far off");
   }
 }
 
@@ -83,11 +79,11 @@ void checkLensShape(const FishEyeCalibrationParam& param, Findings& findings) {
   if (shape >= kFlattestLens && shape <= kSteepestLens) {
     return;
   }
-  add(findings, FindingKind::kLensShape,
+  addDoubtful(
+      findings, FindingKind::kLensShape,
       "the lens curve is " + general(shape, 3) +
           " times the angle at 60 degrees, which fisheye lenses (0.83 to 1.10) do not have; the "
-          "focal length is probably off, try another view",
-      {}, Severity::kDoubtful);
+          "focal length is probably off, try another view");
 }
 
 void checkPoints(const CalibrationResult& result, Findings& findings) {
@@ -108,11 +104,13 @@ void checkPoints(const CalibrationResult& result, Findings& findings) {
     }
   }
   if (!behind.empty()) {
-    add(findings, FindingKind::kDepth, namedPoints(behind) + " would be behind the camera", behind);
+    addImpossible(findings, FindingKind::kDepth,
+                  namedPoints(behind) + " would be behind the camera", behind);
   }
   if (!beyondTurn.empty()) {
-    add(findings, FindingKind::kLensCurve,
-        "the lens curve turns back before it reaches " + namedPoints(beyondTurn), beyondTurn);
+    addImpossible(findings, FindingKind::kLensCurve,
+                  "the lens curve turns back before it reaches " + namedPoints(beyondTurn),
+                  beyondTurn);
   }
 }
 
@@ -122,50 +120,19 @@ void checkSecondCorrection(const CalibrationResult& result, const Size& correcte
   if (error.worstPixels <= kLargestCorrectionError) {
     return;
   }
-  add(findings, FindingKind::kSecondCorrection,
-      "the corrected picture misses the world grid by " + general(error.worstPixels, 3) +
-          " px at " + namedPoints({error.pointId}),
-      {error.pointId});
+  addImpossible(findings, FindingKind::kSecondCorrection,
+                "the corrected picture misses the world grid by " + general(error.worstPixels, 3) +
+                    " px at " + namedPoints({error.pointId}),
+                {error.pointId});
 }
 
 }  // namespace
 
-SecondCorrectionError secondCorrectionError(const CalibrationResult& result,
-                                            const Size& corrected) {
-  const FishEyeCalibrationParam& param = result.param;
-  const float cx = static_cast<float>(corrected.width * 0.5);
-  const float cy = static_cast<float>(corrected.height * 0.5);
-  const Matrix3 H = homographyOf(param);
-  SecondCorrectionError worst;
-  for (const CalibrationPoint& point : result.points) {
-    float x = 0;
-    float y = 0;
-    float gridX = 0;
-    float gridY = 0;
-    WorldToCorrectedImagePoint(point.Xw, point.Yw, 0, param, cx, cy, x, y);
-    WorldToSecondCorrectedImagePoint(point.Xw, point.Yw, 0, param, cx, cy, gridX, gridY);
-    const double w = H[6] * static_cast<double>(x) + H[7] * static_cast<double>(y) + H[8];
-    const double u = (H[0] * static_cast<double>(x) + H[1] * static_cast<double>(y) + H[2]) / w +
-                     static_cast<double>(param.ImageDx);
-    const double v = (H[3] * static_cast<double>(x) + H[4] * static_cast<double>(y) + H[5]) / w +
-                     static_cast<double>(param.ImageDy);
-    const double error = std::hypot(u - static_cast<double>(gridX), v - static_cast<double>(gridY));
-    if (!(error <= worst.worstPixels)) {
-      worst = {error, point.PointId};
-    }
-    if (std::isnan(error)) {
-      return {HUGE_VAL, point.PointId};
-    }
-  }
-  return worst;
-}
-
-std::vector<Finding> checkResult(const CalibrationResult& result, const Size& image,
-                                 const Size& corrected) {
+Findings checkResult(const CalibrationResult& result, const Size& image, const Size& corrected) {
   Findings findings;
   if (!result.homographyFound) {
-    add(findings, FindingKind::kHomographyNotFound,
-        "no homography was found from the corrected picture to the world grid");
+    addImpossible(findings, FindingKind::kHomographyNotFound,
+                  "no homography was found from the corrected picture to the world grid");
   }
   const Findings ofRecord = checkRecord(result.param);
   findings.insert(findings.end(), ofRecord.begin(), ofRecord.end());

@@ -1,48 +1,46 @@
 #include "checks/stitch_checks.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
-#include <opencv2/imgproc.hpp>
+#include <opencv2/core.hpp>
 #include <set>
 #include <string>
 
-#include "base/record_fields.h"
 #include "base/text.h"
+#include "geometry/conversions.h"
+#include "geometry/point_spread.h"
+#include "geometry/record_matrices.h"
 #include "geometry/second_view.h"
+#include "geometry/target_points.h"
 
 namespace fisheye_calibration::program {
 namespace {
-
-using Findings = std::vector<Finding>;
 
 constexpr std::size_t kFewestShared = 4;
 constexpr double kLineFlatness = 1e-3;  // breadth to length of three corner points on one line
 constexpr double kNearlyLineFlatness = 0.05;
 constexpr double kSmallCoverage = 0.1;  // of what both cameras see
 
-void add(Findings& findings, FindingKind kind, Severity severity, const std::string& text,
-         const std::vector<int>& ids = {}) {
-  findings.push_back({kind, severity, text, ids});
-}
-
 void checkBits(const StitchPair& pair, Findings& findings) {
   if (pair.left.frame.bitCount == pair.right.frame.bitCount) {
     return;
   }
-  add(findings, FindingKind::kBitCounts, Severity::kImpossible,
-      "the left frame has " + std::to_string(pair.left.frame.bitCount) +
-          " bits a pixel and the right one " + std::to_string(pair.right.frame.bitCount) +
-          "; the library stitches frames of the same kind only, grey or colour");
+  addImpossible(findings, FindingKind::kBitCounts,
+                "the left frame has " + std::to_string(pair.left.frame.bitCount) +
+                    " bits a pixel and the right one " + std::to_string(pair.right.frame.bitCount) +
+                    "; the library stitches frames of the same kind only, grey or colour");
 }
 
 void checkFrameSizes(const StitchPair& pair, Findings& findings) {
   const Size& l = pair.left.frame.size;
   const Size& r = pair.right.frame.size;
-  if (l.width == r.width && l.height == r.height) {
+  if (l == r) {
     return;
   }
-  add(findings, FindingKind::kFrameSizes, Severity::kDoubtful,
+  addDoubtful(
+      findings, FindingKind::kFrameSizes,
       "the frames differ in size; the library centres the right camera's points on the left "
       "frame's size, which shifts its view by " +
           std::to_string(r.width - l.width) + ", " + std::to_string(r.height - l.height) + " px");
@@ -50,13 +48,14 @@ void checkFrameSizes(const StitchPair& pair, Findings& findings) {
 
 void checkCamera(const StitchCamera& camera, Findings& findings) {
   if (!(camera.param.Pixel > 0)) {
-    add(findings, FindingKind::kPixelSize, Severity::kImpossible,
-        camera.cameraName + ": Pixel must be greater than 0, it is " +
-            shortest(camera.param.Pixel));
+    addImpossible(findings, FindingKind::kPixelSize,
+                  camera.cameraName + ": Pixel must be greater than 0, it is " +
+                      shortest(camera.param.Pixel));
   }
   const std::string complaint = sizeComplaint(camera.param, camera.viewSize());
   if (!complaint.empty()) {
-    add(findings, FindingKind::kViewSize, Severity::kDoubtful,
+    addDoubtful(
+        findings, FindingKind::kViewSize,
         camera.cameraName + ": the stitched view has twice the frame's size, but " + complaint);
   }
 }
@@ -72,7 +71,8 @@ void checkWorldRange(const StitchCamera& camera, Findings& findings) {
   if (outside.empty()) {
     return;
   }
-  add(findings, FindingKind::kWorldRange, Severity::kDoubtful,
+  addDoubtful(
+      findings, FindingKind::kWorldRange,
       camera.pointsName + ": " + namedPoints(outside) +
           " with world coordinates outside 0 ... 10000, which the library's choice of corner "
           "points expects; shift the world's origin",
@@ -99,19 +99,19 @@ void checkIds(const StitchPair& pair, const SharedPoints& shared, Findings& find
     return;
   }
   const std::vector<int> ids(dropped.begin(), dropped.end());
-  add(findings, FindingKind::kUnusedIds, Severity::kDoubtful,
-      namedPoints(ids) +
-          " shared by both lists but not used: an id must occur once in each list "
-          "and lie from 1 to the sum of their lengths",
-      ids);
+  addDoubtful(findings, FindingKind::kUnusedIds,
+              namedPoints(ids) +
+                  " shared by both lists but not used: an id must occur once in each list "
+                  "and lie from 1 to the sum of their lengths",
+              ids);
 }
 
 void checkSameWorld(const StitchPair& pair, const SharedPoints& shared, Findings& findings) {
   double worst = 0;
   int id = 0;
   for (std::size_t i = 0; i < shared.left.size(); ++i) {
-    const double distance = static_cast<double>(
-        std::hypot(shared.left[i].Xw - shared.right[i].Xw, shared.left[i].Yw - shared.right[i].Yw));
+    const cv::Point2f between = bedPlace(shared.left[i]) - bedPlace(shared.right[i]);
+    const double distance = static_cast<double>(std::hypot(between.x, between.y));
     if (distance <= worst) {
       continue;
     }
@@ -121,10 +121,11 @@ void checkSameWorld(const StitchPair& pair, const SharedPoints& shared, Findings
   if (!(worst > static_cast<double>(pair.left.param.Pixel))) {
     return;
   }
-  add(findings, FindingKind::kWorldsDiffer, Severity::kDoubtful,
-      "the lists give shared points different places on the bed, " + namedPoints({id}) + " by " +
-          general(worst, 4) + " world units; both cameras should be calibrated in one world",
-      {id});
+  addDoubtful(findings, FindingKind::kWorldsDiffer,
+              "the lists give shared points different places on the bed, " + namedPoints({id}) +
+                  " by " + general(worst, 4) +
+                  " world units; both cameras should be calibrated in one world",
+              {id});
 }
 
 // Smallest height of a triangle of the four corner points over its longest side.
@@ -134,9 +135,8 @@ double cornerFlatness(const std::vector<CalibrationPoint>& points,
   for (std::size_t skipped = 0; skipped < 4; ++skipped) {
     std::vector<cv::Point2d> p;
     for (std::size_t k = 0; k < 4; ++k) {
-      const CalibrationPoint& point = points[corners[k]];
       if (k != skipped) {
-        p.emplace_back(point.Xw, point.Yw);
+        p.push_back(bedPlace(points[corners[k]]));
       }
     }
     const double longest =
@@ -160,7 +160,8 @@ void checkCorners(const SharedPoints& shared, Findings& findings) {
   }
   const std::vector<int> named(ids.begin(), ids.end());
   const bool line = flatness < kLineFlatness;
-  add(findings, FindingKind::kCollinearPoints, line ? Severity::kImpossible : Severity::kDoubtful,
+  addFinding(
+      findings, line ? Severity::kImpossible : Severity::kDoubtful, FindingKind::kCollinearPoints,
       std::string("the shared points at the corners, by which the library aligns the views (") +
           namedPoints(named) + "), lie " + (line ? "" : "nearly ") +
           "on one line or in one place; they must span an area",
@@ -168,26 +169,18 @@ void checkCorners(const SharedPoints& shared, Findings& findings) {
 }
 
 cv::Rect2d bedRectangle(const StitchCamera& camera) {
-  const Size view = camera.viewSize();
-  const float cx = static_cast<float>(view.width * 0.5);
-  const float cy = static_cast<float>(view.height * 0.5);
-  cv::Point2f a;
-  cv::Point2f b;
-  float unused = 0;
-  CorrectedImageToWorldPoint(0, 0, cx, cy, camera.param, a.x, a.y, unused);
-  CorrectedImageToWorldPoint(2 * cx, 2 * cy, cx, cy, camera.param, b.x, b.y, unused);
-  return {cv::Point2d(a), cv::Point2d(b)};
+  const cv::Point2f centre = centreOf(camera.viewSize());
+  return {cv::Point2d(bedPlaceAt(camera.param, {0, 0}, centre)),
+          cv::Point2d(bedPlaceAt(camera.param, 2 * centre, centre))};
 }
 
 bool sees(const StitchCamera& camera, cv::Point2d bed) {
   if (!(depthOf(camera.param, bed.x, bed.y, 0) > 0)) {
     return false;
   }
-  float x = 0;
-  float y = 0;
-  WorldToRawImagePoint(static_cast<float>(bed.x), static_cast<float>(bed.y), 0, camera.param, x, y);
-  return x >= 0 && y >= 0 && x <= static_cast<float>(camera.frame.size.width - 1) &&
-         y <= static_cast<float>(camera.frame.size.height - 1);
+  const cv::Point2f raw = rawPlace(camera.param, bed);
+  return raw.x >= 0 && raw.y >= 0 && raw.x <= static_cast<float>(camera.frame.size.width - 1) &&
+         raw.y <= static_cast<float>(camera.frame.size.height - 1);
 }
 
 // Area of the bed that both frames show within both views, from a grid of samples.
@@ -208,23 +201,17 @@ double overlapArea(const StitchPair& pair) {
 void checkCoverage(const StitchPair& pair, const SharedPoints& shared, Findings& findings) {
   const double overlap = overlapArea(pair);
   if (!(overlap > 0)) {
-    add(findings, FindingKind::kSharedCoverage, Severity::kDoubtful,
-        "by their records the cameras see no part of the bed in common");
+    addDoubtful(findings, FindingKind::kSharedCoverage,
+                "by their records the cameras see no part of the bed in common");
     return;
   }
-  std::vector<cv::Point2f> bed;
-  for (const CalibrationPoint& point : shared.left) {
-    bed.emplace_back(point.Xw, point.Yw);
-  }
-  std::vector<cv::Point2f> hull;
-  cv::convexHull(bed, hull);
-  const double share = cv::contourArea(hull) / overlap;
+  const double share = hullArea(shared.left, bedPlace) / overlap;
   if (share >= kSmallCoverage) {
     return;
   }
-  add(findings, FindingKind::kSharedCoverage, Severity::kDoubtful,
-      "the shared points span only " + fixed(100 * share, 1) +
-          " % of the bed that both cameras see; away from them the views may not meet");
+  addDoubtful(findings, FindingKind::kSharedCoverage,
+              "the shared points span only " + fixed(100 * share, 1) +
+                  " % of the bed that both cameras see; away from them the views may not meet");
 }
 
 void checkOrder(const StitchPair& pair, const SharedPoints& shared, Findings& findings) {
@@ -235,14 +222,15 @@ void checkOrder(const StitchPair& pair, const SharedPoints& shared, Findings& fi
   if (!(centre.x < left.width * 0.5)) {
     return;
   }
-  add(findings, FindingKind::kCameraOrder, Severity::kDoubtful,
+  addDoubtful(
+      findings, FindingKind::kCameraOrder,
       "the right camera looks at what lies left of the left camera's view; what is left of the "
       "canvas is lost, swap --left and --right");
 }
 
 }  // namespace
 
-std::vector<Finding> checkStitch(const StitchPair& pair) {
+Findings checkStitch(const StitchPair& pair, const SharedPoints& shared) {
   Findings findings;
   checkBits(pair, findings);
   checkFrameSizes(pair, findings);
@@ -250,18 +238,18 @@ std::vector<Finding> checkStitch(const StitchPair& pair) {
     checkCamera(*camera, findings);
     checkWorldRange(*camera, findings);
   }
-  const SharedPoints shared = sharedPoints(pair);
   checkIds(pair, shared, findings);
   if (!shared.paired()) {
-    add(findings, FindingKind::kUnusedIds, Severity::kImpossible,
+    addImpossible(
+        findings, FindingKind::kUnusedIds,
         "an id occurs twice in one list and not in the other, so the points cannot be paired");
     return findings;
   }
   if (shared.left.size() < kFewestShared) {
-    add(findings, FindingKind::kFewSharedPoints, Severity::kImpossible,
-        std::to_string(shared.left.size()) +
-            (shared.left.size() == 1 ? " point is" : " points are") +
-            " shared by the two lists (by PointId), at least 4 are needed");
+    addImpossible(findings, FindingKind::kFewSharedPoints,
+                  std::to_string(shared.left.size()) +
+                      (shared.left.size() == 1 ? " point is" : " points are") +
+                      " shared by the two lists (by PointId), at least 4 are needed");
     return findings;
   }
   checkSameWorld(pair, shared, findings);

@@ -11,12 +11,14 @@
 #include "checks/finding.h"
 #include "checks/input_checks.h"
 #include "checks/result_checks.h"
-#include "commands/arguments.h"
+#include "commands/option_values.h"
 #include "drawing/residual_plot.h"
 #include "files/camera_file.h"
 #include "files/output_files.h"
-#include "files/picture.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
 #include "files/points_csv.h"
+#include "files/read_file.h"
 #include "reports/calibration_report.h"
 
 namespace fisheye_calibration::program {

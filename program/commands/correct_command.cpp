@@ -14,11 +14,13 @@
 #include "base/frame_buffer.h"
 #include "base/text.h"
 #include "checks/checked_camera.h"
-#include "commands/arguments.h"
+#include "commands/option_values.h"
 #include "drawing/grid_overlay.h"
 #include "files/output_files.h"
-#include "files/picture.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
 #include "fisheye_calibration.h"
+#include "geometry/metric_picture.h"
 #include "geometry/second_view.h"
 #include "reports/progress_bar.h"
 
@@ -137,7 +139,7 @@ View render(const Renderer& renderer, const std::string& path) {
   }
   View result{toPicture(view), toPicture(mask), frame.size};
   if (renderer.gridSpacing > 0) {
-    const MetricPicture metric = metricPicture(renderer.param, result.picture.size());
+    const MetricPicture metric = metricPicture(renderer.param, size);
     drawGrid(result.picture, gridOver(metric, renderer.gridSpacing));
   }
   return result;

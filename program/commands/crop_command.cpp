@@ -4,9 +4,10 @@
 
 #include "base/failure.h"
 #include "base/frame_buffer.h"
-#include "commands/arguments.h"
+#include "commands/option_values.h"
 #include "files/output_files.h"
-#include "files/picture.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {

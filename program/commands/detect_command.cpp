@@ -8,9 +8,10 @@
 #include "base/text.h"
 #include "checks/finding.h"
 #include "checks/input_checks.h"
-#include "commands/arguments.h"
+#include "commands/option_values.h"
 #include "drawing/target_overlay.h"
-#include "files/picture.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
 #include "files/points_csv.h"
 
 namespace fisheye_calibration::program {

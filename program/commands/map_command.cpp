@@ -12,10 +12,12 @@
 #include "base/record_fields.h"
 #include "base/text.h"
 #include "checks/checked_camera.h"
-#include "commands/arguments.h"
+#include "commands/option_values.h"
 #include "files/csv_table.h"
 #include "files/dual_file.h"
 #include "fisheye_calibration.h"
+#include "geometry/conversions.h"
+#include "geometry/record_matrices.h"
 
 namespace fisheye_calibration::program {
 namespace {

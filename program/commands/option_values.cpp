@@ -1,4 +1,4 @@
-#include "commands/arguments.h"
+#include "commands/option_values.h"
 
 #include <optional>
 #include <string_view>

@@ -3,12 +3,9 @@
 
 #include <string>
 
-namespace fisheye_calibration::program {
+#include "base/size.h"
 
-struct Size {
-  int width = 0;
-  int height = 0;
-};
+namespace fisheye_calibration::program {
 
 // "1920x1208"; both from 1 to `largest`.
 Size parseSize(const std::string& option, const std::string& text, int smallest, int largest);
@@ -22,7 +19,5 @@ struct Pair {
 Pair parsePair(const std::string& option, const std::string& text);
 
 float parsePositive(const std::string& option, const std::string& text);
-
-constexpr int kLargestImageSide = 32767;
 
 }  // namespace fisheye_calibration::program

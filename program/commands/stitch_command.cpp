@@ -12,16 +12,21 @@
 #include "checks/checked_camera.h"
 #include "checks/finding.h"
 #include "checks/stitch_checks.h"
-#include "commands/arguments.h"
+#include "commands/option_values.h"
 #include "drawing/grid_overlay.h"
 #include "drawing/seam_overlay.h"
 #include "files/dual_file.h"
 #include "files/output_files.h"
-#include "files/picture.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
 #include "files/points_csv.h"
+#include "files/read_file.h"
 #include "fisheye_calibration.h"
+#include "geometry/conversions.h"
+#include "geometry/metric_picture.h"
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
+#include "reports/agreement_report.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -197,20 +202,20 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
   }
   requirePlaces(options, leftFiles, rightFiles);
   StitchPair pair{readCamera(leftFiles, messages), readCamera(rightFiles, messages)};
-  tellBefore(checkStitch(pair), messages);
+  const SharedPoints shared = sharedPoints(pair);
+  tellBefore(checkStitch(pair, shared), messages);
 
-  messages << "stitching by " << sharedPoints(pair).left.size() << " shared points ..."
-           << std::endl;
+  messages << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
   FrameBuffer canvas = newCanvas(pair);
   if (crop) {
     requireInside(*crop, canvas.size);
   }
   DualFishEyeCalibrationParam dual = stitchOnto(canvas, pair);
-  const std::vector<Agreement> agreement = agreementAt(pair, dual);
+  const std::vector<Agreement> agreement = agreementAt(pair, shared, dual);
 
   OutputFiles files;
   if (!options.seam.empty()) {
-    cv::Mat drawn = drawSeam(toPicture(canvas), pair, agreement);
+    cv::Mat drawn = drawSeam(toPicture(canvas), pair, shared, agreement);
     if (crop) {
       drawn = drawn({crop->left, crop->top, crop->size.width, crop->size.height});
     }
@@ -229,7 +234,7 @@ int runStitch(const StitchOptions& options, std::ostream& out, std::ostream& mes
 
   describe(options, dual, out);
   out << "\n" << describeAgreement(agreement, static_cast<double>(dual.Pixel));
-  const std::size_t left = sharedPoints(pair).left.size() - agreement.size();
+  const std::size_t left = shared.left.size() - agreement.size();
   if (left > 0) {
     messages << "warning: " << left << " shared points cannot be carried to the bed\n";
   }

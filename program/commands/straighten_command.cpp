@@ -10,8 +10,10 @@
 
 #include "base/failure.h"
 #include "files/output_files.h"
-#include "files/picture.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
 #include "files/points_csv.h"
+#include "files/read_file.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {

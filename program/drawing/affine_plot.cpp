@@ -8,7 +8,7 @@
 #include <string>
 
 #include "base/text.h"
-#include "drawing/drawing.h"
+#include "drawing/primitives.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -19,7 +19,6 @@ constexpr int kLegendWidth = 480;
 constexpr int kLowestHeight = 360;      // the legend needs it
 constexpr double kLongestArrow = 0.08;  // of the long side, for the largest residual
 constexpr double kTextHeight = 16;
-constexpr std::size_t kSummedByLibrary = 9;
 
 const cv::Scalar kInk = cv::Scalar::all(40);
 const cv::Scalar kFaint = cv::Scalar::all(150);
@@ -114,7 +113,7 @@ cv::Mat drawAffinePlot(const AffineMap& map, const std::vector<CalibrationPoint>
     const cv::Scalar colour = scaleColour(largest > 0 ? size / largest : 0);
     drawArrow(canvas, at, at + pixelsPerUnit * cv::Point2d(residuals[i].x, residuals[i].y), colour,
               2);
-    if (i < kSummedByLibrary) {
+    if (i < kPointsSummedByLibrary) {
       drawDisc(canvas, at, 5, colour);
     } else {
       drawRing(canvas, at, 5, colour, 2);

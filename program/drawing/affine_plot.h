@@ -4,7 +4,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "reports/affine_report.h"
+#include "geometry/affine_map.h"
 
 namespace fisheye_calibration::program {
 

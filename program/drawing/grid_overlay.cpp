@@ -6,7 +6,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "drawing/drawing.h"
+#include "drawing/primitives.h"
 
 namespace fisheye_calibration::program {
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/text.h"
-#include "drawing/drawing.h"
+#include "drawing/primitives.h"
 
 namespace fisheye_calibration::program {
 namespace {

@@ -5,7 +5,7 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
-#include "commands/arguments.h"
+#include "base/size.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {

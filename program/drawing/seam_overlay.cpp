@@ -5,7 +5,7 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
-#include "drawing/drawing.h"
+#include "drawing/primitives.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -50,7 +50,8 @@ std::vector<std::optional<SeamRow>> seamRows(const cv::Mat& leftMask, const cv::
   return rows;
 }
 
-cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const std::vector<Agreement>& agreement) {
+cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
+                 const std::vector<Agreement>& agreement) {
   cv::Mat picture;
   if (canvas.channels() == 1) {
     cv::cvtColor(canvas, picture, cv::COLOR_GRAY2BGR);
@@ -62,8 +63,7 @@ cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const std::vector<Agre
   const int shorter = std::min(canvas.cols, canvas.rows);
   const int thickness = std::max(1, shorter / 700);
   const int offset = (canvas.rows - pair.left.viewSize().height) / 2;
-  const auto rows =
-      seamRows(maskOf(pair.left), maskOf(pair.right), viewTransform(pair, sharedPoints(pair)));
+  const auto rows = seamRows(maskOf(pair.left), maskOf(pair.right), viewTransform(pair, shared));
   for (std::size_t y = 0; y < rows.size(); ++y) {
     if (!rows[y]) {
       continue;

@@ -22,6 +22,7 @@ std::vector<std::optional<SeamRow>> seamRows(const cv::Mat& leftMask, const cv::
 
 // The canvas in colour with the overlap's begin (blue), the seam (red) and the shared points: a
 // ring where the left view shows them, a disc where the right one does.
-cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const std::vector<Agreement>& agreement);
+cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
+                 const std::vector<Agreement>& agreement);
 
 }  // namespace fisheye_calibration::program

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <opencv2/imgproc.hpp>
 
-#include "drawing/drawing.h"
+#include "drawing/primitives.h"
 
 namespace fisheye_calibration::program {
 namespace {

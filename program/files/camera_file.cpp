@@ -8,6 +8,7 @@
 #include "base/file_path.h"
 #include "base/record_fields.h"
 #include "files/ini_section.h"
+#include "files/read_file.h"
 
 namespace fisheye_calibration::program {
 namespace {

@@ -10,6 +10,7 @@
 #include "base/file_path.h"
 #include "base/text.h"
 #include "files/ini_section.h"
+#include "files/read_file.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -80,10 +81,6 @@ void stageDual(OutputFiles& files, const std::string& path,
   }
   warnOfFraction(path, "DatumPtXw", static_cast<double>(param.DatumPtXw), messages);
   warnOfFraction(path, "DatumPtYw", static_cast<double>(param.DatumPtYw), messages);
-}
-
-int pictureRowOffset(const DualFishEyeCalibrationParam& param) {
-  return param.StdImageHeight - 2 * param.DatumImagePtY;
 }
 
 }  // namespace fisheye_calibration::program

@@ -18,8 +18,4 @@ DualFishEyeCalibrationParam loadCheckedDual(const std::string& path, std::ostrea
 void stageDual(OutputFiles& files, const std::string& path,
                const DualFishEyeCalibrationParam& param, std::ostream& messages);
 
-// What to add to a mapped v for the row of the picture, counted from the top: StdImageHeight -
-// 2 DatumImagePtY, which is 0 for an uncropped canvas.
-int pictureRowOffset(const DualFishEyeCalibrationParam& param);
-
 }  // namespace fisheye_calibration::program

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <system_error>
 
@@ -48,42 +47,6 @@ void writeBytes(const fs::path& path, const std::string& shownAs, std::string_vi
 }
 
 }  // namespace
-
-std::string readFile(const std::string& path) {
-  std::error_code error;
-  if (fs::is_directory(filePath(path), error)) {
-    failBadInput(path + ": is a folder, not a file");
-  }
-  errno = 0;
-  std::ifstream file(filePath(path), std::ios::binary);
-  if (!file) {
-    failBadInput(path + ": " + (errno != 0 ? std::strerror(errno) : "cannot be opened"));
-  }
-  std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (file.bad()) {
-    failBadInput(path + ": cannot be read");
-  }
-  return bytes;
-}
-
-void requireWritablePlace(const std::string& option, const std::string& path) {
-  std::error_code error;
-  if (path.empty()) {
-    failBadInput(option + ": the file name is empty");
-  }
-  if (fs::is_directory(filePath(path), error)) {
-    failBadInput(option + ": " + path + " is a folder");
-  }
-  const fs::path folder = fs::absolute(filePath(path)).parent_path();
-  if (!fs::is_directory(folder, error)) {
-    failBadInput(option + ": there is no folder " + folder.string());
-  }
-}
-
-bool isSameFile(const std::string& a, const std::string& b) {
-  std::error_code error;
-  return fs::equivalent(filePath(a), filePath(b), error) && !error;
-}
 
 OutputFiles::~OutputFiles() {
   for (const Staged& file : staged_) {

@@ -9,15 +9,6 @@
 
 namespace fisheye_calibration::program {
 
-std::string readFile(const std::string& path);
-
-// Fails as bad input if the path cannot be a file to write: its folder is missing, or it is a
-// folder.
-void requireWritablePlace(const std::string& option, const std::string& path);
-
-// True if both name the same existing file.
-bool isSameFile(const std::string& a, const std::string& b);
-
 class OutputFiles {
  public:
   OutputFiles() = default;

@@ -1,4 +1,4 @@
-#include "files/picture.h"
+#include "files/picture_file.h"
 
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
@@ -6,7 +6,7 @@
 
 #include "base/failure.h"
 #include "base/file_path.h"
-#include "files/output_files.h"
+#include "files/read_file.h"
 
 namespace fisheye_calibration::program {
 namespace {

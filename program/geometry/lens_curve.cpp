@@ -1,11 +1,12 @@
 #include "geometry/lens_curve.h"
 
 #include <cmath>
+#include <numbers>
 
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr double kRightAngle = 1.57079632679489661923;
+constexpr double kRightAngle = std::numbers::pi / 2;
 
 std::optional<double> withinView(double angle) {
   return angle > 0 && angle < kRightAngle ? std::optional(angle) : std::nullopt;

@@ -2,22 +2,23 @@
 #pragma once
 
 #include <functional>
-#include <opencv2/core.hpp>
+#include <opencv2/core/types.hpp>
 
+#include "base/size.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {
 
 struct MetricPicture {
-  cv::Size size;
+  Size size;
   double pixel;  // world units per pixel
-  // Between a place of the picture, rows counted from the top, and a point of the bed.
+  // Between a place in the picture, rows counted from the top, and a point of the bed.
   std::function<cv::Point2d(cv::Point2d place)> bedAt;
   std::function<cv::Point2d(cv::Point2d bed)> placeOf;
 };
 
 // A corrected view.
-MetricPicture metricPicture(const FishEyeCalibrationParam& param, const cv::Size& size);
+MetricPicture metricPicture(const FishEyeCalibrationParam& param, const Size& size);
 
 // A stitched canvas, or what was cropped from it.
 MetricPicture metricPicture(const DualFishEyeCalibrationParam& dual);

@@ -2,11 +2,11 @@
 
 #include <cmath>
 
-#include "base/record_fields.h"
 #include "base/text.h"
+#include "geometry/conversions.h"
+#include "geometry/record_matrices.h"
 
 namespace fisheye_calibration::program {
-namespace {
 
 cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c) {
   const Matrix3 H = homographyOf(param);
@@ -15,36 +15,23 @@ cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c)
           (H[3] * c.x + H[4] * c.y + H[5]) / w + static_cast<double>(param.ImageDy)};
 }
 
-cv::Point2d rawPlace(const FishEyeCalibrationParam& param, cv::Point2d bed) {
-  float x = 0;
-  float y = 0;
-  WorldToRawImagePoint(static_cast<float>(bed.x), static_cast<float>(bed.y), 0, param, x, y);
-  return {static_cast<double>(x), static_cast<double>(y)};
-}
-
-}  // namespace
-
 cv::Point2d renderedPlace(const FishEyeCalibrationParam& param, cv::Point2d bed, const Size& size) {
-  float x = 0;
-  float y = 0;
-  WorldToCorrectedImagePoint(static_cast<float>(bed.x), static_cast<float>(bed.y), 0, param,
-                             static_cast<float>(size.width * 0.5),
-                             static_cast<float>(size.height * 0.5), x, y);
-  return secondCorrected(param, {static_cast<double>(x), static_cast<double>(y)});
+  return secondCorrected(param, correctedPlace(param, bed, centreOf(size)));
 }
 
 std::optional<cv::Point2d> bedPointAt(const FishEyeCalibrationParam& param, cv::Point2d raw,
                                       cv::Point2d start) {
   constexpr int kMostSteps = 30;
   constexpr double kCloseEnough = 2e-3;  // raw pixels; the conversion's floats resolve about 1e-4
-  // A step in the world of some pixels: large beside the floats' resolution, small beside the bed.
+  const auto seenAt = [&](cv::Point2d place) { return cv::Point2d(rawPlace(param, place)); };
+  // A step of some pixels on the bed: far above the floats' resolution, far below the bed's size.
   const double h = 4 * std::abs(static_cast<double>(param.Pixel));
   if (!(h > 0) || !std::isfinite(h)) {
     return std::nullopt;
   }
   cv::Point2d bed = start;
   for (int step = 0; step < kMostSteps; ++step) {
-    const cv::Point2d miss = raw - rawPlace(param, bed);
+    const cv::Point2d miss = raw - seenAt(bed);
     const double length = std::hypot(miss.x, miss.y);
     if (!std::isfinite(length)) {
       return std::nullopt;
@@ -52,10 +39,8 @@ std::optional<cv::Point2d> bedPointAt(const FishEyeCalibrationParam& param, cv::
     if (length < kCloseEnough) {
       return bed;
     }
-    const cv::Point2d alongX =
-        (rawPlace(param, {bed.x + h, bed.y}) - rawPlace(param, {bed.x - h, bed.y})) / (2 * h);
-    const cv::Point2d alongY =
-        (rawPlace(param, {bed.x, bed.y + h}) - rawPlace(param, {bed.x, bed.y - h})) / (2 * h);
+    const cv::Point2d alongX = (seenAt({bed.x + h, bed.y}) - seenAt({bed.x - h, bed.y})) / (2 * h);
+    const cv::Point2d alongY = (seenAt({bed.x, bed.y + h}) - seenAt({bed.x, bed.y - h})) / (2 * h);
     const double determinant = alongX.x * alongY.y - alongX.y * alongY.x;
     if (!(std::abs(determinant) > 0)) {
       return std::nullopt;
@@ -77,10 +62,9 @@ std::string sizeComplaint(const FishEyeCalibrationParam& param, const Size& size
   if (shift <= 1) {
     return {};
   }
-  return "the second correction was not made for a view of " + std::to_string(size.width) + "x" +
-         std::to_string(size.height) + ": it moves the centre by " + general(shift, 3) +
-         " px; calibrate with --corrected-size " + std::to_string(size.width) + "x" +
-         std::to_string(size.height);
+  return "the second correction was not made for a view of " + sizeText(size) +
+         ": it moves the centre by " + general(shift, 3) + " px; calibrate with --corrected-size " +
+         sizeText(size);
 }
 
 }  // namespace fisheye_calibration::program

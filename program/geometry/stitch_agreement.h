@@ -1,8 +1,7 @@
 // How well two stitched cameras agree at the points that both measured.
 #pragma once
 
-#include <opencv2/core.hpp>
-#include <string>
+#include <opencv2/core/types.hpp>
 #include <vector>
 
 #include "geometry/stitch_pair.h"
@@ -10,23 +9,21 @@
 namespace fisheye_calibration::program {
 
 struct Agreement {
-  int pointId;
+  int pointId = 0;
   cv::Point2d left;   // canvas place (picture rows) at which the left camera's view shows the point
-  cv::Point2d right;  // the same of the right camera's
-  double apart;       // pixels of the canvas between them
-  double leftError;   // pixels between `left` and the place the canvas's record gives the bed point
-  double rightError;
-  double leftRaw;  // raw pixels between the measured point and the record's projection
-  double rightRaw;
+  cv::Point2d right;  // the same for the right camera
+  double apart = 0;   // pixels of the canvas between them
+  double leftError = 0;  // pixels between `left` and where the canvas's record puts the bed point
+  double rightError = 0;
+  double leftRaw = 0;  // raw pixels between the measured point and the record's projection
+  double rightRaw = 0;
 };
 
-// At every shared point whose measured pixel can be carried to the bed; `dual` is that of the whole
-// canvas.
-std::vector<Agreement> agreementAt(const StitchPair& pair, const DualFishEyeCalibrationParam& dual);
+// At every shared point whose measured pixels can be carried to the bed; `dual` is the record of
+// the whole canvas.
+std::vector<Agreement> agreementAt(const StitchPair& pair, const SharedPoints& shared,
+                                   const DualFishEyeCalibrationParam& dual);
 
 double worstApart(const std::vector<Agreement>& agreement);
-
-// Root mean squares and the worst five points, with what the figures are.
-std::string describeAgreement(const std::vector<Agreement>& agreement, double unitsPerPixel);
 
 }  // namespace fisheye_calibration::program

@@ -4,6 +4,9 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "geometry/conversions.h"
+#include "geometry/target_points.h"
+
 namespace fisheye_calibration::program {
 
 SharedPoints sharedPoints(const StitchPair& pair) {
@@ -32,7 +35,7 @@ std::array<std::size_t, 4> cornerPoints(const SharedPoints& shared) {
   for (std::size_t k = 0; k < corners.size(); ++k) {
     float best = kWorldLimit;
     for (std::size_t i = 0; i < shared.left.size(); ++i) {
-      // As the library computes it: hypot rounds otherwise and would decide ties otherwise.
+      // As the library computes it: hypot rounds differently and so decides ties differently.
       const float dx = shared.left[i].Xw - corners[k].x;
       const float dy = shared.left[i].Yw - corners[k].y;
       const float distance = std::sqrt(dx * dx + dy * dy);
@@ -46,19 +49,14 @@ std::array<std::size_t, 4> cornerPoints(const SharedPoints& shared) {
 }
 
 cv::Matx33d viewTransform(const StitchPair& pair, const SharedPoints& shared) {
-  const Size view = pair.left.viewSize();
-  const float cx = static_cast<float>(view.width * 0.5);
-  const float cy = static_cast<float>(view.height * 0.5);
+  const cv::Point2f centre = centreOf(pair.left.viewSize());
   std::array<cv::Point2f, 4> from;
   std::array<cv::Point2f, 4> to;
   const std::array<std::size_t, 4> corners = cornerPoints(shared);
   for (std::size_t k = 0; k < corners.size(); ++k) {
-    const CalibrationPoint& left = shared.left[corners[k]];
-    const CalibrationPoint& right = shared.right[corners[k]];
-    WorldToSecondCorrectedImagePoint(left.Xw, left.Yw, 0, pair.left.param, cx, cy, from[k].x,
-                                     from[k].y);
-    WorldToSecondCorrectedImagePoint(right.Xw, right.Yw, 0, pair.right.param, cx, cy, to[k].x,
-                                     to[k].y);
+    const std::size_t i = corners[k];
+    from[k] = secondCorrectedPlace(pair.left.param, bedPlace(shared.left[i]), centre);
+    to[k] = secondCorrectedPlace(pair.right.param, bedPlace(shared.right[i]), centre);
   }
   return cv::getPerspectiveTransform(from.data(), to.data(), cv::DECOMP_LU);
 }

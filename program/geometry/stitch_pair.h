@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "base/frame_buffer.h"
-#include "commands/arguments.h"
+#include "base/size.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {

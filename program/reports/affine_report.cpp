@@ -1,7 +1,6 @@
 #include "reports/affine_report.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 #include "base/text.h"
@@ -13,29 +12,6 @@ std::string figures(double x, double y) { return "X " + general(x, 6) + "  Y " +
 
 }  // namespace
 
-std::vector<WorldResidual> residualsOf(const AffineMap& map,
-                                       const std::vector<CalibrationPoint>& points) {
-  const auto [a, b, c, d, e, f] = map.coefficients;
-  std::vector<WorldResidual> residuals;
-  residuals.reserve(points.size());
-  for (const CalibrationPoint& point : points) {
-    const double x = point.ImagePtX;
-    const double y = point.ImagePtY;
-    residuals.push_back({point.Xw - (a * x + b * y + e), point.Yw - (c * x + d * y + f)});
-  }
-  return residuals;
-}
-
-WorldResidual rootMeanSquare(const std::vector<WorldResidual>& residuals) {
-  WorldResidual sum;
-  for (const WorldResidual& residual : residuals) {
-    sum.x += residual.x * residual.x;
-    sum.y += residual.y * residual.y;
-  }
-  const auto n = static_cast<double>(residuals.size());
-  return {std::sqrt(sum.x / n), std::sqrt(sum.y / n)};
-}
-
 std::string formatAffine(const AffineMap& map) {
   std::vector<std::string> values;
   for (const double value : map.coefficients) {
@@ -45,10 +21,9 @@ std::string formatAffine(const AffineMap& map) {
 }
 
 std::string describeAffine(const AffineMap& map, const std::vector<CalibrationPoint>& points) {
-  constexpr std::size_t kSummedByLibrary = 9;
   const auto value = [&](std::size_t i) { return padLeft(general(map.coefficients[i], 7), 14); };
   const std::string all = std::to_string(points.size());
-  const std::string summed = std::to_string(std::min(points.size(), kSummedByLibrary));
+  const std::string summed = std::to_string(std::min(points.size(), kPointsSummedByLibrary));
   const WorldResidual plain = rootMeanSquare(residualsOf(map, points));
   return "Affine map from raw-image pixels (x, y) to the work plane, from " + all + " points:\n" +
          "  Xw = a x + b y + e   a" + value(0) + "  b" + value(1) + "  e" + value(4) + "\n" +

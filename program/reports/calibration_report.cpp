@@ -7,14 +7,14 @@
 #include <string_view>
 #include <vector>
 
+#include "base/angles.h"
 #include "base/record_fields.h"
 #include "base/text.h"
 #include "geometry/lens_curve.h"
+#include "geometry/record_matrices.h"
 
 namespace fisheye_calibration::program {
 namespace {
-
-constexpr double kDegreesPerRadian = 57.29577951308232;
 
 std::string row(const std::string& name, const std::string& value, const std::string& unit,
                 const std::string& meaning) {
@@ -41,7 +41,7 @@ std::string matrixRows(const std::string& name, const Matrix3& matrix) {
 
 std::string derivedRows(const FishEyeCalibrationParam& param) {
   const std::optional<double> turn = turningAngle(param.k0, param.k1);
-  const std::string curve = turn ? fixed(*turn * kDegreesPerRadian, 2) : "over 90";
+  const std::string curve = turn ? fixed(degrees(*turn), 2) : "over 90";
   return row("tilt", fixed(tiltDegrees(param), 3), "deg",
              "between the optical axis and the bed's normal") +
          row("limit", curve, "deg", "off the axis, where the lens curve turns back");

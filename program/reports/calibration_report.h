@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "checks/result_checks.h"
-#include "commands/arguments.h"
+#include "base/size.h"
 #include "fisheye_calibration.h"
+#include "geometry/calibration_result.h"
 
 namespace fisheye_calibration::program {
 

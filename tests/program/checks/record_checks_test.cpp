@@ -8,6 +8,7 @@
 
 #include "base/record_fields.h"
 #include "geometry/lens_curve.h"
+#include "geometry/record_matrices.h"
 #include "program/support/sample_record.h"
 
 namespace fisheye_calibration::program {

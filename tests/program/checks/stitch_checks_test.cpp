@@ -10,6 +10,7 @@
 #include "drawing/seam_overlay.h"
 #include "geometry/stitch_agreement.h"
 #include "program/support/overhead_pair.h"
+#include "reports/agreement_report.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -30,7 +31,7 @@ StitchPair goodPair() { return {stitchCamera(160), stitchCamera(260)}; }
 
 std::vector<FindingKind> kindsOf(const StitchPair& pair) {
   std::vector<FindingKind> kinds;
-  for (const Finding& finding : checkStitch(pair)) {
+  for (const Finding& finding : checkStitch(pair, sharedPoints(pair))) {
     kinds.push_back(finding.kind);
   }
   return kinds;
@@ -47,7 +48,7 @@ TEST(StitchChecks, ThreeSharedPointsAreTooFew) {
 TEST(StitchChecks, SharedPointsInOneRowAreCollinear) {
   StitchPair pair = goodPair();
   pair.right.points.resize(14);  // the first row
-  const auto findings = checkStitch(pair);
+  const auto findings = checkStitch(pair, sharedPoints(pair));
   ASSERT_EQ(findings.size(), 1u);
   EXPECT_EQ(findings[0].kind, FindingKind::kCollinearPoints);
   EXPECT_EQ(findings[0].severity, Severity::kImpossible);
@@ -88,7 +89,7 @@ TEST(StitchChecks, IdsThatTheLibrarySkipsAreTold) {
 TEST(StitchAgreement, ExactCamerasAgree) {
   // Canvas as high as the left view: its datum in the middle of 480 x 360.
   const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = agreementAt(goodPair(), dual);
+  const auto agreement = agreementAt(goodPair(), sharedPoints(goodPair()), dual);
   ASSERT_EQ(agreement.size(), 84u);
   for (const Agreement& at : agreement) {
     EXPECT_LT(at.apart, 0.05);
@@ -104,7 +105,7 @@ TEST(StitchAgreement, AShiftedViewIsMeasuredInPixelsAndUnits) {
   StitchPair pair = goodPair();
   pair.right.param.ImageDx = 3;  // renders everything 3 px too far right
   const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = agreementAt(pair, dual);
+  const auto agreement = agreementAt(pair, sharedPoints(pair), dual);
   ASSERT_EQ(agreement.size(), 84u);
   for (const Agreement& at : agreement) {
     EXPECT_NEAR(at.apart, 3, 0.05);
@@ -118,7 +119,7 @@ TEST(StitchAgreement, AWrongMeasurementIsNamedFirst) {
   StitchPair pair = goodPair();
   pair.left.points[20].ImagePtX += 2;
   const DualFishEyeCalibrationParam dual{2, 532, 360, 240, 180, 160, 130};
-  const auto agreement = agreementAt(pair, dual);
+  const auto agreement = agreementAt(pair, sharedPoints(pair), dual);
   EXPECT_NEAR(agreement.at(20).leftRaw, 2, 0.01);
   EXPECT_LT(agreement.at(20).rightRaw, 0.01);
   EXPECT_GT(agreement.at(20).apart, 1);

@@ -10,6 +10,7 @@
 #include "base/failure.h"
 #include "base/frame_buffer.h"
 #include "drawing/grid_overlay.h"
+#include "geometry/metric_picture.h"
 #include "geometry/second_view.h"
 #include "program/support/run_program.h"
 #include "program/support/sample_record.h"

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "base/failure.h"
-#include "files/output_files.h"
+#include "files/read_file.h"
 #include "registration/debug_drive.h"
 #include "reports/affine_report.h"
 

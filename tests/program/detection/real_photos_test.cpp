@@ -10,7 +10,7 @@
 #include <string>
 
 #include "detection/target_detection.h"
-#include "files/picture.h"
+#include "files/picture_file.h"
 #include "files/points_csv.h"
 #include "program/support/run_program.h"
 

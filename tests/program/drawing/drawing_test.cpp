@@ -1,4 +1,4 @@
-#include "drawing/drawing.h"
+#include "drawing/primitives.h"
 
 #include <gtest/gtest.h>
 

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "base/failure.h"
+#include "files/output_places.h"
 #include "program/support/run_program.h"
 
 namespace fisheye_calibration::program {
