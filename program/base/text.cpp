@@ -67,6 +67,10 @@ std::string readable(double value, int decimals) {
   return std::abs(value) < 1e7 ? fixed(value, decimals) : general(value, 6);
 }
 
+std::string signedTerm(int value) {
+  return (value < 0 ? " - " : " + ") + std::to_string(value < 0 ? -value : value);
+}
+
 std::string shortest(float value) { return converted(value); }
 std::string shortest(double value) { return converted(value); }
 

@@ -27,6 +27,9 @@ std::string readable(double value, int decimals);
 std::string shortest(float value);
 std::string shortest(double value);
 
+// " + 8" or " - 8", to be added to what stands before it.
+std::string signedTerm(int value);
+
 // `significant` digits, no trailing zeros.
 std::string general(double value, int significant);
 

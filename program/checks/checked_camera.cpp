@@ -2,18 +2,20 @@
 
 #include <ostream>
 
+#include "base/file_path.h"
 #include "checks/record_checks.h"
 #include "files/camera_file.h"
 
 namespace fisheye_calibration::program {
 
-FishEyeCalibrationParam loadCheckedCamera(const std::string& path, std::ostream& messages) {
+FishEyeCalibrationParam loadCheckedCamera(const std::filesystem::path& path,
+                                          std::ostream& messages) {
   const CameraFile camera = loadCamera(path);
   for (const std::string& complaint : camera.complaints) {
     messages << "warning: " << complaint << "\n";
   }
   for (const Finding& finding : checkRecord(camera.param)) {
-    messages << "warning: " << path << ": " << finding.text << "\n";
+    messages << "warning: " << nameOf(path) << ": " << finding.text << "\n";
   }
   return camera.param;
 }

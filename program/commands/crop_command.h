@@ -1,17 +1,10 @@
 // crop: cuts the centred rectangle out of a picture.
 #pragma once
 
-#include <iosfwd>
-#include <string>
+#include "commands/command.h"
 
 namespace fisheye_calibration::program {
 
-struct CropOptions {
-  std::string image;
-  std::string size;
-  std::string output;
-};
-
-int runCrop(const CropOptions& options, std::ostream& out, std::ostream& messages);
+Command addCropCommand(CLI::App& app);
 
 }  // namespace fisheye_calibration::program

@@ -1,17 +1,10 @@
-// hand-eye: the affine map from raw-image pixels to the work plane.
+// hand-eye: fits the affine map from raw-image pixels to the work plane.
 #pragma once
 
-#include <iosfwd>
-#include <string>
+#include "commands/command.h"
 
 namespace fisheye_calibration::program {
 
-struct HandEyeOptions {
-  std::string points;
-  std::string output;
-  std::string plot;  // empty: none
-};
-
-int runHandEye(const HandEyeOptions& options, std::ostream& out);
+Command addHandEyeCommand(CLI::App& app);
 
 }  // namespace fisheye_calibration::program

@@ -1,32 +1,53 @@
 #include "commands/info_command.h"
 
+#include <CLI/CLI.hpp>
+#include <memory>
 #include <ostream>
-#include <vector>
+#include <string>
 
 #include "base/failure.h"
+#include "base/file_path.h"
 #include "checks/finding.h"
 #include "checks/record_checks.h"
+#include "commands/option_values.h"
 #include "files/camera_file.h"
 #include "reports/calibration_report.h"
 
 namespace fisheye_calibration::program {
+namespace {
 
-int runInfo(const std::string& path, std::ostream& out, std::ostream& messages) {
-  const CameraFile camera = loadCamera(path);
-  out << path << "\n" << describeRecord(camera.param) << std::flush;
+struct Options {
+  std::filesystem::path camera;
+};
+
+int run(const Options& options, const Streams& streams) {
+  const CameraFile camera = loadCamera(options.camera);
+  const std::string name = nameOf(options.camera);
+  streams.out << name << "\n" << describeRecord(camera.param) << std::flush;
   for (const std::string& complaint : camera.complaints) {
-    messages << complaint << "\n";
+    streams.messages << complaint << "\n";
   }
-  const std::vector<Finding> findings = checkRecord(camera.param);
+  const Findings findings = checkRecord(camera.param);
   for (const Finding& finding : findings) {
     const bool impossible = finding.severity == Severity::kImpossible;
-    messages << path << ": " << (impossible ? "impossible: " : "doubtful: ") << finding.text
-             << "\n";
+    streams.messages << name << ": " << (impossible ? "impossible: " : "doubtful: ") << finding.text
+                     << "\n";
   }
   if (camera.complaints.empty() && findings.empty()) {
-    out << "Nothing in it is impossible.\n";
+    streams.out << "Nothing in it is impossible.\n";
   }
   return camera.complaints.empty() && !anyImpossible(findings) ? kExitOk : kExitJobFailed;
+}
+
+}  // namespace
+
+Command addInfoCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command =
+      app.add_subcommand("info", "Show a camera's parameter file and what in it is impossible");
+  addPath(*command, "camera", options->camera, "the camera's parameter file")->required();
+  command->footer("Example:\n  fisheye-calibration info camera.ini");
+  return {command, [options](const Streams& streams) { return run(*options, streams); }};
 }
 
 }  // namespace fisheye_calibration::program

@@ -1,11 +1,10 @@
-// info: a camera's parameter file in readable form, and what in it cannot be.
+// info: shows a camera's parameter file in readable form and what is impossible in it.
 #pragma once
 
-#include <iosfwd>
-#include <string>
+#include "commands/command.h"
 
 namespace fisheye_calibration::program {
 
-int runInfo(const std::string& path, std::ostream& out, std::ostream& messages);
+Command addInfoCommand(CLI::App& app);
 
 }  // namespace fisheye_calibration::program

@@ -1,14 +1,30 @@
-// Values of command-line options, read so that a complaint names the option and the text.
+// Values of command-line options. Complaints name the option and the text.
 #pragma once
 
+#include <filesystem>
 #include <string>
+#include <vector>
 
 #include "base/size.h"
 
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
 namespace fisheye_calibration::program {
 
-// "1920x1208"; both from 1 to `largest`.
+// Declares an option or a positional argument that names a file or a folder, or several.
+CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
+                     const std::string& description);
+CLI::Option* addPaths(CLI::App& command, const std::string& name,
+                      std::vector<std::filesystem::path>& paths, const std::string& description);
+
+// "1920x1208"; both from `smallest` to `largest`.
 Size parseSize(const std::string& option, const std::string& text, int smallest, int largest);
+
+// The size of a picture.
+Size parseImageSize(const std::string& option, const std::string& text);
 
 struct Pair {
   float first = 0;

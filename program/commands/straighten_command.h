@@ -1,16 +1,10 @@
-// straighten: the library's perspective aid, with its fixed files prepared.
+// straighten: runs the library's perspective aid on its fixed files.
 #pragma once
 
-#include <iosfwd>
-#include <string>
+#include "commands/command.h"
 
 namespace fisheye_calibration::program {
 
-struct StraightenOptions {
-  std::string points;
-  std::string image;
-};
-
-int runStraighten(const StraightenOptions& options, std::ostream& out, std::ostream& messages);
+Command addStraightenCommand(CLI::App& app);
 
 }  // namespace fisheye_calibration::program

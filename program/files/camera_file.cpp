@@ -1,7 +1,6 @@
 #include "files/camera_file.h"
 
 #include <cmath>
-#include <filesystem>
 #include <system_error>
 
 #include "base/failure.h"
@@ -13,7 +12,8 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr std::string_view kSectionName = "CalibraionParam";  // the file format's own spelling
+// The file format's own spelling.
+constexpr std::string_view kSectionName = "CalibraionParam";
 
 }  // namespace
 
@@ -30,28 +30,26 @@ std::vector<std::string> inspectCameraText(const std::string& name, std::string_
   return inspectEntries(name, section, keys);
 }
 
-CameraFile loadCamera(const std::string& path) {
+CameraFile loadCamera(const std::filesystem::path& path) {
   CameraFile camera;
-  camera.complaints = inspectCameraText(path, readFile(path));
-  // Profile functions look for bare names in the system's own folder, so the path is made absolute.
-  const std::string absolute = std::filesystem::absolute(filePath(path)).string();
-  LoadCalibrationParam(absolute.c_str(), camera.param);
+  camera.complaints = inspectCameraText(nameOf(path), readFile(path));
+  LoadCalibrationParam(absoluteNameOf(path).c_str(), camera.param);
   return camera;
 }
 
-void stageCamera(OutputFiles& files, const std::string& path,
+void stageCamera(OutputFiles& files, const std::filesystem::path& path,
                  const FishEyeCalibrationParam& param) {
-  const std::string temporary = files.stageCopy(path).string();
-  SaveCalibrationParam(temporary.c_str(), param);
+  const std::filesystem::path temporary = files.stageCopy(path);
+  SaveCalibrationParam(nameOf(temporary).c_str(), param);
   // The library does not say whether it could write: read back what must have arrived.
   FishEyeCalibrationParam stored{};
-  LoadCalibrationParam(temporary.c_str(), stored);
+  LoadCalibrationParam(nameOf(temporary).c_str(), stored);
   std::error_code error;
   const bool same = std::abs(stored.u0 - param.u0) <= 1e-5f * std::abs(param.u0) + 1e-6f &&
                     std::abs(stored.Pixel - param.Pixel) <= 1e-5f * std::abs(param.Pixel) + 1e-6f;
   const bool finite = std::isfinite(param.u0) && std::isfinite(param.Pixel);
-  if (!std::filesystem::exists(filePath(temporary), error) || (finite && !same)) {
-    failJob(path + ": the camera could not be saved");
+  if (!std::filesystem::exists(temporary, error) || (finite && !same)) {
+    failJob(nameOf(path) + ": the camera could not be saved");
   }
 }
 

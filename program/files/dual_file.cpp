@@ -1,7 +1,6 @@
 #include "files/dual_file.h"
 
 #include <cmath>
-#include <filesystem>
 #include <ostream>
 #include <string_view>
 #include <vector>
@@ -15,16 +14,16 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr std::string_view kSectionName =
-    "DualCamerasCalibraionParam";  // the format's own spelling
+// The file format's own spelling.
+constexpr std::string_view kSectionName = "DualCamerasCalibraionParam";
 
 // The library reads the datum's world coordinates as whole numbers.
-void warnOfFraction(const std::string& path, const char* key, double value,
+void warnOfFraction(const std::filesystem::path& path, const char* key, double value,
                     std::ostream& messages) {
   if (!std::isfinite(value) || value == std::trunc(value)) {
     return;
   }
-  messages << "warning: " << path << ": " << key << " is " << general(value, 9)
+  messages << "warning: " << nameOf(path) << ": " << key << " is " << general(value, 9)
            << ", but the library reads it back as " << fixed(std::trunc(value), 0)
            << "; points mapped with the file are off by "
            << general(std::abs(value - std::trunc(value)), 3) << " world units\n";
@@ -32,14 +31,15 @@ void warnOfFraction(const std::string& path, const char* key, double value,
 
 }  // namespace
 
-DualFishEyeCalibrationParam loadCheckedDual(const std::string& path, std::ostream& messages) {
+DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
+                                            std::ostream& messages) {
   const IniSection section = readIniSection(readFile(path), kSectionName);
   if (!section.found) {
-    failBadInput(path + ": not the file of a stitched picture, there is no section [" +
+    failBadInput(nameOf(path) + ": not the file of a stitched picture, there is no section [" +
                  std::string(kSectionName) + "] in it");
   }
   const std::vector<std::string> complaints =
-      inspectEntries(path, section,
+      inspectEntries(nameOf(path), section,
                      {"Pixel", "StdImageWidth", "StdImageHeight", "DatumImagePtX", "DatumImagePtY",
                       "DatumPtXw", "DatumPtYw"});
   for (const std::string& complaint : complaints) {
@@ -56,20 +56,18 @@ DualFishEyeCalibrationParam loadCheckedDual(const std::string& path, std::ostrea
       }
     }
   }
-  // Profile functions look for bare names in the system's own folder, so the path is made absolute.
-  const std::string absolute = std::filesystem::absolute(filePath(path)).string();
   DualFishEyeCalibrationParam param{};
-  LoadDualCamerasCalibrationParam(absolute.c_str(), param);
+  LoadDualCamerasCalibrationParam(absoluteNameOf(path).c_str(), param);
   if (!(param.Pixel > 0)) {
-    messages << "warning: " << path << ": Pixel must be greater than 0, it is "
+    messages << "warning: " << nameOf(path) << ": Pixel must be greater than 0, it is "
              << shortest(param.Pixel) << "\n";
   }
   return param;
 }
 
-void stageDual(OutputFiles& files, const std::string& path,
+void stageDual(OutputFiles& files, const std::filesystem::path& path,
                const DualFishEyeCalibrationParam& param, std::ostream& messages) {
-  const std::string temporary = files.stageCopy(path).string();
+  const std::string temporary = nameOf(files.stageCopy(path));
   SaveDualCamerasCalibrationParam(temporary.c_str(), param);
   // The library does not say whether it could write: read back what must have arrived.
   DualFishEyeCalibrationParam stored{};
@@ -77,7 +75,7 @@ void stageDual(OutputFiles& files, const std::string& path,
   if (stored.StdImageWidth != param.StdImageWidth ||
       stored.StdImageHeight != param.StdImageHeight ||
       stored.DatumImagePtX != param.DatumImagePtX || stored.DatumImagePtY != param.DatumImagePtY) {
-    failJob(path + ": the record of the stitched picture could not be saved");
+    failJob(nameOf(path) + ": the record of the stitched picture could not be saved");
   }
   warnOfFraction(path, "DatumPtXw", static_cast<double>(param.DatumPtXw), messages);
   warnOfFraction(path, "DatumPtYw", static_cast<double>(param.DatumPtYw), messages);

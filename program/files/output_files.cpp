@@ -16,9 +16,9 @@ namespace {
 std::string lastError() { return errno != 0 ? std::strerror(errno) : "cannot write"; }
 
 // Where the bytes go in the end: a link is followed, so that it stays a link.
-fs::path resolved(const std::string& path) {
+fs::path resolved(const fs::path& path) {
   std::error_code error;
-  const fs::path absolute = fs::absolute(filePath(path));
+  const fs::path absolute = fs::absolute(path);
   const fs::path target = fs::weakly_canonical(absolute, error);
   return error ? absolute : target;
 }
@@ -33,16 +33,16 @@ fs::path temporaryBeside(const fs::path& destination) {
       return candidate;
     }
   }
-  failJob(destination.string() + ": no name is free for a temporary file beside it");
+  failJob(nameOf(destination) + ": no name is free for a temporary file beside it");
 }
 
-void writeBytes(const fs::path& path, const std::string& shownAs, std::string_view bytes) {
+void writeBytes(const fs::path& path, const fs::path& shownAs, std::string_view bytes) {
   errno = 0;
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();
   if (!file) {
-    failJob(shownAs + ": " + lastError());
+    failJob(nameOf(shownAs) + ": " + lastError());
   }
 }
 
@@ -55,7 +55,7 @@ OutputFiles::~OutputFiles() {
   }
 }
 
-void OutputFiles::stage(const std::string& path, std::string_view bytes) {
+void OutputFiles::stage(const fs::path& path, std::string_view bytes) {
   const fs::path destination = resolved(path);
   std::error_code error;
   const fs::file_status before = fs::status(destination, error);
@@ -70,7 +70,7 @@ void OutputFiles::stage(const std::string& path, std::string_view bytes) {
   }
 }
 
-fs::path OutputFiles::stageCopy(const std::string& path) {
+fs::path OutputFiles::stageCopy(const fs::path& path) {
   const fs::path destination = resolved(path);
   staged_.push_back({temporaryBeside(destination), destination});
   const fs::path& temporary = staged_.back().temporary;
@@ -78,7 +78,7 @@ fs::path OutputFiles::stageCopy(const std::string& path) {
   if (fs::exists(destination, error)) {
     fs::copy_file(destination, temporary, error);
     if (error) {
-      failJob(path + ": " + error.message());
+      failJob(nameOf(path) + ": " + error.message());
     }
   }
   return temporary;
@@ -89,7 +89,7 @@ void OutputFiles::commit() {
     std::error_code error;
     fs::rename(file.temporary, file.destination, error);
     if (error) {
-      failJob(file.destination.string() + ": " + error.message());
+      failJob(nameOf(file.destination) + ": " + error.message());
     }
   }
   staged_.clear();

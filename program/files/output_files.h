@@ -3,7 +3,6 @@
 #pragma once
 
 #include <filesystem>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -16,11 +15,11 @@ class OutputFiles {
   OutputFiles& operator=(const OutputFiles&) = delete;
   ~OutputFiles();  // removes what was staged and not committed
 
-  void stage(const std::string& path, std::string_view bytes);
+  void stage(const std::filesystem::path& path, std::string_view bytes);
 
-  // Stages a copy of the file at `path` (none, if there is no such file) and gives the copy's path,
-  // for whoever edits it in place.
-  std::filesystem::path stageCopy(const std::string& path);
+  // Stages a copy of the file at `path` (none if there is no such file) and returns the copy's
+  // path, to be edited in place.
+  std::filesystem::path stageCopy(const std::filesystem::path& path);
 
   void commit();
 

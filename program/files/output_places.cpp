@@ -1,6 +1,5 @@
 #include "files/output_places.h"
 
-#include <filesystem>
 #include <system_error>
 
 #include "base/failure.h"
@@ -9,23 +8,27 @@
 namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 
-void requireWritablePlace(const std::string& option, const std::string& path) {
+void requireWritablePlace(const std::string& option, const fs::path& path) {
   std::error_code error;
   if (path.empty()) {
     failBadInput(option + ": the file name is empty");
   }
-  if (fs::is_directory(filePath(path), error)) {
-    failBadInput(option + ": " + path + " is a folder");
+  if (fs::is_directory(path, error)) {
+    failBadInput(option + ": " + nameOf(path) + " is a folder");
   }
-  const fs::path folder = fs::absolute(filePath(path)).parent_path();
+  const fs::path folder = fs::absolute(path).parent_path();
   if (!fs::is_directory(folder, error)) {
-    failBadInput(option + ": there is no folder " + folder.string());
+    failBadInput(option + ": there is no folder " + nameOf(folder));
   }
 }
 
-bool isSameFile(const std::string& a, const std::string& b) {
+bool isSameFile(const fs::path& a, const fs::path& b) {
   std::error_code error;
-  return fs::equivalent(filePath(a), filePath(b), error) && !error;
+  return fs::equivalent(a, b, error) && !error;
+}
+
+bool isSamePlace(const fs::path& a, const fs::path& b) {
+  return a.native() == b.native() || isSameFile(a, b);
 }
 
 }  // namespace fisheye_calibration::program

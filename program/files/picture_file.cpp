@@ -1,7 +1,8 @@
 #include "files/picture_file.h"
 
-#include <filesystem>
 #include <opencv2/imgcodecs.hpp>
+#include <string_view>
+#include <system_error>
 #include <vector>
 
 #include "base/failure.h"
@@ -11,7 +12,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-cv::Mat readAs(const std::string& path, int kind) {
+cv::Mat readAs(const std::filesystem::path& path, int kind) {
   const std::string bytes = readFile(path);
   cv::Mat picture;
   if (!bytes.empty()) {
@@ -23,38 +24,43 @@ cv::Mat readAs(const std::string& path, int kind) {
     }
   }
   if (picture.empty()) {
-    failBadInput(path + ": not a picture that can be read");
+    failBadInput(nameOf(path) + ": not a picture that can be read");
   }
   return picture;
 }
 
 }  // namespace
 
-bool isPicture(const std::string& path) {
+bool isPicture(const std::filesystem::path& path) {
   std::error_code error;
-  return std::filesystem::is_regular_file(filePath(path), error) && cv::haveImageReader(path);
+  return std::filesystem::is_regular_file(path, error) && cv::haveImageReader(nameOf(path));
 }
 
-cv::Mat readGreyPicture(const std::string& path) { return readAs(path, cv::IMREAD_GRAYSCALE); }
+cv::Mat readGreyPicture(const std::filesystem::path& path) {
+  return readAs(path, cv::IMREAD_GRAYSCALE);
+}
 
-cv::Mat readColourPicture(const std::string& path) { return readAs(path, cv::IMREAD_COLOR); }
+cv::Mat readColourPicture(const std::filesystem::path& path) {
+  return readAs(path, cv::IMREAD_COLOR);
+}
 
-cv::Mat readFrame(const std::string& path) { return readAs(path, cv::IMREAD_ANYCOLOR); }
+cv::Mat readFrame(const std::filesystem::path& path) { return readAs(path, cv::IMREAD_ANYCOLOR); }
 
-std::string encodePicture(const std::string& path, const cv::Mat& picture) {
+void requirePictureName(const std::string& option, const std::filesystem::path& path) {
+  const std::string extension = nameOf(path.extension());
+  if (extension.empty() || !cv::haveImageWriter("picture" + extension)) {
+    failBadInput(option + ": no kind of picture ends in \"" + extension +
+                 "\" (try .png): " + nameOf(path));
+  }
+}
+
+void stagePicture(OutputFiles& files, const std::filesystem::path& path, const cv::Mat& picture) {
   std::vector<unsigned char> bytes;
-  const std::string ending = filePath(path).extension().string();
-  if (!cv::imencode(ending, picture, bytes)) {
-    failJob(path + ": the picture cannot be encoded");
+  if (!cv::imencode(nameOf(path.extension()), picture, bytes)) {
+    failJob(nameOf(path) + ": the picture cannot be encoded");
   }
-  return {bytes.begin(), bytes.end()};
-}
-
-void requirePictureName(const std::string& option, const std::string& path) {
-  const std::string ending = filePath(path).extension().string();
-  if (ending.empty() || !cv::haveImageWriter("picture" + ending)) {
-    failBadInput(option + ": no kind of picture ends in \"" + ending + "\" (try .png): " + path);
-  }
+  const auto* const text = reinterpret_cast<const char*>(bytes.data());
+  files.stage(path, std::string_view(text, bytes.size()));
 }
 
 }  // namespace fisheye_calibration::program

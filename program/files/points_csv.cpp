@@ -4,8 +4,10 @@
 #include <cstddef>
 
 #include "base/failure.h"
+#include "base/file_path.h"
 #include "base/text.h"
 #include "files/csv_table.h"
+#include "files/read_file.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -30,18 +32,20 @@ std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_v
   std::vector<CalibrationPoint> points;
   points.reserve(table.rows.size());
   for (const CsvRow& row : table.rows) {
-    CalibrationPoint point{};
-    point.PointId = table.integerAt(row, id);
-    point.Xw = table.floatAt(row, Xw);
-    point.Yw = table.floatAt(row, Yw);
-    point.ImagePtX = table.floatAt(row, x);
-    point.ImagePtY = table.floatAt(row, y);
-    points.push_back(point);
+    points.push_back({.PointId = table.integerAt(row, id),
+                      .Xw = table.floatAt(row, Xw),
+                      .Yw = table.floatAt(row, Yw),
+                      .ImagePtX = table.floatAt(row, x),
+                      .ImagePtY = table.floatAt(row, y)});
   }
   if (points.empty()) {
     failBadInput(located(name, table.header.line, 1, "no points after the header"));
   }
   return points;
+}
+
+std::vector<CalibrationPoint> readPoints(const std::filesystem::path& path) {
+  return parsePoints(nameOf(path), readFile(path));
 }
 
 std::string formatPoints(const std::vector<CalibrationPoint>& points) {

@@ -1,6 +1,7 @@
 // The file of target points: PointId,Xw,Yw,ImagePtX,ImagePtY.
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,9 +10,11 @@
 
 namespace fisheye_calibration::program {
 
-// The points in the order of the lines. The columns are found by their names; further columns are
+// The points in the order of the lines. Columns are found by their names; further columns are
 // ignored. Fails as bad input, naming file, line and column.
 std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_view text);
+
+std::vector<CalibrationPoint> readPoints(const std::filesystem::path& path);
 
 std::string formatPoints(const std::vector<CalibrationPoint>& points);
 

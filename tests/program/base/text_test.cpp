@@ -45,6 +45,11 @@ TEST(Text, ShortestReadsBackAsTheSameFloat) {
   EXPECT_EQ(parseFloat(shortest(1.0f / 3.0f)), 1.0f / 3.0f);
 }
 
+TEST(Text, SignedTermsCanFollowASum) {
+  EXPECT_EQ(signedTerm(8), " + 8");
+  EXPECT_EQ(signedTerm(-8), " - 8");
+}
+
 TEST(Text, MessagesBecomeOneLine) { EXPECT_EQ(onOneLine("  a\n\tb  c \n"), "a b c"); }
 
 }  // namespace

@@ -19,12 +19,8 @@ constexpr Size kImage{960, 720};
 // The sample camera looks straight down: the corrected picture is the world grid already, so the
 // second correction is the identity.
 CalibrationResult goodResult() {
-  CalibrationResult result;
-  result.homographyFound = true;
-  result.param = sampleRecord();
-  result.points = exactPoints({}, {});
-  result.rms = 0.3;
-  return result;
+  return {
+      .homographyFound = true, .param = sampleRecord(), .points = exactPoints({}, {}), .rms = 0.3};
 }
 
 std::vector<Finding> check(const CalibrationResult& result) {
@@ -52,7 +48,7 @@ TEST(ResultChecks, AnErrorOverTwoPixelsIsNotTrusted) {
   EXPECT_EQ(impossible(check(result), FindingKind::kReprojectionError), nullptr);
 }
 
-TEST(ResultChecks, AnErrorThatIsNoNumberIsNotTrusted) {
+TEST(ResultChecks, AnErrorThatIsNotANumberIsNotTrusted) {
   CalibrationResult result = goodResult();
   result.rms = std::numeric_limits<double>::quiet_NaN();
   EXPECT_NE(impossible(check(result), FindingKind::kReprojectionError), nullptr);

@@ -1,15 +1,11 @@
-#include "commands/straighten_command.h"
-
+// straighten from the outside, up to the window, which is tested with the library's function.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <opencv2/imgcodecs.hpp>
-#include <sstream>
 #include <string>
 
-#include "base/failure.h"
+#include "program/support/run_program.h"
 #include "registration/debug_drive.h"
 
 namespace fisheye_calibration::program {
@@ -17,37 +13,31 @@ namespace {
 
 using testing::HasSubstr;
 
-// What opens the window is tested with the library's function.
 class StraightenCommand : public DebugDriveTest {
  protected:
-  int run(const std::string& rows, const std::string& image) {
-    std::ofstream("points.csv") << "PointId,Xw,Yw,ImagePtX,ImagePtY\n" << rows;
-    std::ostringstream out;
-    std::ostringstream messages;
-    try {
-      return runStraighten({"points.csv", image}, out, messages);
-    } catch (const Failure& failure) {
-      failure_ = failure.what();
-      return failure.code();
-    }
+  // With a picture that does not exist.
+  static Outcome run(const std::string& rows) {
+    support::writeBytes("points.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n" + rows);
+    return runProgram({"straighten", "points.csv", "none.png"});
   }
-
-  std::string failure_;
 };
 
-TEST_F(StraightenCommand, AnyOtherNumberOfPointsButFourIsBadInput) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n", "none.png"), kExitBadInput);
-  EXPECT_THAT(failure_, HasSubstr("exactly four"));
+TEST_F(StraightenCommand, AnyOtherNumberOfPointsThanFourIsBadInput) {
+  const Outcome outcome = run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n");
+  EXPECT_EQ(outcome.exitCode, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("exactly four"));
 }
 
-TEST_F(StraightenCommand, DiagonalWithoutLengthIsBadInput) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,0,0\n", "none.png"), kExitBadInput);
-  EXPECT_THAT(failure_, HasSubstr("diagonal"));
+TEST_F(StraightenCommand, ADiagonalWithoutLengthIsBadInput) {
+  const Outcome outcome = run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,0,0\n");
+  EXPECT_EQ(outcome.exitCode, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("diagonal"));
 }
 
-TEST_F(StraightenCommand, MissingPictureIsBadInputAndPreparesNothing) {
-  EXPECT_EQ(run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,1,1\n", "none.png"), kExitBadInput);
-  EXPECT_THAT(failure_, HasSubstr("none.png"));
+TEST_F(StraightenCommand, AMissingPictureIsBadInputAndPreparesNothing) {
+  const Outcome outcome = run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,1,1\n");
+  EXPECT_EQ(outcome.exitCode, 2);
+  EXPECT_THAT(outcome.err, HasSubstr("none.png"));
 #if !defined(_WIN32)
   EXPECT_FALSE(std::filesystem::exists("D:"));
 #endif

@@ -41,19 +41,16 @@ constexpr double kLineTolerance = kTolerance + 0.5;
 
 // The lens at (Xw, Yw), `height` above the bed, tilted by `a` about x, then by `b` about y.
 SyntheticCamera tiltedCamera(double Xw, double Yw, double height, double a, double b) {
-  SyntheticCamera camera;
-  camera.width = kWidth;
-  camera.height = kHeight;
-  camera.focalLength = 280;
-  camera.principalPoint = {322, 238};
-  camera.k0 = 0.01;
-  camera.k1 = -0.05;
   const double ca = std::cos(a);
   const double sa = std::sin(a);
   const double cb = std::cos(b);
   const double sb = std::sin(b);
-  // Ry(b) Rx(a)
-  camera.R = {cb, sb * sa, sb * ca, 0, ca, -sa, -sb, cb * sa, cb * ca};
+  SyntheticCamera camera = {.width = kWidth,
+                            .height = kHeight,
+                            .focalLength = 280,
+                            .principalPoint = {322, 238},
+                            // Ry(b) Rx(a)
+                            .R = {cb, sb * sa, sb * ca, 0, ca, -sa, -sb, cb * sa, cb * ca}};
   for (std::size_t i = 0; i < 3; ++i) {  // T = -R C, C = (Xw, Yw, -height)
     camera.T[i] = -(camera.R[3 * i] * Xw + camera.R[3 * i + 1] * Yw - camera.R[3 * i + 2] * height);
   }
@@ -68,7 +65,7 @@ SyntheticCamera cameraOf(const std::string& side) {
 // The exact points of the bed's 21 x 9 corners, 50 apart, of which the solver does not diverge: up
 // to 300 px from the middle, where half the width is 320.
 std::vector<CalibrationPoint> pointsOf(const SyntheticCamera& camera) {
-  const SyntheticTarget corners = {Pattern::kChessboard, 21, 9, 50, true};
+  const SyntheticTarget corners = {.columns = 21, .rows = 9, .spacing = 50};
   std::vector<CalibrationPoint> points = exactPoints(camera, corners);
   std::erase_if(points, [](const CalibrationPoint& point) {
     const double x = static_cast<double>(point.ImagePtX) - kWidth * 0.5;
@@ -127,20 +124,20 @@ class TiltedPair : public testing::Test {
   void SetUp() override {
     for (const std::string side : {"left", "right"}) {
       const SyntheticCamera camera = cameraOf(side);
-      ASSERT_TRUE(cv::imwrite(folder.path(side + ".png"), drawMarkers(camera)));
-      ASSERT_TRUE(cv::imwrite(folder.path(side + "-plain.png"),
+      ASSERT_TRUE(cv::imwrite(folder.file(side + ".png"), drawMarkers(camera)));
+      ASSERT_TRUE(cv::imwrite(folder.file(side + "-plain.png"),
                               cv::Mat(kHeight, kWidth, CV_8UC1, cv::Scalar(128))));
-      folder.write(side + ".csv", formatPoints(pointsOf(camera)));
+      writeFile(folder, side + ".csv", formatPoints(pointsOf(camera)));
       const Outcome run =
-          runProgram({"calibrate", folder.path(side + ".csv"), "--image-size", "640x480",
-                      "--corrected-size", "1280x960", "-o", folder.path(side + ".ini")});
+          runProgram({"calibrate", folder.file(side + ".csv"), "--image-size", "640x480",
+                      "--corrected-size", "1280x960", "-o", folder.file(side + ".ini")});
       ASSERT_EQ(run.exitCode, 0) << run.err;
     }
   }
 
   std::string files(const std::string& side, const std::string& frame) const {
-    return folder.path(side + frame + ".png") + "," + folder.path(side + ".ini") + "," +
-           folder.path(side + ".csv");
+    return folder.file(side + frame + ".png") + "," + folder.file(side + ".ini") + "," +
+           folder.file(side + ".csv");
   }
 
   cv::Mat stitch(const std::string& frame, const std::vector<std::string>& further = {}) {
@@ -154,7 +151,7 @@ class TiltedPair : public testing::Test {
   }
 
   double valueOf(const std::string& key) const {
-    const std::string text = contents(dual);
+    const std::string text = support::bytesOf(dual);
     const std::size_t at = text.find(key + "=");
     EXPECT_NE(at, std::string::npos) << key;
     return std::stod(text.substr(at + key.size() + 1));
@@ -176,9 +173,9 @@ class TiltedPair : public testing::Test {
     return place - cv::Point2d(shift("DatumPtXw"), shift("DatumPtYw"));
   }
 
-  TemporaryFolder folder;
-  std::string canvas = folder.path("bed.png");
-  std::string dual = folder.path("dual.ini");
+  support::TemporaryFolder folder;
+  std::string canvas = folder.file("bed.png");
+  std::string dual = folder.file("dual.ini");
   Outcome outcome{};
 };
 

@@ -40,7 +40,7 @@ std::vector<GridPoint> relabelled(const std::function<cv::Point2d(cv::Point2d)>&
   return grid;
 }
 
-TEST(GridOrientation, RightGridsStay) { expectTrueGrid(orientGrid(trueGrid())); }
+TEST(GridOrientation, CorrectGridsStay) { expectTrueGrid(orientGrid(trueGrid())); }
 
 TEST(GridOrientation, HalfTurnsAreUndone) {
   expectTrueGrid(

@@ -42,8 +42,8 @@ TEST_P(RealPhotos, GiveThePointsFoundBeforeInTheSameOrder) {
   if (!std::filesystem::exists(picture)) {
     GTEST_SKIP() << "no photos in " << folder;
   }
-  const auto expected =
-      parsePoints(photo.name, contents((folder / (std::string(photo.name) + ".csv")).string()));
+  const auto expected = parsePoints(
+      photo.name, support::bytesOf((folder / (std::string(photo.name) + ".csv")).string()));
   const auto found =
       detectTarget(readGreyPicture(picture.string()),
                    {TargetKind::kChessboard, photo.columns, photo.rows}, [](const std::string&) {});

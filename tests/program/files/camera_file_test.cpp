@@ -51,7 +51,7 @@ TEST(CameraFile, KeysOfAnotherSectionDoNotCount) {
   EXPECT_THAT(inspectCameraText("c.ini", text), ElementsAre(HasSubstr("fx, fy, skewness")));
 }
 
-TEST(CameraFile, ValuesThatAreNoNumbersAreToldWithTheirPlace) {
+TEST(CameraFile, InvalidNumbersAreReportedWithTheirPlace) {
   std::string text = completeText("1");
   text.replace(text.find("v0=1"), 4, "v0 = 1,5");
   EXPECT_THAT(inspectCameraText("c.ini", text),
@@ -59,14 +59,14 @@ TEST(CameraFile, ValuesThatAreNoNumbersAreToldWithTheirPlace) {
 }
 
 TEST(CameraFile, SavingKeepsOtherSectionsAndComments) {
-  const TemporaryFolder folder;
-  const std::string path = folder.write("c.ini", "; mine\n[Other]\nq=1\n");
+  const support::TemporaryFolder folder;
+  const std::string path = writeFile(folder, "c.ini", "; mine\n[Other]\nq=1\n");
   OutputFiles files;
   stageCamera(files, path, sampleRecord());
-  EXPECT_EQ(contents(path), "; mine\n[Other]\nq=1\n");
+  EXPECT_EQ(support::bytesOf(path), "; mine\n[Other]\nq=1\n");
   files.commit();
-  EXPECT_THAT(contents(path), HasSubstr("; mine"));
-  EXPECT_THAT(contents(path), HasSubstr("q=1"));
+  EXPECT_THAT(support::bytesOf(path), HasSubstr("; mine"));
+  EXPECT_THAT(support::bytesOf(path), HasSubstr("q=1"));
   const CameraFile camera = loadCamera(path);
   EXPECT_THAT(camera.complaints, IsEmpty());
   EXPECT_EQ(camera.param.fx, 300.0f);

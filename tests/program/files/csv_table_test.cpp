@@ -32,7 +32,7 @@ TEST(CsvTable, ByteOrderMarkCrlfBlankLinesAndBlanksDoNotCount) {
   EXPECT_EQ(table.integerAt(table.rows[1], table.require("a")), 3);
 }
 
-TEST(CsvTable, AMissingHeaderNameIsTold) {
+TEST(CsvTable, AMissingHeaderNameIsReported) {
   const CsvTable table = parseCsv("t.csv", "\na,b\n");
   try {
     table.require("c");
@@ -42,16 +42,16 @@ TEST(CsvTable, AMissingHeaderNameIsTold) {
   }
 }
 
-TEST(CsvTable, ADoubledHeaderNameIsTold) {
+TEST(CsvTable, ADuplicateHeaderNameIsReported) {
   EXPECT_EQ(failureOf("a,b,A\n"), "t.csv:1:5: column \"A\" is there twice");
 }
 
-TEST(CsvTable, ARowOfAnotherLengthIsTold) {
+TEST(CsvTable, ARowOfAnotherLengthIsReported) {
   EXPECT_EQ(failureOf("a,b\n1,2\n3\n"), "t.csv:3:1: 1 value where the header names 2");
   EXPECT_EQ(failureOf("a,b\n1, 2, 3\n"), "t.csv:2:7: 3 values where the header names 2");
 }
 
-TEST(CsvTable, WhatIsNoNumberIsToldWithLineAndColumn) {
+TEST(CsvTable, InvalidNumbersAreReportedWithLineAndColumn) {
   const CsvTable table = parseCsv("t.csv", "a,b\n1,  x\n1,\n\"1\",nan\n");
   const auto complaint = [&](std::size_t row, std::size_t field) -> std::string {
     try {
@@ -72,7 +72,7 @@ TEST(CsvTable, ColumnsCountCharactersNotBytes) {
   EXPECT_EQ(table.rows.at(0).fields.at(1).column, 4);
 }
 
-TEST(CsvTable, EmptyAndForeignFilesAreTold) {
+TEST(CsvTable, EmptyAndForeignFilesAreReported) {
   EXPECT_EQ(failureOf(""), "t.csv:1:1: the file is empty");
   EXPECT_EQ(failureOf("\r\n \n"), "t.csv:1:1: the file is empty");
   EXPECT_EQ(failureOf(std::string("a\0b", 3)), "t.csv:1:1: not a text file");

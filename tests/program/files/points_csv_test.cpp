@@ -25,7 +25,7 @@ TEST(PointsCsv, FurtherColumnsAreIgnored) {
   EXPECT_EQ(points.at(0).ImagePtY, 5.0f);
 }
 
-TEST(PointsCsv, AFileWithoutPointsIsTold) {
+TEST(PointsCsv, AFileWithoutPointsIsReported) {
   try {
     parsePoints("p.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n");
     FAIL();
@@ -35,12 +35,8 @@ TEST(PointsCsv, AFileWithoutPointsIsTold) {
 }
 
 TEST(PointsCsv, WhatIsWrittenIsReadBack) {
-  CalibrationPoint point{};
-  point.PointId = 12;
-  point.Xw = 0.1f;
-  point.Yw = -1e-4f;
-  point.ImagePtX = 1234.5678f;
-  point.ImagePtY = 0.25f;
+  const CalibrationPoint point = {
+      .PointId = 12, .Xw = 0.1f, .Yw = -1e-4f, .ImagePtX = 1234.5678f, .ImagePtY = 0.25f};
   const auto back = parsePoints("p.csv", formatPoints({point})).at(0);
   EXPECT_EQ(back.PointId, 12);
   EXPECT_EQ(back.Xw, point.Xw);
@@ -50,10 +46,7 @@ TEST(PointsCsv, WhatIsWrittenIsReadBack) {
 }
 
 TEST(PointsCsv, ResidualsHoldTheLengthOfTheError) {
-  CalibrationPoint point{};
-  point.PointId = 1;
-  point.ReprojErrX = 3;
-  point.ReprojErrY = -4;
+  const CalibrationPoint point = {.PointId = 1, .ReprojErrX = 3, .ReprojErrY = -4};
   EXPECT_EQ(formatResiduals({point}),
             "PointId,Xw,Yw,ImagePtX,ImagePtY,ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n"
             "1,0,0,0.0000,0.0000,0.0000,0.0000,3.0000,-4.0000,5.0000\n");

@@ -1,7 +1,9 @@
 // Two cameras that look straight down on one bed, with their exact records.
 #pragma once
 
+#include "base/frame_buffer.h"
 #include "fisheye_calibration.h"
+#include "geometry/stitch_pair.h"
 #include "program/support/sample_record.h"
 #include "program/support/synthetic_target.h"
 
@@ -9,14 +11,12 @@ namespace fisheye_calibration::program {
 
 // A camera that looks straight down on (Xw, 130) from 170 above, at 240 x 180 px.
 inline SyntheticCamera cameraOver(double Xw) {
-  SyntheticCamera camera;
-  camera.width = 240;
-  camera.height = 180;
-  camera.focalLength = 85;
-  camera.principalPoint = {120, 90};
-  camera.R = {1, 0, 0, 0, 1, 0, 0, 0, 1};
-  camera.T = {-Xw, -130, 170};
-  return camera;
+  return {.width = 240,
+          .height = 180,
+          .focalLength = 85,
+          .principalPoint = {120, 90},
+          .R = {1, 0, 0, 0, 1, 0, 0, 0, 1},
+          .T = {-Xw, -130, 170}};
 }
 
 // Its exact record: 2 world units a pixel.
@@ -34,6 +34,17 @@ inline FishEyeCalibrationParam recordOver(double Xw) {
 }
 
 // Points at a spacing of 50 from the world's origin; 14 x 6 of them.
-inline const SyntheticTarget kBoard = {Pattern::kChessboard, 14, 6, 50, true};
+inline const SyntheticTarget kBoard = {.columns = 14, .rows = 6, .spacing = 50};
+
+inline StitchCamera stitchCamera(double Xw) {
+  return {.cameraName = "c.ini",
+          .pointsName = "p.csv",
+          .frame = blankBuffer({240, 180}, 8),
+          .param = recordOver(Xw),
+          .points = exactPoints(cameraOver(Xw), kBoard)};
+}
+
+// Cameras over Xw = 160 and 260, whose views overlap.
+inline StitchPair overheadPair() { return {stitchCamera(160), stitchCamera(260)}; }
 
 }  // namespace fisheye_calibration::program

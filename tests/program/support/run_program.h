@@ -1,30 +1,12 @@
 // Runs the built program as a user would.
 #pragma once
 
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "support/temporary_folder.h"
+
 namespace fisheye_calibration::program {
-
-// A folder of its own for a test, removed afterwards.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  ~TemporaryFolder();
-
-  std::string path(const std::string& name) const { return (folder_ / name).string(); }
-  std::string write(const std::string& name, const std::string& text) const;  // gives the path
-  std::vector<std::string> names() const;  // of the files, sorted
-
- private:
-  std::filesystem::path folder_;
-};
-
-std::string contents(const std::string& path);
-bool exists(const std::string& path);
 
 struct Outcome {
   int exitCode;
@@ -33,5 +15,12 @@ struct Outcome {
 };
 
 Outcome runProgram(const std::vector<std::string>& arguments, const std::string& input = "");
+
+// Writes a file in the folder and returns its path.
+std::string writeFile(const support::TemporaryFolder& folder, const std::string& name,
+                      const std::string& text);
+
+// Names of the files in the folder, sorted.
+std::vector<std::string> namesIn(const support::TemporaryFolder& folder);
 
 }  // namespace fisheye_calibration::program

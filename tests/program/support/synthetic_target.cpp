@@ -100,13 +100,11 @@ std::vector<CalibrationPoint> exactPoints(const SyntheticCamera& camera,
       const double Xw = target.spacing * (staggered ? 2 * c + r % 2 : c);
       const double Yw = target.spacing * r;
       const cv::Point2d image = camera.project(Xw, Yw);
-      CalibrationPoint point{};
-      point.PointId = static_cast<int>(points.size()) + 1;
-      point.Xw = static_cast<float>(Xw);
-      point.Yw = static_cast<float>(Yw);
-      point.ImagePtX = static_cast<float>(image.x);
-      point.ImagePtY = static_cast<float>(image.y);
-      points.push_back(point);
+      points.push_back({.PointId = static_cast<int>(points.size()) + 1,
+                        .Xw = static_cast<float>(Xw),
+                        .Yw = static_cast<float>(Yw),
+                        .ImagePtX = static_cast<float>(image.x),
+                        .ImagePtY = static_cast<float>(image.y)});
     }
   }
   return points;

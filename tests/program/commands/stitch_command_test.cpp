@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 #include <sstream>
 #include <string>
@@ -17,7 +18,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class StitchProgram : public testing::Test {
+class StitchCommand : public testing::Test {
  protected:
   void SetUp() override {
     writeCamera("l", 160);
@@ -26,14 +27,14 @@ class StitchProgram : public testing::Test {
 
   void writeCamera(const std::string& name, double Xw) const {
     const SyntheticCamera camera = cameraOver(Xw);
-    ASSERT_TRUE(cv::imwrite(folder.path(name + ".png"), drawTarget(camera, kBoard)));
-    SaveCalibrationParam(folder.path(name + ".ini").c_str(), recordOver(Xw));
-    folder.write(name + ".csv", formatPoints(exactPoints(camera, kBoard)));
+    ASSERT_TRUE(cv::imwrite(folder.file(name + ".png"), drawTarget(camera, kBoard)));
+    SaveCalibrationParam(folder.file(name + ".ini").c_str(), recordOver(Xw));
+    writeFile(folder, name + ".csv", formatPoints(exactPoints(camera, kBoard)));
   }
 
   std::string files(const std::string& name) const {
-    return folder.path(name + ".png") + "," + folder.path(name + ".ini") + "," +
-           folder.path(name + ".csv");
+    return folder.file(name + ".png") + "," + folder.file(name + ".ini") + "," +
+           folder.file(name + ".csv");
   }
 
   Outcome stitch(const std::vector<std::string>& further = {}) const {
@@ -69,25 +70,25 @@ class StitchProgram : public testing::Test {
     }
   }
 
-  TemporaryFolder folder;
-  std::string canvas = folder.path("bed.png");
-  std::string dual = folder.path("dual.ini");
+  support::TemporaryFolder folder;
+  std::string canvas = folder.file("bed.png");
+  std::string dual = folder.file("dual.ini");
 };
 
-TEST_F(StitchProgram, BothCamerasContentLiesWhereTheRecordSays) {
-  const Outcome run = stitch({"--seam", folder.path("seam.png")});
+TEST_F(StitchCommand, ContentOfBothCamerasLiesWhereTheRecordSays) {
+  const Outcome run = stitch({"--seam", folder.file("seam.png")});
   ASSERT_EQ(run.exitCode, 0) << run.err;
   const cv::Mat picture = cv::imread(canvas, cv::IMREAD_UNCHANGED);
   ASSERT_EQ(picture.type(), CV_8UC1);
   expectBoard(picture, 0, 13);
   EXPECT_THAT(run.out, HasSubstr("Agreement at 84 shared points"));
   EXPECT_THAT(run.err, Not(HasSubstr("warning")));
-  const cv::Mat seam = cv::imread(folder.path("seam.png"), cv::IMREAD_UNCHANGED);
+  const cv::Mat seam = cv::imread(folder.file("seam.png"), cv::IMREAD_UNCHANGED);
   EXPECT_EQ(seam.size(), picture.size());
   EXPECT_EQ(seam.type(), CV_8UC3);
 }
 
-TEST_F(StitchProgram, ACropKeepsItsRecordTrue) {
+TEST_F(StitchCommand, TheRecordOfACropIsCorrect) {
   const Outcome run = stitch({"--crop", "120,100,300x152"});
   ASSERT_EQ(run.exitCode, 0) << run.err;
   const cv::Mat picture = cv::imread(canvas, cv::IMREAD_UNCHANGED);
@@ -101,7 +102,7 @@ TEST_F(StitchProgram, ACropKeepsItsRecordTrue) {
   expectBoard(picture, 8, 9);
 }
 
-TEST_F(StitchProgram, MapComesBackFromTheStitchedPicture) {
+TEST_F(StitchCommand, MapComesBackFromTheStitchedPicture) {
   ASSERT_EQ(stitch().exitCode, 0);
   const Outcome run = runProgram({"map", "--dual", dual, "--from", "stitched", "--to", "world"},
                                  "PointId,x,y\n7,240,180\n8,250,170\n");
@@ -109,7 +110,7 @@ TEST_F(StitchProgram, MapComesBackFromTheStitchedPicture) {
   EXPECT_EQ(run.out, "PointId,Xw,Yw\n7,160,130\n8,180,110\n");
 }
 
-TEST_F(StitchProgram, MapRefusesWhatADualRecordDoesNotGive) {
+TEST_F(StitchCommand, MapRefusesWhatADualRecordDoesNotGive) {
   ASSERT_EQ(stitch().exitCode, 0);
   const auto map = [&](const std::vector<std::string>& arguments) {
     std::vector<std::string> all = {"map"};
@@ -120,41 +121,41 @@ TEST_F(StitchProgram, MapRefusesWhatADualRecordDoesNotGive) {
   EXPECT_EQ(raw.exitCode, 2);
   EXPECT_THAT(raw.err, HasSubstr("world to stitched and stitched to world only"));
   EXPECT_EQ(map({"--dual", dual, "--from", "stitched", "--to", "raw", "1", "2"}).exitCode, 2);
-  EXPECT_EQ(map({"--camera", folder.path("l.ini"), "--from", "world", "--to", "stitched", "1", "2"})
+  EXPECT_EQ(map({"--camera", folder.file("l.ini"), "--from", "world", "--to", "stitched", "1", "2"})
                 .exitCode,
             2);
   EXPECT_EQ(map({"--from", "world", "--to", "raw", "1", "2"}).exitCode, 2);
-  EXPECT_EQ(map({"--dual", folder.path("l.ini"), "--from", "world", "--to", "stitched", "1", "2"})
+  EXPECT_EQ(map({"--dual", folder.file("l.ini"), "--from", "world", "--to", "stitched", "1", "2"})
                 .exitCode,
             2);
 }
 
-TEST_F(StitchProgram, AFractionOfTheDatumIsToldToBeLost) {
+TEST_F(StitchCommand, ALostFractionOfTheDatumIsReported) {
   FishEyeCalibrationParam param = recordOver(160);
   param.DatumPtXw = 160.5f;
-  SaveCalibrationParam(folder.path("l.ini").c_str(), param);
+  SaveCalibrationParam(folder.file("l.ini").c_str(), param);
   EXPECT_THAT(stitch().err, HasSubstr("DatumPtXw is 160.5, but the library reads it back as 160"));
 }
 
-TEST_F(StitchProgram, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
+TEST_F(StitchCommand, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
   auto points = exactPoints(cameraOver(260), kBoard);
   points.resize(3);
-  folder.write("r.csv", formatPoints(points));
+  writeFile(folder, "r.csv", formatPoints(points));
   const Outcome run = stitch();
   EXPECT_EQ(run.exitCode, 2);
   EXPECT_THAT(run.err, HasSubstr("3 points are shared"));
-  EXPECT_FALSE(exists(canvas));
-  EXPECT_FALSE(exists(dual));
+  EXPECT_FALSE(std::filesystem::exists(canvas));
+  EXPECT_FALSE(std::filesystem::exists(dual));
 }
 
-TEST_F(StitchProgram, BadUsageExitsWithTwo) {
+TEST_F(StitchCommand, BadUsageIsRefused) {
   const std::vector<std::vector<std::string>> wrong = {
       {"--crop", "0,0,301x152"},
       {"--crop", "0,0"},
       {"--crop", "-4,0,300x152"},
       {"--crop", "400,0,300x152"},
       {"--seam", canvas},
-      {"--seam", folder.path("s.ini")},
+      {"--seam", folder.file("s.ini")},
       {"--grid", "0"},
       {"--grid", "7"},
   };
@@ -165,7 +166,7 @@ TEST_F(StitchProgram, BadUsageExitsWithTwo) {
       runProgram({"stitch", "--left", "a,b", "--right", files("r"), "-o", canvas, "--dual", dual})
           .exitCode,
       2);
-  EXPECT_FALSE(exists(canvas));
+  EXPECT_FALSE(std::filesystem::exists(canvas));
 }
 
 }  // namespace
