@@ -17,6 +17,8 @@ function(fisheye_calibration_compile_settings target)
     # GCC 12's superword vectoriser drops the rounding of double -> float -> double for adjacent
     # stores, and thereby the 32-bit precision that results must have.
     list(APPEND options $<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize>)
+    # GCC warns of the fields that designated initialisers leave out, which is what they are for.
+    list(APPEND options $<$<CXX_COMPILER_ID:GNU>:-Wno-missing-field-initializers>)
   endif()
   if(MINGW)
     # On 64-bit Windows GCC aligns the stack to 16 bytes only, yet stores 32- and 64-byte vectors there

@@ -8,18 +8,21 @@
 
 namespace {
 
-// The result may be off by so much at the worst place of the bed, pixels.
-constexpr double tolerance = 0.5;
+// How far the result may be off at the worst place on the bed, pixels.
+constexpr double kTolerance = 0.5;
 
-// Standard normal numbers that are the same with every standard library: its engines' sequences are
-// fixed by the language, its distributions' are not. Sum of twelve uniform numbers minus six.
+// Standard normal numbers that are the same with every standard library: the language fixes the
+// sequences of its engines, but not those of its distributions. Sum of twelve uniform numbers minus
+// six.
 class Noise {
  public:
   explicit Noise(unsigned seed) : engine_(seed) {}
 
   double next() {
     double sum = -6;
-    for (int i = 0; i < 12; ++i) sum += static_cast<double>(engine_()) / 4294967296.0;
+    for (int i = 0; i < 12; ++i) {
+      sum += static_cast<double>(engine_()) / 4294967296.0;
+    }
     return sum;
   }
 
@@ -31,12 +34,15 @@ struct Vector {
   double x, y, z;
 };
 
-// v turned by the rotation vector -(Rx, Ry, Rz), from the camera's frame to the bed's: Rodrigues'
+Rotation rotationOf(const FishEyeCalibrationParam& camera) {
+  return {camera.Rx, camera.Ry, camera.Rz};
+}
+
+// v turned by the negative rotation vector, from the camera's frame to the bed's: Rodrigues'
 // formula.
-Vector toBed(const FishEyeCalibrationParam& camera, const Vector& v) {
-  const double angle = std::sqrt(
-      static_cast<double>(camera.Rx * camera.Rx + camera.Ry * camera.Ry + camera.Rz * camera.Rz));
-  const Vector a = {-camera.Rx / angle, -camera.Ry / angle, -camera.Rz / angle};
+Vector toBed(const Rotation& r, const Vector& v) {
+  const double angle = std::sqrt(static_cast<double>(r.Rx * r.Rx + r.Ry * r.Ry + r.Rz * r.Rz));
+  const Vector a = {-r.Rx / angle, -r.Ry / angle, -r.Rz / angle};
   const double c = std::cos(angle);
   const double s = std::sin(angle);
   const double along = (1 - c) * (a.x * v.x + a.y * v.y + a.z * v.z);
@@ -63,7 +69,7 @@ bool withinReach(const KnownCamera& camera, const Pixel& at) {
          std::hypot(x - camera.width * 0.5, y - camera.height * 0.5) <= camera.reach;
 }
 
-// What the camera sees at a place of its image.
+// What the camera sees at a place in its image.
 double brightness(const FishEyeCalibrationParam& camera, const Bed& bed, double column,
                   double row) {
   const double x = (column - static_cast<double>(camera.u0)) / static_cast<double>(camera.fx);
@@ -75,8 +81,9 @@ double brightness(const FishEyeCalibrationParam& camera, const Bed& bed, double 
              (1 + theta * (2 * camera.k0 + 3 * camera.k1 * theta));
   }
   const double side = thetaD > 0 ? std::sin(theta) / thetaD : 1;
-  const Vector ray = toBed(camera, {x * side, y * side, std::cos(theta)});
-  const Vector centre = toBed(camera, {-camera.Tx, -camera.Ty, -camera.Tz});
+  const Rotation rotation = rotationOf(camera);
+  const Vector ray = toBed(rotation, {x * side, y * side, std::cos(theta)});
+  const Vector centre = toBed(rotation, {-camera.Tx, -camera.Ty, -camera.Tz});
   const double length = -centre.z / ray.z;
   const double tileX = std::floor((centre.x + length * ray.x) / static_cast<double>(bed.spacing));
   const double tileY = std::floor((centre.y + length * ray.y) / static_cast<double>(bed.spacing));
@@ -92,25 +99,33 @@ unsigned char pixelBrightness(const FishEyeCalibrationParam& camera, const Bed& 
                               int row) {
   double sum = 0;
   for (const double dx : {-0.25, 0.25}) {
-    for (const double dy : {-0.25, 0.25}) sum += brightness(camera, bed, column + dx, row + dy);
+    for (const double dy : {-0.25, 0.25}) {
+      sum += brightness(camera, bed, column + dx, row + dy);
+    }
   }
   return static_cast<unsigned char>(sum / 4);
 }
 
-// How far two cameras put a point of the bed apart, at the worst place that the first one can
-// measure: pixels.
+// How far apart two cameras put a point of the bed, at the worst place that the first one can
+// measure, pixels.
 double largestDifference(const KnownCamera& camera, const FishEyeCalibrationParam& other,
                          const Bed& bed) {
   double largest = 0;
   for (float Yw = 0; Yw <= static_cast<float>(bed.rows - 1) * bed.spacing; Yw += 5) {
     for (float Xw = 0; Xw <= static_cast<float>(bed.columns - 1) * bed.spacing; Xw += 5) {
       const Pixel a = seenAt(camera.param, Xw, Yw);
-      if (!withinReach(camera, a)) continue;
+      if (!withinReach(camera, a)) {
+        continue;
+      }
       const Pixel b = seenAt(other, Xw, Yw);
       const double distance =
           std::hypot(static_cast<double>(a.x - b.x), static_cast<double>(a.y - b.y));
-      if (!(distance <= largest)) largest = distance;  // what is not a number is kept
-      if (std::isnan(largest)) return largest;
+      if (!(distance <= largest)) {
+        largest = distance;  // keeps what is not a number
+      }
+      if (std::isnan(largest)) {
+        return largest;
+      }
     }
   }
   return largest;
@@ -121,7 +136,7 @@ void printRow(const char* name, double expected, double actual, int decimals, co
               decimals, actual - expected, unit);
 }
 
-void printBeside(const FishEyeCalibrationParam& a, const FishEyeCalibrationParam& b) {
+void printComparison(const FishEyeCalibrationParam& a, const FishEyeCalibrationParam& b) {
   std::printf("  %-4s %14s %14s %14s\n", "", "truth", "result", "difference");
   const struct {
     const char* name;
@@ -147,20 +162,17 @@ void printBeside(const FishEyeCalibrationParam& a, const FishEyeCalibrationParam
 
 }  // namespace
 
-void mount(FishEyeCalibrationParam& camera, double Xw, double Yw, double height, float Rx, float Ry,
-           float Rz) {
+FishEyeCalibrationParam mounted(FishEyeCalibrationParam camera, double Xw, double Yw, double height,
+                                const Rotation& rotation) {
   // T = -R C with the lens at C = (Xw, Yw, -height); R turns by +(Rx, Ry, Rz).
-  FishEyeCalibrationParam back = camera;
-  back.Rx = -Rx;
-  back.Ry = -Ry;
-  back.Rz = -Rz;
-  const Vector T = toBed(back, {-Xw, -Yw, height});
-  camera.Rx = Rx;
-  camera.Ry = Ry;
-  camera.Rz = Rz;
+  const Vector T = toBed({-rotation.Rx, -rotation.Ry, -rotation.Rz}, {-Xw, -Yw, height});
+  camera.Rx = rotation.Rx;
+  camera.Ry = rotation.Ry;
+  camera.Rz = rotation.Rz;
   camera.Tx = static_cast<float>(T.x);
   camera.Ty = static_cast<float>(T.y);
   camera.Tz = static_cast<float>(T.z);
+  return camera;
 }
 
 bool writePoints(const std::string& path, const KnownCamera& camera, const Bed& bed) {
@@ -172,9 +184,11 @@ bool writePoints(const std::string& path, const KnownCamera& camera, const Bed& 
       const float Xw = static_cast<float>(column) * bed.spacing;
       const float Yw = static_cast<float>(row) * bed.spacing;
       const Pixel at = seenAt(camera.param, Xw, Yw);
-      if (!withinReach(camera, at)) continue;
-      const double measuredX = static_cast<double>(at.x) + noise * random.next();
-      const double measuredY = static_cast<double>(at.y) + noise * random.next();
+      if (!withinReach(camera, at)) {
+        continue;
+      }
+      const double measuredX = static_cast<double>(at.x) + kNoise * random.next();
+      const double measuredY = static_cast<double>(at.y) + kNoise * random.next();
       file << row * bed.columns + column + 1 << "," << Xw << "," << Yw << "," << measuredX << ","
            << measuredY << "\n";
     }
@@ -198,10 +212,12 @@ bool writeFrame(const std::string& path, const KnownCamera& camera, const Bed& b
 bool compare(const std::string& iniPath, const KnownCamera& camera, const Bed& bed) {
   FishEyeCalibrationParam result = FishEyeCalibrationParam();
   LoadCalibrationParam(iniPath.c_str(), result);
-  printBeside(camera.param, result);
+  printComparison(camera.param, result);
   const double difference = largestDifference(camera, result, bed);
   std::printf("Largest difference between truth and result on the bed: %.3f px\n", difference);
-  if (difference <= tolerance) return true;
-  std::fprintf(stderr, "%s: more than %.3f px from the truth\n", iniPath.c_str(), tolerance);
+  if (difference <= kTolerance) {
+    return true;
+  }
+  std::fprintf(stderr, "%s: more than %.3f px from the truth\n", iniPath.c_str(), kTolerance);
   return false;
 }

@@ -1,12 +1,13 @@
-// Cameras that are known exactly over a tiled bed: the points that they see, their pictures, and
-// how far a calibration ended up from the truth.
+// Cameras over a tiled bed whose parameters are known exactly: the points that they see, their
+// pictures, and how far a calibration is off the truth.
 #pragma once
 
 #include <fisheye_calibration.h>
 
 #include <string>
 
-// Tiles like a chessboard; the target's points are the tiles' corners, from the world's origin on.
+// Tiled like a chessboard. The target's points are the corners of the tiles; the first lies at the
+// world's origin.
 struct Bed {
   int columns;  // of points
   int rows;
@@ -21,20 +22,28 @@ struct KnownCamera {
   unsigned seed;  // of the measurement's noise
 };
 
-// How badly the points are measured: standard deviation in x and in y, pixels.
-constexpr double noise = 0.1;
+// Standard deviation of the measured points in x and in y, pixels.
+constexpr double kNoise = 0.1;
 
-// Sets the pose of a camera with its lens at (Xw, Yw), `height` above the bed, turned out of the
-// straight look down by the rotation vector (Rx, Ry, Rz).
-void mount(FishEyeCalibrationParam& camera, double Xw, double Yw, double height, float Rx, float Ry,
-           float Rz);
+// A rotation vector, radians.
+struct Rotation {
+  float Rx;
+  float Ry;
+  float Rz;
+};
 
-// The points within the camera's reach, measured with noise; PointId counts row by row over the
-// whole bed. False if the file cannot be written.
+// The camera with its lens at (Xw, Yw), `height` above the bed, turned by `rotation` from looking
+// straight down.
+FishEyeCalibrationParam mounted(FishEyeCalibrationParam camera, double Xw, double Yw, double height,
+                                const Rotation& rotation);
+
+// Writes the points within the camera's reach, measured with noise; PointId counts row by row over
+// the whole bed. False if the file cannot be written.
 bool writePoints(const std::string& path, const KnownCamera& camera, const Bed& bed);
 
-// The camera's picture, PGM: the tiles, black and white, in a grey room.
+// Writes the camera's picture as PGM: the tiles, black and white, in a grey room.
 bool writeFrame(const std::string& path, const KnownCamera& camera, const Bed& bed);
 
-// Prints truth beside result. False if they put a point that the camera can measure too far apart.
+// Prints truth and result side by side. False if they put a point that the camera can measure too
+// far apart.
 bool compare(const std::string& iniPath, const KnownCamera& camera, const Bed& bed);

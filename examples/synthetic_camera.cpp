@@ -1,68 +1,40 @@
-// A camera that is known exactly, over a bed: writes the points that it sees, and compares what a
-// calibration made of them with the truth.
+// A camera over a bed whose parameters are known exactly: writes the points that it sees, and
+// compares what a calibration made of them with the truth.
 //   synthetic-camera points POINTS.csv     the points, with noise
 //   synthetic-camera frame PICTURE.pgm     its picture of the bed, tiled like a chessboard
 //   synthetic-camera size                  its image size, WIDTHxHEIGHT
-//   synthetic-camera compare CAMERA.ini    truth beside result; exit code 1 if they are far apart
-#include <cstdio>
-#include <iostream>
+//   synthetic-camera compare CAMERA.ini    truth and result; exit code 1 if they are far apart
 #include <string>
-#include <vector>
 
-#include "synthetic_bed.h"
+#include "synthetic_main.h"
 
 namespace {
 
-constexpr Bed bed = {13, 9, 50};
+constexpr Bed kBed = {.columns = 13, .rows = 9, .spacing = 50};
 
-// Mounted 161 mm over a 600 mm x 400 mm bed, off its middle by 114 mm and tilted back by 17
-// degrees.
-KnownCamera knownCamera() {
-  FishEyeCalibrationParam param = FishEyeCalibrationParam();
-  param.u0 = 968.5f;
-  param.v0 = 533.25f;
-  param.fx = 640.0f;
-  param.fy = 638.0f;
-  param.k0 = 0.015;
-  param.k1 = -0.06;
-  param.Rx = -0.3f;
-  param.Ry = 0.05f;
-  param.Rz = 0.02f;
-  param.Tx = -300.0f;
-  param.Ty = -255.0f;
-  param.Tz = 262.0f;
-  return {param, 1920, 1080, 960, 20240229};
-}
-
-int usage() {
-  std::cerr << "usage: synthetic-camera points CSV | frame PGM | size | compare INI\n";
-  return 2;
-}
+// 161 mm above a bed of 600 mm x 400 mm, 114 mm off its middle and tilted back by 17 degrees.
+constexpr FishEyeCalibrationParam kCamera = {.u0 = 968.5f,
+                                             .v0 = 533.25f,
+                                             .fx = 640.0f,
+                                             .fy = 638.0f,
+                                             .k0 = 0.015,
+                                             .k1 = -0.06,
+                                             .Rx = -0.3f,
+                                             .Ry = 0.05f,
+                                             .Rz = 0.02f,
+                                             .Tx = -300.0f,
+                                             .Ty = -255.0f,
+                                             .Tz = 262.0f};
 
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
-  const std::vector<std::string> words(arguments + 1, arguments + argumentCount);
-  if (words.empty()) return usage();
-  const KnownCamera camera = knownCamera();
-  if (words.size() == 1 && words[0] == "size") {
-    std::cout << camera.width << "x" << camera.height << "\n";
-    return 0;
-  }
-  if (words.size() != 2) return usage();
-  if (words[0] == "compare") {
-    std::printf("Synthetic camera, %d points, noise %.2f px in x and y\n", bed.columns * bed.rows,
-                noise);
-    return compare(words[1], camera, bed) ? 0 : 1;
-  }
-  bool written = false;
-  if (words[0] == "points") {
-    written = writePoints(words[1], camera, bed);
-  } else if (words[0] == "frame") {
-    written = writeFrame(words[1], camera, bed);
-  } else {
-    return usage();
-  }
-  if (!written) std::cerr << "synthetic-camera: cannot write " << words[1] << "\n";
-  return written ? 0 : 1;
+  const KnownCamera camera = {
+      .param = kCamera, .width = 1920, .height = 1080, .reach = 960, .seed = 20240229};
+  const std::string count = std::to_string(kBed.columns * kBed.rows);
+  return runExample({.name = "synthetic-camera",
+                     .usage = "points CSV | frame PGM | size | compare INI",
+                     .bed = kBed,
+                     .cameras = {{"", "Synthetic camera, " + count + " points", camera}}},
+                    argumentCount, arguments);
 }

@@ -1,7 +1,7 @@
 # Parses all sources of the Windows builds by Visual C++'s rules, as far as clang knows them: widths of types,
 # names, extensions of other compilers. Neither Visual C++ nor its headers are available here, so the standard
 # library and the system's headers are those of MinGW-w64.
-#   cmake -DCLANG=... -DFOLDER=<src or host> -DDEFINITIONS=<list> -DINCLUDES=<list>
+#   cmake -DCLANG=... -DFOLDER=<src or program> -DDEFINITIONS=<list> -DINCLUDES=<list>
 #         -DLIBRARIES=<list of folder=where it is> -DWORK=... -P visual_cxx_rules.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
 

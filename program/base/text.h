@@ -1,0 +1,45 @@
+// Numbers to and from text, the same in every locale.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace fisheye_calibration::program {
+
+// The whole text as a finite number; a leading '+' is allowed. Nothing for anything else, including
+// "nan", "inf" and numbers beyond the range of a double.
+std::optional<double> parseNumber(std::string_view text);
+
+// As parseNumber, and within the range of a 32-bit float.
+std::optional<float> parseFloat(std::string_view text);
+
+std::optional<int> parseInteger(std::string_view text);
+
+// With a fixed number of decimals.
+std::string fixed(double value, int decimals);
+
+// As fixed; where that would be very long (from ten million on), in powers of ten.
+std::string readable(double value, int decimals);
+
+// The shortest text that reads back as the same value.
+std::string shortest(float value);
+std::string shortest(double value);
+
+// " + 8" or " - 8", to be added to what stands before it.
+std::string signedTerm(int value);
+
+// `significant` digits, no trailing zeros.
+std::string general(double value, int significant);
+
+std::string_view trimmed(std::string_view text);
+bool equalIgnoringCase(std::string_view a, std::string_view b);
+std::string padLeft(std::string text, std::size_t width);
+std::string padRight(std::string text, std::size_t width);
+std::string joined(const std::vector<std::string>& parts, std::string_view separator);
+
+// The text with line breaks and runs of blanks made single blanks, for one-line messages.
+std::string onOneLine(std::string_view text);
+
+}  // namespace fisheye_calibration::program

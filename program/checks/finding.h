@@ -1,0 +1,76 @@
+// Something worth reporting about the input or the result of a calibration.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace fisheye_calibration::program {
+
+enum class FindingKind {
+  // of the points, before the calibration
+  kTooFewPoints,
+  kDuplicateIds,
+  kOutsideImage,
+  kBeyondReach,
+  kNearReach,
+  kSmallCoverage,
+  kSmallFrontalTarget,
+  kCollinearPoints,
+  kCoincidentPoints,
+  kScalePair,
+  // of the record
+  kEmpty,
+  kNotFinite,
+  kFocalLength,
+  kPrincipalPoint,
+  kLensCurve,
+  kLensShape,
+  kRotation,
+  kPose,
+  kHomography,
+  kPixelSize,
+  // of the record together with the points
+  kHomographyNotFound,
+  kReprojectionError,
+  kDepth,
+  kSecondCorrection,
+  // of two cameras that are to be stitched
+  kBitCounts,
+  kFrameSizes,
+  kViewSize,
+  kWorldRange,
+  kWorldsDiffer,
+  kUnusedIds,
+  kFewSharedPoints,
+  kSharedCoverage,
+  kCameraOrder,
+};
+
+enum class Severity {
+  kDoubtful,    // reported, and the work goes on
+  kImpossible,  // the input cannot be used, or the result is not to be trusted
+};
+
+struct Finding {
+  FindingKind kind;
+  Severity severity;
+  std::string text;
+  std::vector<int> pointIds = {};
+};
+
+using Findings = std::vector<Finding>;
+
+void addFinding(Findings& findings, Severity severity, FindingKind kind, std::string text,
+                std::vector<int> pointIds = {});
+void addDoubtful(Findings& findings, FindingKind kind, std::string text,
+                 std::vector<int> pointIds = {});
+void addImpossible(Findings& findings, FindingKind kind, std::string text,
+                   std::vector<int> pointIds = {});
+
+bool anyImpossible(const Findings& findings);
+
+// "points 1, 2 and 7". Every id is named once; long lists are cut and end in the number of ids that
+// are left out.
+std::string namedPoints(const std::vector<int>& ids);
+
+}  // namespace fisheye_calibration::program

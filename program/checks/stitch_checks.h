@@ -1,0 +1,11 @@
+// What makes a stitch meaningless or poor, seen before it is made.
+#pragma once
+
+#include "checks/finding.h"
+#include "geometry/stitch_pair.h"
+
+namespace fisheye_calibration::program {
+
+Findings checkStitch(const StitchPair& pair, const SharedPoints& shared);
+
+}  // namespace fisheye_calibration::program

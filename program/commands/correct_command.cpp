@@ -1,0 +1,296 @@
+#include "commands/correct_command.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <set>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "base/frame_buffer.h"
+#include "base/text.h"
+#include "checks/checked_camera.h"
+#include "commands/option_values.h"
+#include "drawing/grid_overlay.h"
+#include "files/output_files.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
+#include "fisheye_calibration.h"
+#include "geometry/metric_picture.h"
+#include "geometry/second_view.h"
+#include "reports/progress_bar.h"
+
+namespace fisheye_calibration::program {
+namespace fs = std::filesystem;
+namespace {
+
+struct Options {
+  fs::path camera;
+  std::vector<fs::path> frames;  // pictures, or one folder of them
+  fs::path output;               // a picture; a folder for several frames
+  std::string size;
+  fs::path mask;
+  std::string grid;
+};
+
+struct Job {
+  fs::path frame;
+  fs::path output;
+};
+
+struct Renderer {
+  FishEyeCalibrationParam param{};
+  std::optional<Size> size;  // nothing: the frame's own
+  double gridSpacing = 0;    // 0: no grid
+};
+
+struct View {
+  cv::Mat picture;
+  cv::Mat mask;
+  Size frame;
+};
+
+bool isFolder(const fs::path& path) {
+  std::error_code error;
+  return fs::is_directory(path, error);
+}
+
+std::vector<fs::path> picturesIn(const fs::path& folder) {
+  std::vector<fs::path> pictures;
+  std::error_code error;
+  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
+    if (isPicture(entry.path())) {
+      pictures.push_back(entry.path());
+    }
+  }
+  if (error) {
+    failBadInput(nameOf(folder) + ": " + error.message());
+  }
+  if (pictures.empty()) {
+    failBadInput(nameOf(folder) + ": there is no picture in this folder");
+  }
+  std::sort(pictures.begin(), pictures.end());
+  return pictures;
+}
+
+void prepareFolder(const fs::path& folder) {
+  if (isFolder(folder)) {
+    return;
+  }
+  std::error_code error;
+  if (fs::exists(folder, error)) {
+    failBadInput("-o: " + nameOf(folder) + " is a file; several frames need a folder");
+  }
+  fs::create_directory(folder, error);
+  if (error) {
+    failBadInput("-o: " + nameOf(folder) + ": " + error.message());
+  }
+}
+
+std::vector<Job> folderJobs(const std::vector<fs::path>& frames, const fs::path& folder) {
+  std::vector<Job> jobs;
+  std::set<fs::path> names;
+  for (const fs::path& frame : frames) {
+    const fs::path name = frame.filename();
+    if (!names.insert(name).second) {
+      failBadInput("two frames are called " + nameOf(name));
+    }
+    const fs::path output = folder / name;
+    requirePictureName(nameOf(frame), output);
+    if (isSameFile(output, frame)) {
+      failBadInput("-o: " + nameOf(output) + " is the frame itself");
+    }
+    jobs.push_back({.frame = frame, .output = output});
+  }
+  prepareFolder(folder);
+  return jobs;
+}
+
+std::vector<Job> plannedJobs(const Options& options) {
+  const fs::path& first = options.frames[0];
+  if (options.frames.size() > 1) {
+    return folderJobs(options.frames, options.output);
+  }
+  if (isFolder(first)) {
+    return folderJobs(picturesIn(first), options.output);
+  }
+  requireWritablePlace("-o", options.output);
+  requirePictureName("-o", options.output);
+  if (isSameFile(options.output, first)) {
+    failBadInput("-o: " + nameOf(options.output) + " is the frame itself");
+  }
+  return {{.frame = first, .output = options.output}};
+}
+
+void requireMaskPlace(const Options& options, const std::vector<Job>& jobs) {
+  if (options.mask.empty()) {
+    return;
+  }
+  requireWritablePlace("--mask", options.mask);
+  requirePictureName("--mask", options.mask);
+  for (const Job& job : jobs) {
+    if (isSamePlace(options.mask, job.output) || isSameFile(options.mask, job.frame)) {
+      failBadInput("--mask: " + nameOf(options.mask) + " is named twice");
+    }
+  }
+}
+
+View render(const Renderer& renderer, const fs::path& path) {
+  FrameBuffer frame = toBuffer(readFrame(path));
+  const Size size = renderer.size.value_or(frame.size);
+  FrameBuffer view = blankBuffer(size, frame.bitCount);
+  FrameBuffer mask = blankBuffer(size, 8);
+  if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
+                          renderer.param, view.data(), size.width, size.height, mask.data())) {
+    failJob(nameOf(path) +
+            ": the library could not correct the frame; nothing of it but black is left");
+  }
+  View result = {.picture = toPicture(view), .mask = toPicture(mask), .frame = frame.size};
+  if (renderer.gridSpacing > 0) {
+    const MetricPicture metric = metricPicture(renderer.param, size);
+    drawGrid(result.picture, gridOver(metric, renderer.gridSpacing));
+  }
+  return result;
+}
+
+Renderer preparedRenderer(const Options& options, std::ostream& messages) {
+  Renderer renderer;
+  if (!options.size.empty()) {
+    renderer.size = parseImageSize("--size", options.size);
+  }
+  if (!options.grid.empty()) {
+    renderer.gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
+  }
+  renderer.param = loadCheckedCamera(options.camera, messages);
+  return renderer;
+}
+
+// What the first frame shows of camera and mask holds for all frames of its size.
+class Batch {
+ public:
+  Batch(const Options& options, const Renderer& renderer, std::ostream& messages)
+      : options_(options), renderer_(renderer), messages_(messages) {}
+
+  void correct(const Job& job) {
+    const View view = render(renderer_, job.frame);
+    if (first_ && *first_ != view.frame) {
+      failBadInput(nameOf(job.frame) + ": its size is not that of the first frame");
+    }
+    OutputFiles files;
+    if (!first_) {
+      warnOfSize(view);
+      if (!options_.mask.empty()) {
+        stagePicture(files, options_.mask, view.mask);
+      }
+    }
+    stagePicture(files, job.output, view.picture);
+    files.commit();
+    first_ = view.frame;
+  }
+
+ private:
+  void warnOfSize(const View& view) {
+    const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
+    const std::string complaint = sizeComplaint(renderer_.param, rendered);
+    if (!complaint.empty()) {
+      messages_ << "warning: " << nameOf(options_.camera) << ": " << complaint << "\n";
+    }
+  }
+
+  const Options& options_;
+  const Renderer& renderer_;
+  std::ostream& messages_;
+  std::optional<Size> first_;
+};
+
+int correctMany(const std::vector<Job>& jobs, Batch& batch, const fs::path& folder,
+                const Streams& streams) {
+  const auto start = std::chrono::steady_clock::now();
+  const auto seconds = [&] {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  };
+  std::size_t failed = 0;
+  {
+    ProgressBar bar(streams.messages);
+    for (std::size_t i = 0; i < jobs.size(); ++i) {
+      try {
+        batch.correct(jobs[i]);
+      } catch (const Failure& failure) {
+        bar.clear();
+        streams.messages << failure.what() << "\n";
+        ++failed;
+      }
+      bar.show(progressText(i + 1, jobs.size(), seconds()));
+    }
+  }
+  const std::size_t done = jobs.size() - failed;
+  streams.out << done << " of " << jobs.size() << " frames corrected in " << general(seconds(), 3)
+              << " s, " << general(static_cast<double>(done) / seconds(), 3)
+              << " frames per second, reading and writing included; written to " << nameOf(folder)
+              << "\n";
+  return failed == 0 ? kExitOk : kExitJobFailed;
+}
+
+int run(const Options& options, const Streams& streams) {
+  if (options.frames.empty()) {
+    failBadInput("no frame is given");
+  }
+  const Renderer renderer = preparedRenderer(options, streams.messages);
+  const std::vector<Job> jobs = plannedJobs(options);
+  requireMaskPlace(options, jobs);
+  Batch batch(options, renderer, streams.messages);
+  if (jobs.size() > 1 || isFolder(options.output)) {
+    return correctMany(jobs, batch, options.output, streams);
+  }
+  batch.correct(jobs[0]);
+  streams.out << nameOf(options.frames[0]) << ": corrected view written to "
+              << nameOf(options.output);
+  if (!options.mask.empty()) {
+    streams.out << ", mask to " << nameOf(options.mask);
+  }
+  streams.out << "\n";
+  return kExitOk;
+}
+
+}  // namespace
+
+Command addCorrectCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command =
+      app.add_subcommand("correct", "Render frames as seen from straight above the bed");
+  addPath(*command, "--camera", options->camera, "the camera's parameter file")
+      ->type_name("INI")
+      ->required();
+  addPaths(*command, "frames", options->frames, "pictures of the camera, or a folder of them")
+      ->type_name("FRAME")
+      ->required();
+  addPath(*command, "-o,--output", options->output,
+          "the corrected picture; a folder for several frames (made if it is missing)")
+      ->type_name("PATH")
+      ->required();
+  command
+      ->add_option("--size", options->size,
+                   "size of the corrected picture: the camera's --corrected-size (default: the "
+                   "frame's size)")
+      ->type_name("WxH");
+  addPath(*command, "--mask", options->mask,
+          "write where the picture has content (0) and where not (255); it is the same for all "
+          "frames")
+      ->type_name("PICTURE");
+  command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
+      ->type_name("MM");
+  command->footer(
+      "Grey frames give grey pictures, colour frames give colour.\n\nExamples:\n"
+      "  fisheye-calibration correct --camera camera.ini frame.png -o top.png --grid 50\n"
+      "  fisheye-calibration correct --camera camera.ini frames -o corrected --mask mask.png");
+  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+}
+
+}  // namespace fisheye_calibration::program

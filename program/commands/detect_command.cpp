@@ -1,0 +1,61 @@
+#include "commands/detect_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <ostream>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "checks/input_checks.h"
+#include "commands/option_values.h"
+#include "commands/target_options.h"
+#include "files/output_files.h"
+#include "files/output_places.h"
+#include "files/points_csv.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+struct Options {
+  std::filesystem::path image;
+  TargetOptions target;
+  std::filesystem::path output;
+};
+
+int run(const Options& options, const Streams& streams) {
+  requireWritablePlace("-o", options.output);
+  if (isSameFile(options.output, options.image)) {
+    failBadInput("-o: " + nameOf(options.output) + " is the picture itself");
+  }
+  OutputFiles files;
+  const DetectedTarget found =
+      detectInPicture(options.image, options.target, files, streams.messages);
+  for (const Finding& finding : checkInput(found.points, {found.grey.cols, found.grey.rows})) {
+    streams.messages << "warning: " << finding.text << "\n";
+  }
+  files.stage(options.output, formatPoints(found.points));
+  files.commit();
+  streams.out << nameOf(options.image) << ": " << found.summary << " written to "
+              << nameOf(options.output) << "\n";
+  return kExitOk;
+}
+
+}  // namespace
+
+Command addDetectCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command = app.add_subcommand(
+      "detect", "Find the target in a picture and write its numbered points as CSV");
+  addPath(*command, "image", options->image, "picture of the target")->required();
+  addTargetOptions(*command, options->target);
+  addPath(*command, "-o,--output", options->output, "the points: PointId,Xw,Yw,ImagePtX,ImagePtY")
+      ->type_name("CSV")
+      ->required();
+  command->footer(
+      "Points are numbered row by row; +Xw runs right and +Yw down in the picture.\n\nExample:\n"
+      "  fisheye-calibration detect photo.png --chessboard 8x6 --spacing 39 -o points.csv "
+      "--overlay found.png");
+  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+}
+
+}  // namespace fisheye_calibration::program

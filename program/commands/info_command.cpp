@@ -1,0 +1,53 @@
+#include "commands/info_command.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <ostream>
+#include <string>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "checks/finding.h"
+#include "checks/record_checks.h"
+#include "commands/option_values.h"
+#include "files/camera_file.h"
+#include "reports/calibration_report.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+struct Options {
+  std::filesystem::path camera;
+};
+
+int run(const Options& options, const Streams& streams) {
+  const CameraFile camera = loadCamera(options.camera);
+  const std::string name = nameOf(options.camera);
+  streams.out << name << "\n" << describeRecord(camera.param) << std::flush;
+  for (const std::string& complaint : camera.complaints) {
+    streams.messages << complaint << "\n";
+  }
+  const Findings findings = checkRecord(camera.param);
+  for (const Finding& finding : findings) {
+    const bool impossible = finding.severity == Severity::kImpossible;
+    streams.messages << name << ": " << (impossible ? "impossible: " : "doubtful: ") << finding.text
+                     << "\n";
+  }
+  if (camera.complaints.empty() && findings.empty()) {
+    streams.out << "Nothing in it is impossible.\n";
+  }
+  return camera.complaints.empty() && !anyImpossible(findings) ? kExitOk : kExitJobFailed;
+}
+
+}  // namespace
+
+Command addInfoCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command =
+      app.add_subcommand("info", "Show a camera's parameter file and what in it is impossible");
+  addPath(*command, "camera", options->camera, "the camera's parameter file")->required();
+  command->footer("Example:\n  fisheye-calibration info camera.ini");
+  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+}
+
+}  // namespace fisheye_calibration::program

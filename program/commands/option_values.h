@@ -1,0 +1,39 @@
+// Values of command-line options. Complaints name the option and the text.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "base/size.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace fisheye_calibration::program {
+
+// Declares an option or a positional argument that names a file or a folder, or several.
+CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
+                     const std::string& description);
+CLI::Option* addPaths(CLI::App& command, const std::string& name,
+                      std::vector<std::filesystem::path>& paths, const std::string& description);
+
+// "1920x1208"; both from `smallest` to `largest`.
+Size parseSize(const std::string& option, const std::string& text, int smallest, int largest);
+
+// The size of a picture.
+Size parseImageSize(const std::string& option, const std::string& text);
+
+struct Pair {
+  float first = 0;
+  float second = 0;
+};
+
+// "39,-12.5"
+Pair parsePair(const std::string& option, const std::string& text);
+
+float parsePositive(const std::string& option, const std::string& text);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,262 @@
+#include "commands/stitch_command.h"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "base/frame_buffer.h"
+#include "base/text.h"
+#include "checks/checked_camera.h"
+#include "checks/stitch_checks.h"
+#include "commands/option_values.h"
+#include "commands/stitched_canvas.h"
+#include "drawing/grid_overlay.h"
+#include "drawing/seam_overlay.h"
+#include "files/dual_file.h"
+#include "files/output_files.h"
+#include "files/output_places.h"
+#include "files/picture_file.h"
+#include "files/points_csv.h"
+#include "geometry/conversions.h"
+#include "geometry/metric_picture.h"
+#include "geometry/stitch_agreement.h"
+#include "geometry/stitch_pair.h"
+#include "reports/agreement_report.h"
+
+namespace fisheye_calibration::program {
+namespace fs = std::filesystem;
+namespace {
+
+constexpr double kFarApart = 5;  // canvas pixels; more is plainly visible
+
+struct Options {
+  std::string left;   // "frame,camera.ini,points.csv"
+  std::string right;  // the same
+  fs::path output;
+  fs::path dual;
+  std::string crop;  // "X,Y,WxH"
+  fs::path seam;
+  std::string grid;  // distance of the lines, world units
+};
+
+struct CameraFiles {
+  fs::path frame;
+  fs::path camera;
+  fs::path points;
+};
+
+CameraFiles parseFiles(const std::string& option, const std::string& text) {
+  const std::size_t first = text.find(',');
+  const std::size_t second = first == std::string::npos ? first : text.find(',', first + 1);
+  if (second == std::string::npos || text.find(',', second + 1) != std::string::npos) {
+    failBadInput(option + ": give three files as FRAME,CAMERA.INI,POINTS.CSV, not \"" + text +
+                 "\"");
+  }
+  return {.frame = pathOf(text.substr(0, first)),
+          .camera = pathOf(text.substr(first + 1, second - first - 1)),
+          .points = pathOf(text.substr(second + 1))};
+}
+
+Crop parseCrop(const std::string& text) {
+  const std::size_t first = text.find(',');
+  const std::size_t second = first == std::string::npos ? first : text.find(',', first + 1);
+  if (second != std::string::npos) {
+    const auto left = parseInteger(std::string_view(text).substr(0, first));
+    const auto top = parseInteger(std::string_view(text).substr(first + 1, second - first - 1));
+    if (left && top && *left >= 0 && *top >= 0) {
+      const Size size = parseImageSize("--crop", text.substr(second + 1));
+      if (size.width % 4 != 0 || size.height % 4 != 0) {
+        failBadInput("--crop: width and height must be multiples of 4, not " +
+                     text.substr(second + 1));
+      }
+      return {.left = *left, .top = *top, .size = size};
+    }
+  }
+  failBadInput("--crop: give left column, top row and size as X,Y,WIDTHxHEIGHT, not \"" + text +
+               "\"");
+}
+
+void requirePlaces(const Options& options, const CameraFiles& left, const CameraFiles& right) {
+  struct Output {
+    const char* option;
+    const fs::path& path;
+    bool picture;
+  };
+  std::vector<Output> outputs = {{"-o", options.output, true}, {"--dual", options.dual, false}};
+  if (!options.seam.empty()) {
+    outputs.push_back({"--seam", options.seam, true});
+  }
+  std::vector<fs::path> taken = {left.frame,  left.camera,  left.points,
+                                 right.frame, right.camera, right.points};
+  for (const Output& output : outputs) {
+    requireWritablePlace(output.option, output.path);
+    if (output.picture) {
+      requirePictureName(output.option, output.path);
+    }
+    for (const fs::path& other : taken) {
+      if (isSamePlace(output.path, other)) {
+        failBadInput(std::string(output.option) + ": " + nameOf(output.path) + " is named twice");
+      }
+    }
+    taken.push_back(output.path);
+  }
+}
+
+StitchCamera readCamera(const CameraFiles& files, std::ostream& messages) {
+  return {.cameraName = nameOf(files.camera),
+          .pointsName = nameOf(files.points),
+          .frame = toBuffer(readFrame(files.frame)),
+          .param = loadCheckedCamera(files.camera, messages),
+          .points = readPoints(files.points)};
+}
+
+// Everything but the first impossibility is written, which then ends the program.
+void reportBefore(const Findings& findings, std::ostream& messages) {
+  std::optional<std::string> impossible;
+  for (const Finding& finding : findings) {
+    if (finding.severity != Severity::kImpossible) {
+      messages << "warning: " << finding.text << "\n";
+    } else if (!impossible) {
+      impossible = finding.text;
+    } else {
+      messages << finding.text << "\n";
+    }
+  }
+  if (impossible) {
+    failBadInput(*impossible);
+  }
+}
+
+void requireInside(const Crop& crop, const Size& canvas) {
+  if (crop.left <= canvas.width - crop.size.width && crop.top <= canvas.height - crop.size.height) {
+    return;
+  }
+  failBadInput("--crop: it reaches beyond the stitched picture of " + sizeText(canvas));
+}
+
+void describe(const Options& options, const DualFishEyeCalibrationParam& dual, std::ostream& out) {
+  out << "Stitched picture: " << nameOf(options.output) << ", " << dual.StdImageWidth << "x"
+      << dual.StdImageHeight << ", " << shortest(dual.Pixel) << " world units a pixel\n"
+      << "Its record: " << nameOf(options.dual)
+      << "; the picture's row from the top is the mapped v";
+  const int offset = pictureRowOffset(dual);
+  if (offset != 0) {
+    out << signedTerm(offset);
+  }
+  out << "\n";
+  if (!options.seam.empty()) {
+    out << "Seam: " << nameOf(options.seam) << " (blue: the blend begins, red: it ends; ring and "
+        << "disc: a shared point in the left and the right view)\n";
+  }
+}
+
+void warnOfDisagreement(const std::vector<Agreement>& agreement, std::size_t sharedCount,
+                        std::ostream& messages) {
+  const std::size_t lost = sharedCount - agreement.size();
+  if (lost > 0) {
+    messages << "warning: " << lost << " shared points cannot be carried to the bed\n";
+  }
+  const double worst = worstApart(agreement);
+  if (!(worst <= kFarApart)) {
+    messages << "warning: the cameras disagree by up to " << general(worst, 3)
+             << " px; the stitched picture shows things double there\n";
+  }
+}
+
+int run(const Options& options, const Streams& streams) {
+  const CameraFiles left = parseFiles("--left", options.left);
+  const CameraFiles right = parseFiles("--right", options.right);
+  std::optional<Crop> crop;
+  if (!options.crop.empty()) {
+    crop = parseCrop(options.crop);
+  }
+  double gridSpacing = 0;  // 0: no grid
+  if (!options.grid.empty()) {
+    gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
+  }
+  requirePlaces(options, left, right);
+  StitchPair pair = {.left = readCamera(left, streams.messages),
+                     .right = readCamera(right, streams.messages)};
+  const SharedPoints shared = sharedPoints(pair);
+  reportBefore(checkStitch(pair, shared), streams.messages);
+
+  streams.messages << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
+  FrameBuffer canvas = newCanvas(pair);
+  if (crop) {
+    requireInside(*crop, canvas.size);
+  }
+  DualFishEyeCalibrationParam dual = stitchOnto(canvas, pair);
+  const std::vector<Agreement> agreement = agreementAt(pair, shared, dual);
+
+  OutputFiles files;
+  if (!options.seam.empty()) {
+    cv::Mat drawn = drawSeam(toPicture(canvas), pair, shared, agreement);
+    if (crop) {
+      drawn = drawn({crop->left, crop->top, crop->size.width, crop->size.height});
+    }
+    stagePicture(files, options.seam, drawn);
+  }
+  if (crop) {
+    canvas = cutOut(canvas, *crop, dual);
+  }
+  cv::Mat picture = toPicture(canvas);
+  if (gridSpacing > 0) {
+    drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
+  }
+  stagePicture(files, options.output, picture);
+  stageDual(files, options.dual, dual, streams.messages);
+  files.commit();
+
+  describe(options, dual, streams.out);
+  streams.out << "\n" << describeAgreement(agreement, static_cast<double>(dual.Pixel));
+  warnOfDisagreement(agreement, shared.left.size(), streams.messages);
+  return kExitOk;
+}
+
+}  // namespace
+
+Command addStitchCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command =
+      app.add_subcommand("stitch", "Join the frames of two cameras over one bed in one picture");
+  command
+      ->add_option("--left", options->left,
+                   "the first camera: its frame, parameter file and measured points")
+      ->type_name("FRAME,INI,CSV")
+      ->required();
+  command->add_option("--right", options->right, "the second camera, which sees what lies right")
+      ->type_name("FRAME,INI,CSV")
+      ->required();
+  addPath(*command, "-o,--output", options->output, "the stitched picture")
+      ->type_name("PICTURE")
+      ->required();
+  addPath(*command, "--dual", options->dual, "the stitched picture's parameter file")
+      ->type_name("INI")
+      ->required();
+  command
+      ->add_option("--crop", options->crop,
+                   "keep only this part, by its left column, top row and size (multiples of 4)")
+      ->type_name("X,Y,WxH");
+  command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
+      ->type_name("MM");
+  addPath(*command, "--seam", options->seam,
+          "write the picture with the blended strip and the shared points")
+      ->type_name("PICTURE");
+  command->footer(
+      "Points with the same PointId in both lists are the same point of the bed; at least four of "
+      "them, well spread, align the views. Calibrate both cameras in one world with coordinates "
+      "within 0 ... 10000 and a --corrected-size of twice the frame's size.\n\nExample:\n"
+      "  fisheye-calibration stitch --left l.png,l.ini,l.csv --right r.png,r.ini,r.csv "
+      "-o bed.png --dual dual.ini --seam seam.png");
+  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+}
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,15 @@
+// A second look at a detected chessboard: finders sometimes take the board's rim for a row of inner
+// corners, or a part of a larger board for the whole.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <vector>
+
+namespace fisheye_calibration::program {
+
+// True if bright and dark squares alternate around (nearly) every corner, and do not go on beyond
+// the outermost corners. `corners` row by row.
+bool looksLikeChessboard(const cv::Mat& grey, const std::vector<cv::Point2f>& corners, int columns,
+                         int rows);
+
+}  // namespace fisheye_calibration::program

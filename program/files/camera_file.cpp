@@ -1,0 +1,56 @@
+#include "files/camera_file.h"
+
+#include <cmath>
+#include <system_error>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "base/record_fields.h"
+#include "files/ini_section.h"
+#include "files/read_file.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+// The file format's own spelling.
+constexpr std::string_view kSectionName = "CalibraionParam";
+
+}  // namespace
+
+std::vector<std::string> inspectCameraText(const std::string& name, std::string_view text) {
+  const IniSection section = readIniSection(text, kSectionName);
+  if (!section.found) {
+    failBadInput(name + ": not a camera file, there is no section [" + std::string(kSectionName) +
+                 "] in it");
+  }
+  std::vector<std::string> keys;
+  for (const RecordField& field : recordFields()) {
+    keys.emplace_back(field.name);
+  }
+  return inspectEntries(name, section, keys);
+}
+
+CameraFile loadCamera(const std::filesystem::path& path) {
+  CameraFile camera;
+  camera.complaints = inspectCameraText(nameOf(path), readFile(path));
+  LoadCalibrationParam(absoluteNameOf(path).c_str(), camera.param);
+  return camera;
+}
+
+void stageCamera(OutputFiles& files, const std::filesystem::path& path,
+                 const FishEyeCalibrationParam& param) {
+  const std::filesystem::path temporary = files.stageCopy(path);
+  SaveCalibrationParam(nameOf(temporary).c_str(), param);
+  // The library does not say whether it could write: read back what must have arrived.
+  FishEyeCalibrationParam stored{};
+  LoadCalibrationParam(nameOf(temporary).c_str(), stored);
+  std::error_code error;
+  const bool same = std::abs(stored.u0 - param.u0) <= 1e-5f * std::abs(param.u0) + 1e-6f &&
+                    std::abs(stored.Pixel - param.Pixel) <= 1e-5f * std::abs(param.Pixel) + 1e-6f;
+  const bool finite = std::isfinite(param.u0) && std::isfinite(param.Pixel);
+  if (!std::filesystem::exists(temporary, error) || (finite && !same)) {
+    failJob(nameOf(path) + ": the camera could not be saved");
+  }
+}
+
+}  // namespace fisheye_calibration::program

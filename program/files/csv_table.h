@@ -1,0 +1,44 @@
+// Comma-separated text with a header line, read so that every complaint can name line and column.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace fisheye_calibration::program {
+
+struct CsvField {
+  std::string text;  // without the blanks around it
+  int column;        // of its first character, from 1
+};
+
+struct CsvRow {
+  int line;  // from 1
+  std::vector<CsvField> fields;
+};
+
+struct CsvTable {
+  std::string name;  // of the file, for messages
+  CsvRow header;
+  std::vector<CsvRow> rows;  // each with as many fields as the header
+
+  // The position of a header name (case does not matter), if it is there.
+  std::optional<std::size_t> find(std::string_view columnName) const;
+  // The same, failing as bad input where it is missing.
+  std::size_t require(std::string_view columnName) const;
+
+  float floatAt(const CsvRow& row, std::size_t field) const;
+  int integerAt(const CsvRow& row, std::size_t field) const;
+};
+
+// "name:line:column: message"
+std::string located(const std::string& name, int line, int column, const std::string& message);
+
+// Accepts a UTF-8 byte-order mark, CRLF line ends, blank lines and blanks around values. Fails as
+// bad input, with the position, for a missing or doubled header name and for rows of another
+// length.
+CsvTable parseCsv(const std::string& name, std::string_view text);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,84 @@
+#include "files/dual_file.h"
+
+#include <cmath>
+#include <ostream>
+#include <string_view>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "base/text.h"
+#include "files/ini_section.h"
+#include "files/read_file.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+// The file format's own spelling.
+constexpr std::string_view kSectionName = "DualCamerasCalibraionParam";
+
+// The library reads the datum's world coordinates as whole numbers.
+void warnOfFraction(const std::filesystem::path& path, const char* key, double value,
+                    std::ostream& messages) {
+  if (!std::isfinite(value) || value == std::trunc(value)) {
+    return;
+  }
+  messages << "warning: " << nameOf(path) << ": " << key << " is " << general(value, 9)
+           << ", but the library reads it back as " << fixed(std::trunc(value), 0)
+           << "; points mapped with the file are off by "
+           << general(std::abs(value - std::trunc(value)), 3) << " world units\n";
+}
+
+}  // namespace
+
+DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
+                                            std::ostream& messages) {
+  const IniSection section = readIniSection(readFile(path), kSectionName);
+  if (!section.found) {
+    failBadInput(nameOf(path) + ": not the file of a stitched picture, there is no section [" +
+                 std::string(kSectionName) + "] in it");
+  }
+  const std::vector<std::string> complaints =
+      inspectEntries(nameOf(path), section,
+                     {"Pixel", "StdImageWidth", "StdImageHeight", "DatumImagePtX", "DatumImagePtY",
+                      "DatumPtXw", "DatumPtYw"});
+  for (const std::string& complaint : complaints) {
+    messages << "warning: " << complaint << "\n";
+  }
+  for (const IniEntry& entry : section.entries) {
+    const auto value = parseNumber(entry.value);
+    if (!value) {
+      continue;
+    }
+    for (const char* key : {"DatumPtXw", "DatumPtYw"}) {
+      if (equalIgnoringCase(entry.key, key)) {
+        warnOfFraction(path, key, *value, messages);
+      }
+    }
+  }
+  DualFishEyeCalibrationParam param{};
+  LoadDualCamerasCalibrationParam(absoluteNameOf(path).c_str(), param);
+  if (!(param.Pixel > 0)) {
+    messages << "warning: " << nameOf(path) << ": Pixel must be greater than 0, it is "
+             << shortest(param.Pixel) << "\n";
+  }
+  return param;
+}
+
+void stageDual(OutputFiles& files, const std::filesystem::path& path,
+               const DualFishEyeCalibrationParam& param, std::ostream& messages) {
+  const std::string temporary = nameOf(files.stageCopy(path));
+  SaveDualCamerasCalibrationParam(temporary.c_str(), param);
+  // The library does not say whether it could write: read back what must have arrived.
+  DualFishEyeCalibrationParam stored{};
+  LoadDualCamerasCalibrationParam(temporary.c_str(), stored);
+  if (stored.StdImageWidth != param.StdImageWidth ||
+      stored.StdImageHeight != param.StdImageHeight ||
+      stored.DatumImagePtX != param.DatumImagePtX || stored.DatumImagePtY != param.DatumImagePtY) {
+    failJob(nameOf(path) + ": the record of the stitched picture could not be saved");
+  }
+  warnOfFraction(path, "DatumPtXw", static_cast<double>(param.DatumPtXw), messages);
+  warnOfFraction(path, "DatumPtYw", static_cast<double>(param.DatumPtYw), messages);
+}
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,22 @@
+// The parameter file of a stitched picture.
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+
+#include "files/output_files.h"
+#include "fisheye_calibration.h"
+
+namespace fisheye_calibration::program {
+
+// Loads the file and warns about everything suspicious in it. Fails as bad input if there is no
+// such file or it has no section of a stitched picture.
+DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
+                                            std::ostream& messages);
+
+// Stages the record over the file at `path`; other sections and comments in it stay. Warns if the
+// library will not read the same record back.
+void stageDual(OutputFiles& files, const std::filesystem::path& path,
+               const DualFishEyeCalibrationParam& param, std::ostream& messages);
+
+}  // namespace fisheye_calibration::program

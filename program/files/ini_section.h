@@ -1,0 +1,29 @@
+// One section of a parameter file, with the positions that complaints name.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace fisheye_calibration::program {
+
+struct IniEntry {
+  std::string key;
+  std::string value;
+  int line;
+  int column;  // of the value
+};
+
+struct IniSection {
+  bool found = false;
+  std::vector<IniEntry> entries;
+};
+
+// The first section of that name; case does not matter.
+IniSection readIniSection(std::string_view text, std::string_view sectionName);
+
+// "camera.ini:7:6: fx is not a number", "camera.ini: missing and read as 0: …"
+std::vector<std::string> inspectEntries(const std::string& name, const IniSection& section,
+                                        const std::vector<std::string>& keys);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,34 @@
+#include "files/output_places.h"
+
+#include <system_error>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+
+namespace fisheye_calibration::program {
+namespace fs = std::filesystem;
+
+void requireWritablePlace(const std::string& option, const fs::path& path) {
+  std::error_code error;
+  if (path.empty()) {
+    failBadInput(option + ": the file name is empty");
+  }
+  if (fs::is_directory(path, error)) {
+    failBadInput(option + ": " + nameOf(path) + " is a folder");
+  }
+  const fs::path folder = fs::absolute(path).parent_path();
+  if (!fs::is_directory(folder, error)) {
+    failBadInput(option + ": there is no folder " + nameOf(folder));
+  }
+}
+
+bool isSameFile(const fs::path& a, const fs::path& b) {
+  std::error_code error;
+  return fs::equivalent(a, b, error) && !error;
+}
+
+bool isSamePlace(const fs::path& a, const fs::path& b) {
+  return a.native() == b.native() || isSameFile(a, b);
+}
+
+}  // namespace fisheye_calibration::program

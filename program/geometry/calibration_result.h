@@ -1,0 +1,25 @@
+// What a calibration gives.
+#pragma once
+
+#include <vector>
+
+#include "base/size.h"
+#include "fisheye_calibration.h"
+
+namespace fisheye_calibration::program {
+
+struct CalibrationResult {
+  bool homographyFound = false;  // what SingleCamCalibration returned
+  FishEyeCalibrationParam param{};
+  std::vector<CalibrationPoint> points{};  // with the reprojection fields filled
+  double rms = 0;                          // reprojection error, pixels
+};
+
+// How far the corrected picture is off the metric grid that it is to become, over all points.
+struct SecondCorrectionError {
+  double worstPixels = 0;  // pixels of the second-corrected picture
+  int pointId = 0;
+};
+SecondCorrectionError secondCorrectionError(const CalibrationResult& result, const Size& corrected);
+
+}  // namespace fisheye_calibration::program

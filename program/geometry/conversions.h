@@ -1,0 +1,35 @@
+// The library's conversions of points, with places as values: world units on the bed (and Zw for
+// points that do not lie on it), pixels in pictures with rows counted from the top.
+#pragma once
+
+#include <opencv2/core/types.hpp>
+
+#include "base/size.h"
+#include "fisheye_calibration.h"
+
+namespace fisheye_calibration::program {
+
+// The centre of a corrected view as the conversions take it: half of its width and height.
+cv::Point2f centreOf(const Size& view);
+
+cv::Point2f rawPlace(const FishEyeCalibrationParam& param, cv::Point2f bed, float Zw = 0);
+
+cv::Point2f correctedPlace(const FishEyeCalibrationParam& param, cv::Point2f bed,
+                           cv::Point2f centre, float Zw = 0);
+
+cv::Point2f secondCorrectedPlace(const FishEyeCalibrationParam& param, cv::Point2f bed,
+                                 cv::Point2f centre, float Zw = 0);
+
+// The point of the bed at a place in the second-corrected picture.
+cv::Point2f bedPlaceAt(const FishEyeCalibrationParam& param, cv::Point2f secondCorrected,
+                       cv::Point2f centre);
+
+// On a stitched picture, whose rows the library counts in its own way: see pictureRowOffset().
+cv::Point2f stitchedPlace(const DualFishEyeCalibrationParam& dual, cv::Point2f bed, float Zw = 0);
+cv::Point2f bedPlaceAt(const DualFishEyeCalibrationParam& dual, cv::Point2f stitched);
+
+// What to add to the v of a stitched place for the picture's row, counted from the top:
+// StdImageHeight - 2 DatumImagePtY, which is 0 for a canvas that is not cropped.
+int pictureRowOffset(const DualFishEyeCalibrationParam& dual);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,32 @@
+// What a camera's rendered view shows where: the chain that SingleCamCorrected renders by, carried
+// out for single points.
+#pragma once
+
+#include <opencv2/core/types.hpp>
+#include <optional>
+#include <string>
+
+#include "base/size.h"
+#include "fisheye_calibration.h"
+
+namespace fisheye_calibration::program {
+
+// The corrected place c, carried on by the second correction: H c + (ImageDx, ImageDy).
+cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c);
+
+// Picture position (rows from the top) at which the bed point is rendered in a view of `size`.
+cv::Point2d renderedPlace(const FishEyeCalibrationParam& param, cv::Point2d bed, const Size& size);
+
+// The bed point that the camera sees at a raw pixel: WorldToRawImagePoint inverted by Newton steps
+// from `start`, to about a thousandth of a raw pixel. Nothing if they do not converge.
+std::optional<cv::Point2d> bedPointAt(const FishEyeCalibrationParam& param, cv::Point2d raw,
+                                      cv::Point2d start);
+
+// The second correction is made for one size of the view, whose centre it leaves in place. This is
+// how far it moves the centre of a view of `size`, pixels.
+double centreShift(const FishEyeCalibrationParam& param, const Size& size);
+
+// A warning if that is more than a pixel; empty otherwise.
+std::string sizeComplaint(const FishEyeCalibrationParam& param, const Size& size);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,71 @@
+#include "geometry/stitch_agreement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <optional>
+
+#include "geometry/conversions.h"
+#include "geometry/metric_picture.h"
+#include "geometry/second_view.h"
+#include "geometry/target_points.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+// Where the view of a camera renders the pixel at which it measured the point.
+std::optional<cv::Point2d> viewPlace(const StitchCamera& camera, const CalibrationPoint& point) {
+  const auto bed = bedPointAt(camera.param, imagePlace(point), bedPlace(point));
+  if (!bed) {
+    return std::nullopt;
+  }
+  const cv::Point2d place = renderedPlace(camera.param, *bed, camera.viewSize());
+  if (!std::isfinite(place.x) || !std::isfinite(place.y)) {
+    return std::nullopt;
+  }
+  return place;
+}
+
+double rawError(const StitchCamera& camera, const CalibrationPoint& point) {
+  const cv::Point2f miss = imagePlace(point) - rawPlace(camera.param, bedPlace(point));
+  return static_cast<double>(std::hypot(miss.x, miss.y));
+}
+
+}  // namespace
+
+std::vector<Agreement> agreementAt(const StitchPair& pair, const SharedPoints& shared,
+                                   const DualFishEyeCalibrationParam& dual) {
+  const cv::Matx33d back = viewTransform(pair, shared).inv();
+  const cv::Point2d offset(0, (dual.StdImageHeight - pair.left.viewSize().height) * 0.5);
+  const MetricPicture canvas = metricPicture(dual);
+  std::vector<Agreement> agreement;
+  for (std::size_t i = 0; i < shared.left.size(); ++i) {
+    const auto inLeft = viewPlace(pair.left, shared.left[i]);
+    const auto inRight = viewPlace(pair.right, shared.right[i]);
+    if (!inLeft || !inRight) {
+      continue;
+    }
+    const cv::Point2d left = *inLeft + offset;
+    const cv::Point2d right = applied(back, *inRight) + offset;
+    const cv::Point2d bed = canvas.placeOf(bedPlace(shared.left[i]));
+    agreement.push_back({.pointId = shared.left[i].PointId,
+                         .left = left,
+                         .right = right,
+                         .apart = cv::norm(left - right),
+                         .leftError = cv::norm(left - bed),
+                         .rightError = cv::norm(right - bed),
+                         .leftRaw = rawError(pair.left, shared.left[i]),
+                         .rightRaw = rawError(pair.right, shared.right[i])});
+  }
+  return agreement;
+}
+
+double worstApart(const std::vector<Agreement>& agreement) {
+  double worst = 0;
+  for (const Agreement& at : agreement) {
+    worst = std::max(worst, at.apart);
+  }
+  return worst;
+}
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,18 @@
+// The two places of a target's point.
+#pragma once
+
+#include <opencv2/core/types.hpp>
+
+#include "fisheye_calibration.h"
+
+namespace fisheye_calibration::program {
+
+// On the bed, world units.
+inline cv::Point2f bedPlace(const CalibrationPoint& point) { return {point.Xw, point.Yw}; }
+
+// In the raw picture, where it was measured, pixels.
+inline cv::Point2f imagePlace(const CalibrationPoint& point) {
+  return {point.ImagePtX, point.ImagePtY};
+}
+
+}  // namespace fisheye_calibration::program

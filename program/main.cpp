@@ -1,0 +1,100 @@
+// The command line of fisheye-calibration: which commands there are, and how the program ends.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <opencv2/core.hpp>
+#include <opencv2/core/utils/logger.hpp>
+#include <string>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/text.h"
+#include "commands/calibrate_command.h"
+#include "commands/correct_command.h"
+#include "commands/crop_command.h"
+#include "commands/detect_command.h"
+#include "commands/hand_eye_command.h"
+#include "commands/info_command.h"
+#include "commands/map_command.h"
+#include "commands/stitch_command.h"
+#include "commands/straighten_command.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+constexpr const char* kName = "fisheye-calibration";
+
+constexpr const char* kFooter =
+    "Examples:\n"
+    "  fisheye-calibration detect photo.png --chessboard 8x6 --spacing 39 -o points.csv\n"
+    "  fisheye-calibration calibrate points.csv --image-size 1920x1208 -o camera.ini\n"
+    "  fisheye-calibration map --camera camera.ini --from world --to raw 120 -80.5\n"
+    "  fisheye-calibration correct --camera camera.ini frame.png -o top.png --grid 50\n"
+    "  fisheye-calibration crop top.png --size 1200x800 -o bed.png\n"
+    "  fisheye-calibration stitch --left l.png,l.ini,l.csv --right r.png,r.ini,r.csv -o bed.png "
+    "--dual dual.ini\n"
+    "  fisheye-calibration info camera.ini\n\n"
+    "Exit codes: 0 done; 1 the job failed or its result is not to be trusted; 2 bad usage or "
+    "input.";
+
+std::vector<Command> addCommands(CLI::App& app) {
+  return {addDetectCommand(app),  addCalibrateCommand(app),  addCorrectCommand(app),
+          addCropCommand(app),    addStitchCommand(app),     addMapCommand(app),
+          addHandEyeCommand(app), addStraightenCommand(app), addInfoCommand(app)};
+}
+
+// Failures come back as exceptions with the text; the image library's own lines would be noise.
+int silent(int, const char*, const char*, const char*, int, void*) { return 0; }
+
+int report(const std::string& message, int code) {
+  std::cerr << kName << ": " << onOneLine(message) << std::endl;
+  return code;
+}
+
+int run(int argc, char** argv) {
+  CLI::App app("Calibrates fisheye cameras over a work bed and converts points with them.");
+  app.name(kName);
+  app.set_version_flag("--version", std::string(kName) + " " + FISHEYE_CALIBRATION_VERSION);
+  app.require_subcommand(1);
+  app.footer(kFooter);
+  const std::vector<Command> commands = addCommands(app);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    if (error.get_exit_code() == 0) {  // --help, --version
+      return app.exit(error);
+    }
+    return report(std::string(error.what()) + " (--help shows the usage)", kExitBadInput);
+  }
+  const auto named = std::find_if(commands.begin(), commands.end(), [](const Command& command) {
+    return command.arguments->parsed();
+  });
+  return named->run({std::cin, std::cout, std::cerr});
+}
+
+// Writes what ended the program early as one line.
+int runReporting(int argc, char** argv) {
+  cv::redirectError(silent);
+  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+  try {
+    const int code = run(argc, argv);
+    std::cout.flush();
+    return std::cout ? code : report("standard output: cannot write", kExitJobFailed);
+  } catch (const Failure& failure) {
+    // It names the file or the option itself; file:line:column stands at the line's start, where
+    // editors look for it.
+    std::cerr << onOneLine(failure.what()) << std::endl;
+    return failure.code();
+  } catch (const std::bad_alloc&) {
+    return report("not enough memory", kExitJobFailed);
+  } catch (const std::exception& failure) {
+    return report(failure.what(), kExitJobFailed);
+  }
+}
+
+}  // namespace
+}  // namespace fisheye_calibration::program
+
+int main(int argc, char** argv) { return fisheye_calibration::program::runReporting(argc, argv); }

@@ -1,0 +1,17 @@
+// The hand-eye fit as text: coefficients, the library's two error figures and the plain ones.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "geometry/affine_map.h"
+
+namespace fisheye_calibration::program {
+
+// "a,b,c,d,e,f" and one line of values that read back exactly.
+std::string formatAffine(const AffineMap& map);
+
+// For people: the map, the library's figures and the plain ones, each called what it is.
+std::string describeAffine(const AffineMap& map, const std::vector<CalibrationPoint>& points);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,18 @@
+// The result of a calibration as text.
+#pragma once
+
+#include <string>
+
+#include "base/size.h"
+#include "fisheye_calibration.h"
+#include "geometry/calibration_result.h"
+
+namespace fisheye_calibration::program {
+
+// The record as a table of readable lines: name, value, unit, meaning.
+std::string describeRecord(const FishEyeCalibrationParam& param);
+
+// describeRecord, the reprojection error and the five points with the largest residuals.
+std::string describeResult(const CalibrationResult& result, const Size& corrected);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,28 @@
+// A bar in one line of text that tells how far a row of pictures has come.
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <string>
+
+namespace fisheye_calibration::program {
+
+// "[##########----------] 5/10  12.5 frames/s"; no rate where no time has passed.
+std::string progressText(std::size_t done, std::size_t total, double seconds);
+
+class ProgressBar {
+ public:
+  explicit ProgressBar(std::ostream& stream) : stream_(stream) {}
+  ProgressBar(const ProgressBar&) = delete;
+  ProgressBar& operator=(const ProgressBar&) = delete;
+  ~ProgressBar();  // leaves the line
+
+  void show(const std::string& text);
+  void clear();  // so that a message can be written in its place
+
+ private:
+  std::ostream& stream_;
+  std::size_t width_ = 0;
+};
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,43 @@
+#include "commands/map_conversion.h"
+
+#include <gtest/gtest.h>
+
+#include "base/failure.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+bool provided(const std::string& from, const std::string& to) {
+  try {
+    findConversion(from, to);
+    return true;
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.code(), kExitBadInput);
+    return false;
+  }
+}
+
+TEST(MapConversion, OneCameraHasExactlyTheLibrarysFour) {
+  int count = 0;
+  for (const char* from : {"world", "raw", "corrected", "second"}) {
+    for (const char* to : {"world", "raw", "corrected", "second"}) {
+      count += provided(from, to);
+    }
+  }
+  EXPECT_EQ(count, 4);
+  EXPECT_TRUE(provided("world", "raw"));
+  EXPECT_TRUE(provided("world", "corrected"));
+  EXPECT_TRUE(provided("world", "second"));
+  EXPECT_TRUE(provided("second", "world"));
+}
+
+TEST(MapConversion, OnlyTheRawPictureNeedsNoCorrectedSize) {
+  EXPECT_FALSE(findConversion("world", "raw").needsCorrectedSize);
+  EXPECT_TRUE(findConversion("world", "corrected").needsCorrectedSize);
+  EXPECT_TRUE(findConversion("second", "world").needsCorrectedSize);
+}
+
+TEST(MapConversion, UnknownFramesAreRefused) { EXPECT_FALSE(provided("world", "moon")); }
+
+}  // namespace
+}  // namespace fisheye_calibration::program

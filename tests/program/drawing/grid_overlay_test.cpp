@@ -1,0 +1,30 @@
+#include "drawing/grid_overlay.h"
+
+#include <gtest/gtest.h>
+
+#include "base/failure.h"
+#include "program/support/sample_record.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+TEST(GridOverlay, LinesLieAtMultiplesOfTheSpacing) {
+  // The datum in the centre (20, 10) of 40 x 20 px, so the view spans 0...20, -5...5.
+  const FishEyeCalibrationParam param = {.Pixel = 0.5f, .DatumPtXw = 10};
+  const Grid grid = gridOver(metricPicture(param, {40, 20}), 6);
+  ASSERT_EQ(grid.columns.size(), 4u);
+  EXPECT_EQ(grid.columns[0].world, 0);
+  EXPECT_FLOAT_EQ(static_cast<float>(grid.columns[0].pixel), 0);
+  EXPECT_EQ(grid.columns[3].world, 18);
+  EXPECT_FLOAT_EQ(static_cast<float>(grid.columns[3].pixel), 36);
+  ASSERT_EQ(grid.rows.size(), 1u);
+  EXPECT_EQ(grid.rows[0].pixel, 10);
+}
+
+TEST(GridOverlay, LinesTooCloseAreRefused) {
+  EXPECT_THROW(gridOver(metricPicture(sampleRecord(), {40, 20}), 1), Failure);
+  EXPECT_THROW(gridOver(metricPicture(FishEyeCalibrationParam{}, {40, 20}), 100), Failure);
+}
+
+}  // namespace
+}  // namespace fisheye_calibration::program

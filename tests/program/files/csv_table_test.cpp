@@ -1,0 +1,86 @@
+#include "files/csv_table.h"
+
+#include <gtest/gtest.h>
+
+#include "base/failure.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+std::string failureOf(const std::string& text) {
+  try {
+    parseCsv("t.csv", text);
+  } catch (const Failure& failure) {
+    EXPECT_EQ(failure.code(), kExitBadInput);
+    return failure.what();
+  }
+  return "no failure";
+}
+
+TEST(CsvTable, ColumnsAreFoundByNameWhateverTheirOrderAndCase) {
+  const CsvTable table = parseCsv("t.csv", "b,A\n1,2\n");
+  EXPECT_EQ(table.integerAt(table.rows.at(0), table.require("a")), 2);
+  EXPECT_EQ(table.integerAt(table.rows.at(0), table.require("b")), 1);
+}
+
+TEST(CsvTable, ByteOrderMarkCrlfBlankLinesAndBlanksDoNotCount) {
+  const CsvTable table = parseCsv("t.csv", "\xEF\xBB\xBF a , b\r\n\r\n 1 ,\t2 \r\n  \r\n3,4");
+  ASSERT_EQ(table.rows.size(), 2u);
+  EXPECT_EQ(table.integerAt(table.rows[0], table.require("b")), 2);
+  EXPECT_EQ(table.rows[0].line, 3);
+  EXPECT_EQ(table.rows[0].fields[1].column, 6);
+  EXPECT_EQ(table.integerAt(table.rows[1], table.require("a")), 3);
+}
+
+TEST(CsvTable, AMissingHeaderNameIsReported) {
+  const CsvTable table = parseCsv("t.csv", "\na,b\n");
+  try {
+    table.require("c");
+    FAIL();
+  } catch (const Failure& failure) {
+    EXPECT_STREQ(failure.what(), "t.csv:2:1: the header has no column \"c\"");
+  }
+}
+
+TEST(CsvTable, ADuplicateHeaderNameIsReported) {
+  EXPECT_EQ(failureOf("a,b,A\n"), "t.csv:1:5: column \"A\" is there twice");
+}
+
+TEST(CsvTable, ARowOfAnotherLengthIsReported) {
+  EXPECT_EQ(failureOf("a,b\n1,2\n3\n"), "t.csv:3:1: 1 value where the header names 2");
+  EXPECT_EQ(failureOf("a,b\n1, 2, 3\n"), "t.csv:2:7: 3 values where the header names 2");
+}
+
+TEST(CsvTable, InvalidNumbersAreReportedWithLineAndColumn) {
+  const CsvTable table = parseCsv("t.csv", "a,b\n1,  x\n1,\n\"1\",nan\n");
+  const auto complaint = [&](std::size_t row, std::size_t field) -> std::string {
+    try {
+      table.floatAt(table.rows.at(row), field);
+    } catch (const Failure& failure) {
+      return failure.what();
+    }
+    return "no failure";
+  };
+  EXPECT_EQ(complaint(0, 1), "t.csv:2:5: not a number: \"x\"");
+  EXPECT_EQ(complaint(1, 1), "t.csv:3:3: a number is missing");
+  EXPECT_EQ(complaint(2, 1), "t.csv:4:5: not a number: \"nan\"");
+  EXPECT_EQ(complaint(2, 0), "t.csv:4:1: not a number: \"\"1\"\"");
+}
+
+TEST(CsvTable, ColumnsCountCharactersNotBytes) {
+  const CsvTable table = parseCsv("t.csv", "a,b\n\xC3\xA4\xC3\xB6,x\n");
+  EXPECT_EQ(table.rows.at(0).fields.at(1).column, 4);
+}
+
+TEST(CsvTable, EmptyAndForeignFilesAreReported) {
+  EXPECT_EQ(failureOf(""), "t.csv:1:1: the file is empty");
+  EXPECT_EQ(failureOf("\r\n \n"), "t.csv:1:1: the file is empty");
+  EXPECT_EQ(failureOf(std::string("a\0b", 3)), "t.csv:1:1: not a text file");
+  EXPECT_EQ(failureOf(std::string("\xFF\xFE"
+                                  "a\0",
+                                  4)),
+            "t.csv:1:1: UTF-16 text; save the file as UTF-8");
+}
+
+}  // namespace
+}  // namespace fisheye_calibration::program

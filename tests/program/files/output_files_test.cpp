@@ -1,0 +1,52 @@
+#include "files/output_files.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "program/support/run_program.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(OutputFiles, NothingChangesBeforeTheCommit) {
+  const support::TemporaryFolder folder;
+  const std::string old = writeFile(folder, "a.txt", "old");
+  OutputFiles files;
+  files.stage(old, "new");
+  EXPECT_EQ(support::bytesOf(old), "old");
+  files.commit();
+  EXPECT_EQ(support::bytesOf(old), "new");
+  EXPECT_THAT(namesIn(folder), ElementsAre("a.txt"));
+}
+
+TEST(OutputFiles, WhatIsNotCommittedLeavesNoTrace) {
+  const support::TemporaryFolder folder;
+  const std::string old = writeFile(folder, "a.txt", "old");
+  {
+    OutputFiles files;
+    files.stage(old, "new");
+    files.stage(folder.file("b.txt"), "new");
+  }
+  EXPECT_EQ(support::bytesOf(old), "old");
+  EXPECT_THAT(namesIn(folder), ElementsAre("a.txt"));
+}
+
+#if !defined(_WIN32)
+TEST(OutputFiles, ALinkStaysALink) {
+  const support::TemporaryFolder folder;
+  writeFile(folder, "real.txt", "old");
+  std::filesystem::create_symlink("real.txt", folder.file("link.txt"));
+  OutputFiles files;
+  files.stage(folder.file("link.txt"), "new");
+  files.commit();
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.file("link.txt")));
+  EXPECT_EQ(support::bytesOf(folder.file("real.txt")), "new");
+}
+#endif
+
+}  // namespace
+}  // namespace fisheye_calibration::program
