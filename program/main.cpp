@@ -1,4 +1,4 @@
-// The command line of fisheye-calibration: which commands there are, and how the program ends.
+// fisheye-calibration: lists the commands, runs the one that the user names and reports failures.
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <exception>
@@ -45,7 +45,8 @@ std::vector<Command> addCommands(CLI::App& app) {
           addHandEyeCommand(app), addStraightenCommand(app), addInfoCommand(app)};
 }
 
-// Failures come back as exceptions with the text; the image library's own lines would be noise.
+// The image library's errors arrive as exceptions with their text; its own messages would repeat
+// it.
 int silent(int, const char*, const char*, const char*, int, void*) { return 0; }
 
 int report(const std::string& message, int code) {
@@ -74,7 +75,7 @@ int run(int argc, char** argv) {
   return named->run({std::cin, std::cout, std::cerr});
 }
 
-// Writes what ended the program early as one line.
+// Reports what ended the program early in one line.
 int runReporting(int argc, char** argv) {
   cv::redirectError(silent);
   cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
@@ -83,7 +84,7 @@ int runReporting(int argc, char** argv) {
     std::cout.flush();
     return std::cout ? code : report("standard output: cannot write", kExitJobFailed);
   } catch (const Failure& failure) {
-    // It names the file or the option itself; file:line:column stands at the line's start, where
+    // The message names the file or the option itself; file:line:column starts the line, where
     // editors look for it.
     std::cerr << onOneLine(failure.what()) << std::endl;
     return failure.code();

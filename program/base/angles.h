@@ -1,4 +1,4 @@
-// Angles for people.
+// Units of angles.
 #pragma once
 
 #include <numbers>

@@ -1,4 +1,4 @@
-// How the program ends when it cannot do what it was asked: one line of text and an exit code.
+// How the program ends if it cannot do what it was asked to: one line of text and an exit code.
 #pragma once
 
 #include <stdexcept>

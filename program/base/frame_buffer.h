@@ -1,4 +1,4 @@
-// Pictures as the library takes them: rows bottom-up, no padding, 8 or 24 bits a pixel.
+// Pictures as the library expects them: rows bottom-up, no padding, 8 or 24 bits per pixel.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -16,10 +16,10 @@ struct FrameBuffer {
   unsigned char* data() { return bytes.data(); }
 };
 
-// Black, of the given kind.
+// A black picture.
 FrameBuffer blankBuffer(const Size& size, int bitCount);
 
-// Of a one- or three-channel 8-bit picture.
+// `picture` has one or three channels of 8 bits.
 FrameBuffer toBuffer(const cv::Mat& picture);
 
 cv::Mat toPicture(const FrameBuffer& buffer);

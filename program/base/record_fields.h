@@ -1,4 +1,4 @@
-// The fields of a camera record with their units and meaning, for listing and checking.
+// The fields of a camera record with their units and meaning.
 #pragma once
 
 #include <span>

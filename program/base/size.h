@@ -5,7 +5,7 @@
 
 namespace fisheye_calibration::program {
 
-// The longest side that the program takes for a picture.
+// The longest side of a picture that the program accepts.
 constexpr int kLargestImageSide = 32767;
 
 struct Size {

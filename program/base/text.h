@@ -1,4 +1,4 @@
-// Numbers to and from text, the same in every locale.
+// Numbers to and from text, independent of the locale, and plain text helpers.
 #pragma once
 
 #include <optional>
@@ -8,7 +8,7 @@
 
 namespace fisheye_calibration::program {
 
-// The whole text as a finite number; a leading '+' is allowed. Nothing for anything else, including
+// The whole text as a finite number; a leading '+' is allowed. Nothing for any other text, such as
 // "nan", "inf" and numbers beyond the range of a double.
 std::optional<double> parseNumber(std::string_view text);
 
@@ -20,14 +20,14 @@ std::optional<int> parseInteger(std::string_view text);
 // With a fixed number of decimals.
 std::string fixed(double value, int decimals);
 
-// As fixed; where that would be very long (from ten million on), in powers of ten.
+// As fixed, but with an exponent from ten million on, where that would be very long.
 std::string readable(double value, int decimals);
 
 // The shortest text that reads back as the same value.
 std::string shortest(float value);
 std::string shortest(double value);
 
-// " + 8" or " - 8", to be added to what stands before it.
+// " + 8" or " - 8", to follow another term.
 std::string signedTerm(int value);
 
 // `significant` digits, no trailing zeros.
@@ -39,7 +39,7 @@ std::string padLeft(std::string text, std::size_t width);
 std::string padRight(std::string text, std::size_t width);
 std::string joined(const std::vector<std::string>& parts, std::string_view separator);
 
-// The text with line breaks and runs of blanks made single blanks, for one-line messages.
+// The text with every run of blanks and line breaks replaced by one blank.
 std::string onOneLine(std::string_view text);
 
 }  // namespace fisheye_calibration::program

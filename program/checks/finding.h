@@ -69,8 +69,8 @@ void addImpossible(Findings& findings, FindingKind kind, std::string text,
 
 bool anyImpossible(const Findings& findings);
 
-// "points 1, 2 and 7". Every id is named once; long lists are cut and end in the number of ids that
-// are left out.
+// "points 1, 2 and 7". Every id is named once; long lists are cut and end with the number of ids
+// that are left out.
 std::string namedPoints(const std::vector<int>& ids);
 
 }  // namespace fisheye_calibration::program

@@ -17,10 +17,10 @@ namespace {
 
 constexpr double kNearReach = 0.95;            // of the solver's reach
 constexpr double kSmallCoverage = 0.08;        // of the picture's area
-constexpr double kFairCoverage = 0.25;         // enough unless the target is seen frontally
+constexpr double kFairCoverage = 0.25;         // enough, unless the target is seen frontally
 constexpr double kFrontalScaleRatio = 1.5;     // largest to smallest area scale within the target
 constexpr double kLineFlatness = 1e-4;         // breadth to length of what counts as one line
-constexpr double kNearlyLineFlatness = 0.03;   // ... and as nearly one
+constexpr double kNearlyLineFlatness = 0.03;   // ... and as almost one
 constexpr std::size_t kMostForSingles = 1000;  // points up to which each is left out in turn
 constexpr double kShortScalePair = 0.2;        // of the target's largest extent
 
@@ -56,26 +56,26 @@ void checkIds(const Points& points, Findings& findings) {
   for (const CalibrationPoint& point : points) {
     ++count[point.PointId];
   }
-  std::vector<int> doubled;
+  std::vector<int> repeated;
   for (const auto& [id, times] : count) {
     if (times > 1) {
-      doubled.push_back(id);
+      repeated.push_back(id);
     }
   }
-  if (doubled.empty()) {
+  if (repeated.empty()) {
     return;
   }
   addDoubtful(findings, FindingKind::kDuplicateIds,
-              verb(doubled, " is", " are") + " in the list more than once", doubled);
+              verb(repeated, " is", " are") + " in the list more than once", repeated);
 }
 
 void checkInside(const Points& points, const Size& image, Findings& findings) {
-  // Pixel centres have whole coordinates, so the picture reaches half a pixel further.
+  // Pixel centres have whole coordinates, so the picture extends half a pixel beyond them.
   const cv::Rect2d picture(-0.5, -0.5, image.width, image.height);
   const std::vector<int> outside = idsWhere(points, [&](const CalibrationPoint& point) {
-    const cv::Point2d place = imagePlace(point);
-    return place.x < picture.x || place.y < picture.y || place.x > picture.br().x ||
-           place.y > picture.br().y;
+    const cv::Point2d position = imagePosition(point);
+    return position.x < picture.x || position.y < picture.y || position.x > picture.br().x ||
+           position.y > picture.br().y;
   });
   if (outside.empty()) {
     return;
@@ -89,8 +89,8 @@ void checkInside(const Points& points, const Size& image, Findings& findings) {
 void checkReach(const Points& points, const Size& image, Findings& findings) {
   const double reach = solverReach(image);
   const auto radius = [&](const CalibrationPoint& point) {
-    const cv::Point2d place = imagePlace(point);
-    return std::hypot(place.x - (image.width - 1) / 2.0, place.y - (image.height - 1) / 2.0);
+    const cv::Point2d position = imagePosition(point);
+    return std::hypot(position.x - (image.width - 1) / 2.0, position.y - (image.height - 1) / 2.0);
   };
   const std::vector<int> beyond =
       idsWhere(points, [&](const CalibrationPoint& point) { return radius(point) > reach; });
@@ -113,8 +113,8 @@ void checkReach(const Points& points, const Size& image, Findings& findings) {
 }
 
 void checkLine(const Points& points, Findings& findings) {
-  const std::vector<cv::Point2d> world = bedPlaces(points);
-  const double flattest = std::min(flatness(world), flatness(imagePlaces(points)));
+  const std::vector<cv::Point2d> world = bedPositions(points);
+  const double flattest = std::min(flatness(world), flatness(imagePositions(points)));
   if (flattest < kLineFlatness) {
     addDoubtful(findings, FindingKind::kCollinearPoints,
                 "all points lie on one line; the camera cannot be found from them");
@@ -142,24 +142,24 @@ void checkLine(const Points& points, Findings& findings) {
 }
 
 void checkCoincidence(const Points& points, Findings& findings) {
-  const auto report = [&](auto placeOf, const std::string& where) {
+  const auto report = [&](auto positionOf, const std::string& where) {
     std::map<std::pair<float, float>, std::vector<int>> idsAt;
     for (const CalibrationPoint& point : points) {
-      const cv::Point2f place = placeOf(point);
-      idsAt[{place.x, place.y}].push_back(point.PointId);
+      const cv::Point2f position = positionOf(point);
+      idsAt[{position.x, position.y}].push_back(point.PointId);
     }
-    for (const auto& [place, ids] : idsAt) {
+    for (const auto& [position, ids] : idsAt) {
       if (ids.size() < 2) {
         continue;
       }
       addDoubtful(findings, FindingKind::kCoincidentPoints,
-                  namedPoints(ids) + " have the same " + where + " (" + shortest(place.first) +
-                      ", " + shortest(place.second) + ")",
+                  namedPoints(ids) + " have the same " + where + " (" + shortest(position.first) +
+                      ", " + shortest(position.second) + ")",
                   ids);
     }
   };
-  report(bedPlace, "world position");
-  report(imagePlace, "place in the picture");
+  report(bedPosition, "world position");
+  report(imagePosition, "place in the picture");
 }
 
 void checkCoverage(const Points& points, const Size& image, Findings& findings) {
@@ -183,7 +183,7 @@ void checkScalePair(const Points& points, Findings& findings) {
   const CalibrationPoint& first = points.front();
   const CalibrationPoint& last = points.back();
   const auto distance = [](const CalibrationPoint& a, const CalibrationPoint& b) {
-    const cv::Point2d between = cv::Point2d(bedPlace(a)) - cv::Point2d(bedPlace(b));
+    const cv::Point2d between = cv::Point2d(bedPosition(a)) - cv::Point2d(bedPosition(b));
     return std::hypot(between.x, between.y);
   };
   double extent = 0;

@@ -1,4 +1,4 @@
-// What makes a calibration poor or the solver diverge, seen from the points alone.
+// What makes a calibration poor or the solver diverge, found from the points alone.
 #pragma once
 
 #include <cstddef>

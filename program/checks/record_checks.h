@@ -1,4 +1,4 @@
-// What in a camera record cannot be, or makes it of little use.
+// What is impossible in a camera record, or makes it of little use.
 #pragma once
 
 #include "checks/finding.h"

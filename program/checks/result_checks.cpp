@@ -19,8 +19,8 @@ constexpr double kLargestRms = 2;              // pixels
 constexpr double kFocalFactor = 3;             // against max(W, H)/pi
 constexpr double kCentralShare = 0.1;          // of the longer side, for the principal point
 constexpr double kLargestCorrectionError = 3;  // pixels: the outlier bound of the homography's fit
-// A single view often leaves open how much of the picture's scale is focal length and how much lens
-// curve; a curve beyond what lenses are built to shows that the solver chose wrongly.
+// A single view often does not determine how much of the picture's scale is focal length and how
+// much is lens curve; a curve that no lens is built to shows that the solver chose wrongly.
 constexpr double kFlattestLens = 0.80;
 constexpr double kSteepestLens = 1.14;
 
@@ -54,7 +54,7 @@ void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image
                          Findings& findings) {
   const double u0 = static_cast<double>(param.u0);
   const double v0 = static_cast<double>(param.v0);
-  const std::string place =
+  const std::string position =
       "the principal point (" + readable(u0, 1) + ", " + readable(v0, 1) + ")";
   const auto alreadyReported = [](const Finding& f) {
     return f.kind == FindingKind::kPrincipalPoint;
@@ -63,13 +63,13 @@ void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image
     return;
   }
   if (!(u0 >= -0.5 && u0 <= image.width - 0.5 && v0 >= -0.5 && v0 <= image.height - 0.5)) {
-    addImpossible(findings, FindingKind::kPrincipalPoint, place + " lies outside the picture");
+    addImpossible(findings, FindingKind::kPrincipalPoint, position + " lies outside the picture");
     return;
   }
   const double offset = std::hypot(u0 - (image.width - 1) / 2.0, v0 - (image.height - 1) / 2.0);
   if (offset > kCentralShare * std::max(image.width, image.height)) {
     addDoubtful(findings, FindingKind::kPrincipalPoint,
-                place + " lies " + fixed(offset, 0) +
+                position + " lies " + fixed(offset, 0) +
                     " px from the picture's centre; lenses are seldom mounted that far off");
   }
 }

@@ -110,7 +110,7 @@ void checkSameWorld(const StitchPair& pair, const SharedPoints& shared, Findings
   double worst = 0;
   int id = 0;
   for (std::size_t i = 0; i < shared.left.size(); ++i) {
-    const cv::Point2f between = bedPlace(shared.left[i]) - bedPlace(shared.right[i]);
+    const cv::Point2f between = bedPosition(shared.left[i]) - bedPosition(shared.right[i]);
     const double distance = static_cast<double>(std::hypot(between.x, between.y));
     if (distance <= worst) {
       continue;
@@ -136,7 +136,7 @@ double cornerFlatness(const std::vector<CalibrationPoint>& points,
     std::vector<cv::Point2d> p;
     for (std::size_t k = 0; k < 4; ++k) {
       if (k != skipped) {
-        p.push_back(bedPlace(points[corners[k]]));
+        p.push_back(bedPosition(points[corners[k]]));
       }
     }
     const double longest =
@@ -170,15 +170,15 @@ void checkCorners(const SharedPoints& shared, Findings& findings) {
 
 cv::Rect2d bedRectangle(const StitchCamera& camera) {
   const cv::Point2f centre = centreOf(camera.viewSize());
-  return {cv::Point2d(bedPlaceAt(camera.param, {0, 0}, centre)),
-          cv::Point2d(bedPlaceAt(camera.param, 2 * centre, centre))};
+  return {cv::Point2d(bedPositionAt(camera.param, {0, 0}, centre)),
+          cv::Point2d(bedPositionAt(camera.param, 2 * centre, centre))};
 }
 
 bool sees(const StitchCamera& camera, cv::Point2d bed) {
   if (!(depthOf(camera.param, bed.x, bed.y, 0) > 0)) {
     return false;
   }
-  const cv::Point2f raw = rawPlace(camera.param, bed);
+  const cv::Point2f raw = rawPosition(camera.param, bed);
   return raw.x >= 0 && raw.y >= 0 && raw.x <= static_cast<float>(camera.frame.size.width - 1) &&
          raw.y <= static_cast<float>(camera.frame.size.height - 1);
 }
@@ -205,7 +205,7 @@ void checkCoverage(const StitchPair& pair, const SharedPoints& shared, Findings&
                 "by their records the cameras see no part of the bed in common");
     return;
   }
-  const double share = hullArea(shared.left, bedPlace) / overlap;
+  const double share = hullArea(shared.left, bedPosition) / overlap;
   if (share >= kSmallCoverage) {
     return;
   }

@@ -1,4 +1,4 @@
-// What makes a stitch meaningless or poor, seen before it is made.
+// What makes a stitched picture meaningless or poor, found before it is made.
 #pragma once
 
 #include "checks/finding.h"

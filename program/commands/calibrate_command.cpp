@@ -17,7 +17,7 @@
 #include "drawing/residual_plot.h"
 #include "files/camera_file.h"
 #include "files/output_files.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/picture_file.h"
 #include "files/points_csv.h"
 #include "files/read_file.h"
@@ -63,7 +63,7 @@ Outputs checkedOutputs(const Options& options) {
       {"--residual-plot", outputs.plot},
       {"--residual-table", outputs.table}};
   for (const auto& [option, path] : all) {
-    requireWritablePlace(option, path);
+    requireWritable(option, path);
     if (isSameFile(path, options.input)) {
       failBadInput(std::string(option) + ": " + nameOf(path) + " is the input itself");
     }
@@ -94,7 +94,7 @@ Input inputFromPoints(const Options& options, const Size& image) {
   }
   Input input = {.points = parsePoints(name, text), .image = image};
   if (options.imageSize.empty()) {
-    failBadInput("--image-size is missing: a list of points does not tell it");
+    failBadInput("--image-size is missing: a list of points does not contain it");
   }
   return input;
 }
@@ -123,7 +123,7 @@ CalibrationResult solve(const Input& input, const std::string& name) {
   CalibrationResult result;
   result.points = input.points;
   try {
-    // The library takes the picture for the sake of its interface only and reads nothing of it.
+    // The library does not read the picture that its interface asks for.
     result.homographyFound = SingleCamCalibration(nullptr, input.image.width, input.image.height, 8,
                                                   result.points, input.corrected.width,
                                                   input.corrected.height, result.param, result.rms);

@@ -1,4 +1,4 @@
-// calibrate: from points, or a picture of the target, to a camera's parameter file.
+// calibrate: solves a camera from points, or from a picture of the target.
 #pragma once
 
 #include "commands/command.h"

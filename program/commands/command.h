@@ -1,4 +1,4 @@
-// What the main program knows of a command.
+// What main() knows about a command.
 #pragma once
 
 #include <functional>

@@ -1,15 +1,12 @@
 #include "commands/correct_command.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <memory>
 #include <optional>
 #include <ostream>
-#include <set>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include "base/failure.h"
@@ -17,10 +14,11 @@
 #include "base/frame_buffer.h"
 #include "base/text.h"
 #include "checks/checked_camera.h"
+#include "commands/frame_jobs.h"
 #include "commands/option_values.h"
 #include "drawing/grid_overlay.h"
 #include "files/output_files.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/picture_file.h"
 #include "fisheye_calibration.h"
 #include "geometry/metric_picture.h"
@@ -40,14 +38,9 @@ struct Options {
   std::string grid;
 };
 
-struct Job {
-  fs::path frame;
-  fs::path output;
-};
-
 struct Renderer {
   FishEyeCalibrationParam param{};
-  std::optional<Size> size;  // nothing: the frame's own
+  std::optional<Size> size;  // empty: the frame's own
   double gridSpacing = 0;    // 0: no grid
 };
 
@@ -57,86 +50,14 @@ struct View {
   Size frame;
 };
 
-bool isFolder(const fs::path& path) {
-  std::error_code error;
-  return fs::is_directory(path, error);
-}
-
-std::vector<fs::path> picturesIn(const fs::path& folder) {
-  std::vector<fs::path> pictures;
-  std::error_code error;
-  for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-    if (isPicture(entry.path())) {
-      pictures.push_back(entry.path());
-    }
-  }
-  if (error) {
-    failBadInput(nameOf(folder) + ": " + error.message());
-  }
-  if (pictures.empty()) {
-    failBadInput(nameOf(folder) + ": there is no picture in this folder");
-  }
-  std::sort(pictures.begin(), pictures.end());
-  return pictures;
-}
-
-void prepareFolder(const fs::path& folder) {
-  if (isFolder(folder)) {
-    return;
-  }
-  std::error_code error;
-  if (fs::exists(folder, error)) {
-    failBadInput("-o: " + nameOf(folder) + " is a file; several frames need a folder");
-  }
-  fs::create_directory(folder, error);
-  if (error) {
-    failBadInput("-o: " + nameOf(folder) + ": " + error.message());
-  }
-}
-
-std::vector<Job> folderJobs(const std::vector<fs::path>& frames, const fs::path& folder) {
-  std::vector<Job> jobs;
-  std::set<fs::path> names;
-  for (const fs::path& frame : frames) {
-    const fs::path name = frame.filename();
-    if (!names.insert(name).second) {
-      failBadInput("two frames are called " + nameOf(name));
-    }
-    const fs::path output = folder / name;
-    requirePictureName(nameOf(frame), output);
-    if (isSameFile(output, frame)) {
-      failBadInput("-o: " + nameOf(output) + " is the frame itself");
-    }
-    jobs.push_back({.frame = frame, .output = output});
-  }
-  prepareFolder(folder);
-  return jobs;
-}
-
-std::vector<Job> plannedJobs(const Options& options) {
-  const fs::path& first = options.frames[0];
-  if (options.frames.size() > 1) {
-    return folderJobs(options.frames, options.output);
-  }
-  if (isFolder(first)) {
-    return folderJobs(picturesIn(first), options.output);
-  }
-  requireWritablePlace("-o", options.output);
-  requirePictureName("-o", options.output);
-  if (isSameFile(options.output, first)) {
-    failBadInput("-o: " + nameOf(options.output) + " is the frame itself");
-  }
-  return {{.frame = first, .output = options.output}};
-}
-
-void requireMaskPlace(const Options& options, const std::vector<Job>& jobs) {
+void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
   if (options.mask.empty()) {
     return;
   }
-  requireWritablePlace("--mask", options.mask);
+  requireWritable("--mask", options.mask);
   requirePictureName("--mask", options.mask);
-  for (const Job& job : jobs) {
-    if (isSamePlace(options.mask, job.output) || isSameFile(options.mask, job.frame)) {
+  for (const FrameJob& job : jobs) {
+    if (isSamePath(options.mask, job.output) || isSameFile(options.mask, job.frame)) {
       failBadInput("--mask: " + nameOf(options.mask) + " is named twice");
     }
   }
@@ -172,13 +93,13 @@ Renderer preparedRenderer(const Options& options, std::ostream& messages) {
   return renderer;
 }
 
-// What the first frame shows of camera and mask holds for all frames of its size.
+// Frames of one size and one camera: the mask and the warning of the first hold for all.
 class Batch {
  public:
   Batch(const Options& options, const Renderer& renderer, std::ostream& messages)
       : options_(options), renderer_(renderer), messages_(messages) {}
 
-  void correct(const Job& job) {
+  void correct(const FrameJob& job) {
     const View view = render(renderer_, job.frame);
     if (first_ && *first_ != view.frame) {
       failBadInput(nameOf(job.frame) + ": its size is not that of the first frame");
@@ -210,7 +131,7 @@ class Batch {
   std::optional<Size> first_;
 };
 
-int correctMany(const std::vector<Job>& jobs, Batch& batch, const fs::path& folder,
+int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path& folder,
                 const Streams& streams) {
   const auto start = std::chrono::steady_clock::now();
   const auto seconds = [&] {
@@ -243,8 +164,8 @@ int run(const Options& options, const Streams& streams) {
     failBadInput("no frame is given");
   }
   const Renderer renderer = preparedRenderer(options, streams.messages);
-  const std::vector<Job> jobs = plannedJobs(options);
-  requireMaskPlace(options, jobs);
+  const std::vector<FrameJob> jobs = plannedJobs(options.frames, options.output);
+  checkMask(options, jobs);
   Batch batch(options, renderer, streams.messages);
   if (jobs.size() > 1 || isFolder(options.output)) {
     return correctMany(jobs, batch, options.output, streams);

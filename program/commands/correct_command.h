@@ -1,4 +1,4 @@
-// correct: renders the view from above of one or many frames.
+// correct: renders frames as seen from above.
 #pragma once
 
 #include "commands/command.h"

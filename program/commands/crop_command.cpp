@@ -9,7 +9,7 @@
 #include "base/frame_buffer.h"
 #include "commands/option_values.h"
 #include "files/output_files.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/picture_file.h"
 #include "fisheye_calibration.h"
 
@@ -24,7 +24,7 @@ struct Options {
 
 int run(const Options& options, const Streams& streams) {
   const Size size = parseImageSize("--size", options.size);
-  requireWritablePlace("-o", options.output);
+  requireWritable("-o", options.output);
   requirePictureName("-o", options.output);
   if (isSameFile(options.output, options.image)) {
     failBadInput("-o: " + nameOf(options.output) + " is the picture itself");

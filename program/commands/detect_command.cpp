@@ -10,7 +10,7 @@
 #include "commands/option_values.h"
 #include "commands/target_options.h"
 #include "files/output_files.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/points_csv.h"
 
 namespace fisheye_calibration::program {
@@ -23,7 +23,7 @@ struct Options {
 };
 
 int run(const Options& options, const Streams& streams) {
-  requireWritablePlace("-o", options.output);
+  requireWritable("-o", options.output);
   if (isSameFile(options.output, options.image)) {
     failBadInput("-o: " + nameOf(options.output) + " is the picture itself");
   }

@@ -14,7 +14,7 @@
 #include "commands/option_values.h"
 #include "drawing/affine_plot.h"
 #include "files/output_files.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/picture_file.h"
 #include "files/points_csv.h"
 #include "fisheye_calibration.h"
@@ -26,8 +26,8 @@ namespace {
 
 constexpr std::size_t kFewestPoints = 3;
 
-// Below this ratio of breadth to length the points count as lying on one line: their positions are
-// floats, good to about this many digits.
+// Below this ratio of breadth to length the points count as collinear: their positions are floats,
+// with about this relative precision.
 constexpr double kThinnestSpread = 1e-5;
 
 struct Options {
@@ -36,17 +36,17 @@ struct Options {
   std::filesystem::path plot;  // empty: none
 };
 
-void requirePlaces(const Options& options) {
-  requireWritablePlace("-o", options.output);
+void checkOutputs(const Options& options) {
+  requireWritable("-o", options.output);
   if (isSameFile(options.output, options.points)) {
     failBadInput("-o: " + nameOf(options.output) + " is the file of the points");
   }
   if (options.plot.empty()) {
     return;
   }
-  requireWritablePlace("--plot", options.plot);
+  requireWritable("--plot", options.plot);
   requirePictureName("--plot", options.plot);
-  if (isSamePlace(options.plot, options.output) || isSameFile(options.plot, options.points)) {
+  if (isSamePath(options.plot, options.output) || isSameFile(options.plot, options.points)) {
     failBadInput("--plot: " + nameOf(options.plot) + " is named twice");
   }
 }
@@ -57,7 +57,7 @@ std::vector<CalibrationPoint> readSpreadPoints(const std::filesystem::path& path
     failBadInput(nameOf(path) + ": " + std::to_string(points.size()) +
                  " point(s); an affine map needs at least three");
   }
-  if (!(flatness(imagePlaces(points)) > kThinnestSpread)) {
+  if (!(flatness(imagePositions(points)) > kThinnestSpread)) {
     failBadInput(nameOf(path) + ": the image points lie on one line, which fixes no map");
   }
   return points;
@@ -76,7 +76,7 @@ AffineMap fitted(const std::vector<CalibrationPoint>& points, const std::string&
 }
 
 int run(const Options& options, const Streams& streams) {
-  requirePlaces(options);
+  checkOutputs(options);
   const std::vector<CalibrationPoint> points = readSpreadPoints(options.points);
   const AffineMap map = fitted(points, nameOf(options.points));
   OutputFiles files;

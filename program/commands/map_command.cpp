@@ -26,15 +26,15 @@ namespace fisheye_calibration::program {
 namespace {
 
 struct Options {
-  std::filesystem::path camera;  // either this
-  std::filesystem::path dual;    // or the file of a stitched picture
+  std::filesystem::path camera;  // for conversions of one camera
+  std::filesystem::path dual;    // for those of a stitched picture
   std::string from;
   std::string to;
   std::string correctedSize;
   std::vector<std::string> point;  // coordinates; empty: a CSV on standard input
 };
 
-// A point of the world, or a place in a picture with z = 0.
+// A point in the world, or a position in a picture with z = 0.
 using Coordinates = cv::Point3f;
 
 struct Mapper {
@@ -44,23 +44,23 @@ struct Mapper {
   cv::Point2f centre;  // of the corrected picture
 
   cv::Point2f operator()(const Coordinates& p) const {
-    const cv::Point2f place(p.x, p.y);
+    const cv::Point2f position(p.x, p.y);
     if (conversion.from == ImageFrame::kSecond) {
-      return bedPlaceAt(param, place, centre);
+      return bedPositionAt(param, position, centre);
     }
     if (conversion.from == ImageFrame::kStitched) {
-      return bedPlaceAt(dual, place);
+      return bedPositionAt(dual, position);
     }
     if (conversion.to == ImageFrame::kStitched) {
-      return stitchedPlace(dual, place, p.z);
+      return stitchedPosition(dual, position, p.z);
     }
     if (conversion.to == ImageFrame::kRaw) {
-      return rawPlace(param, place, p.z);
+      return rawPosition(param, position, p.z);
     }
     if (conversion.to == ImageFrame::kCorrected) {
-      return correctedPlace(param, place, centre, p.z);
+      return correctedPosition(param, position, centre, p.z);
     }
-    return secondCorrectedPlace(param, place, centre, p.z);
+    return secondCorrectedPosition(param, position, centre, p.z);
   }
 };
 
@@ -208,8 +208,8 @@ Command addMapCommand(CLI::App& app) {
       ->type_name("NUMBER");
   command->footer(
       "The library converts world to raw, corrected and second, and second to world (on the bed); "
-      "with --dual, world to stitched and back. Of a stitched picture y is the row from the top; "
-      "for a crop a note tells what to add to it.\n"
+      "with --dual, world to stitched and back. In a stitched picture y is the row from the top; "
+      "for a crop a note says what to add to it.\n"
       "\nExamples:\n"
       "  fisheye-calibration map --camera camera.ini --from world --to raw 120 -80.5\n"
       "  fisheye-calibration map --camera camera.ini --from second --to world "

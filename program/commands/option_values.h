@@ -1,4 +1,4 @@
-// Values of command-line options. Complaints name the option and the text.
+// Values of command-line options. Failures name the option and the text.
 #pragma once
 
 #include <filesystem>

@@ -22,7 +22,7 @@
 #include "drawing/seam_overlay.h"
 #include "files/dual_file.h"
 #include "files/output_files.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/picture_file.h"
 #include "files/points_csv.h"
 #include "geometry/conversions.h"
@@ -84,7 +84,7 @@ Crop parseCrop(const std::string& text) {
                "\"");
 }
 
-void requirePlaces(const Options& options, const CameraFiles& left, const CameraFiles& right) {
+void checkOutputs(const Options& options, const CameraFiles& left, const CameraFiles& right) {
   struct Output {
     const char* option;
     const fs::path& path;
@@ -97,12 +97,12 @@ void requirePlaces(const Options& options, const CameraFiles& left, const Camera
   std::vector<fs::path> taken = {left.frame,  left.camera,  left.points,
                                  right.frame, right.camera, right.points};
   for (const Output& output : outputs) {
-    requireWritablePlace(output.option, output.path);
+    requireWritable(output.option, output.path);
     if (output.picture) {
       requirePictureName(output.option, output.path);
     }
     for (const fs::path& other : taken) {
-      if (isSamePlace(output.path, other)) {
+      if (isSamePath(output.path, other)) {
         failBadInput(std::string(output.option) + ": " + nameOf(output.path) + " is named twice");
       }
     }
@@ -118,7 +118,7 @@ StitchCamera readCamera(const CameraFiles& files, std::ostream& messages) {
           .points = readPoints(files.points)};
 }
 
-// Everything but the first impossibility is written, which then ends the program.
+// Reports all findings; the first that makes the stitch impossible is what the program fails with.
 void reportBefore(const Findings& findings, std::ostream& messages) {
   std::optional<std::string> impossible;
   for (const Finding& finding : findings) {
@@ -182,7 +182,7 @@ int run(const Options& options, const Streams& streams) {
   if (!options.grid.empty()) {
     gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
-  requirePlaces(options, left, right);
+  checkOutputs(options, left, right);
   StitchPair pair = {.left = readCamera(left, streams.messages),
                      .right = readCamera(right, streams.messages)};
   const SharedPoints shared = sharedPoints(pair);

@@ -1,4 +1,4 @@
-// The library's stitching, on buffers of this program.
+// The library's stitching on the program's buffers.
 #pragma once
 
 #include "base/frame_buffer.h"
@@ -8,20 +8,20 @@
 
 namespace fisheye_calibration::program {
 
-// A part of the canvas, by its picture's left column and top row.
+// A part of the canvas; rows are counted from the top.
 struct Crop {
   int left = 0;
   int top = 0;
   Size size;
 };
 
-// A black canvas of the size that the pair needs.
+// A black canvas of the size that the pair's stitched picture has.
 FrameBuffer newCanvas(StitchPair& pair);
 
-// Returns the canvas's record.
+// Fills the canvas and returns its record.
 DualFishEyeCalibrationParam stitchOnto(FrameBuffer& canvas, StitchPair& pair);
 
-// Returns the part and makes `dual` its record.
+// Returns the part of the canvas and turns `dual` into its record.
 FrameBuffer cutOut(FrameBuffer& canvas, const Crop& crop, DualFishEyeCalibrationParam& dual);
 
 }  // namespace fisheye_calibration::program

@@ -14,7 +14,7 @@
 #include "base/file_path.h"
 #include "commands/option_values.h"
 #include "files/output_files.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/picture_file.h"
 #include "files/points_csv.h"
 #include "fisheye_calibration.h"
@@ -54,7 +54,7 @@ std::vector<CalibrationPoint> readCorners(const fs::path& path) {
   }
   const CalibrationPoint& first = points[0];
   const CalibrationPoint& last = points[3];
-  if (imagePlace(first) == imagePlace(last) || bedPlace(first) == bedPlace(last)) {
+  if (imagePosition(first) == imagePosition(last) || bedPosition(first) == bedPosition(last)) {
     failBadInput(nameOf(path) +
                  ": the first and the last point coincide; they are to lie on a diagonal, which "
                  "gives the scale");

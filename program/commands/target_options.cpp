@@ -11,7 +11,7 @@
 #include "commands/option_values.h"
 #include "detection/target_detection.h"
 #include "drawing/target_overlay.h"
-#include "files/output_places.h"
+#include "files/output_paths.h"
 #include "files/picture_file.h"
 
 namespace fisheye_calibration::program {
@@ -55,11 +55,11 @@ World parseWorld(const TargetOptions& options, int pointCount) {
   return {.spacing = spacing, .origin = origin, .firstId = *firstId};
 }
 
-void requireOverlayPlace(const std::filesystem::path& overlay, const std::filesystem::path& image) {
+void checkOverlay(const std::filesystem::path& overlay, const std::filesystem::path& image) {
   if (overlay.empty()) {
     return;
   }
-  requireWritablePlace("--overlay", overlay);
+  requireWritable("--overlay", overlay);
   requirePictureName("--overlay", overlay);
   if (isSameFile(overlay, image)) {
     failBadInput("--overlay: " + nameOf(overlay) + " is the picture itself");
@@ -74,12 +74,12 @@ std::vector<CalibrationPoint> numbered(const std::vector<GridPoint>& grid, const
   };
   std::vector<CalibrationPoint> points;
   int id = world.firstId;
-  for (const GridPoint& place : grid) {
+  for (const GridPoint& position : grid) {
     points.push_back({.PointId = id++,
-                      .Xw = onBed(world.origin.first, place.world.x),
-                      .Yw = onBed(world.origin.second, place.world.y),
-                      .ImagePtX = place.image.x,
-                      .ImagePtY = place.image.y});
+                      .Xw = onBed(world.origin.first, position.world.x),
+                      .Yw = onBed(world.origin.second, position.world.y),
+                      .ImagePtX = position.image.x,
+                      .ImagePtY = position.image.y});
   }
   return points;
 }
@@ -124,7 +124,7 @@ DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetO
                                OutputFiles& files, std::ostream& messages) {
   const Target target = parseTarget(options);
   const World world = parseWorld(options, target.columns * target.rows);
-  requireOverlayPlace(options.overlay, image);
+  checkOverlay(options.overlay, image);
   const std::string name = nameOf(image);
   DetectedTarget found;
   found.grey = readGreyPicture(image);

@@ -1,5 +1,5 @@
-// The options for finding the target in a picture, which several commands have in common, and what
-// they ask for.
+// The options for finding the target in a picture, which several commands share, and the search
+// itself.
 #pragma once
 
 #include <filesystem>

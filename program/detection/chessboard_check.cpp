@@ -14,9 +14,9 @@ constexpr double kSmallestContrast = 4;  // grey levels
 constexpr double kSmallestGap = 0.25;    // of the contrast, between the darkest bright and the
                                          // brightest dark square at a corner
 constexpr double kLargestFailure = 0.5;  // of the corners in one row or column
-constexpr double kContinuation = 0.7;    // of the places in a row beyond the rim
+constexpr double kContinuation = 0.7;    // of the positions in a row beyond the rim
 
-// The corners with one more row and column on every side, continued by parabolas.
+// The corners with one more row and column on every side, extrapolated by parabolas.
 class ContinuedGrid {
  public:
   ContinuedGrid(const std::vector<cv::Point2f>& corners, int columns, int rows)
@@ -48,10 +48,10 @@ class ContinuedGrid {
   int rows_;
 };
 
-// Mean grey around a place; the picture's rim goes on beyond it.
-double greyAround(const cv::Mat& grey, cv::Point2d place, int radius) {
-  const int x = static_cast<int>(std::lround(std::clamp(place.x, -1e6, 1e6)));
-  const int y = static_cast<int>(std::lround(std::clamp(place.y, -1e6, 1e6)));
+// Mean grey around a position; the outermost pixels continue beyond the picture.
+double greyAround(const cv::Mat& grey, cv::Point2d position, int radius) {
+  const int x = static_cast<int>(std::lround(std::clamp(position.x, -1e6, 1e6)));
+  const int y = static_cast<int>(std::lround(std::clamp(position.y, -1e6, 1e6)));
   double sum = 0;
   for (int dy = -radius; dy <= radius; ++dy) {
     for (int dx = -radius; dx <= radius; ++dx) {
@@ -62,7 +62,7 @@ double greyAround(const cv::Mat& grey, cv::Point2d place, int radius) {
   return sum / ((2 * radius + 1) * (2 * radius + 1));
 }
 
-// +1 or -1 by which diagonal is bright, 0 where the squares around do not alternate.
+// +1 or -1, depending on which diagonal is bright; 0 if the squares around do not alternate.
 int cornerSense(const cv::Mat& grey, const ContinuedGrid& grid, int c, int r) {
   const cv::Point2d corner = grid.at(c, r);
   std::array<double, 4> square{};
@@ -85,7 +85,8 @@ int cornerSense(const cv::Mat& grey, const ContinuedGrid& grid, int c, int r) {
   return difference > 0 ? 1 : -1;
 }
 
-// Share of the corners of one line that alternate as `sense` at the grid's first corner demands.
+// The share of the corners in one line that alternate as they should if `sense` is that of the
+// grid's first corner.
 template <typename CornerAt>
 double alternatingShare(const cv::Mat& grey, const ContinuedGrid& grid, int count, int sense,
                         CornerAt cornerAt) {

@@ -56,7 +56,7 @@ std::vector<GridPoint> orientGrid(std::vector<GridPoint> grid) {
                                                            {-1, 0, 0, 1},
                                                            {0, 1, 1, 0},
                                                            {0, -1, -1, 0}}};
-  // A symmetry's rows say which old axis the new one is: new axis X runs along a X + b Y.
+  // The rows of a symmetry are the new axes in terms of the old ones: new X runs along a X + b Y.
   const auto score = [&](const Symmetry& s) {
     return alignment(s.a * axes.x + s.b * axes.y, s.c * axes.x + s.d * axes.y);
   };

@@ -1,4 +1,4 @@
-// Numbering of a detected grid: detectors may start at any corner of the target.
+// The numbering of a detected grid: detectors may start at any corner of the target.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -11,9 +11,9 @@ struct GridPoint {
   cv::Point2f image;  // pixels
 };
 
-// Turns (and, where the detector counted the other way round, mirrors) the grid by quarter turns so
-// that +X runs to the right and +Y down in the image as nearly as it can, and orders the points row
-// by row: ascending Y, then ascending X.
+// Turns the grid by quarter turns (and mirrors it, if the detector counted in the other direction)
+// so that +X runs to the right and +Y down in the image as nearly as possible, and orders the
+// points row by row: by ascending Y, then by ascending X.
 std::vector<GridPoint> orientGrid(std::vector<GridPoint> grid);
 
 }  // namespace fisheye_calibration::program

@@ -16,7 +16,7 @@ namespace {
 using Points = std::vector<cv::Point2f>;
 
 constexpr double kLargestStepChange = 0.6;       // of the larger of two neighbouring steps
-constexpr double kLargestEnlargedPixels = 12e6;  // pictures above are not enlarged
+constexpr double kLargestEnlargedPixels = 12e6;  // larger pictures are not enlarged
 
 enum class Finder { kSectorBased, kQuads };
 
@@ -54,8 +54,8 @@ double spacingAt(const Points& points, int columns, int rows, int column, int ro
   return smallest;
 }
 
-// Sub-pixel corners, each with a window that stays clear of its neighbours. The sector finder's own
-// positions are off by up to half a pixel where the lens bends the squares.
+// Refines the corners to sub-pixel positions, each in a window that excludes its neighbours. The
+// sector finder's own positions are off by up to half a pixel where the lens bends the squares.
 void refineCorners(const cv::Mat& grey, const Target& target, Points& points) {
   const Points coarse = points;
   const cv::TermCriteria untilStill(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, 40, 1e-3);

@@ -16,14 +16,14 @@ namespace {
 constexpr double kLongSide = 1000;  // of the plotted plane, pixels
 constexpr double kMargin = 60;      // around the outermost points
 constexpr int kLegendWidth = 480;
-constexpr int kLowestHeight = 360;      // the legend needs it
+constexpr int kLowestHeight = 360;      // for the legend
 constexpr double kLongestArrow = 0.08;  // of the long side, for the largest residual
 constexpr double kTextHeight = 16;
 
 const cv::Scalar kInk = cv::Scalar::all(40);
 const cv::Scalar kFaint = cv::Scalar::all(150);
 
-// The part of the work plane that holds all points, and where it lies in the picture.
+// The part of the work plane that contains all points, and its place in the picture.
 class Plane {
  public:
   explicit Plane(const std::vector<CalibrationPoint>& points) {
@@ -43,7 +43,7 @@ class Plane {
     return {pixels(high_.x - low_.x), std::max(pixels(high_.y - low_.y), kLowestHeight)};
   }
 
-  cv::Point2d place(const CalibrationPoint& point) const {
+  cv::Point2d position(const CalibrationPoint& point) const {
     return {kMargin + (point.Xw - low_.x) * scale_, kMargin + (point.Yw - low_.y) * scale_};
   }
 
@@ -108,7 +108,7 @@ cv::Mat drawAffinePlot(const AffineMap& map, const std::vector<CalibrationPoint>
   cv::Mat canvas(area.height, area.width + kLegendWidth, CV_8UC3, cv::Scalar::all(255));
   cv::rectangle(canvas, cv::Rect({0, 0}, area), kFaint, 1);
   for (std::size_t i = 0; i < points.size(); ++i) {
-    const cv::Point2d at = plane.place(points[i]);
+    const cv::Point2d at = plane.position(points[i]);
     const double size = std::hypot(residuals[i].x, residuals[i].y);
     const cv::Scalar colour = scaleColour(largest > 0 ? size / largest : 0);
     drawArrow(canvas, at, at + pixelsPerUnit * cv::Point2d(residuals[i].x, residuals[i].y), colour,

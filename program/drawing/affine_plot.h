@@ -9,8 +9,8 @@
 namespace fisheye_calibration::program {
 
 // Every point at its measured world position (X to the right, Y downwards), with its residual as an
-// arrow, magnified; the legend tells by how much. Filled marks are the points that the library's
-// error figures sum.
+// arrow that is magnified by the factor in the legend. Filled marks are the points that the
+// library's error figures sum.
 cv::Mat drawAffinePlot(const AffineMap& map, const std::vector<CalibrationPoint>& points);
 
 }  // namespace fisheye_calibration::program

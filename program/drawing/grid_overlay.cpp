@@ -13,13 +13,13 @@ namespace {
 
 constexpr double kClosestLines = 4;  // pixels
 
-template <typename Place>
-std::vector<GridLine> linesBetween(double a, double b, double spacing, Place place) {
+template <typename Position>
+std::vector<GridLine> linesBetween(double a, double b, double spacing, Position position) {
   std::vector<GridLine> lines;
   const double first = std::ceil(std::min(a, b) / spacing);
   const double last = std::floor(std::max(a, b) / spacing);
   for (double k = first; k <= last; ++k) {
-    lines.push_back({k * spacing, place(k * spacing)});
+    lines.push_back({k * spacing, position(k * spacing)});
   }
   return lines;
 }
@@ -37,16 +37,16 @@ Grid gridOver(const MetricPicture& picture, double spacing) {
                  general(spacing / pixel, 3) + " px apart; give at least " +
                  general(kClosestLines * pixel, 3));
   }
-  // Pixel centres have whole coordinates, so the picture reaches half a pixel further.
+  // Pixel centres have whole coordinates, so the picture extends half a pixel beyond them.
   const cv::Point2d topLeft = picture.bedAt({-0.5, -0.5});
   const cv::Point2d bottomRight =
       picture.bedAt({picture.size.width - 0.5, picture.size.height - 0.5});
   Grid grid;
   grid.columns = linesBetween(topLeft.x, bottomRight.x, spacing, [&](double Xw) {
-    return picture.placeOf({Xw, topLeft.y}).x;
+    return picture.positionOf({Xw, topLeft.y}).x;
   });
   grid.rows = linesBetween(topLeft.y, bottomRight.y, spacing, [&](double Yw) {
-    return picture.placeOf({topLeft.x, Yw}).y;
+    return picture.positionOf({topLeft.x, Yw}).y;
   });
   return grid;
 }
@@ -59,7 +59,7 @@ void drawGrid(cv::Mat& picture, const Grid& grid) {
   const cv::Scalar colour = grey ? cv::Scalar(0) : cv::Scalar(0, 90, 230);
   const auto line = [&](cv::Point2d from, cv::Point2d to) {
     if (grey) {
-      drawLine(picture, from, to, cv::Scalar(255), thickness + 2);  // readable on black
+      drawLine(picture, from, to, cv::Scalar(255), thickness + 2);  // to be readable on black
     }
     drawLine(picture, from, to, colour, thickness);
   };
@@ -69,7 +69,7 @@ void drawGrid(cv::Mat& picture, const Grid& grid) {
   for (const GridLine& at : grid.rows) {
     line({-1, at.pixel}, {static_cast<double>(picture.cols), at.pixel});
   }
-  double free = 0;  // where the next label has room
+  double free = 0;  // where there is room for the next label
   for (const GridLine& at : grid.columns) {
     const std::string label = general(at.world + 0.0, 6);
     if (at.pixel + 3 < free) {

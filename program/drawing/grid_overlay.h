@@ -18,8 +18,8 @@ struct Grid {
   std::vector<GridLine> rows;     // of constant Yw
 };
 
-// The lines that cross the picture. Fails as bad input where they would be closer than a few
-// pixels, or the record's Pixel says nothing.
+// The lines that cross the picture. Fails as bad input if they would be less than a few pixels
+// apart, or if the record's Pixel gives no scale.
 Grid gridOver(const MetricPicture& picture, double spacing);
 
 // Draws the lines and their labels in world units; a grey picture stays grey.

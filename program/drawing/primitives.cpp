@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kSubPixelBits = 4;
 constexpr int kFont = cv::FONT_HERSHEY_SIMPLEX;
-constexpr double kFarAway = 1e5;  // coordinates are cut there, so that they stay within 32 bits
+constexpr double kFarAway = 1e5;  // coordinates are clamped to this, to stay within 32 bits
 
 cv::Point scaledUp(cv::Point2d point) {
   const auto fixedPoint = [](double value) {
@@ -27,10 +27,10 @@ double fontScale(double height) {
                                     textThickness(height));
 }
 
-cv::Point textOrigin(const std::string& text, cv::Point2d place, double height, Anchor anchor) {
+cv::Point textOrigin(const std::string& text, cv::Point2d position, double height, Anchor anchor) {
   const double share = anchor == Anchor::kLeft ? 0 : anchor == Anchor::kCentre ? 0.5 : 1;
-  return {static_cast<int>(std::lround(place.x - share * textWidth(text, height))),
-          static_cast<int>(std::lround(place.y))};
+  return {static_cast<int>(std::lround(position.x - share * textWidth(text, height))),
+          static_cast<int>(std::lround(position.y))};
 }
 
 }  // namespace
@@ -60,18 +60,18 @@ double textWidth(const std::string& text, double height) {
   return cv::getTextSize(text, kFont, fontScale(height), textThickness(height), &baseLine).width;
 }
 
-void drawText(cv::Mat& canvas, const std::string& text, cv::Point2d place, double height,
+void drawText(cv::Mat& canvas, const std::string& text, cv::Point2d position, double height,
               const cv::Scalar& colour, Anchor anchor) {
-  cv::putText(canvas, text, textOrigin(text, place, height, anchor), kFont, fontScale(height),
+  cv::putText(canvas, text, textOrigin(text, position, height, anchor), kFont, fontScale(height),
               colour, textThickness(height), cv::LINE_AA);
 }
 
-void drawTextWithRim(cv::Mat& canvas, const std::string& text, cv::Point2d place, double height,
+void drawTextWithRim(cv::Mat& canvas, const std::string& text, cv::Point2d position, double height,
                      const cv::Scalar& colour, Anchor anchor) {
   const int rim = textThickness(height) + 2 * std::max(1, static_cast<int>(height / 7));
-  cv::putText(canvas, text, textOrigin(text, place, height, anchor), kFont, fontScale(height),
+  cv::putText(canvas, text, textOrigin(text, position, height, anchor), kFont, fontScale(height),
               cv::Scalar::all(255), rim, cv::LINE_AA);
-  drawText(canvas, text, place, height, colour, anchor);
+  drawText(canvas, text, position, height, colour, anchor);
 }
 
 void drawDisc(cv::Mat& canvas, cv::Point2d centre, double radius, const cv::Scalar& colour) {
@@ -98,7 +98,7 @@ void drawArrow(cv::Mat& canvas, cv::Point2d from, cv::Point2d to, const cv::Scal
     return;
   }
   drawLine(canvas, from, to, colour, thickness);
-  // The head shrinks with short arrows, so that they stay arrows.
+  // Short arrows have smaller heads, so that they still look like arrows.
   const double head = std::min(0.4 * length, 4.0 + 3.0 * thickness);
   const cv::Point2d back = along * (-head / length);
   for (const double side : {0.45, -0.45}) {

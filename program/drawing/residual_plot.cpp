@@ -15,7 +15,7 @@ namespace {
 constexpr double kLongSide = 1400;  // of the plotted picture
 constexpr int kMargin = 40;
 constexpr int kLegendWidth = 430;
-constexpr int kLowestHeight = 780;       // the legend needs it
+constexpr int kLowestHeight = 780;       // for the legend
 constexpr double kTypicalArrow = 0.035;  // of the long side, for the median residual
 constexpr double kLongestArrow = 0.12;   // of the long side, for the largest
 constexpr double kTextHeight = 16;
@@ -39,7 +39,7 @@ struct Frame {
   double scale;  // canvas pixels per picture pixel
   cv::Rect area;
 
-  cv::Point2d place(double x, double y) const {
+  cv::Point2d position(double x, double y) const {
     return {area.x + (x + 0.5) * scale - 0.5, area.y + (y + 0.5) * scale - 0.5};
   }
 };
@@ -65,7 +65,7 @@ void drawPoints(cv::Mat& canvas, const Frame& frame, const ResidualPlot& plot, d
   const double unit = kLongSide / 1400;
   for (const CalibrationPoint& point : plot.points) {
     const cv::Point2d from =
-        frame.place(static_cast<double>(point.ImagePtX), static_cast<double>(point.ImagePtY)) -
+        frame.position(static_cast<double>(point.ImagePtX), static_cast<double>(point.ImagePtY)) -
         corner;
     const double size = std::hypot(point.ReprojErrX, point.ReprojErrY);
     if (!std::isfinite(size)) {
@@ -86,7 +86,7 @@ void drawPrincipalPoint(cv::Mat& canvas, const Frame& frame, const ResidualPlot&
   }
   cv::Mat inside = canvas(frame.area);
   const cv::Point2d corner(frame.area.x, frame.area.y);
-  const cv::Point2d at = frame.place(plot.principalPoint.x, plot.principalPoint.y) - corner;
+  const cv::Point2d at = frame.position(plot.principalPoint.x, plot.principalPoint.y) - corner;
   drawLine(inside, at - cv::Point2d(14, 0), at + cv::Point2d(14, 0), kInk, 1);
   drawLine(inside, at - cv::Point2d(0, 14), at + cv::Point2d(0, 14), kInk, 1);
 }

@@ -1,5 +1,5 @@
-// The picture of the residuals: where the measured points lie and by how much the solved camera
-// misses each, magnified.
+// The picture of the residuals: where the measured points lie and, magnified, by how much the
+// solved camera misses each of them.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -19,7 +19,7 @@ struct ResidualPlot {
   cv::Mat background;  // the grey picture, or empty
 };
 
-// How many times longer than life the residual arrows are drawn: 1, 2 or 5 times a power of ten.
+// How many times their length the residual arrows are drawn: 1, 2 or 5 times a power of ten.
 double magnificationFor(const std::vector<CalibrationPoint>& points, const Size& image);
 
 cv::Mat drawResidualPlot(const ResidualPlot& plot);

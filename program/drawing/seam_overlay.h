@@ -11,17 +11,17 @@
 namespace fisheye_calibration::program {
 
 struct SeamRow {
-  int begin;  // first column that both views fill: the left one's share starts to fall
-  int end;    // last column that the left view fills: its share is 0
+  int begin;  // first column that both views fill; the left view's share decreases from here
+  int end;    // last column that the left view fills; its share is 0 here
 };
 
 // For every row of the left view, from its mask and the right one's (255: no content) and the
-// transform left view -> right view; nothing for rows without overlap.
+// transform left view -> right view. Nothing for rows without overlap.
 std::vector<std::optional<SeamRow>> seamRows(const cv::Mat& leftMask, const cv::Mat& rightMask,
                                              const cv::Matx33d& transform);
 
-// The canvas in colour with the overlap's begin (blue), the seam (red) and the shared points: a
-// ring where the left view shows them, a disc where the right one does.
+// The canvas in colour with the beginning of the overlap (blue), its end (red) and the shared
+// points: a ring where the left view shows them, a disc where the right one does.
 cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
                  const std::vector<Agreement>& agreement);
 

@@ -10,7 +10,8 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr int kSmallestLongSide = 1400;  // smaller pictures are enlarged, so that the numbers fit
+constexpr int kSmallestLongSide =
+    1400;  // smaller pictures are enlarged to make room for the numbers
 
 const cv::Scalar kInk(60, 20, 0);
 const cv::Scalar kPointColour(40, 20, 210);
@@ -18,11 +19,11 @@ const cv::Scalar kRowColour(230, 160, 40);
 const cv::Scalar kXColour(30, 30, 220);
 const cv::Scalar kYColour(40, 150, 20);
 
-double distanceToNearest(const std::vector<cv::Point2d>& places, std::size_t index) {
+double distanceToNearest(const std::vector<cv::Point2d>& positions, std::size_t index) {
   double nearest = HUGE_VAL;
-  for (std::size_t i = 0; i < places.size(); ++i) {
+  for (std::size_t i = 0; i < positions.size(); ++i) {
     if (i != index) {
-      nearest = std::min(nearest, cv::norm(places[i] - places[index]));
+      nearest = std::min(nearest, cv::norm(positions[i] - positions[index]));
     }
   }
   return nearest;
@@ -51,32 +52,32 @@ cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoin
   const int band = static_cast<int>(3 * unit);
   cv::copyMakeBorder(picture, picture, 0, band, 0, 0, cv::BORDER_CONSTANT, cv::Scalar::all(255));
 
-  std::vector<cv::Point2d> places;
+  std::vector<cv::Point2d> positions;
   for (const CalibrationPoint& point : points) {
-    places.emplace_back((static_cast<double>(point.ImagePtX) + 0.5) * scale - 0.5,
-                        (static_cast<double>(point.ImagePtY) + 0.5) * scale - 0.5);
+    positions.emplace_back((static_cast<double>(point.ImagePtX) + 0.5) * scale - 0.5,
+                           (static_cast<double>(point.ImagePtY) + 0.5) * scale - 0.5);
   }
   for (std::size_t i = 1; i < points.size(); ++i) {
     if (points[i].Yw == points[i - 1].Yw) {
-      drawLine(picture, places[i - 1], places[i], kRowColour, 2);
+      drawLine(picture, positions[i - 1], positions[i], kRowColour, 2);
     }
   }
   if (points.size() > 1 && points[1].Yw == points[0].Yw) {
-    drawAxis(picture, places[0], places[1], "X", kXColour, unit);
+    drawAxis(picture, positions[0], positions[1], "X", kXColour, unit);
     const auto nextRow = std::find_if(points.begin(), points.end(), [&](const CalibrationPoint& p) {
       return p.Yw > points[0].Yw && p.Xw >= points[0].Xw;
     });
     if (nextRow != points.end()) {
-      drawAxis(picture, places[0], places[static_cast<std::size_t>(nextRow - points.begin())], "Y",
-               kYColour, unit);
+      drawAxis(picture, positions[0], positions[static_cast<std::size_t>(nextRow - points.begin())],
+               "Y", kYColour, unit);
     }
   }
   for (std::size_t i = 0; i < points.size(); ++i) {
-    const double room = distanceToNearest(places, i);
+    const double room = distanceToNearest(positions, i);
     const double height = std::clamp(0.26 * room, 9.0, 1.4 * unit);
-    drawRing(picture, places[i], std::clamp(0.12 * room, 2.5, 7.0), kPointColour, 2);
+    drawRing(picture, positions[i], std::clamp(0.12 * room, 2.5, 7.0), kPointColour, 2);
     drawTextWithRim(picture, std::to_string(points[i].PointId),
-                    places[i] + cv::Point2d(0.4 * height, -0.45 * height), height, kInk);
+                    positions[i] + cv::Point2d(0.4 * height, -0.45 * height), height, kInk);
   }
   double captionHeight = 1.1 * unit;
   const double room = picture.cols - 2 * unit;

@@ -9,7 +9,7 @@
 
 namespace fisheye_calibration::program {
 
-// `points` row by row; points of the same Yw are joined by a line.
+// `points` are ordered row by row; points of the same Yw are joined by a line.
 cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoint>& points,
                           const std::string& caption);
 

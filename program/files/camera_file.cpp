@@ -41,7 +41,7 @@ void stageCamera(OutputFiles& files, const std::filesystem::path& path,
                  const FishEyeCalibrationParam& param) {
   const std::filesystem::path temporary = files.stageCopy(path);
   SaveCalibrationParam(nameOf(temporary).c_str(), param);
-  // The library does not say whether it could write: read back what must have arrived.
+  // The library does not report whether it could write, so the record is read back.
   FishEyeCalibrationParam stored{};
   LoadCalibrationParam(nameOf(temporary).c_str(), stored);
   std::error_code error;

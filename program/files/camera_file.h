@@ -24,7 +24,7 @@ std::vector<std::string> inspectCameraText(const std::string& name, std::string_
 // Fails as bad input if there is no such file or it has no camera section.
 CameraFile loadCamera(const std::filesystem::path& path);
 
-// Stages the record over the file at `path`; other sections and comments in it stay.
+// Stages the record over the file at `path`, which keeps its other sections and comments.
 void stageCamera(OutputFiles& files, const std::filesystem::path& path,
                  const FishEyeCalibrationParam& param);
 

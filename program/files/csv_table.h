@@ -1,4 +1,4 @@
-// Comma-separated text with a header line, read so that every complaint can name line and column.
+// Comma-separated text with a header line. Every value has its line and column for messages.
 #pragma once
 
 #include <cstddef>
@@ -24,9 +24,9 @@ struct CsvTable {
   CsvRow header;
   std::vector<CsvRow> rows;  // each with as many fields as the header
 
-  // The position of a header name (case does not matter), if it is there.
+  // The index of the column with that name (regardless of case), if there is one.
   std::optional<std::size_t> find(std::string_view columnName) const;
-  // The same, failing as bad input where it is missing.
+  // The same; fails as bad input if there is none.
   std::size_t require(std::string_view columnName) const;
 
   float floatAt(const CsvRow& row, std::size_t field) const;
@@ -37,8 +37,8 @@ struct CsvTable {
 std::string located(const std::string& name, int line, int column, const std::string& message);
 
 // Accepts a UTF-8 byte-order mark, CRLF line ends, blank lines and blanks around values. Fails as
-// bad input, with the position, for a missing or doubled header name and for rows of another
-// length.
+// bad input, naming line and column, for an empty file, for a column name that occurs twice and for
+// rows that are not as long as the header.
 CsvTable parseCsv(const std::string& name, std::string_view text);
 
 }  // namespace fisheye_calibration::program

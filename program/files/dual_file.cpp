@@ -69,7 +69,7 @@ void stageDual(OutputFiles& files, const std::filesystem::path& path,
                const DualFishEyeCalibrationParam& param, std::ostream& messages) {
   const std::string temporary = nameOf(files.stageCopy(path));
   SaveDualCamerasCalibrationParam(temporary.c_str(), param);
-  // The library does not say whether it could write: read back what must have arrived.
+  // The library does not report whether it could write, so the record is read back.
   DualFishEyeCalibrationParam stored{};
   LoadDualCamerasCalibrationParam(temporary.c_str(), stored);
   if (stored.StdImageWidth != param.StdImageWidth ||

@@ -14,8 +14,8 @@ namespace fisheye_calibration::program {
 DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
                                             std::ostream& messages);
 
-// Stages the record over the file at `path`; other sections and comments in it stay. Warns if the
-// library will not read the same record back.
+// Stages the record over the file at `path`, which keeps its other sections and comments. Warns if
+// the library will not read the same record back.
 void stageDual(OutputFiles& files, const std::filesystem::path& path,
                const DualFishEyeCalibrationParam& param, std::ostream& messages);
 

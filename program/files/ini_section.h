@@ -1,4 +1,4 @@
-// One section of a parameter file, with the positions that complaints name.
+// One section of a parameter file, with the line and column of each value for messages.
 #pragma once
 
 #include <string>
@@ -19,10 +19,10 @@ struct IniSection {
   std::vector<IniEntry> entries;
 };
 
-// The first section of that name; case does not matter.
+// The first section of that name, regardless of case.
 IniSection readIniSection(std::string_view text, std::string_view sectionName);
 
-// "camera.ini:7:6: fx is not a number", "camera.ini: missing and read as 0: …"
+// "camera.ini:7:6: fx is not a number", "camera.ini: missing and read as 0: fy, u0"
 std::vector<std::string> inspectEntries(const std::string& name, const IniSection& section,
                                         const std::vector<std::string>& keys);
 

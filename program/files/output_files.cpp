@@ -15,7 +15,7 @@ namespace {
 
 std::string lastError() { return errno != 0 ? std::strerror(errno) : "cannot write"; }
 
-// Where the bytes go in the end: a link is followed, so that it stays a link.
+// Where the bytes end up. Links are followed, so that they stay links.
 fs::path resolved(const fs::path& path) {
   std::error_code error;
   const fs::path absolute = fs::absolute(path);
@@ -23,7 +23,7 @@ fs::path resolved(const fs::path& path) {
   return error ? absolute : target;
 }
 
-fs::path temporaryBeside(const fs::path& destination) {
+fs::path temporaryNextTo(const fs::path& destination) {
   std::random_device random;
   for (int attempt = 0; attempt < 16; ++attempt) {
     fs::path candidate = destination;
@@ -59,11 +59,12 @@ void OutputFiles::stage(const fs::path& path, std::string_view bytes) {
   const fs::path destination = resolved(path);
   std::error_code error;
   const fs::file_status before = fs::status(destination, error);
-  if (fs::exists(before) && !fs::is_regular_file(before)) {  // a device or pipe is written through
+  if (fs::exists(before) &&
+      !fs::is_regular_file(before)) {  // devices and pipes are written directly
     writeBytes(destination, path, bytes);
     return;
   }
-  staged_.push_back({temporaryBeside(destination), destination});
+  staged_.push_back({temporaryNextTo(destination), destination});
   writeBytes(staged_.back().temporary, path, bytes);
   if (fs::exists(before)) {
     fs::permissions(staged_.back().temporary, before.permissions(), error);
@@ -72,7 +73,7 @@ void OutputFiles::stage(const fs::path& path, std::string_view bytes) {
 
 fs::path OutputFiles::stageCopy(const fs::path& path) {
   const fs::path destination = resolved(path);
-  staged_.push_back({temporaryBeside(destination), destination});
+  staged_.push_back({temporaryNextTo(destination), destination});
   const fs::path& temporary = staged_.back().temporary;
   std::error_code error;
   if (fs::exists(destination, error)) {

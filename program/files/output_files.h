@@ -1,5 +1,5 @@
-// Files that appear whole or not at all: everything is first written beside its destination, then
-// renamed over it. A file that was there stays as it was until then.
+// Files that are written as a whole or not at all: everything is first written next to its
+// destination, then renamed over it. Until then an existing file stays as it is.
 #pragma once
 
 #include <filesystem>

@@ -19,7 +19,7 @@ cv::Mat readAs(const std::filesystem::path& path, int kind) {
     const std::vector<unsigned char> buffer(bytes.begin(), bytes.end());
     try {
       picture = cv::imdecode(buffer, kind | cv::IMREAD_IGNORE_ORIENTATION);
-    } catch (const cv::Exception&) {  // an absurd size in a damaged header
+    } catch (const cv::Exception&) {  // an impossible size in a damaged header
       picture.release();
     }
   }

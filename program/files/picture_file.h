@@ -1,4 +1,4 @@
-// Pictures in and out.
+// Reading and writing of pictures.
 #pragma once
 
 #include <filesystem>
@@ -19,7 +19,7 @@ cv::Mat readGreyPicture(const std::filesystem::path& path);
 // The same in colour (three channels).
 cv::Mat readColourPicture(const std::filesystem::path& path);
 
-// Grey stays one channel, everything else gets three.
+// One channel for grey pictures, three for all others.
 cv::Mat readFrame(const std::filesystem::path& path);
 
 // Fails as bad input if the path's extension names no kind of picture that can be written.

@@ -10,15 +10,15 @@
 
 namespace fisheye_calibration::program {
 
-// The points in the order of the lines. Columns are found by their names; further columns are
-// ignored. Fails as bad input, naming file, line and column.
+// The points in the order of the lines. Columns are found by name; other columns are ignored. Fails
+// as bad input, naming file, line and column.
 std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_view text);
 
 std::vector<CalibrationPoint> readPoints(const std::filesystem::path& path);
 
 std::string formatPoints(const std::vector<CalibrationPoint>& points);
 
-// The points with what the calibration made of them; residual = measured - reprojected, pixels.
+// The points with their reprojections and residuals: measured - reprojected, pixels.
 std::string formatResiduals(const std::vector<CalibrationPoint>& points);
 
 }  // namespace fisheye_calibration::program

@@ -1,4 +1,4 @@
-// A whole file in memory.
+// Reads a whole file.
 #pragma once
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// The affine map from raw-image pixels to the work plane that a hand-eye fit gives.
+// The affine map from raw-image pixels to the work plane: the result of a hand-eye fit.
 #pragma once
 
 #include <array>
@@ -9,14 +9,14 @@
 
 namespace fisheye_calibration::program {
 
-// The library's error figures sum this many points, however many there are.
+// The library's error figures sum this many points at most.
 constexpr std::size_t kPointsSummedByLibrary = 9;
 
-// Xw = a x + b y + e, Yw = c x + d y + f for raw-image pixels (x, y), with the library's figures of
-// its error.
+// Xw = a x + b y + e, Yw = c x + d y + f for raw-image pixels (x, y), with the library's error
+// figures.
 struct AffineMap {
   std::array<double, 6> coefficients{};  // a, b, c, d, e, f
-  double errorX = 0;  // world units: squares of the first nine points, divided by all
+  double errorX = 0;  // world units: squares of the first nine points summed, divided by all points
   double errorY = 0;
 };
 

@@ -13,8 +13,8 @@ SecondCorrectionError secondCorrectionError(const CalibrationResult& result,
   const cv::Point2f centre = centreOf(corrected);
   SecondCorrectionError worst;
   for (const CalibrationPoint& point : result.points) {
-    const cv::Point2d rendered = renderedPlace(result.param, bedPlace(point), corrected);
-    const cv::Point2d grid = secondCorrectedPlace(result.param, bedPlace(point), centre);
+    const cv::Point2d rendered = renderedPosition(result.param, bedPosition(point), corrected);
+    const cv::Point2d grid = secondCorrectedPosition(result.param, bedPosition(point), centre);
     const double error = std::hypot(rendered.x - grid.x, rendered.y - grid.y);
     if (std::isnan(error)) {
       return {.worstPixels = HUGE_VAL, .pointId = point.PointId};

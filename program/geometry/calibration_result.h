@@ -1,4 +1,4 @@
-// What a calibration gives.
+// The result of a calibration.
 #pragma once
 
 #include <vector>
@@ -15,7 +15,7 @@ struct CalibrationResult {
   double rms = 0;                          // reprojection error, pixels
 };
 
-// How far the corrected picture is off the metric grid that it is to become, over all points.
+// How far the corrected picture is off the metric grid that it should become, over all points.
 struct SecondCorrectionError {
   double worstPixels = 0;  // pixels of the second-corrected picture
   int pointId = 0;

@@ -1,5 +1,5 @@
-// The library's conversions of points, with places as values: world units on the bed (and Zw for
-// points that do not lie on it), pixels in pictures with rows counted from the top.
+// The library's conversions of points, with positions as values: world units on the bed (and Zw
+// for points off it), pixels in pictures with rows counted from the top.
 #pragma once
 
 #include <opencv2/core/types.hpp>
@@ -9,26 +9,27 @@
 
 namespace fisheye_calibration::program {
 
-// The centre of a corrected view as the conversions take it: half of its width and height.
+// The centre of a corrected view as the conversions expect it: half of its width and height.
 cv::Point2f centreOf(const Size& view);
 
-cv::Point2f rawPlace(const FishEyeCalibrationParam& param, cv::Point2f bed, float Zw = 0);
+cv::Point2f rawPosition(const FishEyeCalibrationParam& param, cv::Point2f bed, float Zw = 0);
 
-cv::Point2f correctedPlace(const FishEyeCalibrationParam& param, cv::Point2f bed,
-                           cv::Point2f centre, float Zw = 0);
+cv::Point2f correctedPosition(const FishEyeCalibrationParam& param, cv::Point2f bed,
+                              cv::Point2f centre, float Zw = 0);
 
-cv::Point2f secondCorrectedPlace(const FishEyeCalibrationParam& param, cv::Point2f bed,
-                                 cv::Point2f centre, float Zw = 0);
+cv::Point2f secondCorrectedPosition(const FishEyeCalibrationParam& param, cv::Point2f bed,
+                                    cv::Point2f centre, float Zw = 0);
 
-// The point of the bed at a place in the second-corrected picture.
-cv::Point2f bedPlaceAt(const FishEyeCalibrationParam& param, cv::Point2f secondCorrected,
-                       cv::Point2f centre);
+// The point of the bed at a position in the second-corrected picture.
+cv::Point2f bedPositionAt(const FishEyeCalibrationParam& param, cv::Point2f secondCorrected,
+                          cv::Point2f centre);
 
-// On a stitched picture, whose rows the library counts in its own way: see pictureRowOffset().
-cv::Point2f stitchedPlace(const DualFishEyeCalibrationParam& dual, cv::Point2f bed, float Zw = 0);
-cv::Point2f bedPlaceAt(const DualFishEyeCalibrationParam& dual, cv::Point2f stitched);
+// In a stitched picture, whose rows the library counts differently: see pictureRowOffset().
+cv::Point2f stitchedPosition(const DualFishEyeCalibrationParam& dual, cv::Point2f bed,
+                             float Zw = 0);
+cv::Point2f bedPositionAt(const DualFishEyeCalibrationParam& dual, cv::Point2f stitched);
 
-// What to add to the v of a stitched place for the picture's row, counted from the top:
+// What to add to the v of a stitched position to get the picture's row, counted from the top:
 // StdImageHeight - 2 DatumImagePtY, which is 0 for a canvas that is not cropped.
 int pictureRowOffset(const DualFishEyeCalibrationParam& dual);
 

@@ -16,7 +16,7 @@ std::optional<double> withinView(double angle) {
 
 std::optional<double> turningAngle(double k0, double k1) {
   // d theta_d / d theta = 1 + 2 k0 theta + 3 k1 theta^2 = 0; the root is written so that k1 = 0
-  // needs no case of its own: theta = 1 / (-k0 -+ sqrt(k0^2 - 3 k1)).
+  // is not a special case: theta = 1 / (-k0 -+ sqrt(k0^2 - 3 k1)).
   const double discriminant = k0 * k0 - 3 * k1;
   if (!(discriminant >= 0)) {
     return std::nullopt;

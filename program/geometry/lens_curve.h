@@ -7,7 +7,7 @@
 namespace fisheye_calibration::program {
 
 // The smallest angle above 0, radians, at which the curve stops rising; nothing if it rises up to
-// pi/2. Beyond it two world points fall on the same pixel.
+// pi/2. Beyond that angle, two world points are seen at the same pixel.
 std::optional<double> turningAngle(double k0, double k1);
 
 // theta_d / theta at 60 degrees. Real fisheye projections lie between 0.83 (orthographic) and 1.10

@@ -10,27 +10,27 @@
 #include "geometry/target_points.h"
 
 namespace fisheye_calibration::program {
-std::vector<cv::Point2d> bedPlaces(const std::vector<CalibrationPoint>& points) {
-  std::vector<cv::Point2d> places;
-  std::transform(points.begin(), points.end(), std::back_inserter(places), bedPlace);
-  return places;
+std::vector<cv::Point2d> bedPositions(const std::vector<CalibrationPoint>& points) {
+  std::vector<cv::Point2d> positions;
+  std::transform(points.begin(), points.end(), std::back_inserter(positions), bedPosition);
+  return positions;
 }
 
-std::vector<cv::Point2d> imagePlaces(const std::vector<CalibrationPoint>& points) {
-  std::vector<cv::Point2d> places;
-  std::transform(points.begin(), points.end(), std::back_inserter(places), imagePlace);
-  return places;
+std::vector<cv::Point2d> imagePositions(const std::vector<CalibrationPoint>& points) {
+  std::vector<cv::Point2d> positions;
+  std::transform(points.begin(), points.end(), std::back_inserter(positions), imagePosition);
+  return positions;
 }
 
-double flatness(const std::vector<cv::Point2d>& places) {
+double flatness(const std::vector<cv::Point2d>& positions) {
   cv::Point2d mean(0, 0);
-  for (const cv::Point2d& place : places) {
-    mean += place;
+  for (const cv::Point2d& position : positions) {
+    mean += position;
   }
-  mean *= 1.0 / static_cast<double>(places.size());
+  mean *= 1.0 / static_cast<double>(positions.size());
   cv::Matx22d covariance = cv::Matx22d::zeros();
-  for (const cv::Point2d& place : places) {
-    const cv::Point2d d = place - mean;
+  for (const cv::Point2d& position : positions) {
+    const cv::Point2d d = position - mean;
     covariance += cv::Matx22d(d.x * d.x, d.x * d.y, d.x * d.y, d.y * d.y);
   }
   // Eigenvalues of [a b; b c]: (a + c)/2 +- sqrt(((a - c)/2)^2 + b^2).
@@ -43,16 +43,16 @@ double flatness(const std::vector<cv::Point2d>& places) {
 }
 
 double hullArea(const std::vector<CalibrationPoint>& points,
-                cv::Point2f (*placeOf)(const CalibrationPoint&)) {
-  std::vector<cv::Point2f> places;
-  std::transform(points.begin(), points.end(), std::back_inserter(places), placeOf);
+                cv::Point2f (*positionOf)(const CalibrationPoint&)) {
+  std::vector<cv::Point2f> positions;
+  std::transform(points.begin(), points.end(), std::back_inserter(positions), positionOf);
   std::vector<cv::Point2f> hull;
-  cv::convexHull(places, hull);
+  cv::convexHull(positions, hull);
   return cv::contourArea(hull);
 }
 
 double coverage(const std::vector<CalibrationPoint>& points, const Size& image) {
-  return hullArea(points, imagePlace) / (static_cast<double>(image.width) * image.height);
+  return hullArea(points, imagePosition) / (static_cast<double>(image.width) * image.height);
 }
 
 double scaleRatio(const std::vector<CalibrationPoint>& points) {

@@ -9,18 +9,18 @@
 
 namespace fisheye_calibration::program {
 
-std::vector<cv::Point2d> bedPlaces(const std::vector<CalibrationPoint>& points);
-std::vector<cv::Point2d> imagePlaces(const std::vector<CalibrationPoint>& points);
+std::vector<cv::Point2d> bedPositions(const std::vector<CalibrationPoint>& points);
+std::vector<cv::Point2d> imagePositions(const std::vector<CalibrationPoint>& points);
 
 // Breadth to length of a cloud of points: the ratio of its principal standard deviations. 0 for
-// points on a line or in one place.
-double flatness(const std::vector<cv::Point2d>& places);
+// collinear or coincident points.
+double flatness(const std::vector<cv::Point2d>& positions);
 
-// Area of the convex hull of the points' places, bedPlace or imagePlace.
+// Area of the convex hull of the points' positions, bedPosition or imagePosition.
 double hullArea(const std::vector<CalibrationPoint>& points,
-                cv::Point2f (*placeOf)(const CalibrationPoint&));
+                cv::Point2f (*positionOf)(const CalibrationPoint&));
 
-// Share of the picture that the convex hull of the points covers.
+// The share of the picture that the convex hull of the points covers.
 double coverage(const std::vector<CalibrationPoint>& points, const Size& image);
 
 // Largest to smallest picture area per world area over the target, from a quadratic fit of the

@@ -1,4 +1,4 @@
-// The matrices and vectors of a camera record, and the camera's pose over the bed.
+// The matrices and vectors of a camera record, and what follows from them for the camera's pose.
 #pragma once
 
 #include <array>
@@ -19,11 +19,11 @@ Matrix3 rotationOfVector(const FishEyeCalibrationParam& param);
 
 double determinant(const Matrix3& matrix);
 
-// Distance of a world point from the camera's plane, along the optical axis; negative behind it.
+// Distance of a world point from the camera along the optical axis; negative behind the camera.
 double depthOf(const FishEyeCalibrationParam& param, double Xw, double Yw, double Zw);
 
-// Angle between the optical axis and the normal of the work plane, degrees: 0 looking straight
-// down.
+// Angle between the optical axis and the normal of the work plane, degrees: 0 if the camera looks
+// straight down.
 double tiltDegrees(const FishEyeCalibrationParam& param);
 
 }  // namespace fisheye_calibration::program

@@ -15,16 +15,20 @@ cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c)
           (H[3] * c.x + H[4] * c.y + H[5]) / w + static_cast<double>(param.ImageDy)};
 }
 
-cv::Point2d renderedPlace(const FishEyeCalibrationParam& param, cv::Point2d bed, const Size& size) {
-  return secondCorrected(param, correctedPlace(param, bed, centreOf(size)));
+cv::Point2d renderedPosition(const FishEyeCalibrationParam& param, cv::Point2d bed,
+                             const Size& size) {
+  return secondCorrected(param, correctedPosition(param, bed, centreOf(size)));
 }
 
 std::optional<cv::Point2d> bedPointAt(const FishEyeCalibrationParam& param, cv::Point2d raw,
                                       cv::Point2d start) {
   constexpr int kMostSteps = 30;
   constexpr double kCloseEnough = 2e-3;  // raw pixels; the conversion's floats resolve about 1e-4
-  const auto seenAt = [&](cv::Point2d place) { return cv::Point2d(rawPlace(param, place)); };
-  // A step of some pixels on the bed: far above the floats' resolution, far below the bed's size.
+  const auto seenAt = [&](cv::Point2d position) {
+    return cv::Point2d(rawPosition(param, position));
+  };
+  // A step of a few pixels on the bed: large compared with the floats' resolution, small compared
+  // with the bed.
   const double h = 4 * std::abs(static_cast<double>(param.Pixel));
   if (!(h > 0) || !std::isfinite(h)) {
     return std::nullopt;

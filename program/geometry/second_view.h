@@ -1,5 +1,5 @@
-// What a camera's rendered view shows where: the chain that SingleCamCorrected renders by, carried
-// out for single points.
+// Where a camera's rendered view shows a point: the chain of steps by which SingleCamCorrected
+// renders, for single points.
 #pragma once
 
 #include <opencv2/core/types.hpp>
@@ -11,11 +11,12 @@
 
 namespace fisheye_calibration::program {
 
-// The corrected place c, carried on by the second correction: H c + (ImageDx, ImageDy).
+// The corrected position c after the second correction: H c + (ImageDx, ImageDy).
 cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c);
 
-// Picture position (rows from the top) at which the bed point is rendered in a view of `size`.
-cv::Point2d renderedPlace(const FishEyeCalibrationParam& param, cv::Point2d bed, const Size& size);
+// Where a view of `size` shows the bed point; rows are counted from the top.
+cv::Point2d renderedPosition(const FishEyeCalibrationParam& param, cv::Point2d bed,
+                             const Size& size);
 
 // The bed point that the camera sees at a raw pixel: WorldToRawImagePoint inverted by Newton steps
 // from `start`, to about a thousandth of a raw pixel. Nothing if they do not converge.

@@ -14,20 +14,20 @@ namespace fisheye_calibration::program {
 namespace {
 
 // Where the view of a camera renders the pixel at which it measured the point.
-std::optional<cv::Point2d> viewPlace(const StitchCamera& camera, const CalibrationPoint& point) {
-  const auto bed = bedPointAt(camera.param, imagePlace(point), bedPlace(point));
+std::optional<cv::Point2d> viewPosition(const StitchCamera& camera, const CalibrationPoint& point) {
+  const auto bed = bedPointAt(camera.param, imagePosition(point), bedPosition(point));
   if (!bed) {
     return std::nullopt;
   }
-  const cv::Point2d place = renderedPlace(camera.param, *bed, camera.viewSize());
-  if (!std::isfinite(place.x) || !std::isfinite(place.y)) {
+  const cv::Point2d position = renderedPosition(camera.param, *bed, camera.viewSize());
+  if (!std::isfinite(position.x) || !std::isfinite(position.y)) {
     return std::nullopt;
   }
-  return place;
+  return position;
 }
 
 double rawError(const StitchCamera& camera, const CalibrationPoint& point) {
-  const cv::Point2f miss = imagePlace(point) - rawPlace(camera.param, bedPlace(point));
+  const cv::Point2f miss = imagePosition(point) - rawPosition(camera.param, bedPosition(point));
   return static_cast<double>(std::hypot(miss.x, miss.y));
 }
 
@@ -40,14 +40,14 @@ std::vector<Agreement> agreementAt(const StitchPair& pair, const SharedPoints& s
   const MetricPicture canvas = metricPicture(dual);
   std::vector<Agreement> agreement;
   for (std::size_t i = 0; i < shared.left.size(); ++i) {
-    const auto inLeft = viewPlace(pair.left, shared.left[i]);
-    const auto inRight = viewPlace(pair.right, shared.right[i]);
+    const auto inLeft = viewPosition(pair.left, shared.left[i]);
+    const auto inRight = viewPosition(pair.right, shared.right[i]);
     if (!inLeft || !inRight) {
       continue;
     }
     const cv::Point2d left = *inLeft + offset;
     const cv::Point2d right = applied(back, *inRight) + offset;
-    const cv::Point2d bed = canvas.placeOf(bedPlace(shared.left[i]));
+    const cv::Point2d bed = canvas.positionOf(bedPosition(shared.left[i]));
     agreement.push_back({.pointId = shared.left[i].PointId,
                          .left = left,
                          .right = right,

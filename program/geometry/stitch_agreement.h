@@ -10,7 +10,7 @@ namespace fisheye_calibration::program {
 
 struct Agreement {
   int pointId = 0;
-  cv::Point2d left;   // canvas place (picture rows) at which the left camera's view shows the point
+  cv::Point2d left;   // where on the canvas (picture rows) the left camera's view shows the point
   cv::Point2d right;  // the same for the right camera
   double apart = 0;   // pixels of the canvas between them
   double leftError = 0;  // pixels between `left` and where the canvas's record puts the bed point

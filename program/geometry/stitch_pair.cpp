@@ -17,7 +17,7 @@ SharedPoints sharedPoints(const StitchPair& pair) {
 }
 
 std::array<std::size_t, 4> cornerPoints(const SharedPoints& shared) {
-  // World coordinates are expected within 0...10000; box and distances start from there.
+  // The library expects world coordinates within 0...10000: box and distances start from there.
   constexpr float kWorldLimit = 10000;
   float minX = kWorldLimit;
   float minY = kWorldLimit;
@@ -55,8 +55,8 @@ cv::Matx33d viewTransform(const StitchPair& pair, const SharedPoints& shared) {
   const std::array<std::size_t, 4> corners = cornerPoints(shared);
   for (std::size_t k = 0; k < corners.size(); ++k) {
     const std::size_t i = corners[k];
-    from[k] = secondCorrectedPlace(pair.left.param, bedPlace(shared.left[i]), centre);
-    to[k] = secondCorrectedPlace(pair.right.param, bedPlace(shared.right[i]), centre);
+    from[k] = secondCorrectedPosition(pair.left.param, bedPosition(shared.left[i]), centre);
+    to[k] = secondCorrectedPosition(pair.right.param, bedPosition(shared.right[i]), centre);
   }
   return cv::getPerspectiveTransform(from.data(), to.data(), cv::DECOMP_LU);
 }

@@ -1,4 +1,4 @@
-// Two cameras over one bed: what goes into a stitch, and the geometry the library stitches by.
+// Two cameras over one bed: the input of a stitch, and the geometry that the library stitches by.
 #pragma once
 
 #include <array>
@@ -14,7 +14,7 @@
 namespace fisheye_calibration::program {
 
 struct StitchCamera {
-  std::string cameraName;  // of the files, for messages
+  std::string cameraName;  // names of the files, for messages
   std::string pointsName;
   FrameBuffer frame;
   FishEyeCalibrationParam param{};
@@ -36,15 +36,15 @@ struct SharedPoints {
   bool paired() const { return left.size() == right.size(); }
 };
 
-// By the library's own pairing, with the range of ids that its stitching uses.
+// As the library pairs them, with the range of ids that its stitching uses.
 SharedPoints sharedPoints(const StitchPair& pair);
 
 // The shared points that the library aligns the views by: those nearest to the corners of the box
-// around the left camera's shared points. There must be a shared point.
+// around the left camera's shared points. At least one point must be shared.
 std::array<std::size_t, 4> cornerPoints(const SharedPoints& shared);
 
-// Left view -> right view, picture positions, through the four corner points. The library centres
-// the right camera's points on the left view's size, and so does this.
+// Left view -> right view, picture positions, through the four corner points. Like the library, it
+// centres the right camera's points on the left view's size.
 cv::Matx33d viewTransform(const StitchPair& pair, const SharedPoints& shared);
 
 cv::Point2d applied(const cv::Matx33d& transform, cv::Point2d point);

@@ -1,4 +1,4 @@
-// The two places of a target's point.
+// The two positions of a target point.
 #pragma once
 
 #include <opencv2/core/types.hpp>
@@ -8,10 +8,10 @@
 namespace fisheye_calibration::program {
 
 // On the bed, world units.
-inline cv::Point2f bedPlace(const CalibrationPoint& point) { return {point.Xw, point.Yw}; }
+inline cv::Point2f bedPosition(const CalibrationPoint& point) { return {point.Xw, point.Yw}; }
 
 // In the raw picture, where it was measured, pixels.
-inline cv::Point2f imagePlace(const CalibrationPoint& point) {
+inline cv::Point2f imagePosition(const CalibrationPoint& point) {
   return {point.ImagePtX, point.ImagePtY};
 }
 

@@ -1,4 +1,4 @@
-// The hand-eye fit as text: coefficients, the library's two error figures and the plain ones.
+// The result of a hand-eye fit as text.
 #pragma once
 
 #include <string>
@@ -8,10 +8,10 @@
 
 namespace fisheye_calibration::program {
 
-// "a,b,c,d,e,f" and one line of values that read back exactly.
+// CSV: "a,b,c,d,e,f" and one line of values that read back exactly.
 std::string formatAffine(const AffineMap& map);
 
-// For people: the map, the library's figures and the plain ones, each called what it is.
+// For people: the map, the library's two error figures and the plain RMS, each by its name.
 std::string describeAffine(const AffineMap& map, const std::vector<CalibrationPoint>& points);
 
 }  // namespace fisheye_calibration::program

@@ -8,7 +8,7 @@
 
 namespace fisheye_calibration::program {
 
-// Root mean squares and the worst five points, with what the figures are.
+// Root mean squares and the worst five points, with an explanation of the figures.
 std::string describeAgreement(const std::vector<Agreement>& agreement, double unitsPerPixel);
 
 }  // namespace fisheye_calibration::program

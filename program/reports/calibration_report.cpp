@@ -53,7 +53,7 @@ double residual(const CalibrationPoint& point) {
 }
 
 std::string worstPoints(std::vector<CalibrationPoint> points) {
-  // What is not a number is worse than every number.
+  // A residual that is not a number is worse than any other.
   const auto worse = [](const CalibrationPoint& a, const CalibrationPoint& b) {
     const double ra = residual(a);
     const double rb = residual(b);

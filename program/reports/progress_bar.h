@@ -1,4 +1,4 @@
-// A bar in one line of text that tells how far a row of pictures has come.
+// A one-line progress bar for a run over many pictures.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +7,7 @@
 
 namespace fisheye_calibration::program {
 
-// "[##########----------] 5/10  12.5 frames/s"; no rate where no time has passed.
+// "[##########----------] 5/10  12.5 frames/s"; no rate before any time has passed.
 std::string progressText(std::size_t done, std::size_t total, double seconds);
 
 class ProgressBar {
@@ -15,7 +15,7 @@ class ProgressBar {
   explicit ProgressBar(std::ostream& stream) : stream_(stream) {}
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
-  ~ProgressBar();  // leaves the line
+  ~ProgressBar();  // ends the line
 
   void show(const std::string& text);
   void clear();  // so that a message can be written in its place

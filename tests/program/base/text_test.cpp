@@ -7,7 +7,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-TEST(Text, NumbersAreReadWhole) {
+TEST(Text, TheWholeTextMustBeANumber) {
   EXPECT_EQ(parseNumber("-1.5e2"), -150.0);
   EXPECT_EQ(parseNumber("+2"), 2.0);
   EXPECT_EQ(parseNumber("2 "), std::nullopt);
@@ -27,7 +27,7 @@ TEST(Text, FloatsBeyondTheirRangeAreRejected) {
   EXPECT_EQ(parseFloat("4e38"), std::nullopt);
 }
 
-TEST(Text, WholeNumbersTakeNoFraction) {
+TEST(Text, WholeNumbersHaveNoFraction) {
   EXPECT_EQ(parseInteger("-7"), -7);
   EXPECT_EQ(parseInteger("7.0"), std::nullopt);
   EXPECT_EQ(parseInteger("2147483648"), std::nullopt);

@@ -101,7 +101,7 @@ TEST(InputChecks, TheOnlyPointOffALineIsNamed) {
   EXPECT_THAT(idsOf(points, FindingKind::kCollinearPoints), ElementsAre(12));
 }
 
-TEST(InputChecks, PointsAtTheSamePlaceAreNamed) {
+TEST(InputChecks, PointsAtTheSamePositionAreNamed) {
   std::vector<CalibrationPoint> points = goodPoints();
   points[6].ImagePtX = points[2].ImagePtX;
   points[6].ImagePtY = points[2].ImagePtY;

@@ -16,8 +16,8 @@ using testing::ElementsAre;
 
 constexpr Size kImage{960, 720};
 
-// The sample camera looks straight down: the corrected picture is the world grid already, so the
-// second correction is the identity.
+// The sample camera looks straight down, so the corrected picture already is the world grid and
+// the second correction is the identity.
 CalibrationResult goodResult() {
   return {
       .homographyFound = true, .param = sampleRecord(), .points = exactPoints({}, {}), .rms = 0.3};
@@ -60,7 +60,7 @@ TEST(ResultChecks, APrincipalPointOutsideThePictureIsNotTrusted) {
   EXPECT_NE(impossible(check(result), FindingKind::kPrincipalPoint), nullptr);
 }
 
-TEST(ResultChecks, AFocalLengthOffByMoreThanThreeTimesIsNotTrusted) {
+TEST(ResultChecks, AFocalLengthOffByMoreThanAFactorOfThreeIsNotTrusted) {
   // max(W, H)/pi = 305.6 px
   CalibrationResult result = goodResult();
   result.param.fx = 920;

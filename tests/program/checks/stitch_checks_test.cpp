@@ -65,7 +65,7 @@ TEST(StitchChecks, SwappedCamerasAreReported) {
 
 TEST(StitchChecks, IdsThatTheLibrarySkipsAreReported) {
   StitchPair pair = overheadPair();
-  pair.left.points[83].PointId = pair.right.points[83].PointId = 169;  // the lists have 168
+  pair.left.points[83].PointId = pair.right.points[83].PointId = 169;  // the lists have 168 points
   EXPECT_THAT(kindsOf(pair), ElementsAre(FindingKind::kUnusedIds));
 }
 

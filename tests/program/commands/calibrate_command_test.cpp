@@ -24,7 +24,8 @@ using testing::StartsWith;
 
 std::string goodCsv() { return formatPoints(exactPoints({}, {})); }
 
-// Exact points of a target that reaches beyond half the longer side: the solver diverges.
+// Exact points of a target that extends beyond half the longer side, with which the solver
+// diverges.
 std::string divergingCsv() { return formatPoints(exactPoints({.focalLength = 700}, {})); }
 
 class CalibrateCommand : public testing::Test {
@@ -40,7 +41,7 @@ class CalibrateCommand : public testing::Test {
   std::string camera = folder.file("camera.ini");
 };
 
-TEST_F(CalibrateCommand, APictureCanTakeThePlaceOfPoints) {
+TEST_F(CalibrateCommand, APictureCanReplaceThePoints) {
   const std::string picture = folder.file("target.png");
   ASSERT_TRUE(cv::imwrite(picture, drawTarget({}, {})));
   const Outcome run =
@@ -87,7 +88,7 @@ TEST_F(CalibrateCommand, PointsOnOneLineAreReportedAndNothingIsWritten) {
   EXPECT_FALSE(std::filesystem::exists(camera));
 }
 
-// All points within 1e-30 px of the corner: the solver raises an error on this.
+// All points lie within 1e-30 px of the corner, for which the solver raises an error.
 TEST_F(CalibrateCommand, PointsThatTheSolverCannotUseAreReportedInOneLine) {
   const Outcome run = calibrate(
       "PointId,Xw,Yw,ImagePtX,ImagePtY\n"

@@ -1,4 +1,4 @@
-// correct from the outside, with pictures through a known camera.
+// correct from the outside, with pictures taken by a known camera.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -41,14 +41,14 @@ class CorrectCommand : public testing::Test {
   std::string top = folder.file("top.png");
 };
 
-TEST_F(CorrectCommand, TheViewShowsTheTargetInItsPlace) {
+TEST_F(CorrectCommand, TheViewShowsTheTargetInPlace) {
   const Outcome run = correct({frame, "-o", top, "--mask", folder.file("mask.png")});
   ASSERT_EQ(run.exitCode, 0) << run.err;
   const cv::Mat view = cv::imread(top, cv::IMREAD_UNCHANGED);
   ASSERT_EQ(view.type(), CV_8UC1);
   ASSERT_EQ(view.size(), cv::Size(960, 720));
-  // 300/170 px a unit around (480, 360) = bed (120, 90): middles of squares, dark where column +
-  // row is even.
+  // 300/170 px per unit around (480, 360) = bed (120, 90): the middles of squares, which are dark
+  // where column + row is even.
   for (const auto& [column, row] : {std::pair(0, 0), {1, 0}, {3, 3}, {4, 3}, {7, 5}, {6, 5}}) {
     const int x = static_cast<int>(480 + (30 * column + 15 - 120) * 300 / 170.0);
     const int y = static_cast<int>(360 + (30 * row + 15 - 90) * 300 / 170.0);
@@ -61,7 +61,7 @@ TEST_F(CorrectCommand, TheViewShowsTheTargetInItsPlace) {
 }
 
 TEST_F(CorrectCommand, TheMaskMarksWhatTheFrameDoesNotShow) {
-  // The view's corner lies at tan theta = 1250/800, theta = 1.0, so some 770 px from the frame's
+  // The view's corner lies at tan theta = 1250/800, theta = 1.0, so about 770 px from the frame's
   // centre, and the frame ends at 600.
   FishEyeCalibrationParam narrow = sampleRecord();
   narrow.fx = narrow.fy = 800;
@@ -75,14 +75,14 @@ TEST_F(CorrectCommand, TheMaskMarksWhatTheFrameDoesNotShow) {
   EXPECT_EQ(mask.at<unsigned char>(750, 1000), 0);
 }
 
-TEST_F(CorrectCommand, TheGridIsDrawnWhereTheBedIs) {
+TEST_F(CorrectCommand, TheGridIsDrawnAtItsPositionsOnTheBed) {
   cv::Mat colour;
   colour = cv::Mat(720, 960, CV_8UC3, cv::Scalar(100, 100, 100));
   ASSERT_TRUE(cv::imwrite(folder.file("grey.bmp"), colour));
   ASSERT_EQ(correct({folder.file("grey.bmp"), "-o", top, "--grid", "40"}).exitCode, 0);
   const cv::Mat view = cv::imread(top, cv::IMREAD_UNCHANGED);
   ASSERT_EQ(view.type(), CV_8UC3);
-  // Xw = 120 at column 480, Xw = 160 at 480 + 40 * 300/170 = 550.6; half-way there is no line.
+  // Xw = 120 at column 480, Xw = 160 at 480 + 40 * 300/170 = 550.6; halfway there is no line.
   const auto red = [&](int x) { return view.at<cv::Vec3b>(400, x)[2]; };
   EXPECT_GT(red(480), 200);
   EXPECT_GT(std::max(red(550), red(551)), 150);

@@ -32,7 +32,8 @@ TEST_F(HandEyeCommand, WritesCoefficientsPlotAndEachErrorByItsName) {
   writePoints("1,0,0,-1,-1\n2,0,0,1,-1\n3,0,0,-1,1\n4,4,0,1,1\n");
   const Outcome outcome = run({"-o", "affine.csv", "--plot", "plot.png"});
   ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
-  // Least squares spreads the one value evenly: a = b = e = 1, and all four residuals are 1.
+  // Least squares spreads the one value evenly: a = b = e = 1, and all four residuals have
+  // length 1.
   EXPECT_EQ(support::bytesOf("affine.csv"), "a,b,c,d,e,f\n1,1,0,0,1,0\n");
   EXPECT_FALSE(cv::imread("plot.png").empty());
   EXPECT_THAT(outcome.out, HasSubstr("the library's errorX, errorY: X 1  Y 0"));

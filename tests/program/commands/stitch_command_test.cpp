@@ -44,25 +44,25 @@ class StitchCommand : public testing::Test {
     return runProgram(arguments);
   }
 
-  // The mapped place of a bed point on the stitched picture.
-  cv::Point2d placeOf(double Xw, double Yw) const {
+  // The mapped position of a bed point in the stitched picture.
+  cv::Point2d positionOf(double Xw, double Yw) const {
     const Outcome run = runProgram({"map", "--dual", dual, "--from", "world", "--to", "stitched",
                                     std::to_string(Xw), std::to_string(Yw)});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    cv::Point2d place;
+    cv::Point2d position;
     char comma = 0;
-    std::istringstream(run.out) >> place.x >> comma >> place.y;
-    return place;
+    std::istringstream(run.out) >> position.x >> comma >> position.y;
+    return position;
   }
 
-  // Middles of squares; the left view ends at Xw = 640, so column 13 is seen by the right camera
-  // alone.
+  // Compares the middles of the squares. The left view ends at Xw = 640, so only the right camera
+  // sees column 13.
   void expectBoard(const cv::Mat& picture, double rowOffset, int lastColumn) const {
     for (const int row : {0, 1, 2}) {
       for (int column = 0; column <= lastColumn; ++column) {
-        const cv::Point2d place = placeOf(50 * column + 25, 50 * row + 25);
-        const int x = static_cast<int>(place.x + 0.5);
-        const int y = static_cast<int>(place.y + rowOffset + 0.5);
+        const cv::Point2d position = positionOf(50 * column + 25, 50 * row + 25);
+        const int x = static_cast<int>(position.x + 0.5);
+        const int y = static_cast<int>(position.y + rowOffset + 0.5);
         ASSERT_TRUE(cv::Rect({}, picture.size()).contains({x, y})) << x << " " << y;
         const bool dark = (column + row) % 2 == 0;
         EXPECT_EQ(picture.at<unsigned char>(y, x) < 128, dark) << column << " " << row;

@@ -1,4 +1,4 @@
-// straighten from the outside, up to the window, which is tested with the library's function.
+// straighten from the outside, up to the window, which the tests of the library's function open.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

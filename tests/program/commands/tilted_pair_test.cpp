@@ -1,5 +1,5 @@
-// Two tilted cameras from their points to one picture, by the program alone: calibrate, stitch and
-// map, with discs at known places of the bed in the frames.
+// Two tilted cameras from their points to one picture, with the program alone: calibrate, stitch
+// and map, with discs at known positions on the bed in the frames.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,12 +29,12 @@ const cv::Point2d kMarkers[] = {{100, 100}, {150, 300}, {450, 100}, {500, 200},
                                 {550, 350}, {850, 100}, {900, 300}};
 constexpr double kMarkerRadius = 12;
 
-// How far a disc's centre may lie from its place, canvas pixels of some 0.8 world units:
-//   0.05  the frame's sampling, 0.02 px of it, where the canvas enlarges it most
+// How far a disc's centre may be off its position, canvas pixels of about 0.8 world units:
+//   0.05  the frame's sampling: 0.02 px of the frame, where the canvas enlarges it most
 //   0.05  the canvas's interpolation in steps of 1/32 px, twice
-//   0.1   the right view's rounding to whole pixels, mean over a disc of 300 and more
-//   0.1   the blur of the frame, some 1 px, which the view enlarges more on a disc's outer side
-//   0.05  the calibrations from exact points, and the mapping's floats and text
+//   0.1   the right view's rounding to whole pixels, averaged over a disc of 300 pixels or more
+//   0.1   the frame's blur of about 1 px, which the view enlarges more on a disc's outer side
+//   0.05  the calibrations from exact points, and the floats and text of the mapping
 constexpr double kTolerance = 0.35;
 // The lines are drawn with a width of whole pixels.
 constexpr double kLineTolerance = kTolerance + 0.5;
@@ -62,8 +62,8 @@ SyntheticCamera cameraOf(const std::string& side) {
                         : tiltedCamera(680, 195, 240, 0.07, -0.12);
 }
 
-// The exact points of the bed's 21 x 9 corners, 50 apart, of which the solver does not diverge: up
-// to 300 px from the middle, where half the width is 320.
+// The exact points of the bed's 21 x 9 corners, 50 apart, with which the solver does not diverge:
+// those up to 300 px from the centre; half the width is 320.
 std::vector<CalibrationPoint> pointsOf(const SyntheticCamera& camera) {
   const SyntheticTarget corners = {.columns = 21, .rows = 9, .spacing = 50};
   std::vector<CalibrationPoint> points = exactPoints(camera, corners);
@@ -100,13 +100,15 @@ cv::Mat drawMarkers(const SyntheticCamera& camera) {
   return frame;
 }
 
-// Centre of what is lighter than the dark bed around a place.
-cv::Point2d centroidNear(const cv::Mat& picture, cv::Point2d place) {
+// Centroid of everything brighter than the dark bed around a position.
+cv::Point2d centroidNear(const cv::Mat& picture, cv::Point2d position) {
   const int reach = 24;  // a disc has a radius of 15
   double sum = 0;
   cv::Point2d centre(0, 0);
-  for (int y = static_cast<int>(place.y) - reach; y <= static_cast<int>(place.y) + reach; ++y) {
-    for (int x = static_cast<int>(place.x) - reach; x <= static_cast<int>(place.x) + reach; ++x) {
+  for (int y = static_cast<int>(position.y) - reach; y <= static_cast<int>(position.y) + reach;
+       ++y) {
+    for (int x = static_cast<int>(position.x) - reach; x <= static_cast<int>(position.x) + reach;
+         ++x) {
       if (!cv::Rect({}, picture.size()).contains({x, y})) {
         continue;
       }
@@ -115,7 +117,7 @@ cv::Point2d centroidNear(const cv::Mat& picture, cv::Point2d place) {
       centre += light * cv::Point2d(x, y);
     }
   }
-  EXPECT_GT(sum, 0) << place;
+  EXPECT_GT(sum, 0) << position;
   return centre / sum;
 }
 
@@ -157,20 +159,20 @@ class TiltedPair : public testing::Test {
     return std::stod(text.substr(at + key.size() + 1));
   }
 
-  // What `map` gives. The file's reader cuts the datum's fraction off, which shifts all mapped
-  // places by (fraction)/Pixel; that is taken back here.
+  // The result of `map`, corrected for the library's reader, which drops the fraction of the datum
+  // and so shifts all mapped positions by fraction/Pixel.
   cv::Point2d mapped(cv::Point2d bed) const {
     const Outcome run = runProgram({"map", "--dual", dual, "--from", "world", "--to", "stitched",
                                     std::to_string(bed.x), std::to_string(bed.y)});
     EXPECT_EQ(run.exitCode, 0) << run.err;
-    cv::Point2d place;
+    cv::Point2d position;
     char comma = 0;
-    std::istringstream(run.out) >> place.x >> comma >> place.y;
+    std::istringstream(run.out) >> position.x >> comma >> position.y;
     const auto shift = [&](const std::string& key) {
       const double datum = valueOf(key);
       return (datum - std::trunc(datum)) / valueOf("Pixel");
     };
-    return place - cv::Point2d(shift("DatumPtXw"), shift("DatumPtYw"));
+    return position - cv::Point2d(shift("DatumPtXw"), shift("DatumPtYw"));
   }
 
   support::TemporaryFolder folder;
@@ -179,18 +181,18 @@ class TiltedPair : public testing::Test {
   Outcome outcome{};
 };
 
-TEST_F(TiltedPair, MappedPlacesLieOnTheContent) {
+TEST_F(TiltedPair, MappedPositionsLieOnTheContent) {
   const cv::Mat picture = stitch("");
   EXPECT_THAT(outcome.err, Not(HasSubstr("disagree")));
   for (const cv::Point2d& marker : kMarkers) {
-    const cv::Point2d place = mapped(marker);
-    const cv::Point2d content = centroidNear(picture, place);
-    EXPECT_NEAR(place.x, content.x, kTolerance) << marker;
-    EXPECT_NEAR(place.y, content.y, kTolerance) << marker;
+    const cv::Point2d position = mapped(marker);
+    const cv::Point2d content = centroidNear(picture, position);
+    EXPECT_NEAR(position.x, content.x, kTolerance) << marker;
+    EXPECT_NEAR(position.y, content.y, kTolerance) << marker;
   }
 }
 
-TEST_F(TiltedPair, MappedPlacesOfACropLieOnTheContent) {
+TEST_F(TiltedPair, MappedPositionsOfACropLieOnTheContent) {
   const cv::Size whole = stitch("").size();
   const int top = 100;
   const int height = (whole.height - top - 60) / 4 * 4;
@@ -200,26 +202,26 @@ TEST_F(TiltedPair, MappedPlacesOfACropLieOnTheContent) {
                                                     "x" + std::to_string(height)});
   for (const cv::Point2d& marker : kMarkers) {
     // The datum lies halfway up the whole canvas, so the picture's row is v + bottom - top.
-    const cv::Point2d place = mapped(marker) + cv::Point2d(0, bottom - top);
-    const cv::Point2d content = centroidNear(picture, place);
-    EXPECT_NEAR(place.x, content.x, kTolerance) << marker;
-    EXPECT_NEAR(place.y, content.y, kTolerance) << marker;
+    const cv::Point2d position = mapped(marker) + cv::Point2d(0, bottom - top);
+    const cv::Point2d content = centroidNear(picture, position);
+    EXPECT_NEAR(position.x, content.x, kTolerance) << marker;
+    EXPECT_NEAR(position.y, content.y, kTolerance) << marker;
   }
 }
 
-// Mean place of a line's black core across it, from a picture of evenly grey frames; `along` steps
-// from a place that no other line crosses.
-double lineNear(const cv::Mat& picture, double place, int other, bool column) {
+// Mean position of a line's black core across the line, in a picture of uniformly grey frames.
+// `other` is the coordinate along the line, away from the lines that cross it.
+double lineNear(const cv::Mat& picture, double position, int other, bool column) {
   double sum = 0;
   double moment = 0;
-  for (int at = static_cast<int>(place) - 5; at <= static_cast<int>(place) + 6; ++at) {
+  for (int at = static_cast<int>(position) - 5; at <= static_cast<int>(position) + 6; ++at) {
     const int value =
         column ? picture.at<unsigned char>(other, at) : picture.at<unsigned char>(at, other);
     const double dark = std::max(0, 128 - value);
     sum += dark;
     moment += dark * at;
   }
-  EXPECT_GT(sum, 0) << place;
+  EXPECT_GT(sum, 0) << position;
   return moment / sum;
 }
 
@@ -241,7 +243,7 @@ TEST_P(TiltedPairGrid, LinesRunThroughTheContent) {
   const double pixel = valueOf("Pixel");
   const int quarter = static_cast<int>(12.5 / pixel);  // clear of the neighbouring lines
   for (const cv::Point2d& marker : kMarkers) {
-    // Where the disc is, by the whole canvas's formula; its content is then measured.
+    // The disc's position by the whole canvas's formula; its content is then measured.
     const cv::Point2d guess(
         (marker.x - valueOf("DatumPtXw")) / pixel + kWidth - corner.x,
         (marker.y - valueOf("DatumPtYw")) / pixel + whole.height * 0.5 - corner.y);

@@ -23,7 +23,7 @@ TEST(ChessboardCheck, TheTrueCornersAreAccepted) {
   EXPECT_TRUE(looksLikeChessboard(picture, boardCorners(0, 9, 7), 9, 7));
 }
 
-TEST(ChessboardCheck, TheBoardsRimIsNoColumnOfCorners) {
+TEST(ChessboardCheck, TheBoardsRimIsNotAColumnOfCorners) {
   const cv::Mat picture = drawTarget({}, {});
   EXPECT_FALSE(looksLikeChessboard(picture, boardCorners(1, 9, 7), 9, 7));
   EXPECT_FALSE(looksLikeChessboard(picture, boardCorners(0, 10, 7), 10, 7));

@@ -9,7 +9,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-// A 4 x 3 grid with its true places: +X right, +Y down, slightly rotated.
+// A 4 x 3 grid at its true positions: +X right, +Y down, slightly rotated.
 std::vector<GridPoint> trueGrid() {
   std::vector<GridPoint> grid;
   for (int r = 0; r < 3; ++r) {

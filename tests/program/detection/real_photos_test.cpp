@@ -1,5 +1,5 @@
-// Photos of real lenses, if they are there: the program must find the points that were found in
-// them before, in the same order.
+// Photos of real lenses, if there are any: the program must find the points that were found in them
+// before, in the same order.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -49,8 +49,8 @@ TEST_P(RealPhotos, GiveThePointsFoundBeforeInTheSameOrder) {
                    {TargetKind::kChessboard, photo.columns, photo.rows}, [](const std::string&) {});
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), expected.size());
-  // The earlier points come from another finder, which single corners near the rim mislead by
-  // pixels.
+  // The earlier points come from a different finder, which is off by pixels at single corners near
+  // the rim.
   double sum = 0;
   for (std::size_t i = 0; i < expected.size(); ++i) {
     const double distance =

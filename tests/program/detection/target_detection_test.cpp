@@ -13,7 +13,7 @@ namespace {
 
 const Progress kSilent = [](const std::string&) {};
 
-// Root mean square distance of what was found from where the points truly are, pixels.
+// Root mean square distance of the found points from their true positions, pixels.
 double rmsError(const Detection& detection, const SyntheticCamera& camera,
                 const SyntheticTarget& target) {
   const std::vector<CalibrationPoint> exact = exactPoints(camera, target);
@@ -71,7 +71,7 @@ TEST(TargetDetection, CirclesAreFound) {
   const auto found =
       detectTarget(drawTarget(camera, target), {TargetKind::kCircles, 9, 7}, kSilent);
   ASSERT_TRUE(found.has_value());
-  // The centre of a circle's picture is not the picture of its centre, so this is coarser.
+  // The centre of a circle's picture is not the picture of its centre, so the tolerance is larger.
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
 }
 

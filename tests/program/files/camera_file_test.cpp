@@ -51,7 +51,7 @@ TEST(CameraFile, KeysOfAnotherSectionDoNotCount) {
   EXPECT_THAT(inspectCameraText("c.ini", text), ElementsAre(HasSubstr("fx, fy, skewness")));
 }
 
-TEST(CameraFile, InvalidNumbersAreReportedWithTheirPlace) {
+TEST(CameraFile, InvalidNumbersAreReportedWithTheirPosition) {
   std::string text = completeText("1");
   text.replace(text.find("v0=1"), 4, "v0 = 1,5");
   EXPECT_THAT(inspectCameraText("c.ini", text),

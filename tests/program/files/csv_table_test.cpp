@@ -46,7 +46,7 @@ TEST(CsvTable, ADuplicateHeaderNameIsReported) {
   EXPECT_EQ(failureOf("a,b,A\n"), "t.csv:1:5: column \"A\" is there twice");
 }
 
-TEST(CsvTable, ARowOfAnotherLengthIsReported) {
+TEST(CsvTable, ARowOfADifferentLengthIsReported) {
   EXPECT_EQ(failureOf("a,b\n1,2\n3\n"), "t.csv:3:1: 1 value where the header names 2");
   EXPECT_EQ(failureOf("a,b\n1, 2, 3\n"), "t.csv:2:7: 3 values where the header names 2");
 }

@@ -19,7 +19,7 @@ TEST(PointsCsv, EveryFieldIsReadAndTheOrderKept) {
   EXPECT_EQ(points[1].PointId, 3);
 }
 
-TEST(PointsCsv, FurtherColumnsAreIgnored) {
+TEST(PointsCsv, OtherColumnsAreIgnored) {
   const auto points =
       parsePoints("p.csv", "PointId,note,Xw,Yw,ImagePtX,ImagePtY\n1,corner,2,3,4,5\n");
   EXPECT_EQ(points.at(0).ImagePtY, 5.0f);

@@ -10,12 +10,12 @@ TEST(MetricPicture, ACorrectedViewHasItsDatumInTheCentre) {
   const MetricPicture picture = metricPicture(param, {.width = 40, .height = 30});
   EXPECT_EQ(picture.bedAt({20, 15}), cv::Point2d(10, 20));
   EXPECT_EQ(picture.bedAt({22, 11}), cv::Point2d(11, 18));
-  EXPECT_EQ(picture.placeOf({11, 18}), cv::Point2d(22, 11));
+  EXPECT_EQ(picture.positionOf({11, 18}), cv::Point2d(22, 11));
 }
 
 TEST(MetricPicture, TheRowsOfACropCountFromItsTop) {
-  // 200 rows of a canvas, of which 152 from row 20 on were kept: the datum's buffer row was 100 and
-  // is 100 - 28, the picture's row of the datum 100 - 20.
+  // Of a canvas of 200 rows, 152 from row 20 on were kept: the datum's buffer row is 100 - 28, its
+  // picture row 100 - 20.
   const DualFishEyeCalibrationParam dual = {.Pixel = 2,
                                             .StdImageWidth = 300,
                                             .StdImageHeight = 152,
@@ -24,7 +24,7 @@ TEST(MetricPicture, TheRowsOfACropCountFromItsTop) {
                                             .DatumPtXw = 10,
                                             .DatumPtYw = 20};
   const MetricPicture picture = metricPicture(dual);
-  EXPECT_EQ(picture.placeOf({10, 20}), cv::Point2d(50, 80));
+  EXPECT_EQ(picture.positionOf({10, 20}), cv::Point2d(50, 80));
   EXPECT_EQ(picture.bedAt({51, 83}), cv::Point2d(12, 26));
 }
 

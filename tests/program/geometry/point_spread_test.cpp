@@ -17,11 +17,11 @@ std::vector<CalibrationPoint> rectangle(float width, float height) {
 }
 
 TEST(PointSpread, FlatnessIsBreadthToLength) {
-  EXPECT_NEAR(flatness(imagePlaces(rectangle(40, 10))), 0.25, 1e-12);
-  EXPECT_NEAR(flatness(bedPlaces(rectangle(10, 40))), 0.25, 1e-12);
+  EXPECT_NEAR(flatness(imagePositions(rectangle(40, 10))), 0.25, 1e-12);
+  EXPECT_NEAR(flatness(bedPositions(rectangle(10, 40))), 0.25, 1e-12);
 }
 
-TEST(PointSpread, PointsOnALineOrInOnePlaceAreFlat) {
+TEST(PointSpread, CollinearAndCoincidentPointsAreFlat) {
   EXPECT_NEAR(flatness({{0, 0}, {1, 2}, {3, 6}}), 0, 1e-7);
   EXPECT_EQ(flatness({{5, 5}, {5, 5}}), 0);
 }

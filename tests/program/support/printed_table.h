@@ -1,4 +1,4 @@
-// Reads what the program prints.
+// Reads values from what the program prints.
 #pragma once
 
 #include <algorithm>

@@ -34,7 +34,7 @@ int exitCodeOf(int status) {
 #endif
 }
 
-// What a program printed, with line ends of one kind: on Windows its output ends lines in CR LF.
+// What a program printed, with LF line ends: on Windows they are CR LF.
 std::string printed(const std::string& path) {
   std::string text = support::bytesOf(path);
 #if defined(_WIN32)

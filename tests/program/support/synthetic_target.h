@@ -1,4 +1,4 @@
-// A known fisheye camera over a known flat target: where its points fall, and how it would look.
+// A known fisheye camera over a known flat target: where it sees the points, and its picture.
 #pragma once
 
 #include <array>
@@ -23,7 +23,7 @@ struct SyntheticCamera {
 
   // theta_d = theta + k0 theta^2 + k1 theta^3
   cv::Point2d project(double Xw, double Yw) const;
-  cv::Point2d bedPointAt(double x, double y) const;  // of the bed Z = 0, by inverting the above
+  cv::Point2d bedPointAt(double x, double y) const;  // on the bed Z = 0, by inverting project()
 };
 
 enum class Pattern { kChessboard, kCircles, kAsymmetricCircles };

@@ -1,4 +1,4 @@
-#include "files/output_places.h"
+#include "files/output_paths.h"
 
 #include <gtest/gtest.h>
 
@@ -8,26 +8,26 @@
 namespace fisheye_calibration::program {
 namespace {
 
-TEST(OutputPlaces, APlaceInAMissingFolderIsRefused) {
+TEST(OutputPaths, APathInAMissingFolderIsRefused) {
   const support::TemporaryFolder folder;
-  EXPECT_THROW(requireWritablePlace("-o", folder.file("none/a.txt")), Failure);
-  EXPECT_THROW(requireWritablePlace("-o", folder.file("")), Failure);
-  EXPECT_NO_THROW(requireWritablePlace("-o", folder.file("a.txt")));
+  EXPECT_THROW(requireWritable("-o", folder.file("none/a.txt")), Failure);
+  EXPECT_THROW(requireWritable("-o", folder.file("")), Failure);
+  EXPECT_NO_THROW(requireWritable("-o", folder.file("a.txt")));
 }
 
-TEST(OutputPlaces, OneFileUnderTwoNamesIsTheSame) {
+TEST(OutputPaths, OneFileUnderTwoNamesIsTheSame) {
   const support::TemporaryFolder folder;
   const std::string file = writeFile(folder, "a.txt", "text");
   const std::string again = folder.file("../") + folder.path().filename().string() + "/a.txt";
   EXPECT_TRUE(isSameFile(file, again));
-  EXPECT_TRUE(isSamePlace(file, again));
-  EXPECT_FALSE(isSamePlace(file, folder.file("b.txt")));
+  EXPECT_TRUE(isSamePath(file, again));
+  EXPECT_FALSE(isSamePath(file, folder.file("b.txt")));
 }
 
-TEST(OutputPlaces, AFileThatDoesNotExistYetIsKnownByItsName) {
+TEST(OutputPaths, AFileThatDoesNotExistYetIsKnownByItsName) {
   const support::TemporaryFolder folder;
   EXPECT_FALSE(isSameFile(folder.file("b.txt"), folder.file("b.txt")));
-  EXPECT_TRUE(isSamePlace(folder.file("b.txt"), folder.file("b.txt")));
+  EXPECT_TRUE(isSamePath(folder.file("b.txt"), folder.file("b.txt")));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "files/output_places.h"
+#include "files/output_paths.h"
 
 #include <system_error>
 
@@ -8,7 +8,7 @@
 namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 
-void requireWritablePlace(const std::string& option, const fs::path& path) {
+void requireWritable(const std::string& option, const fs::path& path) {
   std::error_code error;
   if (path.empty()) {
     failBadInput(option + ": the file name is empty");
@@ -27,7 +27,7 @@ bool isSameFile(const fs::path& a, const fs::path& b) {
   return fs::equivalent(a, b, error) && !error;
 }
 
-bool isSamePlace(const fs::path& a, const fs::path& b) {
+bool isSamePath(const fs::path& a, const fs::path& b) {
   return a.native() == b.native() || isSameFile(a, b);
 }
 

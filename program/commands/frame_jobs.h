@@ -1,0 +1,21 @@
+// The frames of a run, each with the file for its picture.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+namespace fisheye_calibration::program {
+
+struct FrameJob {
+  std::filesystem::path frame;
+  std::filesystem::path output;
+};
+
+bool isFolder(const std::filesystem::path& path);
+
+// One picture goes to the file `output`; several pictures, or a folder of them, go to the folder
+// `output`, which is made if it is missing. Fails as bad input if that is not possible.
+std::vector<FrameJob> plannedJobs(const std::vector<std::filesystem::path>& frames,
+                                  const std::filesystem::path& output);
+
+}  // namespace fisheye_calibration::program
