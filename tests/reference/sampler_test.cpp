@@ -15,9 +15,9 @@ using namespace fisheye_calibration;
 
 namespace {
 
-using rendering::kRun;
 using reference::RemapCase;
 using reference::RemapInput;
+using rendering::kRun;
 
 // A run of the positions of two maps, in 1/32 pixels.
 struct Run {
@@ -50,8 +50,8 @@ Sampled sampled(const RemapCase& c, const RemapInput& input) {
   for (std::size_t first = 0; first < total; first += kRun) {
     const Run run(input, first);
     rendering::sampleRun(frame, run.u, run.v, run.count,
-                      result.pixels.data + first * input.source.elemSize(),
-                      result.mask.data + first);
+                         result.pixels.data + first * input.source.elemSize(),
+                         result.mask.data + first);
   }
   return result;
 }
