@@ -38,7 +38,8 @@ bool beginsOnBorder(const images::Frame& frame, int u, int v) {
 }
 
 // The last column and row are repeated outwards (compatibility 32), which gives the same bytes as
-// the image library's weighted mean of the existing pixels.
+// the image library's weighted mean of the existing pixels: in the last column both weights have
+// the factor 32 - a, which cancels and leaves ((32 - b) P00 + b P10)/32. The last row is symmetric.
 void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
   const auto bytes = static_cast<std::size_t>(frame.bytes);
   const Position at(u, v);

@@ -5,8 +5,8 @@
 namespace fisheye_calibration::single {
 namespace {
 
-// trunc(length/2 + 0.5) of a positive length; where the parities of source and crop differ, the
-// crop leans toward the start of the buffer (compatibility 41).
+// trunc(length/2 + 0.5) of a positive length, which decides the side that the crop leans toward
+// where the parities of source and crop differ (compatibility 41).
 std::int64_t centreOf(ImageLong length) { return (std::int64_t{length} + 1) / 2; }
 
 }  // namespace

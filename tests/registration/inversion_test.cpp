@@ -16,9 +16,9 @@
 
 #if __has_include(<rapidcheck.h>)  // not for Windows
 #include <rapidcheck/gtest.h>
+#endif
 
 using namespace fisheye_calibration;
-#endif
 
 namespace {
 
