@@ -9,6 +9,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+using namespace fisheye_calibration;
+
 int main() {
   const cv::Matx33d K(400, 0, 320, 0, 500, 240, 0, 0, 1);
   const std::vector<cv::Point3d> worldPoints{{2, 0, 0}};
