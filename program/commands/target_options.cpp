@@ -9,7 +9,8 @@
 #include "base/file_path.h"
 #include "base/text.h"
 #include "commands/option_values.h"
-#include "detection/target_detection.h"
+#include "detection/charuco_board.h"
+#include "detection/markers.h"
 #include "drawing/target_overlay.h"
 #include "files/output_paths.h"
 #include "files/picture_file.h"
@@ -19,21 +20,109 @@ namespace {
 
 constexpr int kLargestGridSide = 200;
 
-struct World {
-  float spacing = 0;
-  Pair origin;
-  int firstId = 1;
-};
+void checkOverlay(const std::filesystem::path& overlay, const std::filesystem::path& image) {
+  if (overlay.empty()) {
+    return;
+  }
+  requireWritable("--overlay", overlay);
+  requirePictureName("--overlay", overlay);
+  if (isSameFile(overlay, image)) {
+    failBadInput("--overlay: " + nameOf(overlay) + " is the picture itself");
+  }
+}
+
+std::vector<CalibrationPoint> numbered(const std::vector<GridPoint>& grid, const World& world) {
+  std::vector<CalibrationPoint> points;
+  for (const GridPoint& position : grid) {
+    const cv::Point2f onBed = world.at(position.world);
+    points.push_back({.PointId = world.firstId + position.index,
+                      .Xw = onBed.x,
+                      .Yw = onBed.y,
+                      .ImagePtX = position.image.x,
+                      .ImagePtY = position.image.y});
+  }
+  return points;
+}
+
+std::string caption(const DetectedTarget& found, const World& world) {
+  return found.summary + ", spacing " + shortest(world.spacing) + "; point " +
+         std::to_string(world.firstId) + " at (" + shortest(world.origin.first) + ", " +
+         shortest(world.origin.second) + ")";
+}
+
+[[noreturn]] void failWithoutTarget(const std::string& name, const Target& target,
+                                    const std::string& seen) {
+  const std::string missing = name + ": no target with " + describeTarget(target) + " was found; ";
+  if (!seen.empty()) {
+    failJob(missing + seen);
+  }
+  failJob(missing + (target.kind == TargetKind::kCharuco
+                         ? "are the markers those of this target, sharp and evenly lit?"
+                         : "is the count right, the whole target in view, sharp and evenly lit?"));
+}
+
+void checkMarkers(const TargetOptions& options, const Target& target) {
+  if (!markersAvailable()) {
+    failBadInput(
+        "--charuco: this program was built without markers, which need the image library's module "
+        "objdetect from version 4.7 or aruco before it");
+  }
+  const int count = CharucoBoard(target.columns, target.rows, target.markerShare).markerCount();
+  if (count > kLargestMarkerCount) {
+    failBadInput("--charuco: " + options.charuco + " needs " + std::to_string(count) +
+                 " markers; there are " + std::to_string(kLargestMarkerCount));
+  }
+}
+
+Target parseCharuco(const TargetOptions& options) {
+  const Size size = parseSize("--charuco", options.charuco, 2, kLargestGridSide);
+  const std::optional<int> bits = parseInteger(options.markerBits);
+  if (!bits || *bits < 4 || *bits > 7) {
+    failBadInput("--marker-bits: give 4, 5, 6 or 7, not \"" + options.markerBits + "\"");
+  }
+  Target target = {.kind = TargetKind::kCharuco,
+                   .columns = size.width,
+                   .rows = size.height,
+                   .markerBits = *bits};
+  if (!options.marker.empty()) {
+    const double side = static_cast<double>(parsePositive("--marker", options.marker));
+    target.markerShare = side / static_cast<double>(parsePositive("--spacing", options.spacing));
+    if (!(target.markerShare > 0.2 && target.markerShare < 0.95)) {
+      failBadInput("--marker: a marker's side is 0.2 to 0.95 of the spacing");
+    }
+  }
+  checkMarkers(options, target);
+  return target;
+}
+
+}  // namespace
+
+cv::Point2f World::at(cv::Point2d steps) const {
+  // In doubles, and rounded to the record's floats once.
+  const auto onBed = [&](float start, double count) {
+    return static_cast<float>(static_cast<double>(start) + static_cast<double>(spacing) * count);
+  };
+  return {onBed(origin.first, steps.x), onBed(origin.second, steps.y)};
+}
 
 Target parseTarget(const TargetOptions& options) {
-  if (options.chessboard.empty() == options.circles.empty()) {
+  const int kinds = (options.chessboard.empty() ? 0 : 1) + (options.charuco.empty() ? 0 : 1) +
+                    (options.circles.empty() ? 0 : 1);
+  if (kinds != 1) {
     failBadInput(
-        "say what to look for: either --chessboard COLUMNSxROWS or --circles COLUMNSxROWS");
+        "say which target: --chessboard COLUMNSxROWS, --charuco COLUMNSxROWS or --circles "
+        "COLUMNSxROWS");
   }
-  const bool board = !options.chessboard.empty();
-  if (board && options.asymmetric) {
+  if (options.asymmetric && options.circles.empty()) {
     failBadInput("--asymmetric goes with --circles only");
   }
+  if (!options.marker.empty() && options.charuco.empty()) {
+    failBadInput("--marker goes with --charuco only");
+  }
+  if (!options.charuco.empty()) {
+    return parseCharuco(options);
+  }
+  const bool board = !options.chessboard.empty();
   const Size size = board ? parseSize("--chessboard", options.chessboard, 3, kLargestGridSide)
                           : parseSize("--circles", options.circles, 2, kLargestGridSide);
   const TargetKind kind = board                ? TargetKind::kChessboard
@@ -55,56 +144,36 @@ World parseWorld(const TargetOptions& options, int pointCount) {
   return {.spacing = spacing, .origin = origin, .firstId = *firstId};
 }
 
-void checkOverlay(const std::filesystem::path& overlay, const std::filesystem::path& image) {
-  if (overlay.empty()) {
-    return;
-  }
-  requireWritable("--overlay", overlay);
-  requirePictureName("--overlay", overlay);
-  if (isSameFile(overlay, image)) {
-    failBadInput("--overlay: " + nameOf(overlay) + " is the picture itself");
-  }
-}
-
-std::vector<CalibrationPoint> numbered(const std::vector<GridPoint>& grid, const World& world) {
-  // In doubles, and rounded to the record's floats once.
-  const auto onBed = [&](float origin, double steps) {
-    return static_cast<float>(static_cast<double>(origin) +
-                              static_cast<double>(world.spacing) * steps);
-  };
-  std::vector<CalibrationPoint> points;
-  int id = world.firstId;
-  for (const GridPoint& position : grid) {
-    points.push_back({.PointId = id++,
-                      .Xw = onBed(world.origin.first, position.world.x),
-                      .Yw = onBed(world.origin.second, position.world.y),
-                      .ImagePtX = position.image.x,
-                      .ImagePtY = position.image.y});
-  }
-  return points;
-}
-
 std::string describeTarget(const Target& target) {
-  const char* what = target.kind == TargetKind::kChessboard ? " inner corners"
-                     : target.kind == TargetKind::kCircles  ? " circles"
-                                                            : " staggered circles";
-  return std::to_string(target.columns) + " x " + std::to_string(target.rows) + what;
+  const std::string size = std::to_string(target.columns) + " x " + std::to_string(target.rows);
+  switch (target.kind) {
+    case TargetKind::kChessboard:
+      return size + " inner corners";
+    case TargetKind::kCharuco:
+      return size + " inner corners and markers";
+    case TargetKind::kCircles:
+      return size + " circles";
+    case TargetKind::kAsymmetricCircles:
+      break;
+  }
+  return size + " staggered circles";
 }
 
-std::string caption(const DetectedTarget& found, const World& world) {
-  return found.summary + ", spacing " + shortest(world.spacing) + "; point " +
-         std::to_string(world.firstId) + " at (" + shortest(world.origin.first) + ", " +
-         shortest(world.origin.second) + ")";
-}
-
-}  // namespace
-
-void addTargetOptions(CLI::App& command, TargetOptions& target) {
+void addTargetKindOptions(CLI::App& command, TargetOptions& target) {
   command.add_option("--chessboard", target.chessboard, "inner corners of the chessboard")
+      ->type_name("COLUMNSxROWS");
+  command
+      .add_option("--charuco", target.charuco,
+                  "inner corners of a chessboard with markers, which may be in view in part")
       ->type_name("COLUMNSxROWS");
   command.add_option("--circles", target.circles, "circles of the grid")->type_name("COLUMNSxROWS");
   command.add_flag("--asymmetric", target.asymmetric,
                    "every second row of circles is shifted by half a step");
+  command.add_option("--marker-bits", target.markerBits, "modules on a marker's side, 4 to 7")
+      ->type_name("N")
+      ->capture_default_str();
+  command.add_option("--marker", target.marker, "side of a marker (default: 0.7 of the spacing)")
+      ->type_name("MM");
   command
       .add_option("--spacing", target.spacing,
                   "distance of neighbouring corners or circles, world units; with --asymmetric the "
@@ -116,6 +185,10 @@ void addTargetOptions(CLI::App& command, TargetOptions& target) {
   command.add_option("--first-id", target.firstId, "PointId of the first point")
       ->type_name("N")
       ->capture_default_str();
+}
+
+void addTargetOptions(CLI::App& command, TargetOptions& target) {
+  addTargetKindOptions(command, target);
   addPath(command, "--overlay", target.overlay, "write the picture with the numbered points")
       ->type_name("PICTURE");
 }
@@ -128,16 +201,16 @@ DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetO
   const std::string name = nameOf(image);
   DetectedTarget found;
   found.grey = readGreyPicture(image);
-  const std::optional<Detection> detection = detectTarget(
-      found.grey, target,
-      [&](const std::string& step) { messages << name << ": " << step << " ..." << std::endl; });
-  if (!detection) {
-    failJob(name + ": no target with " + describeTarget(target) +
-            " was found; is the count right, the whole target in view, sharp and evenly lit?");
+  Search search = detectTarget(found.grey, target, [&](const std::string& step) {
+    messages << name << ": " << step << " ..." << std::endl;
+  });
+  if (!search.detection) {
+    failWithoutTarget(name, target, search.seen);
   }
-  found.points = numbered(detection->grid, world);
+  const Detection& detection = *search.detection;
+  found.points = numbered(detection.grid, world);
   found.summary = std::to_string(found.points.size()) + " points (" + describeTarget(target) +
-                  ", found by " + detection->method + ")";
+                  ", found by " + detection.method + ")";
   if (!options.overlay.empty()) {
     stagePicture(files, options.overlay,
                  drawTargetOverlay(found.grey, found.points, caption(found, world)));

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "commands/option_values.h"
+#include "detection/target_detection.h"
 #include "files/output_files.h"
 #include "fisheye_calibration.h"
 
@@ -20,19 +22,39 @@ namespace fisheye_calibration::program {
 // As given on the command line; empty if not given.
 struct TargetOptions {
   std::string chessboard;  // "8x6" inner corners
+  std::string charuco;     // the same, with markers
   std::string circles;     // "11x4"
   bool asymmetric = false;
+  std::string markerBits = "5";
+  std::string marker;  // side of a marker, world units; empty: 0.7 of the spacing
   std::string spacing;
   std::string origin = "0,0";
   std::string firstId = "1";
   std::filesystem::path overlay;
 
   bool anyGiven() const {
-    return !chessboard.empty() || !circles.empty() || !spacing.empty() || !overlay.empty();
+    return !chessboard.empty() || !charuco.empty() || !circles.empty() || !spacing.empty() ||
+           !overlay.empty();
   }
 };
 
+// Those that describe the target.
+void addTargetKindOptions(CLI::App& command, TargetOptions& target);
+// The same, and those for looking for it in a picture.
 void addTargetOptions(CLI::App& command, TargetOptions& target);
+
+struct World {
+  float spacing = 0;
+  Pair origin;
+  int firstId = 1;
+
+  cv::Point2f at(cv::Point2d steps) const;
+};
+
+Target parseTarget(const TargetOptions& options);
+World parseWorld(const TargetOptions& options, int pointCount);
+// "8 x 6 inner corners"
+std::string describeTarget(const Target& target);
 
 struct DetectedTarget {
   cv::Mat grey;

@@ -1,5 +1,6 @@
-// A check of a detected chessboard: finders sometimes mistake the board's rim for a row of inner
-// corners, or a part of a larger board for the whole.
+// A check of a detected chessboard against the picture: finders sometimes skip a column, take the
+// squares' diagonals, mistake the board's rim for corners or a part of a larger board for the
+// whole.
 #pragma once
 
 #include <opencv2/core.hpp>
@@ -7,9 +8,23 @@
 
 namespace fisheye_calibration::program {
 
-// True if bright and dark squares alternate around (nearly) every corner and do not continue beyond
-// the outermost corners. `corners` are ordered row by row.
-bool looksLikeChessboard(const cv::Mat& grey, const std::vector<cv::Point2f>& corners, int columns,
-                         int rows);
+enum class Side { kLeft, kRight, kTop, kBottom };  // of the grid: columns count from left to right
+
+enum class BoardVerdict {
+  kWhole,
+  kNotABoard,  // bright and dark squares do not alternate along all lines
+  kNoRim,      // no whole squares outside the outermost corners
+  kContinues,  // the board goes on beyond the outermost squares
+  kCut         // the picture ends before the outermost squares do
+};
+
+struct BoardCheck {
+  BoardVerdict verdict = BoardVerdict::kNotABoard;
+  Side side = Side::kLeft;  // the first side to which the last three verdicts apply
+};
+
+// `corners` are ordered row by row, at least 3 x 3.
+BoardCheck checkChessboard(const cv::Mat& grey, const std::vector<cv::Point2f>& corners,
+                           int columns, int rows);
 
 }  // namespace fisheye_calibration::program

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 
 namespace fisheye_calibration::program {
 namespace {
@@ -78,6 +79,9 @@ std::vector<GridPoint> orientGrid(std::vector<GridPoint> grid) {
     return left.world.y != right.world.y ? left.world.y < right.world.y
                                          : left.world.x < right.world.x;
   });
+  for (std::size_t i = 0; i < grid.size(); ++i) {
+    grid[i].index = static_cast<int>(i);
+  }
   return grid;
 }
 

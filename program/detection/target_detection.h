@@ -1,4 +1,4 @@
-// Finds a chessboard or a grid of circles in a picture.
+// Finds a target in a picture. Each kind has a finder in a file of its own.
 #pragma once
 
 #include <functional>
@@ -11,32 +11,32 @@
 
 namespace fisheye_calibration::program {
 
-enum class TargetKind { kChessboard, kCircles, kAsymmetricCircles };
+enum class TargetKind { kChessboard, kCharuco, kCircles, kAsymmetricCircles };
 
 struct Target {
   TargetKind kind = TargetKind::kChessboard;
   int columns = 0;  // of inner corners, or of circles in a row
   int rows = 0;
+  int markerBits = 5;        // of kCharuco: modules on each side of a marker
+  double markerShare = 0.7;  // of kCharuco: the marker's side as a share of the square's
 };
 
 struct Detection {
-  std::vector<GridPoint> grid;  // oriented and ordered by orientGrid()
-  std::string method;           // the attempt that found it
+  // The whole target, oriented and ordered by orientGrid(); of kCharuco what is in view, in the
+  // target's own orientation.
+  std::vector<GridPoint> grid;
+  std::string method;  // the attempt that found it
+};
+
+struct Search {
+  std::optional<Detection> detection;
+  std::string seen;  // without a detection: what is there instead, in words; empty if nothing is
 };
 
 using Progress = std::function<void(const std::string&)>;
 
 // Tries several methods, from the most exact to the most forgiving, and reports each before it
-// starts. Nothing if none finds the whole target with a plausible grid.
-std::optional<Detection> detectTarget(const cv::Mat& grey, const Target& target,
-                                      const Progress& progress);
-
-// Grid position of a point by its index in the order in which detectors count: (column, row), and
-// (2 column + row mod 2, row) for asymmetric circles.
-cv::Point2d gridStep(const Target& target, int index);
-
-// False for grids that fold, cross or jump: every cell must turn the same way, and neighbouring
-// steps along a row or column must not differ by more than a strongly distorting lens makes them.
-bool isPlausibleGrid(const std::vector<cv::Point2f>& points, int columns, int rows);
+// starts. Chessboards are found only if they are whole and have exactly the size asked for.
+Search detectTarget(const cv::Mat& grey, const Target& target, const Progress& progress);
 
 }  // namespace fisheye_calibration::program

@@ -91,6 +91,41 @@ cv::Mat drawTarget(const SyntheticCamera& camera, const SyntheticTarget& target)
   return picture;
 }
 
+cv::Mat photograph(const SyntheticCamera& camera, const cv::Mat& flat, double pixelsPerUnit,
+                   cv::Point2d corner) {
+  constexpr int kSamples = 3;  // per pixel and direction
+  cv::Mat picture(camera.height, camera.width, CV_8UC1);
+  for (int y = 0; y < camera.height; ++y) {
+    for (int x = 0; x < camera.width; ++x) {
+      int sum = 0;
+      for (int i = 0; i < kSamples * kSamples; ++i) {
+        const cv::Point2d bed = camera.bedPointAt(x + (i % kSamples + 0.5) / kSamples - 0.5,
+                                                  y + (i / kSamples + 0.5) / kSamples - 0.5);
+        const cv::Point2d at = (bed - corner) * pixelsPerUnit;
+        const bool onPicture = at.x >= 0 && at.y >= 0 && at.x < flat.cols && at.y < flat.rows;
+        sum += onPicture ? flat.at<unsigned char>(static_cast<int>(at.y), static_cast<int>(at.x))
+                         : 255;
+      }
+      // Never quite black or white, so that noise can be added.
+      picture.at<unsigned char>(y, x) =
+          static_cast<unsigned char>(std::lround(35 + 180.0 / 255 * sum / (kSamples * kSamples)));
+    }
+  }
+  cv::GaussianBlur(picture, picture, cv::Size(), 0.8);
+  return picture;
+}
+
+cv::Mat withNoise(const cv::Mat& picture, double sigma) {
+  cv::Mat noise(picture.size(), CV_32F);
+  cv::RNG(7).fill(noise, cv::RNG::NORMAL, 0, sigma);
+  cv::Mat sum;
+  picture.convertTo(sum, CV_32F);
+  sum += noise;
+  cv::Mat result;
+  sum.convertTo(result, CV_8U);
+  return result;
+}
+
 std::vector<CalibrationPoint> exactPoints(const SyntheticCamera& camera,
                                           const SyntheticTarget& target) {
   std::vector<CalibrationPoint> points;

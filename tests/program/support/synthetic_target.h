@@ -38,6 +38,14 @@ struct SyntheticTarget {
 
 cv::Mat drawTarget(const SyntheticCamera& camera, const SyntheticTarget& target);
 
+// What the camera sees of a picture that lies flat on the bed with its top left corner at `corner`;
+// white elsewhere. Eight-bit grey.
+cv::Mat photograph(const SyntheticCamera& camera, const cv::Mat& flat, double pixelsPerUnit,
+                   cv::Point2d corner);
+
+// With normally distributed noise, always the same.
+cv::Mat withNoise(const cv::Mat& picture, double sigma);
+
 // The target's points with exact image positions, row by row, PointId from 1.
 std::vector<CalibrationPoint> exactPoints(const SyntheticCamera& camera,
                                           const SyntheticTarget& target);

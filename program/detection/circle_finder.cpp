@@ -1,0 +1,120 @@
+#include "detection/circle_finder.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <opencv2/calib3d.hpp>
+#include <opencv2/features2d.hpp>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "detection/plausible_grid.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+using Points = std::vector<cv::Point2f>;
+
+constexpr float kSmallestOfUsual = 0.5F;  // diameter of a circle, as a share of the usual one
+
+cv::Ptr<cv::Feature2D> circleDetector(const cv::Mat& grey, const Target& target, bool dark) {
+  cv::SimpleBlobDetector::Params params;
+  params.blobColor = dark ? 0 : 255;
+  params.minArea = 12;
+  params.maxArea =
+      static_cast<float>(grey.total()) / static_cast<float>(2 * target.columns * target.rows);
+  params.minDistBetweenBlobs = 4;
+  params.thresholdStep = 8;
+  return cv::SimpleBlobDetector::create(params);
+}
+
+// Leaves out blobs much smaller than the target's circles, such as the text next to them.
+class LargeBlobs : public cv::Feature2D {
+ public:
+  LargeBlobs(cv::Ptr<cv::Feature2D> all, int count) : all_(std::move(all)), count_(count) {}
+
+  void detect(cv::InputArray image, std::vector<cv::KeyPoint>& blobs,
+              cv::InputArray mask) override {
+    all_->detect(image, blobs, mask);
+    if (blobs.empty()) {
+      return;
+    }
+    std::vector<float> sizes;
+    for (const cv::KeyPoint& blob : blobs) {
+      sizes.push_back(blob.size);
+    }
+    std::sort(sizes.begin(), sizes.end(), std::greater<>());
+    const auto middle = std::min(sizes.size() - 1, static_cast<std::size_t>(count_ / 2));
+    const float smallest = kSmallestOfUsual * sizes[middle];
+    blobs.erase(std::remove_if(blobs.begin(), blobs.end(),
+                               [&](const cv::KeyPoint& blob) { return blob.size < smallest; }),
+                blobs.end());
+  }
+
+ private:
+  cv::Ptr<cv::Feature2D> all_;
+  int count_;
+};
+
+struct Attempt {
+  bool dark;
+  bool clustering;
+  bool largeOnly;
+  const char* name;
+};
+
+constexpr Attempt kAttempts[] = {{true, false, false, "dark blobs"},
+                                 {true, true, false, "dark blobs, clustered"},
+                                 {true, false, true, "large dark blobs"},
+                                 {false, false, false, "bright blobs"},
+                                 {false, true, false, "bright blobs, clustered"},
+                                 {false, false, true, "large bright blobs"}};
+
+bool findCircles(const cv::Mat& grey, const Target& target, const Attempt& attempt,
+                 Points& points) {
+  const cv::Size size(target.columns, target.rows);
+  const bool asymmetric = target.kind == TargetKind::kAsymmetricCircles;
+  const int flags = (asymmetric ? cv::CALIB_CB_ASYMMETRIC_GRID : cv::CALIB_CB_SYMMETRIC_GRID) |
+                    (attempt.clustering ? cv::CALIB_CB_CLUSTERING : 0);
+  cv::Ptr<cv::Feature2D> detector = circleDetector(grey, target, attempt.dark);
+  if (attempt.largeOnly) {
+    detector = cv::makePtr<LargeBlobs>(detector, size.area());
+  }
+  const bool found = cv::findCirclesGrid(grey, size, points, flags, detector);
+  return found && points.size() == static_cast<std::size_t>(size.area()) &&
+         isPlausibleGrid(points, target.columns, target.rows);
+}
+
+// Grid position of a point by its index in the order in which the image library counts.
+cv::Point2d gridStep(const Target& target, int index) {
+  const int column = index % target.columns;
+  const int row = index / target.columns;
+  if (target.kind == TargetKind::kAsymmetricCircles) {
+    return {2.0 * column + row % 2, static_cast<double>(row)};
+  }
+  return {static_cast<double>(column), static_cast<double>(row)};
+}
+
+Detection oriented(const Points& points, const Target& target, const std::string& method) {
+  std::vector<GridPoint> grid;
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    grid.push_back({gridStep(target, static_cast<int>(i)), points[i]});
+  }
+  return {orientGrid(std::move(grid)), method};
+}
+
+}  // namespace
+
+Search findCircleGrid(const cv::Mat& grey, const Target& target, const Progress& progress) {
+  for (const Attempt& attempt : kAttempts) {
+    progress(std::string("looking for the circles by ") + attempt.name);
+    Points points;
+    if (findCircles(grey, target, attempt, points)) {
+      return {.detection = oriented(points, target, attempt.name), .seen = {}};
+    }
+  }
+  return {};
+}
+
+}  // namespace fisheye_calibration::program

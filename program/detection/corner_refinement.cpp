@@ -1,0 +1,209 @@
+#include "detection/corner_refinement.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <optional>
+
+#include "detection/corner_model.h"
+#include "detection/grid_completion.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+constexpr double kWindow = 0.42;  // of the distance to the nearest neighbour
+constexpr double kSmallestWindow = 2.5;
+constexpr double kLargestWindow = 14;  // pixels
+constexpr int kMostMoves = 4;
+constexpr double kCentred = 0.3;  // of the window
+constexpr int kPasses = 3;
+constexpr double kTolerancePixels = 0.4;  // of the deviation from where neighbours expect a corner
+constexpr double kToleranceOfSpacing = 0.01;
+constexpr double kUsualDeviations = 5;
+constexpr double kGoodContrast = 0.4;   // of the usual one
+constexpr double kGoodExplained = 0.6;  // of the usual share
+
+using Known = std::vector<std::optional<cv::Point2d>>;
+
+class Refinement {
+ public:
+  Refinement(const cv::Mat& grey, int columns, int rows, std::vector<cv::Point2f>& corners)
+      : grey_(grey), columns_(columns), rows_(rows), corners_(corners) {}
+
+  void run() {
+    const std::vector<cv::Point2f> coarse = corners_;
+    for (int i = 0; i < columns_ * rows_; ++i) {
+      const auto fit = fitAt(i, cv::Point2d(coarse[index(i)]), coarse);
+      corners_[index(i)] = fit ? cv::Point2f(fit->position) : coarse[index(i)];
+      fits_.push_back(fit.value_or(CornerFit{}));
+    }
+    usualContrast_ = medianOf(&CornerFit::contrast);
+    usualExplained_ = medianOf(&CornerFit::explained);
+    for (int pass = 0; pass < kPasses && mendOutliers(); ++pass) {
+    }
+  }
+
+ private:
+  static std::size_t index(int i) { return static_cast<std::size_t>(i); }
+
+  cv::Point2d at(const std::vector<cv::Point2f>& corners, int c, int r) const {
+    return cv::Point2d(corners[index(r * columns_ + c)]);
+  }
+
+  // Half the way from one neighbour to the other, along a row or a column; one-sided at the rim.
+  cv::Point2d step(const std::vector<cv::Point2f>& corners, int i, int dc, int dr) const {
+    const int c = i % columns_;
+    const int r = i / columns_;
+    const int c0 = std::max(c - dc, 0);
+    const int r0 = std::max(r - dr, 0);
+    const int c1 = std::min(c + dc, columns_ - 1);
+    const int r1 = std::min(r + dr, rows_ - 1);
+    return (at(corners, c1, r1) - at(corners, c0, r0)) / (c1 - c0 + r1 - r0);
+  }
+
+  double spacing(const std::vector<cv::Point2f>& corners, int i) const {
+    return std::min(cv::norm(step(corners, i, 1, 0)), cv::norm(step(corners, i, 0, 1)));
+  }
+
+  std::optional<CornerFit> fitAt(int i, cv::Point2d start,
+                                 const std::vector<cv::Point2f>& corners) const {
+    const double near = spacing(corners, i);
+    const cv::Point2d along = step(corners, i, 1, 0);
+    const cv::Point2d down = step(corners, i, 0, 1);
+    CrossedEdges edges = {.position = start,
+                          .first = std::atan2(along.y, along.x),
+                          .second = std::atan2(down.y, down.x)};
+    const double radius = std::max(kWindow * near, kSmallestWindow);
+    auto fit = centredFit(edges, std::min(radius, kLargestWindow));
+    if (radius > kLargestWindow) {
+      // The corner may lie outside of the small window, which is the most exact one.
+      if (const auto rough = centredFit(edges, radius)) {
+        edges.position = rough->position;
+        const auto again = centredFit(edges, kLargestWindow);
+        fit = again && (!fit || again->explained > fit->explained) ? again : fit;
+      }
+    }
+    return fit && cv::norm(fit->position - start) < near / 2 ? fit : std::nullopt;
+  }
+
+  // Moves the window until it has the corner in its middle. Without that, a single edge would pass
+  // for a corner whose other edge lies at the window's border.
+  std::optional<CornerFit> centredFit(CrossedEdges edges, double radius) const {
+    for (int i = 0; i < kMostMoves; ++i) {
+      const auto fit = fitCorner(grey_, edges, radius);
+      if (!fit || cv::norm(fit->position - edges.position) < kCentred * radius) {
+        return fit;
+      }
+      edges.position = fit->position;
+    }
+    return std::nullopt;
+  }
+
+  // The distance of a position from the one that the known neighbours expect, in units of the
+  // expectation's uncertainty.
+  double deviation(const Known& known, int i, cv::Point2d position) const {
+    const auto expected = expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+    return expected ? cv::norm(position - expected->position) / expected->uncertainty : 0;
+  }
+
+  bool isGood(const CornerFit& fit) const {
+    return fit.contrast > kGoodContrast * usualContrast_ &&
+           fit.explained > kGoodExplained * usualExplained_;
+  }
+
+  double medianOf(double CornerFit::*value) const {
+    std::vector<double> values;
+    for (const CornerFit& fit : fits_) {
+      values.push_back(fit.*value);
+    }
+    return median(values);
+  }
+
+  static double median(std::vector<double>& values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+  }
+
+  // Half of the corners deviate by less: what the lens's bending and noise make.
+  double usualDeviation(const Known& known) const {
+    std::vector<double> deviations;
+    for (int i = 0; i < columns_ * rows_; ++i) {
+      deviations.push_back(deviation(known, i, cv::Point2d(corners_[index(i)])));
+    }
+    return median(deviations);
+  }
+
+  // Removes corners that deviate too much from `known`, the worst first, as it misleads its
+  // neighbours.
+  std::vector<int> removeOutliers(Known& known) const {
+    const double usual = usualDeviation(known);
+    const auto excess = [&](int i) {
+      return known[index(i)] ? deviation(known, i, *known[index(i)]) / allowedDeviation(i, usual)
+                             : 0;
+    };
+    std::vector<double> excesses;
+    for (int i = 0; i < columns_ * rows_; ++i) {
+      excesses.push_back(excess(i));
+    }
+    std::vector<int> outliers;
+    while (outliers.size() < corners_.size() / 4) {
+      const auto largest = std::max_element(excesses.begin(), excesses.end());
+      if (*largest <= 1) {
+        break;
+      }
+      const int worst = static_cast<int>(largest - excesses.begin());
+      known[index(worst)].reset();
+      outliers.push_back(worst);
+      for (int i = 0; i < columns_ * rows_; ++i) {
+        if (std::abs(i % columns_ - worst % columns_) <= kNeighbourReach &&
+            std::abs(i / columns_ - worst / columns_) <= kNeighbourReach) {
+          excesses[index(i)] = excess(i);
+        }
+      }
+    }
+    return outliers;
+  }
+
+  double allowedDeviation(int i, double usual) const {
+    return kTolerancePixels + kToleranceOfSpacing * spacing(corners_, i) + kUsualDeviations * usual;
+  }
+
+  bool mendOutliers() {
+    Known known(corners_.begin(), corners_.end());
+    bool changed = false;
+    for (const int i : removeOutliers(known)) {
+      const auto expected =
+          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      if (!expected) {
+        continue;
+      }
+      const auto fit = fitAt(i, expected->position, corners_);
+      CornerFit& old = fits_[index(i)];
+      const bool better = fit && isGood(*fit) && fit->explained > old.explained;
+      if (!better && isGood(old)) {
+        continue;  // the corner is there, whatever its neighbours say
+      }
+      corners_[index(i)] = cv::Point2f(better ? fit->position : expected->position);
+      old = better ? *fit : CornerFit{};
+      changed = true;
+    }
+    return changed;
+  }
+
+  const cv::Mat& grey_;
+  int columns_;
+  int rows_;
+  std::vector<cv::Point2f>& corners_;
+  std::vector<CornerFit> fits_;
+  double usualContrast_ = 0;
+  double usualExplained_ = 0;
+};
+
+}  // namespace
+
+void refineCorners(const cv::Mat& grey, int columns, int rows, std::vector<cv::Point2f>& corners) {
+  Refinement(grey, columns, rows, corners).run();
+}
+
+}  // namespace fisheye_calibration::program
