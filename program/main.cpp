@@ -20,6 +20,7 @@
 #include "commands/map_command.h"
 #include "commands/stitch_command.h"
 #include "commands/straighten_command.h"
+#include "commands/target_command.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -28,6 +29,7 @@ constexpr const char* kName = "fisheye-calibration";
 
 constexpr const char* kFooter =
     "Examples:\n"
+    "  fisheye-calibration target --charuco 14x9 --bed 600x400 -o board.svg\n"
     "  fisheye-calibration detect photo.png --chessboard 8x6 --spacing 39 -o points.csv\n"
     "  fisheye-calibration calibrate points.csv --image-size 1920x1208 -o camera.ini\n"
     "  fisheye-calibration map --camera camera.ini --from world --to raw 120 -80.5\n"
@@ -40,9 +42,10 @@ constexpr const char* kFooter =
     "input.";
 
 std::vector<Command> addCommands(CLI::App& app) {
-  return {addDetectCommand(app),  addCalibrateCommand(app),  addCorrectCommand(app),
-          addCropCommand(app),    addStitchCommand(app),     addMapCommand(app),
-          addHandEyeCommand(app), addStraightenCommand(app), addInfoCommand(app)};
+  return {addTargetCommand(app),  addDetectCommand(app),  addCalibrateCommand(app),
+          addCorrectCommand(app), addCropCommand(app),    addStitchCommand(app),
+          addMapCommand(app),     addHandEyeCommand(app), addStraightenCommand(app),
+          addInfoCommand(app)};
 }
 
 // The image library's errors arrive as exceptions with their text; its own messages would repeat
