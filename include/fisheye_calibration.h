@@ -212,7 +212,7 @@ FISHEYE_CALIBRATION_API bool LoadDualCamerasCalibrationParam(const char* path,
 //   mask                                 null, or dstWidth x dstHeight bytes: 0 where the pixel
 //                                        shows image content, 255 elsewhere (compatibility 30)
 //
-// dst and mask may overlap src but not each other. Throws cv::Exception for buffers over 2^31 - 1
+// dst and mask may overlap src but not each other. Throws std::bad_alloc for buffers over 2^31 - 1
 // bytes. Returns false and writes nothing for null buffers, an empty source, a non-positive size of
 // dst, any other bit count, or a frame that is entirely black once the distortion is removed
 // (compatibility 34). A singular homography puts every pixel outside (image 0, mask 255) and
