@@ -75,11 +75,15 @@ using namespace fisheye_calibration::registration;
 // The numeric outputs are never written (compatibility 44).
 bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points, double* const, double&,
                                        double&) {
-  if (points.empty()) return false;
+  if (points.empty()) {
+    return false;
+  }
   const std::vector<cv::Point2f> source = imagePointsOf(points);
   // The image library refuses any other number of points: it requires four in both lists.
   std::vector<cv::Point2f> destination;
-  if (points.size() == kPoints) destination = worldLayoutInPixels(points);
+  if (points.size() == kPoints) {
+    destination = worldLayoutInPixels(points);
+  }
   const cv::Mat M = cv::getPerspectiveTransform(source, destination, cv::DECOMP_LU);
 
   const cv::Mat picture = cv::imread(images::debug_files::kToStraighten, cv::IMREAD_COLOR);

@@ -45,7 +45,9 @@ void GetCommonPoints(std::vector<CalibrationPoint> first, std::vector<Calibratio
   for (auto begin = occurrences.begin(); begin != occurrences.end();) {
     const auto end = std::upper_bound(begin, occurrences.end(), *begin, byId);
     if (end - begin == timesShared) {
-      for (auto it = begin; it != end; ++it) it->common->push_back(*it->point);
+      for (auto it = begin; it != end; ++it) {
+        it->common->push_back(*it->point);
+      }
     }
     begin = end;
   }
