@@ -30,7 +30,7 @@ ImageFrame findFrame(const std::string& option, const std::string& name) {
       return known.frame;
     }
   }
-  failBadInput(option + ": world, raw, corrected, second or stitched, not \"" + name + "\"");
+  failBadInput(option + ": world, raw, corrected, second or stitched, not " + inQuotes(name));
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ World parseWorld(const TargetOptions& options, int pointCount) {
   const Pair origin = parsePair("--origin", options.origin);
   const std::optional<int> firstId = parseInteger(options.firstId);
   if (!firstId || *firstId < 1 || *firstId > std::numeric_limits<int>::max() - pointCount) {
-    failBadInput("--first-id: give a whole number from 1, not \"" + options.firstId + "\"");
+    failBadInput("--first-id: give a whole number from 1, not " + inQuotes(options.firstId));
   }
   return {.spacing = spacing, .origin = origin, .firstId = *firstId};
 }

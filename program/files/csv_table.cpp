@@ -50,7 +50,7 @@ void checkHeader(const CsvTable& table) {
     for (std::size_t j = 0; j < i; ++j) {
       if (!names[i].text.empty() && equalIgnoringCase(names[i].text, names[j].text)) {
         failBadInput(located(table.name, table.header.line, names[i].column,
-                             "column \"" + names[i].text + "\" is there twice"));
+                             "column " + inQuotes(names[i].text) + " is there twice"));
       }
     }
   }
@@ -86,8 +86,7 @@ std::optional<std::size_t> CsvTable::find(std::string_view columnName) const {
 std::size_t CsvTable::require(std::string_view columnName) const {
   const std::optional<std::size_t> index = find(columnName);
   if (!index) {
-    failBadInput(located(name, header.line, 1,
-                         "the header has no column \"" + std::string(columnName) + "\""));
+    failBadInput(located(name, header.line, 1, "the header has no column " + inQuotes(columnName)));
   }
   return *index;
 }
@@ -97,9 +96,9 @@ float CsvTable::floatAt(const CsvRow& row, std::size_t field) const {
   if (const std::optional<float> number = parseFloat(value.text)) {
     return *number;
   }
-  failBadInput(
-      located(name, row.line, value.column,
-              value.text.empty() ? "a number is missing" : "not a number: \"" + value.text + "\""));
+  failBadInput(located(
+      name, row.line, value.column,
+      value.text.empty() ? "a number is missing" : "not a number: " + inQuotes(value.text)));
 }
 
 int CsvTable::integerAt(const CsvRow& row, std::size_t field) const {
@@ -109,7 +108,7 @@ int CsvTable::integerAt(const CsvRow& row, std::size_t field) const {
   }
   failBadInput(located(name, row.line, value.column,
                        value.text.empty() ? "a whole number is missing"
-                                          : "not a whole number: \"" + value.text + "\""));
+                                          : "not a whole number: " + inQuotes(value.text)));
 }
 
 CsvTable parseCsv(const std::string& name, std::string_view text) {

@@ -7,6 +7,7 @@
 
 #include "base/failure.h"
 #include "base/file_path.h"
+#include "base/text.h"
 #include "files/read_file.h"
 
 namespace fisheye_calibration::program {
@@ -49,8 +50,8 @@ cv::Mat readFrame(const std::filesystem::path& path) { return readAs(path, cv::I
 void requirePictureName(const std::string& option, const std::filesystem::path& path) {
   const std::string extension = nameOf(path.extension());
   if (extension.empty() || !cv::haveImageWriter("picture" + extension)) {
-    failBadInput(option + ": no kind of picture ends in \"" + extension +
-                 "\" (try .png): " + nameOf(path));
+    failBadInput(option + ": no kind of picture ends in " + inQuotes(extension) +
+                 " (try .png): " + nameOf(path));
   }
 }
 

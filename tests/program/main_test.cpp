@@ -74,6 +74,26 @@ TEST_F(Program, EveryCommandHasHelpWithAnExample) {
   }
 }
 
+TEST_F(Program, AnUnknownCommandIsNamedWithTheNearestOne) {
+  EXPECT_THAT(runProgram({"calibrat", "p.csv"}).err,
+              HasSubstr("unknown command \"calibrat\"; did you mean calibrate?"));
+  EXPECT_THAT(runProgram({"mpa"}).err, HasSubstr("did you mean map?"));
+  EXPECT_THAT(runProgram({"nonsense"}).err, HasSubstr("unknown command \"nonsense\", there are "));
+}
+
+TEST_F(Program, LongValuesAreQuotedInPart) {
+  const std::string endless(5000, 'x');
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {endless},
+           {"info", "a", endless},
+           {"crop", "a.png", "--size", endless, "-o", "b.png"},
+           {"map", "--camera", camera, "--from", endless, "--to", "raw"}}) {
+    const Outcome run = runProgram(arguments);
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_LT(run.err.size(), 250u) << run.err;
+  }
+}
+
 TEST_F(Program, BadUsageIsReportedInOneLine) {
   const std::vector<std::vector<std::string>> wrong = {
       {},
