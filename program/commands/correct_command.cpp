@@ -22,7 +22,6 @@
 #include "files/picture_file.h"
 #include "fisheye_calibration.h"
 #include "geometry/metric_picture.h"
-#include "geometry/second_view.h"
 #include "reports/progress_bar.h"
 
 namespace fisheye_calibration::program {
@@ -36,6 +35,7 @@ struct Options {
   std::string size;
   fs::path mask;
   std::string grid;
+  bool force = false;
 };
 
 struct Renderer {
@@ -89,9 +89,15 @@ Renderer preparedRenderer(const Options& options, std::ostream& messages) {
   if (!options.grid.empty()) {
     renderer.gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
-  renderer.param = loadCheckedCamera(options.camera, messages);
+  renderer.param = loadCheckedCamera(options.camera, options.force, messages);
   return renderer;
 }
+
+// Ends a run over many frames, because the next one would fail for the same reason.
+class HopelessRun : public Failure {
+ public:
+  using Failure::Failure;
+};
 
 // Frames of one size and one camera: the mask and the warning of the first hold for all.
 class Batch {
@@ -106,7 +112,7 @@ class Batch {
     }
     OutputFiles files;
     if (!first_) {
-      warnOfSize(view);
+      checkSize(view);
       if (!options_.mask.empty()) {
         stagePicture(files, options_.mask, view.mask);
       }
@@ -117,11 +123,12 @@ class Batch {
   }
 
  private:
-  void warnOfSize(const View& view) {
+  void checkSize(const View& view) const {
     const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
-    const std::string complaint = sizeComplaint(renderer_.param, rendered);
-    if (!complaint.empty()) {
-      messages_ << "warning: " << nameOf(options_.camera) << ": " << complaint << "\n";
+    try {
+      requireFittingSize(renderer_.param, options_.camera, rendered, options_.force, messages_);
+    } catch (const Failure& failure) {
+      throw HopelessRun(failure.code(), failure.what());
     }
   }
 
@@ -143,6 +150,8 @@ int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path&
     for (std::size_t i = 0; i < jobs.size(); ++i) {
       try {
         batch.correct(jobs[i]);
+      } catch (const HopelessRun&) {
+        throw;
       } catch (const Failure& failure) {
         bar.clear();
         streams.messages << failure.what() << "\n";
@@ -205,6 +214,7 @@ Command addCorrectCommand(CLI::App& app) {
           "write where the picture has content (0) and where not (255); it is the same for all "
           "frames")
       ->type_name("PICTURE");
+  addForce(*command, options->force);
   command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
       ->type_name("MM");
   command->footer(

@@ -31,6 +31,7 @@ struct Options {
   std::string from;
   std::string to;
   std::string correctedSize;
+  bool force = false;
   std::vector<std::string> point;  // coordinates; empty: a CSV on standard input
 };
 
@@ -90,7 +91,7 @@ Coordinates parsePoint(const Conversion& conversion, const std::vector<std::stri
   for (const std::string& word : words) {
     const std::optional<float> value = parseFloat(trimmed(word));
     if (!value) {
-      failBadInput("point: not a number: \"" + word + "\"");
+      failBadInput("point: not a number: " + inQuotes(word));
     }
     values.push_back(*value);
   }
@@ -140,13 +141,13 @@ void requireRightRecord(const Options& options, const Conversion& conversion) {
   }
 }
 
-cv::Point2f correctedCentre(const Options& options) {
+Size correctedSize(const Options& options) {
   if (options.correctedSize.empty()) {
     failBadInput(
         "--corrected-size is missing: this conversion counts from the centre of the corrected "
         "picture");
   }
-  return centreOf(parseImageSize("--corrected-size", options.correctedSize));
+  return parseImageSize("--corrected-size", options.correctedSize);
 }
 
 void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
@@ -160,17 +161,22 @@ void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
 int run(const Options& options, const Streams& streams) {
   Mapper mapper = {.conversion = findConversion(options.from, options.to)};
   requireRightRecord(options, mapper.conversion);
+  std::optional<Size> corrected;
   if (mapper.conversion.needsCorrectedSize) {
-    mapper.centre = correctedCentre(options);
+    corrected = correctedSize(options);
+    mapper.centre = centreOf(*corrected);
   }
   std::optional<Coordinates> point;
   if (!options.point.empty()) {
     point = parsePoint(mapper.conversion, options.point);
   }
   if (options.dual.empty()) {
-    mapper.param = loadCheckedCamera(options.camera, streams.messages);
+    mapper.param = loadCheckedCamera(options.camera, options.force, streams.messages);
+    if (corrected) {
+      requireFittingSize(mapper.param, options.camera, *corrected, options.force, streams.messages);
+    }
   } else {
-    mapper.dual = loadCheckedDual(options.dual, streams.messages);
+    mapper.dual = loadCheckedDual(options.dual, options.force, streams.messages);
     noteRows(mapper.dual, streams.messages);
   }
   if (!point) {
@@ -201,6 +207,7 @@ Command addMapCommand(CLI::App& app) {
       ->add_option("--corrected-size", options->correctedSize,
                    "size of the corrected picture; not needed for world to raw")
       ->type_name("WxH");
+  addForce(*command, options->force);
   command
       ->add_option("point", options->point,
                    "Xw Yw [Zw] in the world, or x y in a picture; without it, a CSV with a header "

@@ -45,6 +45,7 @@ struct Options {
   std::string crop;  // "X,Y,WxH"
   fs::path seam;
   std::string grid;  // distance of the lines, world units
+  bool force = false;
 };
 
 struct CameraFiles {
@@ -57,8 +58,8 @@ CameraFiles parseFiles(const std::string& option, const std::string& text) {
   const std::size_t first = text.find(',');
   const std::size_t second = first == std::string::npos ? first : text.find(',', first + 1);
   if (second == std::string::npos || text.find(',', second + 1) != std::string::npos) {
-    failBadInput(option + ": give three files as FRAME,CAMERA.INI,POINTS.CSV, not \"" + text +
-                 "\"");
+    failBadInput(option + ": give three files as FRAME,CAMERA.INI,POINTS.CSV, not " +
+                 inQuotes(text));
   }
   return {.frame = pathOf(text.substr(0, first)),
           .camera = pathOf(text.substr(first + 1, second - first - 1)),
@@ -80,8 +81,8 @@ Crop parseCrop(const std::string& text) {
       return {.left = *left, .top = *top, .size = size};
     }
   }
-  failBadInput("--crop: give left column, top row and size as X,Y,WIDTHxHEIGHT, not \"" + text +
-               "\"");
+  failBadInput("--crop: give left column, top row and size as X,Y,WIDTHxHEIGHT, not " +
+               inQuotes(text));
 }
 
 void checkOutputs(const Options& options, const CameraFiles& left, const CameraFiles& right) {
@@ -110,11 +111,11 @@ void checkOutputs(const Options& options, const CameraFiles& left, const CameraF
   }
 }
 
-StitchCamera readCamera(const CameraFiles& files, std::ostream& messages) {
+StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& messages) {
   return {.cameraName = nameOf(files.camera),
           .pointsName = nameOf(files.points),
           .frame = toBuffer(readFrame(files.frame)),
-          .param = loadCheckedCamera(files.camera, messages),
+          .param = loadCheckedCamera(files.camera, force, messages),
           .points = readPoints(files.points)};
 }
 
@@ -183,8 +184,8 @@ int run(const Options& options, const Streams& streams) {
     gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
   checkOutputs(options, left, right);
-  StitchPair pair = {.left = readCamera(left, streams.messages),
-                     .right = readCamera(right, streams.messages)};
+  StitchPair pair = {.left = readCamera(left, options.force, streams.messages),
+                     .right = readCamera(right, options.force, streams.messages)};
   const SharedPoints shared = sharedPoints(pair);
   reportBefore(checkStitch(pair, shared), streams.messages);
 

@@ -31,20 +31,28 @@ void warnOfFraction(const std::filesystem::path& path, const char* key, double v
 
 }  // namespace
 
-DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
+DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path, bool force,
                                             std::ostream& messages) {
   const IniSection section = readIniSection(readFile(path), kSectionName);
   if (!section.found) {
     failBadInput(nameOf(path) + ": not the file of a stitched picture, there is no section [" +
                  std::string(kSectionName) + "] in it");
   }
-  const std::vector<std::string> complaints =
+  std::vector<std::string> complaints =
       inspectEntries(nameOf(path), section,
                      {"Pixel", "StdImageWidth", "StdImageHeight", "DatumImagePtX", "DatumImagePtY",
                       "DatumPtXw", "DatumPtYw"});
-  for (const std::string& complaint : complaints) {
-    messages << "warning: " << complaint << "\n";
+  DualFishEyeCalibrationParam param{};
+  LoadDualCamerasCalibrationParam(absoluteNameOf(path).c_str(), param);
+  if (!(param.Pixel > 0)) {
+    complaints.push_back(nameOf(path) + ": Pixel must be greater than 0, it is " +
+                         shortest(param.Pixel));
   }
+  if (param.StdImageWidth <= 0 || param.StdImageHeight <= 0) {
+    complaints.push_back(nameOf(path) + ": a picture of " + std::to_string(param.StdImageWidth) +
+                         "x" + std::to_string(param.StdImageHeight) + " pixels");
+  }
+  reportImpossible(complaints, nameOf(path), force, messages);
   for (const IniEntry& entry : section.entries) {
     const auto value = parseNumber(entry.value);
     if (!value) {
@@ -55,12 +63,6 @@ DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
         warnOfFraction(path, key, *value, messages);
       }
     }
-  }
-  DualFishEyeCalibrationParam param{};
-  LoadDualCamerasCalibrationParam(absoluteNameOf(path).c_str(), param);
-  if (!(param.Pixel > 0)) {
-    messages << "warning: " << nameOf(path) << ": Pixel must be greater than 0, it is "
-             << shortest(param.Pixel) << "\n";
   }
   return param;
 }

@@ -9,9 +9,9 @@
 
 namespace fisheye_calibration::program {
 
-// Loads the file and warns about everything suspicious in it. Fails as bad input if there is no
-// such file or it has no section of a stitched picture.
-DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
+// Loads the file. Fails as bad input if there is no such file, if it has no section of a stitched
+// picture or if something in it is impossible; with `force` it only warns of the latter.
+DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path, bool force,
                                             std::ostream& messages);
 
 // Stages the record over the file at `path`, which keeps its other sections and comments. Warns if

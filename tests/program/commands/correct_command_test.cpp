@@ -115,6 +115,31 @@ TEST_F(CorrectCommand, ABadFrameAmongManyIsReportedAndTheRestAreCorrected) {
   EXPECT_FALSE(std::filesystem::exists(folder.file("views") + "/bad.png"));
 }
 
+TEST_F(CorrectCommand, AnImpossibleCameraIsRefusedUnlessForced) {
+  FishEyeCalibrationParam impossible = sampleRecord();
+  impossible.Pixel = 0;
+  SaveCalibrationParam(camera.c_str(), impossible);
+  const Outcome refused = correct({frame, "-o", top});
+  EXPECT_EQ(refused.exitCode, 2);
+  EXPECT_THAT(refused.err, HasSubstr("Pixel must be greater than 0"));
+  EXPECT_FALSE(std::filesystem::exists(top));
+  EXPECT_EQ(correct({frame, "-o", top, "--force"}).exitCode, 0);
+  EXPECT_TRUE(std::filesystem::exists(top));
+}
+
+TEST_F(CorrectCommand, ASizeThatTheCameraWasNotCalibratedForIsRefusedUnlessForced) {
+  FishEyeCalibrationParam param = sampleRecord();
+  param.p1 = 1.1;  // leaves the centre of 960 x 720 in place
+  param.ImageDx = -48;
+  SaveCalibrationParam(camera.c_str(), param);
+  const Outcome refused = correct({frame, "-o", top, "--size", "1160x720"});
+  EXPECT_EQ(refused.exitCode, 2);
+  EXPECT_THAT(refused.err, HasSubstr("not made for a view of 1160x720"));
+  EXPECT_FALSE(std::filesystem::exists(top));
+  EXPECT_EQ(correct({frame, "-o", top}).exitCode, 0);
+  EXPECT_EQ(correct({frame, "-o", top, "--size", "1160x720", "--force"}).exitCode, 0);
+}
+
 TEST_F(CorrectCommand, ABlackFrameIsReported) {
   const std::string black = folder.file("black.png");
   ASSERT_TRUE(cv::imwrite(black, cv::Mat(720, 960, CV_8UC1, cv::Scalar(0))));

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "files/points_csv.h"
 #include "program/support/run_program.h"
@@ -20,6 +21,21 @@ using testing::StartsWith;
 class MapCommand : public testing::Test {
  protected:
   void SetUp() override { SaveCalibrationParam(camera.c_str(), sampleRecord()); }
+
+  // Replaces a value in the camera's file.
+  void setKey(const std::string& key, const std::string& value) const {
+    const std::string text = support::bytesOf(camera);
+    const std::size_t start = text.find("\n" + key + "=") + key.size() + 2;
+    const std::size_t end = text.find_first_of("\r\n", start);
+    writeFile(folder, "camera.ini", text.substr(0, start).append(value).append(text.substr(end)));
+  }
+
+  Outcome toRaw(const std::vector<std::string>& further = {}) const {
+    std::vector<std::string> arguments = {"map",  "--camera", camera, "--from", "world",
+                                          "--to", "raw",      "120",  "90"};
+    arguments.insert(arguments.end(), further.begin(), further.end());
+    return runProgram(arguments);
+  }
 
   support::TemporaryFolder folder;
   std::string camera = folder.file("camera.ini");
@@ -55,6 +71,27 @@ TEST_F(MapCommand, ConversionsThatTheLibraryLacksAreRefused) {
   EXPECT_THAT(run.err, HasSubstr("the library provides no conversion from raw to world"));
 }
 
+TEST_F(MapCommand, AWrongCorrectedSizeIsRefusedUnlessForced) {
+  FishEyeCalibrationParam param = sampleRecord();
+  param.p1 = 1.1;  // leaves the centre of 960 x 720 in place
+  param.ImageDx = -48;
+  SaveCalibrationParam(camera.c_str(), param);
+  const auto map = [&](const std::string& size, const std::string& option) {
+    std::vector<std::string> arguments = {"map",   "--camera", camera,   "--from",
+                                          "world", "--to",     "second", "--corrected-size",
+                                          size,    "120",      "90"};
+    if (!option.empty()) {
+      arguments.push_back(option);
+    }
+    return runProgram(arguments);
+  };
+  EXPECT_EQ(map("960x720", "").exitCode, 0);
+  const Outcome refused = map("1160x720", "");
+  EXPECT_EQ(refused.exitCode, 2);
+  EXPECT_THAT(refused.err, HasSubstr("not made for a view of 1160x720"));
+  EXPECT_EQ(map("1160x720", "--force").exitCode, 0);
+}
+
 TEST_F(MapCommand, BadInputIsReportedWithItsLine) {
   const Outcome run =
       runProgram({"map", "--camera", camera, "--from", "world", "--to", "raw"}, "Xw,Yw\n1,inf\n");
@@ -63,13 +100,40 @@ TEST_F(MapCommand, BadInputIsReportedWithItsLine) {
   EXPECT_EQ(run.out, "");
 }
 
+TEST_F(MapCommand, ImpossibleCameraFilesAreRefusedUnlessForced) {
+  struct Case {
+    const char* key;
+    const char* value;
+    const char* message;
+  };
+  const std::string good = support::bytesOf(camera);
+  for (const Case& wrong : {Case{"fx", "wide", "fx is not a number: \"wide\""},
+                            {"fy", "300,5", "decimals follow a point, not a comma"},
+                            {"Pixel", "0", "Pixel must be greater than 0"},
+                            {"fx", "-300", "focal lengths must be greater than 0"},
+                            {"fx", "nan", "fx is not a number"}}) {
+    writeFile(folder, "camera.ini", good);
+    setKey(wrong.key, wrong.value);
+    const Outcome refused = toRaw();
+    EXPECT_EQ(refused.exitCode, 2) << wrong.value;
+    EXPECT_EQ(refused.out, "");
+    EXPECT_THAT(refused.err, HasSubstr(wrong.message));
+    EXPECT_THAT(refused.err, HasSubstr("--force"));
+    EXPECT_THAT(toRaw({"--force"}).err, StartsWith("warning: "));
+  }
+  writeFile(folder, "camera.ini", good.substr(0, good.size() / 2));
+  const Outcome half = toRaw();
+  EXPECT_EQ(half.exitCode, 2);
+  EXPECT_THAT(half.err, HasSubstr("missing and read as 0"));
+  const Outcome forced = toRaw({"--force"});
+  EXPECT_NE(forced.exitCode, 2);
+  EXPECT_NE(forced.out, "");
+}
+
 TEST_F(MapCommand, AResultThatIsNotANumberIsReported) {
-  const std::string text = support::bytesOf(camera);
-  const std::size_t pixel = text.find("Pixel=") + 6;
-  const std::size_t lineEnd = text.find_first_of("\r\n", pixel);
-  writeFile(folder, "camera.ini", text.substr(0, pixel).append("0").append(text.substr(lineEnd)));
+  setKey("Pixel", "0");
   const Outcome run = runProgram({"map", "--camera", camera, "--from", "world", "--to", "second",
-                                  "--corrected-size", "960x720", "1", "2"});
+                                  "--corrected-size", "960x720", "--force", "1", "2"});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.err, HasSubstr("not a finite number"));
 }

@@ -55,7 +55,7 @@ TEST(CameraFile, InvalidNumbersAreReportedWithTheirPosition) {
   std::string text = completeText("1");
   text.replace(text.find("v0=1"), 4, "v0 = 1,5");
   EXPECT_THAT(inspectCameraText("c.ini", text),
-              ElementsAre("c.ini:4:6: v0 is not a number: \"1,5\""));
+              ElementsAre(HasSubstr("c.ini:4:6: v0 is not a number: \"1,5\"; decimals")));
 }
 
 TEST(CameraFile, SavingKeepsOtherSectionsAndComments) {
