@@ -64,11 +64,64 @@ TEST_F(MapCommand, ReadsWhatDetectWritesAndComesBack) {
   EXPECT_NEAR(Yw, 180, 1e-3);
 }
 
-TEST_F(MapCommand, ConversionsThatTheLibraryLacksAreRefused) {
+TEST_F(MapCommand, ConversionsThatThereAreNotAreRefused) {
   const Outcome run =
-      runProgram({"map", "--camera", camera, "--from", "raw", "--to", "world", "1", "2"});
+      runProgram({"map", "--camera", camera, "--from", "corrected", "--to", "world", "1", "2"});
   EXPECT_EQ(run.exitCode, 2);
-  EXPECT_THAT(run.err, HasSubstr("the library provides no conversion from raw to world"));
+  EXPECT_THAT(run.err, HasSubstr("there is no conversion from corrected to world"));
+}
+
+TEST_F(MapCommand, RawPixelsGoBackToTheBedAndToBothCorrectedViews) {
+  const Outcome raw = toRaw();
+  ASSERT_EQ(raw.exitCode, 0) << raw.err;
+  // Straight under the camera: the principal point.
+  EXPECT_EQ(raw.out, "482,355\n");
+  const auto map = [&](const std::string& to, const std::string& input) {
+    return runProgram(
+        {"map", "--camera", camera, "--from", "raw", "--to", to, "--corrected-size", "960x720"},
+        input);
+  };
+  const Outcome world = map("world", "PointId,x,y\n3,482,355\n");
+  EXPECT_EQ(world.exitCode, 0) << world.err;
+  EXPECT_EQ(world.out, "PointId,Xw,Yw\n3,120,90\n");
+  EXPECT_EQ(map("corrected", "x,y\n482,355\n").out, "x,y\n480,360\n");
+  EXPECT_EQ(map("second", "x,y\n482,355\n").out, "x,y\n480,360\n");
+}
+
+TEST_F(MapCommand, ARawPixelThatNoRayBelongsToIsRefused) {
+  const auto map = [&](const std::vector<std::string>& point, const std::string& input) {
+    std::vector<std::string> arguments = {"map", "--camera", camera, "--from",
+                                          "raw", "--to",     "world"};
+    arguments.insert(arguments.end(), point.begin(), point.end());
+    return runProgram(arguments, input);
+  };
+  const Outcome one = map({"950", "355"}, "");
+  EXPECT_EQ(one.exitCode, 1);
+  EXPECT_EQ(one.out, "");
+  EXPECT_THAT(one.err, HasSubstr("farther from the principal point than the lens curve reaches"));
+  const Outcome table = map({}, "x,y\n950,355\n482,355\n");
+  EXPECT_EQ(table.exitCode, 1);
+  EXPECT_EQ(table.out, "Xw,Yw\nnan,nan\n120,90\n");
+  EXPECT_THAT(table.err, StartsWith("standard input:2: "));
+}
+
+TEST_F(MapCommand, WorldGoesToTheRawFramesOfSeveralCameras) {
+  FishEyeCalibrationParam other = sampleRecord();
+  other.u0 = 500;
+  other.v0 = 300;
+  const std::string second = folder.file("second.ini");
+  SaveCalibrationParam(second.c_str(), other);
+  const Outcome run = toRaw({"--camera", second});
+  EXPECT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_EQ(run.out, "482,355,500,300\n");
+  const Outcome table =
+      runProgram({"map", "--camera", camera, "--camera", second, "--from", "world", "--to", "raw"},
+                 "PointId,Xw,Yw\n4,120,90\n");
+  EXPECT_EQ(table.out, "PointId,x1,y1,x2,y2\n4,482,355,500,300\n");
+  EXPECT_EQ(runProgram({"map", "--camera", camera, "--camera", second, "--from", "raw", "--to",
+                        "world", "1", "2"})
+                .exitCode,
+            2);
 }
 
 TEST_F(MapCommand, AWrongCorrectedSizeIsRefusedUnlessForced) {
