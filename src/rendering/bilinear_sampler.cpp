@@ -238,9 +238,11 @@ HWY_INLINE void sampleInside(const images::Frame& frame, const int* u, const int
       mixColour<3>(frame, u, v, count, samples, mixed);
       storeTriples(mixed, count, pixels);
       break;
-    default:
+    case 4:
       mixColour<4>(frame, u, v, count, samples, mixed);
       std::memcpy(pixels, mixed, count * 4);
+      break;
+    default:  // images::bytesPerPixel gives no other
       break;
   }
 }
