@@ -1,5 +1,4 @@
 // Entry points of the pose estimation that take the callers' arrays.
-#include <algorithm>
 
 #include "fisheye/arrays.h"
 #include "fisheye/arrays_of_triples.h"
@@ -7,7 +6,6 @@
 #include "fisheye/intrinsic_params.h"
 #include "fisheye/view_arrays.h"
 #include "lens/check.h"
-#include "lens/rotation.h"
 #include "solver/pose.h"
 
 namespace fisheye_calibration::internal {

@@ -9,7 +9,6 @@
 #include "lens/camera_model-inl.h"
 #include "lens/check.h"
 #include "lens/rotation.h"
-#include "solver/view_points.h"
 
 namespace fisheye_calibration::fisheye {
 namespace {

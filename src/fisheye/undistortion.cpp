@@ -5,11 +5,8 @@
 #include "fisheye/arrays.h"
 #include "fisheye/fisheye.h"
 #include "fisheye/internal.h"
-#include "fisheye/intrinsic_params.h"
-#include "lens/camera_model-inl.h"
 #include "lens/check.h"
 #include "lens/inverse_lens.h"
-#include "lens/rotation.h"
 
 namespace fisheye_calibration::fisheye {
 namespace {

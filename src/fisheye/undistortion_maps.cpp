@@ -1,12 +1,8 @@
-#include <cmath>
 #include <cstdint>
-#include <limits>
 
 #include "fisheye/arrays.h"
 #include "fisheye/fisheye.h"
-#include "lens/camera_model-inl.h"
 #include "lens/check.h"
-#include "lens/rotation.h"
 #include "rendering/raw_position.h"
 
 namespace fisheye_calibration::fisheye {
