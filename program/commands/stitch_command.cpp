@@ -1,7 +1,6 @@
 #include "commands/stitch_command.h"
 
 #include <CLI/CLI.hpp>
-#include <array>
 #include <cstddef>
 #include <memory>
 #include <optional>

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 #include <opencv2/imgproc.hpp>
 #include <string>
 

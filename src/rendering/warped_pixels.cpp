@@ -1,7 +1,5 @@
 #include "rendering/warped_pixels.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <optional>
 

@@ -30,32 +30,11 @@ solver::ViewPoints viewOf(const std::vector<CalibrationPoint>& points) {
 // k2...k5 have no meaning; hosts expect them filled from the C runtime's rand(), in this order
 // (compatibility 14).
 void storeFiller(FishEyeCalibrationParam& param) {
-  constexpr int modulus = 10001;
-  param.k2 = std::rand() % modulus * 0.0001;
-  param.k3 = std::rand() % modulus * 0.00001;
-  param.k4 = std::rand() % modulus * 0.0001;
-  param.k5 = std::rand() % modulus * 0.00001;
-}
-
-void storeCamera(const lens::Camera& camera, FishEyeCalibrationParam& param) {
-  const cv::Matx33d K = lens::cameraMatrix(camera);
-  param.fx = static_cast<float>(K(0, 0));
-  param.fy = static_cast<float>(K(1, 1));
-  param.skewness = static_cast<float>(K(0, 1));
-  param.u0 = static_cast<float>(K(0, 2));
-  param.v0 = static_cast<float>(K(1, 2));
-  param.k0 = camera.k0;
-  param.k1 = camera.k1;
-}
-
-void storePose(const lens::Pose& pose, FishEyeCalibrationParam& param) {
-  param.Rx = static_cast<float>(pose.om[0]);
-  param.Ry = static_cast<float>(pose.om[1]);
-  param.Rz = static_cast<float>(pose.om[2]);
-  param.Tx = static_cast<float>(pose.T[0]);
-  param.Ty = static_cast<float>(pose.T[1]);
-  param.Tz = static_cast<float>(pose.T[2]);
-  storeRotationMatrix(lens::rotationFromVector(rotationVector(param)), param);
+  constexpr int kModulus = 10001;
+  param.k2 = std::rand() % kModulus * 0.0001;
+  param.k3 = std::rand() % kModulus * 0.00001;
+  param.k4 = std::rand() % kModulus * 0.0001;
+  param.k5 = std::rand() % kModulus * 0.00001;
 }
 
 // Projects every point with the stored record, as hosts will, stores the projection and its error

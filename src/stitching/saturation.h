@@ -19,11 +19,11 @@ constexpr std::int32_t saturated(std::int64_t value) {
 
 // Truncates toward zero; beyond 64 bits gives the nearest limit, for NaN 0.
 constexpr std::int64_t truncated(double value) {
-  constexpr double limit = 0x1p63;
-  if (value >= limit) {
+  constexpr double kLimit = 0x1p63;
+  if (value >= kLimit) {
     return std::numeric_limits<std::int64_t>::max();
   }
-  if (value < -limit) {
+  if (value < -kLimit) {
     return std::numeric_limits<std::int64_t>::min();
   }
   return value == value ? static_cast<std::int64_t>(value) : 0;
