@@ -28,6 +28,7 @@
 #include "geometry/metric_picture.h"
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
+#include "geometry/whole_datum.h"
 #include "reports/agreement_report.h"
 
 namespace fisheye_calibration::program {
@@ -158,6 +159,24 @@ void describe(const Options& options, const DualFishEyeCalibrationParam& dual, s
   }
 }
 
+// Where the datum went and what that leaves.
+void describeDatum(const DualFishEyeCalibrationParam& exact, const WholeDatum& whole, bool cropped,
+                   std::ostream& out) {
+  if (whole.record.DatumPtXw == exact.DatumPtXw && whole.record.DatumPtYw == exact.DatumPtYw) {
+    return;
+  }
+  out << "Its datum: (" << shortest(whole.record.DatumPtXw) << ", "
+      << shortest(whole.record.DatumPtYw) << ") instead of (" << shortest(exact.DatumPtXw) << ", "
+      << shortest(exact.DatumPtYw)
+      << "), because the library reads it back in whole numbers; points mapped with the file are "
+         "off by at most "
+      << fixed(whole.rest, 4) << " mm";
+  if (whole.addedRows > 0 && !cropped) {
+    out << "; " << whole.addedRows << " black rows were added below the picture for it";
+  }
+  out << "\n";
+}
+
 void warnOfDisagreement(const std::vector<Agreement>& agreement, std::size_t sharedCount,
                         std::ostream& messages) {
   const std::size_t lost = sharedCount - agreement.size();
@@ -169,6 +188,20 @@ void warnOfDisagreement(const std::vector<Agreement>& agreement, std::size_t sha
     messages << "warning: the cameras disagree by up to " << general(worst, 3)
              << " px; the stitched picture shows things double there\n";
   }
+}
+
+// Of the same size as the stitched picture.
+cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
+                    const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
+                    int addedRows) {
+  cv::Mat drawn = drawSeam(canvas, pair, shared, agreement);
+  if (addedRows > 0) {
+    drawn.push_back(cv::Mat(addedRows, drawn.cols, drawn.type(), cv::Scalar::all(0)));
+  }
+  if (crop) {
+    return drawn({crop->left, crop->top, crop->size.width, crop->size.height});
+  }
+  return drawn;
 }
 
 int run(const Options& options, const Streams& streams) {
@@ -190,20 +223,20 @@ int run(const Options& options, const Streams& streams) {
 
   streams.messages << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
   FrameBuffer canvas = newCanvas(pair);
-  if (crop) {
-    requireInside(*crop, canvas.size);
-  }
-  DualFishEyeCalibrationParam dual = stitchOnto(canvas, pair);
-  const std::vector<Agreement> agreement = agreementAt(pair, shared, dual);
+  const DualFishEyeCalibrationParam exact = stitchOnto(canvas, pair);
+  const std::vector<Agreement> agreement = agreementAt(pair, shared, exact);
 
   OutputFiles files;
-  if (!options.seam.empty()) {
-    cv::Mat drawn = drawSeam(toPicture(canvas), pair, shared, agreement);
-    if (crop) {
-      drawn = drawn({crop->left, crop->top, crop->size.width, crop->size.height});
-    }
-    stagePicture(files, options.seam, drawn);
+  const WholeDatum whole = withWholeDatum(exact);
+  DualFishEyeCalibrationParam dual = whole.record;
+  if (crop) {
+    requireInside(*crop, {dual.StdImageWidth, dual.StdImageHeight});
   }
+  if (!options.seam.empty()) {
+    stagePicture(files, options.seam,
+                 seamPicture(toPicture(canvas), pair, shared, agreement, crop, whole.addedRows));
+  }
+  addRowsBelow(canvas, whole.addedRows);
   if (crop) {
     canvas = cutOut(canvas, *crop, dual);
   }
@@ -212,10 +245,11 @@ int run(const Options& options, const Streams& streams) {
     drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
   }
   stagePicture(files, options.output, picture);
-  stageDual(files, options.dual, dual, streams.messages);
+  stageDual(files, options.dual, dual);
   files.commit();
 
   describe(options, dual, streams.out);
+  describeDatum(exact, whole, crop.has_value(), streams.out);
   streams.out << "\n" << describeAgreement(agreement, static_cast<double>(dual.Pixel));
   warnOfDisagreement(agreement, shared.left.size(), streams.messages);
   return kExitOk;

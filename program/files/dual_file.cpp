@@ -68,7 +68,7 @@ DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path, b
 }
 
 void stageDual(OutputFiles& files, const std::filesystem::path& path,
-               const DualFishEyeCalibrationParam& param, std::ostream& messages) {
+               const DualFishEyeCalibrationParam& param) {
   const std::string temporary = nameOf(files.stageCopy(path));
   SaveDualCamerasCalibrationParam(temporary.c_str(), param);
   // The library does not report whether it could write, so the record is read back.
@@ -76,11 +76,10 @@ void stageDual(OutputFiles& files, const std::filesystem::path& path,
   LoadDualCamerasCalibrationParam(temporary.c_str(), stored);
   if (stored.StdImageWidth != param.StdImageWidth ||
       stored.StdImageHeight != param.StdImageHeight ||
-      stored.DatumImagePtX != param.DatumImagePtX || stored.DatumImagePtY != param.DatumImagePtY) {
+      stored.DatumImagePtX != param.DatumImagePtX || stored.DatumImagePtY != param.DatumImagePtY ||
+      stored.DatumPtXw != param.DatumPtXw || stored.DatumPtYw != param.DatumPtYw) {
     failJob(nameOf(path) + ": the record of the stitched picture could not be saved");
   }
-  warnOfFraction(path, "DatumPtXw", static_cast<double>(param.DatumPtXw), messages);
-  warnOfFraction(path, "DatumPtYw", static_cast<double>(param.DatumPtYw), messages);
 }
 
 }  // namespace fisheye_calibration::program

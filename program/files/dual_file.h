@@ -14,9 +14,9 @@ namespace fisheye_calibration::program {
 DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path, bool force,
                                             std::ostream& messages);
 
-// Stages the record over the file at `path`, which keeps its other sections and comments. Warns if
-// the library will not read the same record back.
+// Stages the record, whose datum is whole, over the file at `path`, which keeps its other sections
+// and comments. Fails if the library would not read the same record back.
 void stageDual(OutputFiles& files, const std::filesystem::path& path,
-               const DualFishEyeCalibrationParam& param, std::ostream& messages);
+               const DualFishEyeCalibrationParam& param);
 
 }  // namespace fisheye_calibration::program
