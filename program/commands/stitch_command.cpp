@@ -13,6 +13,7 @@
 #include "base/file_path.h"
 #include "base/frame_buffer.h"
 #include "base/text.h"
+#include "checks/agreement_checks.h"
 #include "checks/checked_camera.h"
 #include "checks/stitch_checks.h"
 #include "commands/option_values.h"
@@ -34,8 +35,6 @@
 namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
-
-constexpr double kFarApart = 5;  // canvas pixels; more is plainly visible
 
 struct Options {
   std::string left;   // "frame,camera.ini,points.csv"
@@ -119,21 +118,28 @@ StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& mess
           .points = readPoints(files.points)};
 }
 
-// Reports all findings; the first that makes the stitch impossible is what the program fails with.
-void reportBefore(const Findings& findings, std::ostream& messages) {
-  std::optional<std::string> impossible;
-  for (const Finding& finding : findings) {
-    if (finding.severity != Severity::kImpossible) {
-      messages << "warning: " << finding.text << "\n";
-    } else if (!impossible) {
-      impossible = finding.text;
-    } else {
-      messages << finding.text << "\n";
+// Reports all findings and fails with the first that makes the stitch impossible or, unless that is
+// forced, with the first that makes it untrustworthy. Returns whether it is to be trusted.
+bool reportFindings(const Findings& findings, bool force, std::ostream& messages) {
+  const auto reportAll = [&](Severity severity, const char* prefix) {
+    for (const Finding& finding : findings) {
+      if (finding.severity == severity) {
+        messages << prefix << finding.text << "\n";
+      }
     }
+  };
+  reportAll(Severity::kDoubtful, "warning: ");
+  reportAll(Severity::kUntrusted, "not to be trusted: ");
+  if (anyImpossible(findings)) {
+    reportAll(Severity::kImpossible, "impossible: ");
+    failBadInput("these frames cannot be stitched");
   }
-  if (impossible) {
-    failBadInput(*impossible);
+  const bool trusted = !anyOf(findings, Severity::kUntrusted);
+  if (!trusted && !force) {
+    failJob(
+        "the result is not to be trusted; nothing was written (--force writes it all the same)");
   }
+  return trusted;
 }
 
 void requireInside(const Crop& crop, const Size& canvas) {
@@ -177,19 +183,6 @@ void describeDatum(const DualFishEyeCalibrationParam& exact, const WholeDatum& w
   out << "\n";
 }
 
-void warnOfDisagreement(const std::vector<Agreement>& agreement, std::size_t sharedCount,
-                        std::ostream& messages) {
-  const std::size_t lost = sharedCount - agreement.size();
-  if (lost > 0) {
-    messages << "warning: " << lost << " shared points cannot be carried to the bed\n";
-  }
-  const double worst = worstApart(agreement);
-  if (!(worst <= kFarApart)) {
-    messages << "warning: the cameras disagree by up to " << general(worst, 3)
-             << " px; the stitched picture shows things double there\n";
-  }
-}
-
 // Of the same size as the stitched picture.
 cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
                     const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
@@ -219,12 +212,22 @@ int run(const Options& options, const Streams& streams) {
   StitchPair pair = {.left = readCamera(left, options.force, streams.messages),
                      .right = readCamera(right, options.force, streams.messages)};
   const SharedPoints shared = sharedPoints(pair);
-  reportBefore(checkStitch(pair, shared), streams.messages);
+  Findings findings = checkStitch(pair, shared);
+  if (isSameFile(left.frame, right.frame)) {
+    addUntrusted(findings, FindingKind::kSameCamera,
+                 nameOf(left.frame) + " and " + nameOf(right.frame) + " are the same frame");
+  }
+  bool trusted = reportFindings(findings, options.force, streams.messages);
 
   streams.messages << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
   FrameBuffer canvas = newCanvas(pair);
   const DualFishEyeCalibrationParam exact = stitchOnto(canvas, pair);
   const std::vector<Agreement> agreement = agreementAt(pair, shared, exact);
+
+  streams.out << describeAgreement(agreement, static_cast<double>(exact.Pixel)) << std::flush;
+  trusted = reportFindings(checkAgreement(agreement, shared.left.size()), options.force,
+                           streams.messages) &&
+            trusted;
 
   OutputFiles files;
   const WholeDatum whole = withWholeDatum(exact);
@@ -248,11 +251,10 @@ int run(const Options& options, const Streams& streams) {
   stageDual(files, options.dual, dual);
   files.commit();
 
+  streams.out << "\n";
   describe(options, dual, streams.out);
   describeDatum(exact, whole, crop.has_value(), streams.out);
-  streams.out << "\n" << describeAgreement(agreement, static_cast<double>(dual.Pixel));
-  warnOfDisagreement(agreement, shared.left.size(), streams.messages);
-  return kExitOk;
+  return trusted ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace
@@ -281,6 +283,10 @@ Command addStitchCommand(CLI::App& app) {
       ->type_name("X,Y,WxH");
   command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
       ->type_name("MM");
+  command->add_flag(
+      "--force", options->force,
+      "write a picture that is not to be trusted, use camera files in which something "
+      "is impossible");
   addPath(*command, "--seam", options->seam,
           "write the picture with the blended strip and the shared points")
       ->type_name("PICTURE");

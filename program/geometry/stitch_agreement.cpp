@@ -62,6 +62,14 @@ std::vector<Agreement> agreementAt(const StitchPair& pair, const SharedPoints& s
   return agreement;
 }
 
+double rootMeanSquare(const std::vector<Agreement>& agreement, double Agreement::*error) {
+  double sum = 0;
+  for (const Agreement& at : agreement) {
+    sum += at.*error * at.*error;
+  }
+  return std::sqrt(sum / static_cast<double>(agreement.size()));
+}
+
 double worstApart(const std::vector<Agreement>& agreement) {
   double worst = 0;
   for (const Agreement& at : agreement) {

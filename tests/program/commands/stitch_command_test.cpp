@@ -166,6 +166,40 @@ TEST_F(StitchCommand, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
   EXPECT_FALSE(std::filesystem::exists(dual));
 }
 
+// Each of them with exit code 1 and nothing written, unless forced.
+TEST_F(StitchCommand, WhatIsNotToBeTrustedIsWrittenOnlyIfForced) {
+  const auto expectRefusal = [&](const std::string& left, const std::string& right,
+                                 const std::string& reason) {
+    const std::vector<std::string> arguments = {"stitch", "--left", left,     "--right", right,
+                                                "-o",     canvas,   "--dual", dual};
+    const Outcome run = runProgram(arguments);
+    EXPECT_EQ(run.exitCode, 1) << reason;
+    EXPECT_THAT(run.err, HasSubstr("not to be trusted: "));
+    EXPECT_THAT(run.err, HasSubstr(reason));
+    EXPECT_THAT(run.err, HasSubstr("--force"));
+    EXPECT_FALSE(std::filesystem::exists(canvas));
+    EXPECT_FALSE(std::filesystem::exists(dual));
+  };
+  expectRefusal(files("r"), files("l"), "swap --left and --right");
+  expectRefusal(files("l"), files("l"), "are the same camera");
+  SaveCalibrationParam(folder.file("m.ini").c_str(), recordOver(200));
+  expectRefusal(folder.file("l.png,") + folder.file("m.ini,") + folder.file("l.csv"), files("r"),
+                "it is not that of these points");
+
+  auto points = exactPoints(cameraOver(260), kBoard);
+  for (CalibrationPoint& point : points) {
+    point.Xw += 500;
+  }
+  writeFile(folder, "far.csv", formatPoints(points));
+  const std::string far = folder.file("r.png,") + folder.file("r.ini,") + folder.file("far.csv");
+  expectRefusal(files("l"), far, "by 500 world units");
+  const Outcome forced = runProgram(
+      {"stitch", "--left", files("l"), "--right", far, "-o", canvas, "--dual", dual, "--force"});
+  EXPECT_EQ(forced.exitCode, 1);
+  EXPECT_TRUE(std::filesystem::exists(canvas));
+  EXPECT_TRUE(std::filesystem::exists(dual));
+}
+
 TEST_F(StitchCommand, BadUsageIsRefused) {
   const std::vector<std::vector<std::string>> wrong = {
       {"--crop", "0,0,301x152"},
