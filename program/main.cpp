@@ -123,6 +123,9 @@ int runReporting(int argc, char** argv) {
     return failure.code();
   } catch (const std::bad_alloc&) {
     return report("not enough memory", kExitJobFailed);
+  } catch (const cv::Exception& failure) {
+    return report("the image library cannot work on this input (" + failure.err + ")",
+                  kExitJobFailed);
   } catch (const std::exception& failure) {
     return report(failure.what(), kExitJobFailed);
   }

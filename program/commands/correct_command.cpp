@@ -63,15 +63,19 @@ void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
   }
 }
 
-View render(const Renderer& renderer, const fs::path& path) {
-  FrameBuffer frame = toBuffer(readFrame(path));
+View render(const Renderer& renderer, const fs::path& path, std::ostream& messages) {
+  FrameBuffer frame = toBuffer(readFrame(path, messages));
   const Size size = renderer.size.value_or(frame.size);
   FrameBuffer view = blankBuffer(size, frame.bitCount);
   FrameBuffer mask = blankBuffer(size, 8);
-  if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
-                          renderer.param, view.data(), size.width, size.height, mask.data())) {
-    failJob(nameOf(path) +
-            ": the library could not correct the frame; nothing of it but black is left");
+  try {
+    if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
+                            renderer.param, view.data(), size.width, size.height, mask.data())) {
+      failJob(nameOf(path) +
+              ": the library could not correct the frame; nothing of it but black is left");
+    }
+  } catch (const cv::Exception& error) {
+    failJob(nameOf(path) + ": the frame cannot be corrected (" + error.err + ")");
   }
   View result = {.picture = toPicture(view), .mask = toPicture(mask), .frame = frame.size};
   if (renderer.gridSpacing > 0) {
@@ -106,12 +110,13 @@ class Batch {
       : options_(options), renderer_(renderer), messages_(messages) {}
 
   void correct(const FrameJob& job) {
-    const View view = render(renderer_, job.frame);
-    if (first_ && *first_ != view.frame) {
+    const View view = render(renderer_, job.frame, messages_);
+    const bool isFirst = first_ == Size();
+    if (!isFirst && first_ != view.frame) {
       failBadInput(nameOf(job.frame) + ": its size is not that of the first frame");
     }
     OutputFiles files;
-    if (!first_) {
+    if (isFirst) {
       checkSize(view);
       if (!options_.mask.empty()) {
         stagePicture(files, options_.mask, view.mask);
@@ -135,7 +140,7 @@ class Batch {
   const Options& options_;
   const Renderer& renderer_;
   std::ostream& messages_;
-  std::optional<Size> first_;
+  Size first_;  // that of the first frame; no size before it
 };
 
 int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path& folder,
@@ -173,7 +178,7 @@ int run(const Options& options, const Streams& streams) {
     failBadInput("no frame is given");
   }
   const Renderer renderer = preparedRenderer(options, streams.messages);
-  const std::vector<FrameJob> jobs = plannedJobs(options.frames, options.output);
+  const std::vector<FrameJob> jobs = plannedJobs(options.frames, options.output, streams.messages);
   checkMask(options, jobs);
   Batch batch(options, renderer, streams.messages);
   if (jobs.size() > 1 || isFolder(options.output)) {

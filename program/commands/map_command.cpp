@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <istream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -20,6 +19,7 @@
 #include "commands/point_mapper.h"
 #include "files/csv_table.h"
 #include "files/dual_file.h"
+#include "files/read_file.h"
 #include "fisheye_calibration.h"
 #include "geometry/conversions.h"
 
@@ -110,8 +110,7 @@ std::string resultHeader(const Task& task) {
 }
 
 bool mapTable(const Task& task, const Streams& streams) {
-  const std::string text((std::istreambuf_iterator<char>(streams.in)),
-                         std::istreambuf_iterator<char>());
+  const std::string text = readStream(streams.in, "standard input");
   const CsvTable table = parseCsv("standard input", text);
   const bool fromWorld = task.conversion.from == ImageFrame::kWorld;
   const std::size_t x = table.require(fromWorld ? "Xw" : "x");

@@ -113,7 +113,7 @@ void checkOutputs(const Options& options, const CameraFiles& left, const CameraF
 StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& messages) {
   return {.cameraName = nameOf(files.camera),
           .pointsName = nameOf(files.points),
-          .frame = toBuffer(readFrame(files.frame)),
+          .frame = toBuffer(readFrame(files.frame, messages)),
           .param = loadCheckedCamera(files.camera, force, messages),
           .points = readPoints(files.points)};
 }

@@ -70,7 +70,7 @@ std::optional<fs::file_time_type> writtenAt(const char* path) {
 
 int run(const Options& options, const Streams& streams) {
   const std::vector<CalibrationPoint> points = readCorners(options.points);
-  const cv::Mat picture = readColourPicture(options.image);
+  const cv::Mat picture = readColourPicture(options.image, streams.messages);
   prepareDrive();
   if (!isSameFile(options.image, kInputPicture)) {
     OutputFiles files;

@@ -127,10 +127,16 @@ DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetO
   checkOverlay(options.overlay, image);
   const std::string name = nameOf(image);
   DetectedTarget found;
-  found.grey = readGreyPicture(image);
-  const std::optional<Detection> detection = detectTarget(
-      found.grey, target,
-      [&](const std::string& step) { messages << name << ": " << step << " ..." << std::endl; });
+  found.grey = readGreyPicture(image, messages);
+  std::optional<Detection> detection;
+  try {
+    detection = detectTarget(found.grey, target, [&](const std::string& step) {
+      messages << name << ": " << step << " ..." << std::endl;
+    });
+  } catch (const cv::Exception&) {
+    failJob(name + ": a picture of " + sizeText({found.grey.cols, found.grey.rows}) +
+            " pixels cannot be searched for a target");
+  }
   if (!detection) {
     failJob(name + ": no target with " + describeTarget(target) +
             " was found; is the count right, the whole target in view, sharp and evenly lit?");

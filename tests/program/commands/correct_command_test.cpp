@@ -16,6 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 // The camera of sampleRecord(): 170 above the bed, straight over (120, 90).
 SyntheticCamera overheadCamera() {
@@ -103,6 +104,7 @@ TEST_F(CorrectCommand, AFolderOfFramesGivesAFolderOfViews) {
   EXPECT_TRUE(std::filesystem::exists(folder.file("mask.png")));
   EXPECT_THAT(run.out, HasSubstr("2 of 2 frames corrected"));
   EXPECT_THAT(run.out, HasSubstr("frames per second"));
+  EXPECT_THAT(run.err, HasSubstr("not pictures: notes.txt"));
   EXPECT_THAT(run.err, HasSubstr("[####################] 2/2"));
 }
 
@@ -138,6 +140,30 @@ TEST_F(CorrectCommand, ASizeThatTheCameraWasNotCalibratedForIsRefusedUnlessForce
   EXPECT_FALSE(std::filesystem::exists(top));
   EXPECT_EQ(correct({frame, "-o", top}).exitCode, 0);
   EXPECT_EQ(correct({frame, "-o", top, "--size", "1160x720", "--force"}).exitCode, 0);
+}
+
+TEST_F(CorrectCommand, AFolderWithAFileThatCannotBeReadNamesItAndFails) {
+  const support::TemporaryFolder frames;
+  std::filesystem::copy_file(frame, frames.file("a.png"));
+  writeFile(frames, "b.png", "");
+  writeFile(frames, "c.jpg", "no picture");
+  const Outcome run = correct({frames.path().string(), "-o", folder.file("views")});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.err, HasSubstr("b.png: not a picture"));
+  EXPECT_THAT(run.err, HasSubstr("c.jpg: not a picture"));
+  EXPECT_THAT(run.out, HasSubstr("1 of 3 frames corrected"));
+}
+
+TEST_F(CorrectCommand, FramesOfExtremeShapesAreReportedByName) {
+  for (const cv::Size& size : {cv::Size(1, 1), {20000, 2}, {2, 20000}}) {
+    const std::string extreme = folder.file("extreme.png");
+    ASSERT_TRUE(cv::imwrite(extreme, cv::Mat(size, CV_8UC1, cv::Scalar(200))));
+    const Outcome run = correct({extreme, "-o", top, "--force"});
+    if (run.exitCode != 0) {
+      EXPECT_THAT(run.err, HasSubstr("extreme.png: ")) << size;
+    }
+    EXPECT_THAT(run.err, Not(HasSubstr("OpenCV"))) << size;
+  }
 }
 
 TEST_F(CorrectCommand, ABlackFrameIsReported) {
