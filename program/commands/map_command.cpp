@@ -111,10 +111,12 @@ std::string resultHeader(const Task& task) {
 
 bool mapTable(const Task& task, const Streams& streams) {
   const std::string text = readStream(streams.in, "standard input");
-  const CsvTable table = parseCsv("standard input", text);
   const bool fromWorld = task.conversion.from == ImageFrame::kWorld;
-  const std::size_t x = table.require(fromWorld ? "Xw" : "x");
-  const std::size_t y = table.require(fromWorld ? "Yw" : "y");
+  const std::string xName = fromWorld ? "Xw" : "x";
+  const std::string yName = fromWorld ? "Yw" : "y";
+  const CsvTable table = parseCsv("standard input", text, {xName, yName});
+  const std::size_t x = table.require(xName);
+  const std::size_t y = table.require(yName);
   const std::optional<std::size_t> z = fromWorld ? table.find("Zw") : std::nullopt;
   const std::optional<std::size_t> id = table.find("PointId");
   std::string result = (id ? "PointId," : "") + resultHeader(task);

@@ -15,7 +15,7 @@ namespace fisheye_calibration::program {
 namespace {
 
 // The file format's own spelling.
-constexpr std::string_view kSectionName = "DualCamerasCalibraionParam";
+constexpr const char* kSectionName = "DualCamerasCalibraionParam";
 
 // The library reads the datum's world coordinates as whole numbers.
 void warnOfFraction(const std::filesystem::path& path, const char* key, double value,
@@ -33,11 +33,8 @@ void warnOfFraction(const std::filesystem::path& path, const char* key, double v
 
 DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path, bool force,
                                             std::ostream& messages) {
-  const IniSection section = readIniSection(readFile(path), kSectionName);
-  if (!section.found) {
-    failBadInput(nameOf(path) + ": not the file of a stitched picture, there is no section [" +
-                 std::string(kSectionName) + "] in it");
-  }
+  const IniSection section = requireIniSection(nameOf(path), readFile(path), kSectionName,
+                                               "the file of a stitched picture");
   std::vector<std::string> complaints =
       inspectEntries(nameOf(path), section,
                      {"Pixel", "StdImageWidth", "StdImageHeight", "DatumImagePtX", "DatumImagePtY",

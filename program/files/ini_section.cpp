@@ -65,6 +65,27 @@ IniSection readIniSection(std::string_view text, std::string_view sectionName) {
   return section;
 }
 
+IniSection requireIniSection(const std::string& name, std::string_view text,
+                             const std::string& sectionName, const std::string& wanted) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+    failBadInput(name + ": UTF-16 text; save the file as UTF-8 without a byte-order mark");
+  }
+  if (text.find('\0') != std::string_view::npos) {
+    failBadInput(name + ": not a text file");
+  }
+  IniSection section = readIniSection(text, sectionName);
+  if (section.found) {
+    return section;
+  }
+  if (text.starts_with(kByteOrderMark) &&
+      readIniSection(text.substr(kByteOrderMark.size()), sectionName).found) {
+    failBadInput(name + ": a byte-order mark precedes [" + sectionName +
+                 "], which the library does not find then; save the file as UTF-8 without it");
+  }
+  failBadInput(name + ": not " + wanted + ", there is no section [" + sectionName + "] in it");
+}
+
 std::vector<std::string> inspectEntries(const std::string& name, const IniSection& section,
                                         const std::vector<std::string>& keys) {
   std::vector<std::string> complaints;

@@ -23,6 +23,12 @@ struct IniSection {
 // The first section of that name, regardless of case.
 IniSection readIniSection(std::string_view text, std::string_view sectionName);
 
+// The same of a file `name`. Fails as bad input if there is no such section, `wanted` being what
+// the file should be, and for text in UTF-16 or with a byte-order mark before the section, which
+// the library does not read.
+IniSection requireIniSection(const std::string& name, std::string_view text,
+                             const std::string& sectionName, const std::string& wanted);
+
 // "camera.ini:7:6: fx is not a number", "camera.ini: missing and read as 0: fy, u0"
 std::vector<std::string> inspectEntries(const std::string& name, const IniSection& section,
                                         const std::vector<std::string>& keys);
