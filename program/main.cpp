@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/terminal.h"
 #include "base/text.h"
 #include "commands/calibrate_command.h"
 #include "commands/correct_command.h"
@@ -92,6 +93,12 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(kFooter);
   const std::vector<Command> commands = addCommands(app);
+  bool quiet = false;
+  bool verbose = false;
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    command->add_flag("--quiet", quiet, "print errors, warnings and requested values only");
+    command->add_flag("--verbose", verbose, "print more: k2 ... k5 of a camera");
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -105,7 +112,13 @@ int run(int argc, char** argv) {
   const auto named = std::find_if(commands.begin(), commands.end(), [](const Command& command) {
     return command.arguments->parsed();
   });
-  return named->run({std::cin, std::cout, std::cerr});
+  std::ostream nowhere(nullptr);
+  return named->run({.in = std::cin,
+                     .out = quiet && !named->printsResults ? nowhere : std::cout,
+                     .messages = std::cerr,
+                     .progress = quiet ? nowhere : std::cerr,
+                     .progressBar = !quiet && isErrorTerminal(),
+                     .verbose = verbose});
 }
 
 // Reports what ended the program early in one line.

@@ -151,7 +151,7 @@ int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path&
   };
   std::size_t failed = 0;
   {
-    ProgressBar bar(streams.messages);
+    ProgressBar bar(streams.messages, streams.progressBar);
     for (std::size_t i = 0; i < jobs.size(); ++i) {
       try {
         batch.correct(jobs[i]);

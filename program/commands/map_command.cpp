@@ -256,7 +256,7 @@ Command addMapCommand(CLI::App& app) {
       "  fisheye-calibration map --camera camera.ini --from second --to world "
       "--corrected-size 1920x1208 < pixels.csv\n"
       "  fisheye-calibration map --dual dual.ini --from stitched --to world 812 440");
-  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+  return {command, [options](const Streams& streams) { return run(*options, streams); }, true};
 }
 
 }  // namespace fisheye_calibration::program

@@ -1,12 +1,10 @@
 #include "commands/stitch_command.h"
 
 #include <CLI/CLI.hpp>
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "base/failure.h"
@@ -17,6 +15,7 @@
 #include "checks/checked_camera.h"
 #include "checks/stitch_checks.h"
 #include "commands/option_values.h"
+#include "commands/stitch_values.h"
 #include "commands/stitched_canvas.h"
 #include "drawing/grid_overlay.h"
 #include "drawing/seam_overlay.h"
@@ -46,43 +45,6 @@ struct Options {
   std::string grid;  // distance of the lines, world units
   bool force = false;
 };
-
-struct CameraFiles {
-  fs::path frame;
-  fs::path camera;
-  fs::path points;
-};
-
-CameraFiles parseFiles(const std::string& option, const std::string& text) {
-  const std::size_t first = text.find(',');
-  const std::size_t second = first == std::string::npos ? first : text.find(',', first + 1);
-  if (second == std::string::npos || text.find(',', second + 1) != std::string::npos) {
-    failBadInput(option + ": give three files as FRAME,CAMERA.INI,POINTS.CSV, not " +
-                 inQuotes(text));
-  }
-  return {.frame = pathOf(text.substr(0, first)),
-          .camera = pathOf(text.substr(first + 1, second - first - 1)),
-          .points = pathOf(text.substr(second + 1))};
-}
-
-Crop parseCrop(const std::string& text) {
-  const std::size_t first = text.find(',');
-  const std::size_t second = first == std::string::npos ? first : text.find(',', first + 1);
-  if (second != std::string::npos) {
-    const auto left = parseInteger(std::string_view(text).substr(0, first));
-    const auto top = parseInteger(std::string_view(text).substr(first + 1, second - first - 1));
-    if (left && top && *left >= 0 && *top >= 0) {
-      const Size size = parseImageSize("--crop", text.substr(second + 1));
-      if (size.width % 4 != 0 || size.height % 4 != 0) {
-        failBadInput("--crop: width and height must be multiples of 4, not " +
-                     text.substr(second + 1));
-      }
-      return {.left = *left, .top = *top, .size = size};
-    }
-  }
-  failBadInput("--crop: give left column, top row and size as X,Y,WIDTHxHEIGHT, not " +
-               inQuotes(text));
-}
 
 void checkOutputs(const Options& options, const CameraFiles& left, const CameraFiles& right) {
   struct Output {
@@ -183,6 +145,21 @@ void describeDatum(const DualFishEyeCalibrationParam& exact, const WholeDatum& w
   out << "\n";
 }
 
+struct Stitched {
+  FrameBuffer canvas;
+  DualFishEyeCalibrationParam record{};
+};
+
+Stitched stitchedFrames(StitchPair& pair, const fs::path& left, const fs::path& right) {
+  try {
+    Stitched stitched = {.canvas = newCanvas(pair)};
+    stitched.record = stitchOnto(stitched.canvas, pair);
+    return stitched;
+  } catch (const cv::Exception& error) {
+    failJob(nameOf(left) + " and " + nameOf(right) + " cannot be stitched (" + error.err + ")");
+  }
+}
+
 // Of the same size as the stitched picture.
 cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
                     const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
@@ -219,11 +196,9 @@ int run(const Options& options, const Streams& streams) {
   }
   bool trusted = reportFindings(findings, options.force, streams.messages);
 
-  streams.messages << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
-  FrameBuffer canvas = newCanvas(pair);
-  const DualFishEyeCalibrationParam exact = stitchOnto(canvas, pair);
+  streams.progress << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
+  auto [canvas, exact] = stitchedFrames(pair, left.frame, right.frame);
   const std::vector<Agreement> agreement = agreementAt(pair, shared, exact);
-
   streams.out << describeAgreement(agreement, static_cast<double>(exact.Pixel)) << std::flush;
   trusted = reportFindings(checkAgreement(agreement, shared.left.size()), options.force,
                            streams.messages) &&

@@ -121,17 +121,17 @@ void addTargetOptions(CLI::App& command, TargetOptions& target) {
 }
 
 DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetOptions& options,
-                               OutputFiles& files, std::ostream& messages) {
+                               OutputFiles& files, const Streams& streams) {
   const Target target = parseTarget(options);
   const World world = parseWorld(options, target.columns * target.rows);
   checkOverlay(options.overlay, image);
   const std::string name = nameOf(image);
   DetectedTarget found;
-  found.grey = readGreyPicture(image, messages);
+  found.grey = readGreyPicture(image, streams.messages);
   std::optional<Detection> detection;
   try {
     detection = detectTarget(found.grey, target, [&](const std::string& step) {
-      messages << name << ": " << step << " ..." << std::endl;
+      streams.progress << name << ": " << step << " ..." << std::endl;
     });
   } catch (const cv::Exception&) {
     failJob(name + ": a picture of " + sizeText({found.grey.cols, found.grey.rows}) +

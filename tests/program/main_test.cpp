@@ -10,6 +10,7 @@
 #include "files/points_csv.h"
 #include "program/support/printed_table.h"
 #include "program/support/run_program.h"
+#include "program/support/sample_record.h"
 #include "program/support/synthetic_target.h"
 
 namespace fisheye_calibration::program {
@@ -92,6 +93,26 @@ TEST_F(Program, LongValuesAreQuotedInPart) {
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_LT(run.err.size(), 250u) << run.err;
   }
+}
+
+TEST_F(Program, QuietLeavesErrorsAndRequestedValues) {
+  const std::string picture = folder.file("target.png");
+  ASSERT_TRUE(cv::imwrite(picture, drawTarget({}, {})));
+  const Outcome calibrated = runProgram(
+      {"calibrate", picture, "--chessboard", "9x7", "--spacing", "30", "-o", camera, "--quiet"});
+  EXPECT_EQ(calibrated.exitCode, 0);
+  EXPECT_EQ(calibrated.out, "");
+  EXPECT_EQ(calibrated.err, "");
+  const Outcome mapped = runProgram(
+      {"map", "--camera", camera, "--from", "world", "--to", "raw", "95", "-12.5", "--quiet"});
+  EXPECT_EQ(lineCount(mapped.out), 1);
+  EXPECT_THAT(runProgram({"info", folder.file("none.ini"), "--quiet"}).err, HasSubstr("none.ini"));
+}
+
+TEST_F(Program, FillerIsShownOnlyIfAskedFor) {
+  SaveCalibrationParam(camera.c_str(), sampleRecord());
+  EXPECT_THAT(runProgram({"info", camera}).out, testing::Not(HasSubstr("k2")));
+  EXPECT_THAT(runProgram({"info", camera, "--verbose"}).out, HasSubstr("k2"));
 }
 
 TEST_F(Program, BadUsageIsReportedInOneLine) {

@@ -105,7 +105,7 @@ TEST_F(CorrectCommand, AFolderOfFramesGivesAFolderOfViews) {
   EXPECT_THAT(run.out, HasSubstr("2 of 2 frames corrected"));
   EXPECT_THAT(run.out, HasSubstr("frames per second"));
   EXPECT_THAT(run.err, HasSubstr("not pictures: notes.txt"));
-  EXPECT_THAT(run.err, HasSubstr("[####################] 2/2"));
+  EXPECT_THAT(run.err, Not(HasSubstr("2/2"))) << "a progress bar in a file";
 }
 
 TEST_F(CorrectCommand, ABadFrameAmongManyIsReportedAndTheRestAreCorrected) {
