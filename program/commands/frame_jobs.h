@@ -16,7 +16,7 @@ bool isFolder(const std::filesystem::path& path);
 
 // One picture goes to the file `output`; several pictures, or a folder of them, go to the folder
 // `output`, which is made if it is missing. Of a folder, every file is taken that is a picture or
-// is called as one; other files are named in a note. Fails as bad input if that is not possible.
+// has the extension of one; a note names the others. Fails as bad input if that is not possible.
 std::vector<FrameJob> plannedJobs(const std::vector<std::filesystem::path>& frames,
                                   const std::filesystem::path& output, std::ostream& messages);
 

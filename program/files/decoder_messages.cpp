@@ -41,7 +41,7 @@ DecoderMessages::DecoderMessages() {
   }
   std::random_device random;
   path_ = folder / ("fisheye-calibration-" + std::to_string(random()) + std::to_string(random()));
-  file_ = std::fopen(nameOf(path_).c_str(), "w+bx");
+  file_ = std::fopen(nameOf(path_).c_str(), "w+b");
   if (file_ == nullptr) {
     return;
   }
