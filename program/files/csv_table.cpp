@@ -74,11 +74,11 @@ void checkLength(const CsvTable& table, const CsvRow& row) {
   const CsvField& where = found > expected ? row.fields[expected] : row.fields.back();
   const bool decimals = table.separator == ',' && found > expected &&
                         std::all_of(row.fields.begin(), row.fields.end(), isNumber);
-  failBadInput(
-      located(table.name, row.line, where.column,
-              std::to_string(found) + (found == 1 ? " value" : " values") +
-                  " where the header names " + std::to_string(expected) +
-                  (decimals ? "; if decimals follow commas, separate the values by semicolons" : "")));
+  failBadInput(located(
+      table.name, row.line, where.column,
+      std::to_string(found) + (found == 1 ? " value" : " values") + " where the header names " +
+          std::to_string(expected) +
+          (decimals ? "; if decimals follow commas, separate the values by semicolons" : "")));
 }
 
 // Takes the first line of values for the header. A line of numbers is none: then the names are
