@@ -6,6 +6,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "files/csv_dialect.h"
 #include "files/csv_table.h"
 
 namespace fisheye_calibration::program {
@@ -28,9 +29,7 @@ std::string_view withoutQuotes(std::string_view value) {
 }
 
 const char* commaHint(std::string_view value) {
-  std::string withPoint(value);
-  std::replace(withPoint.begin(), withPoint.end(), ',', '.');
-  return parseNumber(withPoint) ? "; decimals follow a point, not a comma" : "";
+  return hasDecimalComma(value) ? "; decimals follow a point, not a comma" : "";
 }
 
 }  // namespace
