@@ -1,17 +1,18 @@
-// solver::calibrateRobustly on 50 views of 100 points, and one step of its iteration against the
+// robust::calibrateRobustly on 50 views of 100 points, and one step of its iteration against the
 // same step by one dense matrix. One thread.
 #include <benchmark/benchmark.h>
 
 #include <cmath>
 
-#include "solver/bundle.h"
-#include "solver/robust_calibration.h"
+#include "robust/bundle.h"
+#include "robust/robust_calibration.h"
 #include "support/synthetic_rig.h"
 #include "timing.h"
 
 namespace {
 
 namespace lens = fisheye_calibration::lens;
+namespace robust = fisheye_calibration::robust;
 namespace solver = fisheye_calibration::solver;
 
 constexpr int kPointsPerSide = 10;
@@ -20,7 +21,7 @@ constexpr double kNoise = 0.3;  // px
 struct Scene {
   support::RigCamera camera;
   std::vector<solver::ViewPoints> views;
-  solver::Bundle truth;
+  robust::Bundle truth;
 
   explicit Scene(int count) {
     support::Bed bed;
@@ -56,8 +57,8 @@ struct Scene {
 void wholeCalibration(benchmark::State& state) {
   const Scene scene(static_cast<int>(state.range(0)));
   for ([[maybe_unused]] auto step : state) {
-    const auto result = solver::calibrateRobustly(scene.views, scene.camera.imageSize);
-    if (result.status != solver::RobustStatus::kSolved) {
+    const auto result = robust::calibrateRobustly(scene.views, scene.camera.imageSize);
+    if (result.status != robust::RobustStatus::kSolved) {
       state.SkipWithError("not solved");
       break;
     }
@@ -66,7 +67,7 @@ void wholeCalibration(benchmark::State& state) {
 BENCHMARK(wholeCalibration)->Arg(1)->Arg(5)->Arg(50)->Unit(benchmark::kMillisecond);
 
 // The arrow-shaped system as one dense matrix.
-void fillDense(const solver::BundleEquations& equations, cv::Mat& A, cv::Mat& b) {
+void fillDense(const robust::BundleEquations& equations, cv::Mat& A, cv::Mat& b) {
   const int unknowns = 6 + 6 * static_cast<int>(equations.M.views.size());
   A = cv::Mat::zeros(unknowns, unknowns, CV_64F);
   b.create(unknowns, 1, CV_64F);
@@ -89,19 +90,19 @@ void fillDense(const solver::BundleEquations& equations, cv::Mat& A, cv::Mat& b)
 // Counter "ratio": time of the dense solution over that of the elimination.
 void stepOfTheIteration(benchmark::State& state) {
   const Scene scene(static_cast<int>(state.range(0)));
-  const solver::BundleProblem problem{scene.views, solver::PointWeights(scene.views.size()),
-                                      solver::LensPrior(scene.camera.imageSize, false), 1, false};
-  const solver::BundleEquations equations = solver::bundleEquations(problem, scene.truth);
+  const robust::BundleProblem problem{scene.views, robust::PointWeights(scene.views.size()),
+                                      robust::LensPrior(scene.camera.imageSize, false), 1, false};
+  const robust::BundleEquations equations = robust::bundleEquations(problem, scene.truth);
   cv::Mat A;
   cv::Mat b;
   fillDense(equations, A, b);
-  solver::ArrowVector eliminated;
+  robust::ArrowVector eliminated;
   cv::Mat dense;
   double ours = 0;
   double plain = 0;
   for ([[maybe_unused]] auto step : state) {
     ours += bench::milliseconds(
-        [&] { eliminated = solver::ArrowInverse(equations.M, false).times(equations.b); });
+        [&] { eliminated = robust::ArrowInverse(equations.M, false).times(equations.b); });
     plain += bench::milliseconds([&] { cv::solve(A, b, dense, cv::DECOMP_CHOLESKY); });
   }
   if (!(std::abs(eliminated.lens[0] - dense.at<double>(0)) <
