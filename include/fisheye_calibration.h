@@ -292,12 +292,12 @@ FISHEYE_CALIBRATION_API bool HandEyeCalibration(std::vector<CalibrationPoint> po
                                                 double& errorY);
 
 // Setup aid: rectifies "D:/CorrectedImage.bmp" by the perspective transform of exactly four points
-// (points 0 and 3 form a diagonal), shows it in a window, waits for a key and writes
-// "D:/CorrectedImage2.bmp" (5184 x 5184). params, value1 and value2 are never written
-// (compatibility 44). Returns false for an empty list; throws cv::Exception for any other number of
-// points than four (code -215), a missing input picture, or if no window can be opened. Call it on
-// a thread that may own windows. Built with FISHEYE_CALIBRATION_INTERACTIVE=OFF it neither opens a
-// window nor waits.
+// (points 0 and 3 form a diagonal), shows it in a window, waits for a key or until the window is
+// closed, and writes "D:/CorrectedImage2.bmp" (5184 x 5184). params, value1 and value2 are never
+// written (compatibility 44). Returns false for an empty list; throws cv::Exception for any other
+// number of points than four (code -215), a missing input picture, or if no window can be opened.
+// Call it on a thread that may own windows. Built with FISHEYE_CALIBRATION_INTERACTIVE=OFF it
+// neither opens a window nor waits.
 FISHEYE_CALIBRATION_API bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points,
                                                                double* const params, double& value1,
                                                                double& value2);

@@ -80,7 +80,7 @@ Outputs checkedOutputs(const Options& options) {
 }
 
 Input inputFromPicture(const Options& options, OutputFiles& files, const Streams& streams) {
-  DetectedTarget found = detectInPicture(options.input, options.target, files, streams.messages);
+  DetectedTarget found = detectInPicture(options.input, options.target, files, streams);
   const Size image = {.width = found.grey.cols, .height = found.grey.rows};
   return {.points = std::move(found.points), .image = image, .background = found.grey};
 }
@@ -167,12 +167,12 @@ int run(const Options& options, const Streams& streams) {
   OutputFiles files;
   const Input input = readInput(options, files, streams);
   warnBefore(checkInput(input.points, input.image), streams.messages);
-  streams.messages << "solving with " << input.points.size() << " points ..." << std::endl;
+  streams.progress << "solving with " << input.points.size() << " points ..." << std::endl;
   const CalibrationResult result = solve(input, nameOf(options.input));
   const Findings findings = checkResult(result, input.image, input.corrected);
   const bool trusted = !anyImpossible(findings);
 
-  streams.out << describeResult(result, input.corrected) << std::flush;
+  streams.out << describeResult(result, input.corrected, streams.verbose) << std::flush;
   stageResiduals(files, outputs, input, result, trusted);
   const bool save = trusted || options.force;
   if (save) {

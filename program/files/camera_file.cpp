@@ -13,16 +13,12 @@ namespace fisheye_calibration::program {
 namespace {
 
 // The file format's own spelling.
-constexpr std::string_view kSectionName = "CalibraionParam";
+constexpr const char* kSectionName = "CalibraionParam";
 
 }  // namespace
 
 std::vector<std::string> inspectCameraText(const std::string& name, std::string_view text) {
-  const IniSection section = readIniSection(text, kSectionName);
-  if (!section.found) {
-    failBadInput(name + ": not a camera file, there is no section [" + std::string(kSectionName) +
-                 "] in it");
-  }
+  const IniSection section = requireIniSection(name, text, kSectionName, "a camera file");
   std::vector<std::string> keys;
   for (const RecordField& field : recordFields()) {
     keys.emplace_back(field.name);

@@ -23,7 +23,7 @@ constexpr const char* kPointColumns = "PointId,Xw,Yw,ImagePtX,ImagePtY";
 }  // namespace
 
 std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_view text) {
-  const CsvTable table = parseCsv(name, text);
+  const CsvTable table = parseCsv(name, text, {"PointId", "Xw", "Yw", "ImagePtX", "ImagePtY"});
   const std::size_t id = table.require("PointId");
   const std::size_t Xw = table.require("Xw");
   const std::size_t Yw = table.require("Yw");

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <ostream>
 #include <string>
 
@@ -45,7 +46,7 @@ TEST_P(RealPhotos, GiveThePointsFoundBeforeInTheSameOrder) {
   const auto expected = parsePoints(
       photo.name, support::bytesOf((folder / (std::string(photo.name) + ".csv")).string()));
   const auto found =
-      detectTarget(readGreyPicture(picture.string()),
+      detectTarget(readGreyPicture(picture.string(), std::cerr),
                    {TargetKind::kChessboard, photo.columns, photo.rows}, [](const std::string&) {});
   ASSERT_TRUE(found.has_value());
   ASSERT_EQ(found->grid.size(), expected.size());

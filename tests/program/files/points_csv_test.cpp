@@ -25,6 +25,14 @@ TEST(PointsCsv, OtherColumnsAreIgnored) {
   EXPECT_EQ(points.at(0).ImagePtY, 5.0f);
 }
 
+TEST(PointsCsv, FiveNumbersNeedNoHeader) {
+  const auto points = parsePoints("p.csv", "1;2,5;3;4;5\n2;3;4;5;6\n");
+  ASSERT_EQ(points.size(), 2u);
+  EXPECT_EQ(points[0].PointId, 1);
+  EXPECT_EQ(points[0].Xw, 2.5f);
+  EXPECT_EQ(points[1].ImagePtY, 6.0f);
+}
+
 TEST(PointsCsv, AFileWithoutPointsIsReported) {
   try {
     parsePoints("p.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n");
