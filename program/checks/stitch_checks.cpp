@@ -92,7 +92,7 @@ void checkIds(const StitchPair& pair, const SharedPoints& shared, Findings& find
   std::set<int> dropped;
   for (const CalibrationPoint& point : pair.right.points) {
     const int id = point.PointId;
-    if (left.count(id) != 0 && used.count(id) == 0) {
+    if (left.contains(id) && !used.contains(id)) {
       dropped.insert(id);
     }
   }
@@ -190,8 +190,10 @@ double overlapArea(const StitchPair& pair) {
   const cv::Rect2d both = bedRectangle(pair.left) & bedRectangle(pair.right);
   int seen = 0;
   for (int i = 0; i < kSamples * kSamples; ++i) {
-    const cv::Point2d bed(both.x + both.width * (i % kSamples + 0.5) / kSamples,
-                          both.y + both.height * (i / kSamples + 0.5) / kSamples);
+    const int column = i % kSamples;
+    const int row = i / kSamples;
+    const cv::Point2d bed(both.x + both.width * (column + 0.5) / kSamples,
+                          both.y + both.height * (row + 0.5) / kSamples);
     if (sees(pair.left, bed) && sees(pair.right, bed)) {
       ++seen;
     }

@@ -55,9 +55,9 @@ Outputs checkedOutputs(const Options& options) {
   const auto inFolder = [&](const std::filesystem::path& given, const char* name) {
     return given.empty() ? folder / name : given;
   };
-  const Outputs outputs = {.camera = options.output,
-                           .plot = inFolder(options.residualPlot, "residuals.png"),
-                           .table = inFolder(options.residualTable, "residuals.csv")};
+  Outputs outputs = {.camera = options.output,
+                     .plot = inFolder(options.residualPlot, "residuals.png"),
+                     .table = inFolder(options.residualTable, "residuals.csv")};
   const std::pair<const char*, const std::filesystem::path&> all[] = {
       {"-o", outputs.camera},
       {"--residual-plot", outputs.plot},

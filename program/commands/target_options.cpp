@@ -73,6 +73,7 @@ std::vector<CalibrationPoint> numbered(const std::vector<GridPoint>& grid, const
                               static_cast<double>(world.spacing) * steps);
   };
   std::vector<CalibrationPoint> points;
+  points.reserve(grid.size());
   int id = world.firstId;
   for (const GridPoint& position : grid) {
     points.push_back({.PointId = id++,

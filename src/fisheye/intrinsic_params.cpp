@@ -37,7 +37,7 @@ void distribute(IntrinsicParams& p, const cv::Mat& a, Use use, const char* funct
 
 }  // namespace
 
-IntrinsicParams::IntrinsicParams() : skew(0), estimateMask(kParameters, 0) {}
+IntrinsicParams::IntrinsicParams() : estimateMask(kParameters, 0) {}
 
 IntrinsicParams IntrinsicParams::operator+(const cv::Mat& a) const {
   constexpr auto kName = "cv::internal::IntrinsicParams::operator +";  // compatibility 20

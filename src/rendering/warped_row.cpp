@@ -6,7 +6,7 @@ namespace fisheye_calibration::rendering {
 
 std::optional<LocalQuotients> localQuotients(const WarpedRow& row, int x) {
   const cv::Matx33d& Hinv = row.warp().Hinv;
-  constexpr double kHalf = kRun / 2;
+  constexpr double kHalf = 0.5 * kRun;
   const double px = x + kHalf - row.warp().dx;
   const double nx = row.sum(0, px);
   const double ny = row.sum(1, px);
