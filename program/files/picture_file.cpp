@@ -67,7 +67,7 @@ cv::Mat readAs(const std::filesystem::path& path, int kind, std::ostream& messag
     failBadInput(name + ": the file ends before the picture does");
   }
   std::string printed;
-  const cv::Mat picture = decoded(bytes, kind, printed);
+  cv::Mat picture = decoded(bytes, kind, printed);
   if (picture.empty()) {
     failBadInput(name + ": not a picture that can be read" +
                  (printed.empty() ? "" : " (" + printed + ")"));
