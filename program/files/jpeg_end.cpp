@@ -6,7 +6,7 @@ namespace fisheye_calibration::program {
 namespace {
 
 constexpr unsigned kTemporary = 0x01;
-constexpr unsigned kFirstRestart = 0xD0;
+constexpr unsigned kFirstRestart = 0xD0;  // to 0xD7
 constexpr unsigned kStartOfImage = 0xD8;
 constexpr unsigned kEndOfImage = 0xD9;
 constexpr unsigned kMarker = 0xFF;
