@@ -92,7 +92,7 @@ ArrowInverse::ArrowInverse(const ArrowMatrix& M, bool holdLens) {
   exists_ = true;
 }
 
-ArrowInverse::Tall ArrowInverse::Q(std::size_t j) const {
+ArrowInverse::Tall ArrowInverse::lensToView(std::size_t j) const {
   Tall q;
   for (int i = 0; i < kLensUnknowns; ++i) {
     q(i, i) = 1;
@@ -117,7 +117,7 @@ ArrowVector ArrowInverse::times(const ArrowVector& b) const {
 }
 
 ViewMatrix ArrowInverse::block(std::size_t j) const {
-  const Tall q = Q(j);
+  const Tall q = lensToView(j);
   ViewMatrix A = q * lens_ * q.t();
   addTo(A, kLensUnknowns, kLensUnknowns, pose_[j]);
   return A;
@@ -126,7 +126,7 @@ ViewMatrix ArrowInverse::block(std::size_t j) const {
 cv::Matx66d ArrowInverse::reduced(const ArrowMatrix& C) const {
   cv::Matx66d sum = C.prior;
   for (std::size_t j = 0; j < C.views.size(); ++j) {
-    const Tall q = Q(j);
+    const Tall q = lensToView(j);
     sum += q.t() * C.views[j] * q;
   }
   return sum;
@@ -136,7 +136,7 @@ cv::Matx66d ArrowInverse::reduced(const ArrowMatrix& C) const {
 //   Q_j S^-1 (Q^T C Q) S^-1 Q_j^T + E + E^T + diag(0, V_j^-1 C_pose V_j^-1),
 //   E = Q_j S^-1 [0  Q_j^T C_j(:, pose) V_j^-1]
 ViewMatrix ArrowInverse::product(const ArrowMatrix& C, std::size_t j) const {
-  const Tall q = Q(j);
+  const Tall q = lensToView(j);
   const Tall left = q * lens_;
   ViewMatrix result = left * reduced(C) * left.t();
   const Tall poseColumns = C.views[j].get_minor<kViewUnknowns, kPoseUnknowns>(0, kLensUnknowns);
@@ -152,7 +152,7 @@ ViewMatrix ArrowInverse::product(const ArrowMatrix& C, std::size_t j) const {
 }
 
 ViewMatrix ArrowInverse::followingLens(const cv::Matx66d& L, std::size_t j) const {
-  const Tall q = Q(j);
+  const Tall q = lensToView(j);
   return q * L * q.t();
 }
 

@@ -66,7 +66,7 @@ class ArrowInverse {
  private:
   using Tall = cv::Matx<double, kViewUnknowns, kLensUnknowns>;
 
-  Tall Q(std::size_t j) const;
+  Tall lensToView(std::size_t j) const;
   cv::Matx66d reduced(const ArrowMatrix& C) const;  // Q^T C Q
 
   cv::Matx66d lens_;                 // S^-1

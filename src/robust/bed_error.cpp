@@ -57,6 +57,7 @@ double bedSigma(const BedView& view, const cv::Point2d& g) {
 std::vector<double> bedBounds(const BedView& view, const std::vector<cv::Point2d>& grid) {
   const PosedCamera posed(view.camera, view.pose);
   std::vector<double> bounds;
+  bounds.reserve(grid.size());
   for (const cv::Point2d& g : grid) {
     bounds.push_back(kBoundFactor * sigmaAt(posed, view.covariance, g));
   }
@@ -69,6 +70,7 @@ std::vector<double> judgedBedErrors(const BedView& view, const lens::Camera& jud
   const PosedCamera posed(view.camera, view.pose);
   const PosedCamera other(judged, judgedPose);
   std::vector<double> errors;
+  errors.reserve(grid.size());
   for (const cv::Point2d& g : grid) {
     cv::Point2d q;
     const auto shown = isSeen(other, g, q) ? bedPointOf(view.camera, view.pose, q) : std::nullopt;

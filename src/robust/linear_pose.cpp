@@ -180,6 +180,7 @@ std::optional<lens::Pose> robustLinearPose(const solver::ViewPoints& view,
     const std::vector<double> angles = anglesToRays(view, rays, *pose);
     const double scale = std::max(median(angles), kSmallestScale);
     std::vector<double> weights;
+    weights.reserve(angles.size());
     for (const double angle : angles) {
       weights.push_back(1 / (1 + angle * angle / (scale * scale)));
     }
