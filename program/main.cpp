@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "base/failure.h"
-#include "base/terminal.h"
+#include "base/standard_error.h"
 #include "base/text.h"
 #include "commands/calibrate_command.h"
 #include "commands/correct_command.h"

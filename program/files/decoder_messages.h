@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdio>
-#include <filesystem>
 #include <string>
 
 namespace fisheye_calibration::program {
@@ -23,9 +22,8 @@ class DecoderMessages {
  private:
   void restore();
 
-  std::filesystem::path path_;
-  std::FILE* file_ = nullptr;
-  int standardError_ = -1;  // a duplicate of the original
+  std::FILE* file_;
+  int saved_ = -1;  // the original standard error while it is redirected
 };
 
 }  // namespace fisheye_calibration::program

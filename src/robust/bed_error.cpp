@@ -1,5 +1,6 @@
 #include "robust/bed_error.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -45,7 +46,7 @@ double sigmaAt(const PosedCamera& posed, const ViewMatrix& Sigma, const cv::Poin
   }
   const cv::Matx<double, 2, kViewUnknowns> G =
       cv::Matx22d(-F(1, 1), F(0, 1), F(1, 0), -F(0, 0)) * (1 / determinant) * J;
-  return std::sqrt(cv::trace(G * Sigma * G.t()));
+  return std::sqrt(std::max(0.0, cv::trace(G * Sigma * G.t())));  // rounding may make 0 negative
 }
 
 }  // namespace

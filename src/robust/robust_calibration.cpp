@@ -126,6 +126,9 @@ RobustCalibration calibrateRobustly(const std::vector<solver::ViewPoints>& views
   }
 
   Fit fit = fitWithNoise(views, settings, *start);
+  if (!std::isfinite(fit.equations.rss)) {
+    return refused(result, RobustStatus::kNotConverged);
+  }
   const Bundle ofAllViews = fit.bundle;
   result.wrongPoints = findWrongPoints(views, settings, fit, start->camera);
   std::vector<solver::ViewPoints> used = views;

@@ -32,9 +32,9 @@ enum class RobustStatus {
   kSolved,
   kBadInput,      // no view or image size, lists that do not pair, numbers that are not finite,
                   // target points with Z other than 0, a held lens without focal length
-  kTooFewPoints,  // a view has fewer than four, or together they leave the unknowns open
+  kTooFewPoints,  // a view has fewer than four, a single one fewer than seven
   kDegenerate,    // a view's points do not determine its pose, or the views not the lens
-  kNotConverged,  // for example because the focal length is open: four points of one view
+  kNotConverged,
   kBehindCamera,  // the best solution has a point beyond 90 degrees, where the model ends
   kTooManyWrongPoints,  // more than a fifth of a view's points contradict the rest
   kTooManyWrongViews,   // more than a fifth of the views contradict the rest

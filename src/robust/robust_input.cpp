@@ -7,7 +7,6 @@ namespace fisheye_calibration::robust {
 namespace {
 
 constexpr std::size_t kFewestPoints = 4;
-constexpr std::size_t kPriorRows = 5;
 
 bool isFinite(const std::vector<double>& values) {
   return std::all_of(values.begin(), values.end(), [](double x) { return std::isfinite(x); });
@@ -36,8 +35,9 @@ std::optional<Refusal> checkInput(const std::vector<solver::ViewPoints>& views,
       (options.heldLens && !isValid(*options.heldLens))) {
     return Refusal{RobustStatus::kBadInput, std::nullopt};
   }
-  // Rows beyond those that the poses take.
-  std::size_t rows = options.priors ? kPriorRows : 0;
+  // Equations beyond those that the poses take. The priors do not count: the noise is estimated
+  // from equations that the unknowns leave over.
+  std::size_t rows = 0;
   for (std::size_t j = 0; j < views.size(); ++j) {
     if (!isValid(views[j])) {
       return Refusal{RobustStatus::kBadInput, j};
@@ -47,7 +47,7 @@ std::optional<Refusal> checkInput(const std::vector<solver::ViewPoints>& views,
     }
     rows += 2 * views[j].size() - kPoseUnknowns;
   }
-  if (!options.heldLens && rows < kLensUnknowns) {
+  if (!options.heldLens && rows <= kLensUnknowns) {
     return Refusal{RobustStatus::kTooFewPoints, std::nullopt};
   }
   return std::nullopt;

@@ -187,16 +187,22 @@ TEST(RobustCalibration, FewPointsAssumeTheNoise) {
       robust::calibrateRobustly({chosen(all, {0, 8, 54, 62})}, scene.camera.imageSize, options));
 }
 
-// The focal length is open and drifts.
-TEST(RobustCalibration, FourPointsDoNotDetermineALens) {
+// Six points give twelve equations for twelve unknowns: nothing is left to estimate the noise from.
+TEST(RobustCalibration, SixPointsDoNotDetermineALensAndSevenDo) {
   const Scene scene;
-  const solver::ViewPoints corners = chosen(scene.seen(0.2, 1), {0, 8, 54, 62});
-  EXPECT_EQ(robust::calibrateRobustly({corners}, scene.camera.imageSize).status,
-            RobustStatus::kNotConverged);
-  robust::RobustOptions options;
-  options.priors = false;
-  EXPECT_EQ(robust::calibrateRobustly({corners}, scene.camera.imageSize, options).status,
-            RobustStatus::kTooFewPoints);
+  const solver::ViewPoints all = scene.seen(0.2, 1);
+  for (const bool priors : {false, true}) {
+    robust::RobustOptions options;
+    options.priors = priors;
+    EXPECT_EQ(robust::calibrateRobustly({chosen(all, {0, 8, 27, 35, 54, 62})},
+                                        scene.camera.imageSize, options)
+                  .status,
+              RobustStatus::kTooFewPoints);
+  }
+  EXPECT_EQ(
+      robust::calibrateRobustly({chosen(all, {0, 8, 27, 31, 35, 54, 62})}, scene.camera.imageSize)
+          .status,
+      RobustStatus::kSolved);
 }
 
 class HostileInput : public testing::Test {
