@@ -23,6 +23,7 @@
 #include "commands/map_command.h"
 #include "commands/stitch_command.h"
 #include "commands/straighten_command.h"
+#include "commands/verify_command.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -45,7 +46,8 @@ constexpr const char* kFooter =
 std::vector<Command> addCommands(CLI::App& app) {
   return {addDetectCommand(app),  addCalibrateCommand(app),  addCorrectCommand(app),
           addCropCommand(app),    addStitchCommand(app),     addMapCommand(app),
-          addHandEyeCommand(app), addStraightenCommand(app), addInfoCommand(app)};
+          addHandEyeCommand(app), addStraightenCommand(app), addInfoCommand(app),
+          addVerifyCommand(app)};
 }
 
 // The image library's errors arrive as exceptions with their text; its own messages would repeat

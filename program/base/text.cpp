@@ -98,6 +98,13 @@ std::string general(double value, int significant) {
   return converted(value, std::chars_format::general, significant);
 }
 
+std::string roundedToTwo(double value) {
+  if (std::abs(value) < 1e-4) {
+    return "0";
+  }
+  return std::abs(value) < 99.5 ? general(value, 2) : fixed(value, 0);
+}
+
 std::string_view trimmed(std::string_view text) {
   while (!text.empty() && isBlank(text.front())) {
     text.remove_prefix(1);

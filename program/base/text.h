@@ -33,6 +33,10 @@ std::string signedTerm(int value);
 // `significant` digits, no trailing zeros.
 std::string general(double value, int significant);
 
+// Two significant digits, whole numbers from 100 on and 0 below 0.0001: "0.034", "1.1", "25",
+// "146". For errors, which nobody needs more exactly.
+std::string roundedToTwo(double value);
+
 std::string_view trimmed(std::string_view text);
 bool equalIgnoringCase(std::string_view a, std::string_view b);
 std::string padLeft(std::string text, std::size_t width);

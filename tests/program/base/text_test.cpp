@@ -73,5 +73,15 @@ TEST(Text, TheNearestNameIsOneOfFewEdits) {
 
 TEST(Text, MessagesBecomeOneLine) { EXPECT_EQ(onOneLine("  a\n\tb  c \n"), "a b c"); }
 
+TEST(Text, ErrorsAreRoundedToTwoDigits) {
+  EXPECT_EQ(roundedToTwo(0.03449), "0.034");
+  EXPECT_EQ(roundedToTwo(1.12), "1.1");
+  EXPECT_EQ(roundedToTwo(99.4), "99");
+  EXPECT_EQ(roundedToTwo(99.6), "100");
+  EXPECT_EQ(roundedToTwo(146.3), "146");
+  EXPECT_EQ(roundedToTwo(0.00001), "0");
+  EXPECT_EQ(roundedToTwo(-25.4), "-25");
+}
+
 }  // namespace
 }  // namespace fisheye_calibration::program

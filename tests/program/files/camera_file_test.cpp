@@ -78,7 +78,7 @@ TEST(CameraFile, SavingKeepsOtherSectionsAndComments) {
   const support::TemporaryFolder folder;
   const std::string path = writeFile(folder, "c.ini", "; mine\n[Other]\nq=1\n");
   OutputFiles files;
-  stageCamera(files, path, sampleRecord());
+  stageCamera(files, path, sampleRecord(), {.onBed = 0.5});
   EXPECT_EQ(support::bytesOf(path), "; mine\n[Other]\nq=1\n");
   files.commit();
   EXPECT_THAT(support::bytesOf(path), HasSubstr("; mine"));

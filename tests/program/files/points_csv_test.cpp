@@ -53,11 +53,14 @@ TEST(PointsCsv, WhatIsWrittenIsReadBack) {
   EXPECT_EQ(back.ImagePtY, point.ImagePtY);
 }
 
-TEST(PointsCsv, ResidualsHoldTheLengthOfTheError) {
-  const CalibrationPoint point = {.PointId = 1, .ReprojErrX = 3, .ReprojErrY = -4};
-  EXPECT_EQ(formatResiduals({point}),
-            "PointId,Xw,Yw,ImagePtX,ImagePtY,ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n"
-            "1,0,0,0.0000,0.0000,0.0000,0.0000,3.0000,-4.0000,5.0000\n");
+TEST(PointsCsv, ResidualsHoldTheLengthOfTheErrorAndWhatWasLeftOut) {
+  const CalibrationPoint first = {.PointId = 1, .ReprojErrX = 3, .ReprojErrY = -4};
+  const CalibrationPoint second = {.PointId = 2};
+  EXPECT_EQ(formatResiduals({first, second}, {1}),
+            "PointId,Xw,Yw,ImagePtX,ImagePtY,ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr,"
+            "LeftOut\n"
+            "1,0,0,0.0000,0.0000,0.0000,0.0000,3.0000,-4.0000,5.0000,0\n"
+            "2,0,0,0.0000,0.0000,0.0000,0.0000,0.0000,0.0000,0.0000,1\n");
 }
 
 }  // namespace
