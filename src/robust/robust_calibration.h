@@ -35,7 +35,7 @@ enum class RobustStatus {
   kTooFewPoints,  // a view has fewer than four, a single one fewer than seven
   kDegenerate,    // a view's points do not determine its pose, or the views not the lens
   kNotConverged,
-  kBehindCamera,  // the best solution has a point beyond 90 degrees, where the model ends
+  kBehindCamera,        // the best solution has a point beyond 90 degrees, where the model ends
   kTooManyWrongPoints,  // more than a fifth of a view's points contradict the rest
   kTooManyWrongViews,   // more than a fifth of the views contradict the rest
 };
