@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,12 @@ double trueError(const FishEyeCalibrationParam& record, const SyntheticCamera& c
                                            bed.y - static_cast<double>(point.Yw)));
   }
   return largest;
+}
+
+// Whether the text contains a match of the regular expression. GoogleTest's own matcher knows only
+// simple ones on Windows.
+bool contains(const std::string& text, const std::string& expression) {
+  return std::regex_search(text, std::regex(expression));
 }
 
 class CalibrateAccuracy : public testing::Test {
@@ -77,10 +84,12 @@ TEST_F(CalibrateAccuracy, TheBoundCoversTheTrueErrorInsideTheTarget) {
 TEST_F(CalibrateAccuracy, OneLineSaysTheErrorOnTheBedAndTheLastOnesWhatToDo) {
   const Outcome run = calibrate({write("points.csv", noisyPoints({}, 0.2, 4))});
   ASSERT_EQ(run.exitCode, 0) << run.err;
-  EXPECT_THAT(run.out, testing::ContainsRegex("\nbed error \\(95 %\\): [0-9.]+ mm inside the "
-                                              "target, [0-9.]+ mm on the bed\n"
-                                              "good for [0-9.]+ mm work[^\n]*\n"
-                                              "next: fisheye-calibration correct "));
+  EXPECT_TRUE(
+      contains(run.out,
+               "\nbed error \\(95 %\\): [0-9.]+ mm inside the target, [0-9.]+ mm on the bed\n"
+               "good for [0-9.]+ mm work[^\n]*\n"
+               "next: fisheye-calibration correct "))
+      << run.out;
   EXPECT_TRUE(std::filesystem::exists(folder.file("accuracy.png")));
   EXPECT_THAT(report()["verdict"].get<std::string>(), HasSubstr("good for "));
 }
@@ -117,8 +126,8 @@ TEST_F(CalibrateAccuracy, AWrongPointIsNamedAndLeftOut) {
   EXPECT_THAT(run.err, HasSubstr("points.csv: point 21 contradicts the other points (left out)\n"));
   EXPECT_THAT(report()["views"][0]["wrongPointIds"].get<std::vector<int>>(), ElementsAre(21));
   EXPECT_LT(report()["rms"].get<double>(), 0.6);
-  EXPECT_THAT(support::bytesOf(folder.file("residuals.csv")),
-              testing::ContainsRegex("\n21,[^\n]*,1\n"));
+  const std::string table = support::bytesOf(folder.file("residuals.csv"));
+  EXPECT_TRUE(contains(table, "\n21,[^\n]*,1\r?\n")) << table;
 }
 
 TEST_F(CalibrateAccuracy, KeepAllUsesAWrongPointAndStillNamesIt) {
