@@ -74,7 +74,8 @@ BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationP
   accuracy.errors = errorsAt(robust, record, image, accuracy.grid);
   accuracy.insideTarget = largestIn(target);
   accuracy.aroundTarget = largestIn(scaledAboutCentre(target, kAround));
-  accuracy.onBed = largestOf(accuracy.errors);
+  // The picture may leave out a part of the target, which lies on the bed, too.
+  accuracy.onBed = largestOf({largestOf(accuracy.errors), accuracy.insideTarget});
   return accuracy;
 }
 
