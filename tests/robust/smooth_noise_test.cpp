@@ -26,7 +26,7 @@ Case solvedCase(int viewCount, bool priors, robust::NoiseKind noise, bool holdLe
   const support::Rig rig = support::randomRig(7, viewCount, 0.3);
   Case c{robust_tests::viewPoints(rig),
          rig.camera.imageSize,
-         {robust::LensPrior(rig.camera.imageSize, priors), noise, holdLens},
+         {robust::LensPrior(rig.camera.imageSize, priors), noise, holdLens, {}},
          {},
          {}};
   robust::Bundle start{robust_tests::cameraOf(rig.camera), {}};
