@@ -20,7 +20,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
 # The cache of a build folder holds where each library was found; forget that if the library has been rebuilt
 # elsewhere.
-foreach(package IN ITEMS OpenCV hwy GTest CLI11)
+foreach(package IN ITEMS OpenCV hwy GTest CLI11 nlohmann_json)
   set(is_current FALSE)
   foreach(prefix IN LISTS CMAKE_FIND_ROOT_PATH)
     cmake_path(IS_PREFIX prefix "${${package}_DIR}" holds_it)

@@ -212,7 +212,7 @@ FISHEYE_CALIBRATION_API bool LoadDualCamerasCalibrationParam(const char* path,
 //   mask                                 null, or dstWidth x dstHeight bytes: 0 where the pixel
 //                                        shows image content, 255 elsewhere (compatibility 30)
 //
-// dst and mask may overlap src but not each other. Throws cv::Exception for buffers over 2^31 - 1
+// dst and mask may overlap src but not each other. Throws std::bad_alloc for buffers over 2^31 - 1
 // bytes. Returns false and writes nothing for null buffers, an empty source, a non-positive size of
 // dst, any other bit count, or a frame that is entirely black once the distortion is removed
 // (compatibility 34). A singular homography puts every pixel outside (image 0, mask 255) and
@@ -292,12 +292,12 @@ FISHEYE_CALIBRATION_API bool HandEyeCalibration(std::vector<CalibrationPoint> po
                                                 double& errorY);
 
 // Setup aid: rectifies "D:/CorrectedImage.bmp" by the perspective transform of exactly four points
-// (points 0 and 3 form a diagonal), shows it in a window, waits for a key and writes
-// "D:/CorrectedImage2.bmp" (5184 x 5184). params, value1 and value2 are never written
-// (compatibility 44). Returns false for an empty list; throws cv::Exception for any other number of
-// points than four (code -215), a missing input picture, or if no window can be opened. Call it on
-// a thread that may own windows. Built with FISHEYE_CALIBRATION_INTERACTIVE=OFF it neither opens a
-// window nor waits.
+// (points 0 and 3 form a diagonal), shows it in a window, waits for a key or until the window is
+// closed, and writes "D:/CorrectedImage2.bmp" (5184 x 5184). params, value1 and value2 are never
+// written (compatibility 44). Returns false for an empty list; throws cv::Exception for any other
+// number of points than four (code -215), a missing input picture, or if no window can be opened.
+// Call it on a thread that may own windows. Built with FISHEYE_CALIBRATION_INTERACTIVE=OFF it
+// neither opens a window nor waits.
 FISHEYE_CALIBRATION_API bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points,
                                                                double* const params, double& value1,
                                                                double& value2);

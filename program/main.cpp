@@ -6,10 +6,13 @@
 #include <new>
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
+#include <optional>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "base/failure.h"
+#include "base/standard_error.h"
 #include "base/text.h"
 #include "commands/calibrate_command.h"
 #include "commands/correct_command.h"
@@ -21,6 +24,7 @@
 #include "commands/stitch_command.h"
 #include "commands/straighten_command.h"
 #include "commands/target_command.h"
+#include "commands/verify_command.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -45,7 +49,7 @@ std::vector<Command> addCommands(CLI::App& app) {
   return {addTargetCommand(app),  addDetectCommand(app),  addCalibrateCommand(app),
           addCorrectCommand(app), addCropCommand(app),    addStitchCommand(app),
           addMapCommand(app),     addHandEyeCommand(app), addStraightenCommand(app),
-          addInfoCommand(app)};
+          addInfoCommand(app),    addVerifyCommand(app)};
 }
 
 // The image library's errors arrive as exceptions with their text; its own messages would repeat
@@ -57,6 +61,35 @@ int report(const std::string& message, int code) {
   return code;
 }
 
+// The parser's message with every word of more than 60 characters cut.
+std::string withShortWords(const std::string& message) {
+  constexpr std::size_t kLongest = 60;
+  std::istringstream words(message);
+  std::string text;
+  for (std::string word; words >> word;) {
+    text += (text.empty() ? "" : " ") +
+            (word.size() > kLongest ? word.substr(0, kLongest - 3) + "..." : word);
+  }
+  return text;
+}
+
+// The parser reports an unknown command as a missing one.
+std::optional<std::string> unknownCommand(const CLI::App& app, int argc, char** argv) {
+  const bool known = !app.get_subcommands().empty();
+  const auto isOption = [](const std::string& word) { return word.starts_with('-'); };
+  const auto first = std::find_if_not(argv + std::min(argc, 1), argv + argc, isOption);
+  if (known || first == argv + argc) {
+    return std::nullopt;
+  }
+  std::vector<std::string> names;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(command->get_name());
+  }
+  const std::optional<std::string> meant = nearest(*first, names);
+  return "unknown command " + inQuotes(*first) +
+         (meant ? "; did you mean " + *meant + "?" : ", there are " + joined(names, ", "));
+}
+
 int run(int argc, char** argv) {
   CLI::App app("Calibrates fisheye cameras over a work bed and converts points with them.");
   app.name(kName);
@@ -64,18 +97,32 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(kFooter);
   const std::vector<Command> commands = addCommands(app);
+  bool quiet = false;
+  bool verbose = false;
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    command->add_flag("--quiet", quiet, "print errors, warnings and requested values only");
+    command->add_flag("--verbose", verbose, "print more: k2 ... k5 of a camera");
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() == 0) {  // --help, --version
       return app.exit(error);
     }
-    return report(std::string(error.what()) + " (--help shows the usage)", kExitBadInput);
+    const std::string complaint =
+        unknownCommand(app, argc, argv).value_or(withShortWords(error.what()));
+    return report(complaint + " (--help shows the usage)", kExitBadInput);
   }
   const auto named = std::find_if(commands.begin(), commands.end(), [](const Command& command) {
     return command.arguments->parsed();
   });
-  return named->run({std::cin, std::cout, std::cerr});
+  std::ostream nowhere(nullptr);
+  return named->run({.in = std::cin,
+                     .out = quiet && !named->printsResults ? nowhere : std::cout,
+                     .messages = std::cerr,
+                     .progress = quiet ? nowhere : std::cerr,
+                     .progressBar = !quiet && isErrorTerminal(),
+                     .verbose = verbose});
 }
 
 // Reports what ended the program early in one line.
@@ -93,6 +140,9 @@ int runReporting(int argc, char** argv) {
     return failure.code();
   } catch (const std::bad_alloc&) {
     return report("not enough memory", kExitJobFailed);
+  } catch (const cv::Exception& failure) {
+    return report("the image library cannot work on this input (" + failure.err + ")",
+                  kExitJobFailed);
   } catch (const std::exception& failure) {
     return report(failure.what(), kExitJobFailed);
   }

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <numeric>
 
 namespace fisheye_calibration::program {
 namespace {
@@ -14,6 +15,9 @@ char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + '
 bool isBlank(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
 }
+
+// Of a character of several bytes in UTF-8.
+bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
 
 std::string_view withoutPlus(std::string_view text) {
   if (text.size() > 1 && text[0] == '+' && text[1] != '-') {
@@ -40,6 +44,22 @@ std::string converted(Arguments... arguments) {
   const auto [end, error] =
       std::to_chars(buffer.data(), buffer.data() + buffer.size(), arguments...);
   return error == std::errc() ? std::string(buffer.data(), end) : std::string("?");
+}
+
+// Levenshtein's distance, row by row: row[j] is that of the first characters of `a` and the first j
+// of `b`.
+std::size_t editDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (const char c : a) {
+    std::size_t diagonal = row[0]++;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t replaced = diagonal + (c == b[j - 1] ? 0 : 1);
+      diagonal = row[j];
+      row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+    }
+  }
+  return row.back();
 }
 
 }  // namespace
@@ -76,6 +96,13 @@ std::string shortest(double value) { return converted(value); }
 
 std::string general(double value, int significant) {
   return converted(value, std::chars_format::general, significant);
+}
+
+std::string roundedToTwo(double value) {
+  if (std::abs(value) < 1e-4) {
+    return "0";
+  }
+  return std::abs(value) < 99.5 ? general(value, 2) : fixed(value, 0);
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -116,6 +143,41 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
     all += part;
   }
   return all;
+}
+
+std::string inQuotes(std::string_view text) {
+  constexpr std::size_t kLongest = 60;
+  constexpr std::string_view kCut = "...";
+  std::size_t characters = 0;
+  std::size_t keptBytes = text.size();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (isContinuation(text[i])) {
+      continue;
+    }
+    if (characters == kLongest - kCut.size()) {
+      keptBytes = i;
+    }
+    ++characters;
+  }
+  const bool cut = characters > kLongest;
+  std::string result = "\"";
+  result += cut ? text.substr(0, keptBytes) : text;
+  result += cut ? kCut : "";
+  return onOneLine(result) + "\"";
+}
+
+std::optional<std::string> nearest(std::string_view text,
+                                   const std::vector<std::string>& candidates) {
+  std::optional<std::string> best;
+  std::size_t fewest = std::max<std::size_t>(2, text.size() / 3) + 1;
+  for (const std::string& candidate : candidates) {
+    const std::size_t distance = editDistance(text, candidate);
+    if (distance < fewest) {
+      fewest = distance;
+      best = candidate;
+    }
+  }
+  return best;
 }
 
 std::string onOneLine(std::string_view text) {

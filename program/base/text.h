@@ -33,11 +33,24 @@ std::string signedTerm(int value);
 // `significant` digits, no trailing zeros.
 std::string general(double value, int significant);
 
+// Two significant digits, whole numbers from 100 on and 0 below 0.0001: "0.034", "1.1", "25",
+// "146". For errors, which nobody needs more exactly.
+std::string roundedToTwo(double value);
+
 std::string_view trimmed(std::string_view text);
 bool equalIgnoringCase(std::string_view a, std::string_view b);
 std::string padLeft(std::string text, std::size_t width);
 std::string padRight(std::string text, std::size_t width);
 std::string joined(const std::vector<std::string>& parts, std::string_view separator);
+
+// The text in quotation marks, for messages. Text of more than 60 characters is cut and ends in
+// "...".
+std::string inQuotes(std::string_view text);
+
+// The candidate that takes the fewest inserted, deleted or replaced characters to get from `text`;
+// nothing if that is more than two and more than a third of its length.
+std::optional<std::string> nearest(std::string_view text,
+                                   const std::vector<std::string>& candidates);
 
 // The text with every run of blanks and line breaks replaced by one blank.
 std::string onOneLine(std::string_view text);

@@ -1,23 +1,46 @@
 #include "checks/checked_camera.h"
 
 #include <ostream>
+#include <string>
+#include <vector>
 
+#include "base/failure.h"
 #include "base/file_path.h"
 #include "checks/record_checks.h"
 #include "files/camera_file.h"
+#include "files/ini_section.h"
+#include "geometry/second_view.h"
 
 namespace fisheye_calibration::program {
 
-FishEyeCalibrationParam loadCheckedCamera(const std::filesystem::path& path,
+FishEyeCalibrationParam loadCheckedCamera(const std::filesystem::path& path, bool force,
                                           std::ostream& messages) {
   const CameraFile camera = loadCamera(path);
-  for (const std::string& complaint : camera.complaints) {
-    messages << "warning: " << complaint << "\n";
-  }
+  const std::string name = nameOf(path);
+  std::vector<std::string> impossible = camera.complaints;
   for (const Finding& finding : checkRecord(camera.param)) {
-    messages << "warning: " << nameOf(path) << ": " << finding.text << "\n";
+    const std::string text = name + ": " + finding.text;
+    if (finding.severity == Severity::kDoubtful) {
+      messages << "warning: " << text << "\n";
+    } else {
+      impossible.push_back(text);
+    }
   }
+  reportImpossible(impossible, name, force, messages);
   return camera.param;
+}
+
+void requireFittingSize(const FishEyeCalibrationParam& param, const std::filesystem::path& camera,
+                        const Size& size, bool force, std::ostream& messages) {
+  const std::string complaint = sizeComplaint(param, size);
+  if (complaint.empty()) {
+    return;
+  }
+  const std::string text = nameOf(camera) + ": " + complaint;
+  if (!force) {
+    failBadInput(text + " (--force goes on all the same)");
+  }
+  messages << "warning: " << text << "\n";
 }
 
 }  // namespace fisheye_calibration::program

@@ -1,16 +1,23 @@
-// Camera files, checked as they are loaded.
+// Camera files, checked as they are loaded. What is impossible in them is refused unless the user
+// forces its use.
 #pragma once
 
 #include <filesystem>
 #include <iosfwd>
 
+#include "base/size.h"
 #include "fisheye_calibration.h"
 
 namespace fisheye_calibration::program {
 
-// Loads a camera file and warns about everything suspicious in it. Fails as bad input where
-// loadCamera() does.
-FishEyeCalibrationParam loadCheckedCamera(const std::filesystem::path& path,
+// Loads a camera file. Fails as bad input where loadCamera() does, and for everything that `info`
+// calls impossible; with `force` it only warns of that, as of what is merely doubtful.
+FishEyeCalibrationParam loadCheckedCamera(const std::filesystem::path& path, bool force,
                                           std::ostream& messages);
+
+// Fails as bad input, or with `force` warns, if the second correction was made for another size of
+// the corrected picture: positions in it and in the world then do not match.
+void requireFittingSize(const FishEyeCalibrationParam& param, const std::filesystem::path& camera,
+                        const Size& size, bool force, std::ostream& messages);
 
 }  // namespace fisheye_calibration::program

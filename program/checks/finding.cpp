@@ -20,16 +20,22 @@ void addDoubtful(Findings& findings, FindingKind kind, std::string text,
   addFinding(findings, Severity::kDoubtful, kind, std::move(text), std::move(pointIds));
 }
 
+void addUntrusted(Findings& findings, FindingKind kind, std::string text,
+                  std::vector<int> pointIds) {
+  addFinding(findings, Severity::kUntrusted, kind, std::move(text), std::move(pointIds));
+}
+
 void addImpossible(Findings& findings, FindingKind kind, std::string text,
                    std::vector<int> pointIds) {
   addFinding(findings, Severity::kImpossible, kind, std::move(text), std::move(pointIds));
 }
 
-bool anyImpossible(const Findings& findings) {
-  return std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
-    return finding.severity == Severity::kImpossible;
-  });
+bool anyOf(const Findings& findings, Severity severity) {
+  return std::any_of(findings.begin(), findings.end(),
+                     [&](const Finding& finding) { return finding.severity == severity; });
 }
+
+bool anyImpossible(const Findings& findings) { return anyOf(findings, Severity::kImpossible); }
 
 std::string namedPoints(const std::vector<int>& ids) {
   constexpr std::size_t kLongest = 12;

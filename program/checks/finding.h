@@ -13,8 +13,6 @@ enum class FindingKind {
   kOutsideImage,
   kBeyondReach,
   kNearReach,
-  kSmallCoverage,
-  kSmallFrontalTarget,
   kCollinearPoints,
   kCoincidentPoints,
   kScalePair,
@@ -24,7 +22,6 @@ enum class FindingKind {
   kFocalLength,
   kPrincipalPoint,
   kLensCurve,
-  kLensShape,
   kRotation,
   kPose,
   kHomography,
@@ -44,10 +41,13 @@ enum class FindingKind {
   kFewSharedPoints,
   kSharedCoverage,
   kCameraOrder,
+  kSameCamera,
+  kDisagreement,
 };
 
 enum class Severity {
   kDoubtful,    // reported, and the work goes on
+  kUntrusted,   // the result is not to be trusted, and is written only if the user forces it
   kImpossible,  // the input cannot be used, or the result is not to be trusted
 };
 
@@ -64,9 +64,12 @@ void addFinding(Findings& findings, Severity severity, FindingKind kind, std::st
                 std::vector<int> pointIds = {});
 void addDoubtful(Findings& findings, FindingKind kind, std::string text,
                  std::vector<int> pointIds = {});
+void addUntrusted(Findings& findings, FindingKind kind, std::string text,
+                  std::vector<int> pointIds = {});
 void addImpossible(Findings& findings, FindingKind kind, std::string text,
                    std::vector<int> pointIds = {});
 
+bool anyOf(const Findings& findings, Severity severity);
 bool anyImpossible(const Findings& findings);
 
 // "points 1, 2 and 7". Every id is named once; long lists are cut and end with the number of ids

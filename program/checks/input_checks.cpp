@@ -16,9 +16,6 @@ namespace fisheye_calibration::program {
 namespace {
 
 constexpr double kNearReach = 0.95;            // of the solver's reach
-constexpr double kSmallCoverage = 0.08;        // of the picture's area
-constexpr double kFairCoverage = 0.25;         // enough, unless the target is seen frontally
-constexpr double kFrontalScaleRatio = 1.5;     // largest to smallest area scale within the target
 constexpr double kLineFlatness = 1e-4;         // breadth to length of what counts as one line
 constexpr double kNearlyLineFlatness = 0.03;   // ... and as almost one
 constexpr std::size_t kMostForSingles = 1000;  // points up to which each is left out in turn
@@ -86,32 +83,6 @@ void checkInside(const Points& points, const Size& image, Findings& findings) {
               outside);
 }
 
-void checkReach(const Points& points, const Size& image, Findings& findings) {
-  const double reach = solverReach(image);
-  const auto radius = [&](const CalibrationPoint& point) {
-    const cv::Point2d position = imagePosition(point);
-    return std::hypot(position.x - (image.width - 1) / 2.0, position.y - (image.height - 1) / 2.0);
-  };
-  const std::vector<int> beyond =
-      idsWhere(points, [&](const CalibrationPoint& point) { return radius(point) > reach; });
-  if (!beyond.empty()) {
-    addDoubtful(findings, FindingKind::kBeyondReach,
-                verb(beyond, " lies", " lie") + " more than " + general(reach, 6) +
-                    " px (half the longer side) from the centre; the solver diverges with such "
-                    "points: leave them out",
-                beyond);
-  }
-  const std::vector<int> nearly = idsWhere(points, [&](const CalibrationPoint& point) {
-    return radius(point) > kNearReach * reach && radius(point) <= reach;
-  });
-  if (!nearly.empty()) {
-    addDoubtful(findings, FindingKind::kNearReach,
-                verb(nearly, " lies", " lie") + " close to the solver's limit of " +
-                    general(reach, 6) + " px from the centre; it may diverge",
-                nearly);
-  }
-}
-
 void checkLine(const Points& points, Findings& findings) {
   const std::vector<cv::Point2d> world = bedPositions(points);
   const double flattest = std::min(flatness(world), flatness(imagePositions(points)));
@@ -162,22 +133,6 @@ void checkCoincidence(const Points& points, Findings& findings) {
   report(imagePosition, "place in the picture");
 }
 
-void checkCoverage(const Points& points, const Size& image, Findings& findings) {
-  const double share = coverage(points, image);
-  const std::string percent = fixed(100 * share, share < 0.1 ? 1 : 0) + " % of the picture";
-  if (share < kSmallCoverage) {
-    addDoubtful(findings, FindingKind::kSmallCoverage,
-                "the target covers only " + percent +
-                    "; that may not determine the lens, fill the view with it");
-  }
-  if (share < kFairCoverage && scaleRatio(points) < kFrontalScaleRatio) {
-    addDoubtful(findings, FindingKind::kSmallFrontalTarget,
-                "the target covers " + percent +
-                    " and is seen almost frontally; focal length and distance can hardly be told "
-                    "apart, tilt it or fill the view with it");
-  }
-}
-
 void checkScalePair(const Points& points, Findings& findings) {
   // The library takes the world units per pixel from the first and the last point of the list.
   const CalibrationPoint& first = points.front();
@@ -205,18 +160,44 @@ void checkScalePair(const Points& points, Findings& findings) {
 
 double solverReach(const Size& image) { return std::max(image.width, image.height) / 2.0; }
 
+Findings checkReach(const std::vector<CalibrationPoint>& points, const Size& image) {
+  Findings findings;
+  const double reach = solverReach(image);
+  const auto radius = [&](const CalibrationPoint& point) {
+    const cv::Point2d position = imagePosition(point);
+    return std::hypot(position.x - (image.width - 1) / 2.0, position.y - (image.height - 1) / 2.0);
+  };
+  const std::vector<int> beyond =
+      idsWhere(points, [&](const CalibrationPoint& point) { return radius(point) > reach; });
+  if (!beyond.empty()) {
+    addDoubtful(findings, FindingKind::kBeyondReach,
+                verb(beyond, " lies", " lie") + " more than " + general(reach, 6) +
+                    " px (half the longer side) from the centre; the solver diverges with such "
+                    "points: leave them out",
+                beyond);
+  }
+  const std::vector<int> nearly = idsWhere(points, [&](const CalibrationPoint& point) {
+    return radius(point) > kNearReach * reach && radius(point) <= reach;
+  });
+  if (!nearly.empty()) {
+    addDoubtful(findings, FindingKind::kNearReach,
+                verb(nearly, " lies", " lie") + " close to the solver's limit of " +
+                    general(reach, 6) + " px from the centre; it may diverge",
+                nearly);
+  }
+  return findings;
+}
+
 Findings checkInput(const std::vector<CalibrationPoint>& points, const Size& image) {
   Findings findings;
   checkCount(points, findings);
   checkIds(points, findings);
   checkInside(points, image, findings);
-  checkReach(points, image, findings);
   if (points.size() < kFewestPoints) {
     return findings;
   }
   checkLine(points, findings);
   checkCoincidence(points, findings);
-  checkCoverage(points, image, findings);
   checkScalePair(points, findings);
   return findings;
 }

@@ -19,10 +19,6 @@ constexpr double kLargestRms = 2;              // pixels
 constexpr double kFocalFactor = 3;             // against max(W, H)/pi
 constexpr double kCentralShare = 0.1;          // of the longer side, for the principal point
 constexpr double kLargestCorrectionError = 3;  // pixels: the outlier bound of the homography's fit
-// A single view often does not determine how much of the picture's scale is focal length and how
-// much is lens curve; a curve that no lens is built to shows that the solver chose wrongly.
-constexpr double kFlattestLens = 0.80;
-constexpr double kSteepestLens = 1.14;
 
 void checkReprojection(const CalibrationResult& result, Findings& findings) {
   if (!std::isfinite(result.rms)) {
@@ -72,18 +68,6 @@ void checkPrincipalPoint(const FishEyeCalibrationParam& param, const Size& image
                 position + " lies " + fixed(offset, 0) +
                     " px from the picture's centre; lenses are seldom mounted that far off");
   }
-}
-
-void checkLensShape(const FishEyeCalibrationParam& param, Findings& findings) {
-  const double shape = lensShape(param.k0, param.k1);
-  if (shape >= kFlattestLens && shape <= kSteepestLens) {
-    return;
-  }
-  addDoubtful(
-      findings, FindingKind::kLensShape,
-      "the lens curve is " + general(shape, 3) +
-          " times the angle at 60 degrees, which fisheye lenses (0.83 to 1.10) do not have; the "
-          "focal length is probably off, try another view");
 }
 
 void checkPoints(const CalibrationResult& result, Findings& findings) {
@@ -145,7 +129,6 @@ Findings checkResult(const CalibrationResult& result, const Size& image, const S
   }
   checkFocalLength(result.param, image, findings);
   checkPrincipalPoint(result.param, image, findings);
-  checkLensShape(result.param, findings);
   checkPoints(result, findings);
   if (result.homographyFound) {
     checkSecondCorrection(result, corrected, findings);

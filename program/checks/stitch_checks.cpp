@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 
+#include "base/record_fields.h"
 #include "base/text.h"
 #include "geometry/conversions.h"
 #include "geometry/point_spread.h"
@@ -54,7 +55,7 @@ void checkCamera(const StitchCamera& camera, Findings& findings) {
   }
   const std::string complaint = sizeComplaint(camera.param, camera.viewSize());
   if (!complaint.empty()) {
-    addDoubtful(
+    addUntrusted(
         findings, FindingKind::kViewSize,
         camera.cameraName + ": the stitched view has twice the frame's size, but " + complaint);
   }
@@ -91,7 +92,7 @@ void checkIds(const StitchPair& pair, const SharedPoints& shared, Findings& find
   std::set<int> dropped;
   for (const CalibrationPoint& point : pair.right.points) {
     const int id = point.PointId;
-    if (left.count(id) != 0 && used.count(id) == 0) {
+    if (left.contains(id) && !used.contains(id)) {
       dropped.insert(id);
     }
   }
@@ -121,11 +122,11 @@ void checkSameWorld(const StitchPair& pair, const SharedPoints& shared, Findings
   if (!(worst > static_cast<double>(pair.left.param.Pixel))) {
     return;
   }
-  addDoubtful(findings, FindingKind::kWorldsDiffer,
-              "the lists give shared points different places on the bed, " + namedPoints({id}) +
-                  " by " + general(worst, 4) +
-                  " world units; both cameras should be calibrated in one world",
-              {id});
+  addUntrusted(findings, FindingKind::kWorldsDiffer,
+               "the lists give shared points different places on the bed, " + namedPoints({id}) +
+                   " by " + general(worst, 4) +
+                   " world units; both cameras should be calibrated in one world",
+               {id});
 }
 
 // Smallest height of a triangle of the four corner points over its longest side.
@@ -189,8 +190,10 @@ double overlapArea(const StitchPair& pair) {
   const cv::Rect2d both = bedRectangle(pair.left) & bedRectangle(pair.right);
   int seen = 0;
   for (int i = 0; i < kSamples * kSamples; ++i) {
-    const cv::Point2d bed(both.x + both.width * (i % kSamples + 0.5) / kSamples,
-                          both.y + both.height * (i / kSamples + 0.5) / kSamples);
+    const int column = i % kSamples;
+    const int row = i / kSamples;
+    const cv::Point2d bed(both.x + both.width * (column + 0.5) / kSamples,
+                          both.y + both.height * (row + 0.5) / kSamples);
     if (sees(pair.left, bed) && sees(pair.right, bed)) {
       ++seen;
     }
@@ -222,10 +225,21 @@ void checkOrder(const StitchPair& pair, const SharedPoints& shared, Findings& fi
   if (!(centre.x < left.width * 0.5)) {
     return;
   }
-  addDoubtful(
+  addUntrusted(
       findings, FindingKind::kCameraOrder,
       "the right camera looks at what lies left of the left camera's view; what is left of the "
       "canvas is lost, swap --left and --right");
+}
+
+// In every field: the solver's results for two cameras are never the same.
+void checkSameCamera(const StitchPair& pair, Findings& findings) {
+  for (const RecordField& field : recordFields()) {
+    if (field.value(pair.left.param) != field.value(pair.right.param)) {
+      return;
+    }
+  }
+  addUntrusted(findings, FindingKind::kSameCamera,
+               pair.left.cameraName + " and " + pair.right.cameraName + " are the same camera");
 }
 
 }  // namespace
@@ -234,6 +248,7 @@ Findings checkStitch(const StitchPair& pair, const SharedPoints& shared) {
   Findings findings;
   checkBits(pair, findings);
   checkFrameSizes(pair, findings);
+  checkSameCamera(pair, findings);
   for (const StitchCamera* camera : {&pair.left, &pair.right}) {
     checkCamera(*camera, findings);
     checkWorldRange(*camera, findings);

@@ -1,195 +1,221 @@
 #include "commands/calibrate_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <map>
 #include <memory>
+#include <optional>
 #include <ostream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "base/failure.h"
 #include "base/file_path.h"
-#include "base/text.h"
+#include "calibration/camera_choice.h"
+#include "calibration/remedy.h"
 #include "checks/input_checks.h"
+#include "checks/record_checks.h"
 #include "checks/result_checks.h"
+#include "commands/calibration_inputs.h"
+#include "commands/calibration_outputs.h"
 #include "commands/option_values.h"
-#include "commands/target_options.h"
-#include "drawing/residual_plot.h"
 #include "files/camera_file.h"
-#include "files/output_files.h"
-#include "files/output_paths.h"
-#include "files/picture_file.h"
-#include "files/points_csv.h"
-#include "files/read_file.h"
+#include "files/camera_notes.h"
+#include "reports/accuracy_report.h"
+#include "reports/calibration_json.h"
 #include "reports/calibration_report.h"
+#include "single/record.h"
 
 namespace fisheye_calibration::program {
 namespace {
 
 struct Options {
-  std::filesystem::path input;  // points.csv or a picture
-  TargetOptions target;
-  std::string imageSize;                // "1920x1208"; empty: the picture's
-  std::string correctedSize;            // empty: the image size
-  std::filesystem::path output;         // camera.ini
-  std::filesystem::path residualPlot;   // empty: residuals.png in the output's folder
-  std::filesystem::path residualTable;  // empty: residuals.csv in the output's folder
+  InputOptions inputs;
+  OutputOptions outputs;
+  std::string correctedSize;   // empty: the image size
+  std::string tolerance;       // "0.5"; empty: none
+  std::filesystem::path lens;  // a camera file whose lens is kept; empty: none
+  SolverChoice solver = SolverChoice::kAuto;
+  bool keepAll = false;
   bool force = false;
 };
 
-struct Input {
-  std::vector<CalibrationPoint> points;
-  Size image;
-  Size corrected;
-  cv::Mat background;  // the picture, if there is one
+// Warnings go to the user at once and are collected for the JSON file.
+class Warnings {
+ public:
+  explicit Warnings(std::ostream& messages) : messages_(messages) {}
+
+  void add(const std::string& text, const char* severity = "warning") {
+    messages_ << severity << ": " << text << "\n";
+    texts_.push_back(text);
+  }
+
+  const std::vector<std::string>& texts() const { return texts_; }
+
+ private:
+  std::ostream& messages_;
+  std::vector<std::string> texts_;
 };
 
-struct Outputs {
-  std::filesystem::path camera;
-  std::filesystem::path plot;
-  std::filesystem::path table;
-};
-
-Outputs checkedOutputs(const Options& options) {
-  const std::filesystem::path folder = options.output.parent_path();
-  const auto inFolder = [&](const std::filesystem::path& given, const char* name) {
-    return given.empty() ? folder / name : given;
-  };
-  const Outputs outputs = {.camera = options.output,
-                           .plot = inFolder(options.residualPlot, "residuals.png"),
-                           .table = inFolder(options.residualTable, "residuals.csv")};
-  const std::pair<const char*, const std::filesystem::path&> all[] = {
-      {"-o", outputs.camera},
-      {"--residual-plot", outputs.plot},
-      {"--residual-table", outputs.table}};
-  for (const auto& [option, path] : all) {
-    requireWritable(option, path);
-    if (isSameFile(path, options.input)) {
-      failBadInput(std::string(option) + ": " + nameOf(path) + " is the input itself");
-    }
+// The lens of a camera file, with the covariance that the program noted there.
+robust::HeldLens lensOf(const std::filesystem::path& path, Warnings& warnings) {
+  const CameraFile file = loadCamera(path);
+  const Findings findings = checkRecord(file.param);
+  if (!file.complaints.empty() || anyImpossible(findings)) {
+    failBadInput("--lens: " + (file.complaints.empty() ? nameOf(path) + ": " + findings.front().text
+                                                       : file.complaints.front()));
   }
-  const auto sameName = [](const std::filesystem::path& a, const std::filesystem::path& b) {
-    return a.native() == b.native();
-  };
-  if (sameName(outputs.camera, outputs.plot) || sameName(outputs.camera, outputs.table) ||
-      sameName(outputs.plot, outputs.table)) {
-    failBadInput("two outputs have the same name");
-  }
-  requirePictureName("--residual-plot", outputs.plot);
-  return outputs;
-}
-
-Input inputFromPicture(const Options& options, OutputFiles& files, const Streams& streams) {
-  DetectedTarget found = detectInPicture(options.input, options.target, files, streams.messages);
-  const Size image = {.width = found.grey.cols, .height = found.grey.rows};
-  return {.points = std::move(found.points), .image = image, .background = found.grey};
-}
-
-Input inputFromPoints(const Options& options, const Size& image) {
-  const std::string text = readFile(options.input);
-  const std::string name = nameOf(options.input);
-  if (options.target.anyGiven()) {
-    failBadInput(name +
-                 ": not a picture that can be read, but options for finding a target are given");
-  }
-  Input input = {.points = parsePoints(name, text), .image = image};
-  if (options.imageSize.empty()) {
-    failBadInput("--image-size is missing: a list of points does not contain it");
-  }
-  return input;
-}
-
-Input readInput(const Options& options, OutputFiles& files, const Streams& streams) {
-  const bool sizeGiven = !options.imageSize.empty();
-  const Size image = sizeGiven ? parseImageSize("--image-size", options.imageSize) : Size();
-  const bool correctedGiven = !options.correctedSize.empty();
-  const Size corrected =
-      correctedGiven ? parseImageSize("--corrected-size", options.correctedSize) : Size();
-  Input input;
-  if (isPicture(options.input)) {
-    input = inputFromPicture(options, files, streams);
-    if (sizeGiven && input.image != image) {
-      failBadInput("--image-size: the picture has " + sizeText(input.image) + ", not " +
-                   options.imageSize);
-    }
+  robust::HeldLens lens{single::rawCamera(file.param), cv::Matx66d::zeros()};
+  if (const auto covariance = loadNotes(path).lensCovariance) {
+    std::copy(covariance->begin(), covariance->end(), lens.covariance.val);
   } else {
-    input = inputFromPoints(options, image);
+    warnings.add(nameOf(path) + " does not say how accurate its lens is; it counts as exact");
   }
-  input.corrected = correctedGiven ? corrected : input.image;
-  return input;
+  return lens;
 }
 
-CalibrationResult solve(const Input& input, const std::string& name) {
-  CalibrationResult result;
-  result.points = input.points;
-  try {
-    // The library does not read the picture that its interface asks for.
-    result.homographyFound = SingleCamCalibration(nullptr, input.image.width, input.image.height, 8,
-                                                  result.points, input.corrected.width,
-                                                  input.corrected.height, result.param, result.rms);
-  } catch (const cv::Exception& failure) {
-    const std::string condition = onOneLine(failure.err.empty() ? failure.what() : failure.err);
-    failJob(name + ": the solver gave up on these points (" + condition + ")");
-  }
-  return result;
+RobustRequest requestOf(const Options& options, const CalibrationInputs& inputs,
+                        Warnings& warnings) {
+  const Size corrected = options.correctedSize.empty()
+                             ? inputs.image
+                             : parseImageSize("--corrected-size", options.correctedSize);
+  return {
+      .views = inputs.views,
+      .bedView = inputs.bedView,
+      .image = inputs.image,
+      .corrected = corrected,
+      .lens = options.lens.empty() ? std::nullopt : std::optional(lensOf(options.lens, warnings)),
+      .keepAll = options.keepAll};
 }
 
-void warnBefore(const Findings& findings, std::ostream& messages) {
-  for (const Finding& finding : findings) {
-    if (finding.severity == Severity::kImpossible) {
-      failBadInput(finding.text);
+// Fails as bad input if the points cannot be used.
+void warnOfPoints(const CalibrationInputs& inputs, SolverChoice solver, Warnings& warnings) {
+  for (const TargetView& view : inputs.views) {
+    const std::string prefix = inputs.views.size() == 1 ? "" : view.name + ": ";
+    Findings findings = checkInput(view.points, inputs.image);
+    if (solver == SolverChoice::kLibrary) {
+      const Findings ofReach = checkReach(view.points, inputs.image);
+      findings.insert(findings.end(), ofReach.begin(), ofReach.end());
     }
-    messages << "warning: " << finding.text << "\n";
+    for (const Finding& finding : findings) {
+      if (finding.severity == Severity::kImpossible) {
+        failBadInput(prefix + finding.text);
+      }
+      warnings.add(prefix + finding.text);
+    }
   }
 }
 
-void stageResiduals(OutputFiles& files, const Outputs& outputs, const Input& input,
-                    const CalibrationResult& result, bool trusted) {
-  stagePicture(files, outputs.plot,
-               drawResidualPlot({.points = result.points,
-                                 .image = input.image,
-                                 .rms = result.rms,
-                                 .trusted = trusted,
-                                 .principalPoint = cv::Point2f(result.param.u0, result.param.v0),
-                                 .background = input.background}));
-  files.stage(outputs.table, formatResiduals(result.points));
+// Names the points and views that contradict the others.
+void warnOfWrongOnes(const RobustCamera& robust, const RobustRequest& request, Warnings& warnings) {
+  const char* const what = request.keepAll ? " (used all the same)" : " (left out)";
+  for (std::size_t j = 0; j < request.views.size(); ++j) {
+    const std::vector<int> ids = wrongIds(robust.solved, request.views, j);
+    if (!ids.empty()) {
+      warnings.add(request.views[j].name + ": " + namedPoints(ids) +
+                   (ids.size() == 1 ? " contradicts" : " contradict") + " the other points" + what);
+    }
+  }
+  for (const std::size_t j : robust.solved.wrongViews) {
+    warnings.add(request.views[j].name + " contradicts the other views" + what);
+  }
 }
 
-void reportAfter(const Findings& findings, std::ostream& messages) {
+// Whether the record that was chosen can be trusted.
+bool checkChosen(const ChosenCamera& chosen, const RobustRequest& request, Warnings& warnings) {
+  const Findings findings = checkResult(chosen.result, request.image, request.corrected);
   for (const Finding& finding : findings) {
     const bool impossible = finding.severity == Severity::kImpossible;
-    messages << (impossible ? "not to be trusted: " : "warning: ") << finding.text << "\n";
+    warnings.add(finding.text, impossible ? "not to be trusted" : "warning");
   }
+  return !anyImpossible(findings);
 }
 
-int run(const Options& options, const Streams& streams) {
-  const Outputs outputs = checkedOutputs(options);
-  OutputFiles files;
-  const Input input = readInput(options, files, streams);
-  warnBefore(checkInput(input.points, input.image), streams.messages);
-  streams.messages << "solving with " << input.points.size() << " points ..." << std::endl;
-  const CalibrationResult result = solve(input, nameOf(options.input));
-  const Findings findings = checkResult(result, input.image, input.corrected);
-  const bool trusted = !anyImpossible(findings);
+CameraNotes notesOf(const CalibrationReport& report) {
+  const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
+  return {.image = report.request.image,
+          .corrected = report.request.corrected,
+          .insideTarget = report.chosen.accuracy.insideTarget,
+          .onBed = report.chosen.accuracy.onBed,
+          .lensCovariance = std::vector<double>(lens.val, lens.val + 36)};
+}
 
-  streams.out << describeResult(result, input.corrected) << std::flush;
-  stageResiduals(files, outputs, input, result, trusted);
-  const bool save = trusted || options.force;
-  if (save) {
-    stageCamera(files, outputs.camera, result.param);
+std::string nextStep(const Options& options, bool good) {
+  const std::string camera = nameOf(options.outputs.camera);
+  if (good) {
+    return "next: fisheye-calibration correct --camera " + camera + " FRAME -o corrected.png";
   }
-  files.commit();
+  return "next: fisheye-calibration calibrate " + nameOf(options.inputs.views.front()) +
+         " NEW_VIEWS... -o " + camera;
+}
 
-  reportAfter(findings, streams.messages);
-  streams.out << "\nResiduals: " << nameOf(outputs.plot) << ", " << nameOf(outputs.table) << "\n";
-  if (save) {
+void reportOutcome(const Options& options, const OutputOptions& outputs,
+                   const CalibrationReport& report, bool trusted, bool saved,
+                   const Streams& streams) {
+  streams.out << "\nResiduals: " << nameOf(outputs.residualPlot) << ", "
+              << nameOf(outputs.residualTable) << "\nBed error: " << nameOf(outputs.accuracyMap)
+              << "\n";
+  if (saved) {
     streams.out << "Camera: " << nameOf(outputs.camera)
                 << (trusted ? "\n" : " (written all the same)\n");
   } else {
-    streams.messages << "the result is not to be trusted; " << nameOf(outputs.camera)
+    streams.messages << "the result is not " << (trusted ? "accurate enough" : "to be trusted")
+                     << "; " << nameOf(outputs.camera)
                      << " was not written (--force writes it all the same)\n";
   }
-  return trusted ? kExitOk : kExitJobFailed;
+  if (!report.chosen.reason.empty()) {
+    streams.out << report.chosen.reason << "\n";
+  }
+  streams.out << describeAccuracy(report.chosen.accuracy) << "\n"
+              << report.verdict.text << "\n"
+              << nextStep(options, report.verdict.good) << "\n";
+}
+
+int run(const Options& options, const Streams& streams) {
+  const OutputOptions outputs = checkedOutputs(options.outputs, options.inputs.views);
+  const double tolerance =
+      options.tolerance.empty()
+          ? 0
+          : static_cast<double>(parsePositive("--tolerance", options.tolerance));
+  OutputFiles files;
+  const CalibrationInputs inputs = readInputs(options.inputs, files, streams);
+  if (options.solver == SolverChoice::kLibrary &&
+      (inputs.views.size() > 1 || !options.lens.empty())) {
+    failBadInput("--solver library takes one view and no lens");
+  }
+  Warnings warnings(streams.messages);
+  const RobustRequest request = requestOf(options, inputs, warnings);
+  warnOfPoints(inputs, options.solver, warnings);
+  streams.progress << "solving with " << inputs.views[inputs.bedView].points.size() << " points ..."
+                   << std::endl;
+  const RobustCamera robust = solveRobustly(request);
+  warnOfWrongOnes(robust, request, warnings);
+  const ChosenCamera chosen = chooseCamera(options.solver, robust, request, tolerance);
+  const bool trusted = checkChosen(chosen, request, warnings);
+  const std::vector<Remedy> remedies = remediesFor(robust, request, chosen.accuracy);
+  const cv::Rect2d target = targetBox(chosen.result.points);
+  const Verdict verdict =
+      verdictOn(chosen.accuracy, std::hypot(target.width, target.height), tolerance, remedies);
+  const bool usable = trusted && (verdict.good || tolerance == 0);
+  const bool save = usable || options.force;
+
+  const CalibrationReport report{.request = request,
+                                 .robust = robust,
+                                 .chosen = chosen,
+                                 .remedies = remedies,
+                                 .verdict = verdict,
+                                 .tolerance = tolerance,
+                                 .warnings = warnings.texts()};
+  streams.out << describeResult(chosen.result, request.corrected, streams.verbose) << std::flush;
+  stageReports(files, outputs, inputs, report, trusted);
+  if (save) {
+    stageCamera(files, outputs.camera, chosen.result.param, notesOf(report));
+  }
+  files.commit();
+  reportOutcome(options, outputs, report, trusted, save, streams);
+  return usable ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace
@@ -197,32 +223,38 @@ int run(const Options& options, const Streams& streams) {
 Command addCalibrateCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
-      app.add_subcommand("calibrate", "Calibrate the camera from points, or from a picture");
-  addPath(*command, "input", options->input, "points (CSV), or a picture of the target")
-      ->required();
-  command
-      ->add_option("--image-size", options->imageSize,
-                   "size of the camera's picture; needed with points")
-      ->type_name("WxH");
+      app.add_subcommand("calibrate", "Calibrate the camera from views of a target");
+  addInputOptions(*command, options->inputs);
+  addOutputOptions(*command, options->outputs);
   command
       ->add_option("--corrected-size", options->correctedSize,
                    "size of the corrected picture (default: the image size)")
       ->type_name("WxH");
-  addPath(*command, "-o,--output", options->output, "the camera's parameter file")
-      ->type_name("INI")
-      ->required();
-  addPath(*command, "--residual-plot", options->residualPlot,
-          "picture of the residuals (default: residuals.png beside the output)")
-      ->type_name("PICTURE");
-  addPath(*command, "--residual-table", options->residualTable,
-          "the residuals (default: residuals.csv beside the output)")
-      ->type_name("CSV");
+  command
+      ->add_option("--tolerance", options->tolerance,
+                   "largest error on the bed; beyond it nothing is written and the exit code is 1")
+      ->type_name("MM");
+  static const std::map<std::string, SolverChoice> kSolvers = {{"auto", SolverChoice::kAuto},
+                                                               {"library", SolverChoice::kLibrary},
+                                                               {"robust", SolverChoice::kRobust}};
+  command
+      ->add_option("--solver", options->solver,
+                   "library: SingleCamCalibration; robust: also for difficult and several views; "
+                   "auto: the library's unless the robust one is clearly better")
+      ->transform(CLI::CheckedTransformer(kSolvers))
+      ->type_name("auto|library|robust");
+  addPath(*command, "--lens", options->lens,
+          "keep the lens of this camera file and measure only where the bed is")
+      ->type_name("INI");
+  command->add_flag("--keep-all", options->keepAll,
+                    "use points and views that contradict the others, too");
   command->add_flag("--force", options->force, "write the camera even if it is not to be trusted");
-  addTargetOptions(*command, options->target);
   command->footer(
       "Examples:\n"
       "  fisheye-calibration calibrate points.csv --image-size 1920x1208 -o camera.ini\n"
-      "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 -o camera.ini");
+      "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 -o camera.ini\n"
+      "  fisheye-calibration calibrate bed.png tilted1.png tilted2.png --chessboard 8x6 --spacing "
+      "39 --tolerance 0.5 -o camera.ini");
   return {command, [options](const Streams& streams) { return run(*options, streams); }};
 }
 

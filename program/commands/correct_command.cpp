@@ -22,7 +22,6 @@
 #include "files/picture_file.h"
 #include "fisheye_calibration.h"
 #include "geometry/metric_picture.h"
-#include "geometry/second_view.h"
 #include "reports/progress_bar.h"
 
 namespace fisheye_calibration::program {
@@ -36,6 +35,7 @@ struct Options {
   std::string size;
   fs::path mask;
   std::string grid;
+  bool force = false;
 };
 
 struct Renderer {
@@ -63,15 +63,19 @@ void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
   }
 }
 
-View render(const Renderer& renderer, const fs::path& path) {
-  FrameBuffer frame = toBuffer(readFrame(path));
+View render(const Renderer& renderer, const fs::path& path, std::ostream& messages) {
+  FrameBuffer frame = toBuffer(readFrame(path, messages));
   const Size size = renderer.size.value_or(frame.size);
   FrameBuffer view = blankBuffer(size, frame.bitCount);
   FrameBuffer mask = blankBuffer(size, 8);
-  if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
-                          renderer.param, view.data(), size.width, size.height, mask.data())) {
-    failJob(nameOf(path) +
-            ": the library could not correct the frame; nothing of it but black is left");
+  try {
+    if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
+                            renderer.param, view.data(), size.width, size.height, mask.data())) {
+      failJob(nameOf(path) +
+              ": the library could not correct the frame; nothing of it but black is left");
+    }
+  } catch (const cv::Exception& error) {
+    failJob(nameOf(path) + ": the frame cannot be corrected (" + error.err + ")");
   }
   View result = {.picture = toPicture(view), .mask = toPicture(mask), .frame = frame.size};
   if (renderer.gridSpacing > 0) {
@@ -89,9 +93,15 @@ Renderer preparedRenderer(const Options& options, std::ostream& messages) {
   if (!options.grid.empty()) {
     renderer.gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
-  renderer.param = loadCheckedCamera(options.camera, messages);
+  renderer.param = loadCheckedCamera(options.camera, options.force, messages);
   return renderer;
 }
+
+// Ends a run over many frames, because the next one would fail for the same reason.
+class HopelessRun : public Failure {
+ public:
+  using Failure::Failure;
+};
 
 // Frames of one size and one camera: the mask and the warning of the first hold for all.
 class Batch {
@@ -100,13 +110,14 @@ class Batch {
       : options_(options), renderer_(renderer), messages_(messages) {}
 
   void correct(const FrameJob& job) {
-    const View view = render(renderer_, job.frame);
-    if (first_ && *first_ != view.frame) {
+    const View view = render(renderer_, job.frame, messages_);
+    const bool isFirst = first_ == Size();
+    if (!isFirst && first_ != view.frame) {
       failBadInput(nameOf(job.frame) + ": its size is not that of the first frame");
     }
     OutputFiles files;
-    if (!first_) {
-      warnOfSize(view);
+    if (isFirst) {
+      checkSize(view);
       if (!options_.mask.empty()) {
         stagePicture(files, options_.mask, view.mask);
       }
@@ -117,18 +128,19 @@ class Batch {
   }
 
  private:
-  void warnOfSize(const View& view) {
+  void checkSize(const View& view) const {
     const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
-    const std::string complaint = sizeComplaint(renderer_.param, rendered);
-    if (!complaint.empty()) {
-      messages_ << "warning: " << nameOf(options_.camera) << ": " << complaint << "\n";
+    try {
+      requireFittingSize(renderer_.param, options_.camera, rendered, options_.force, messages_);
+    } catch (const Failure& failure) {
+      throw HopelessRun(failure.code(), failure.what());
     }
   }
 
   const Options& options_;
   const Renderer& renderer_;
   std::ostream& messages_;
-  std::optional<Size> first_;
+  Size first_;  // that of the first frame; no size before it
 };
 
 int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path& folder,
@@ -139,10 +151,12 @@ int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path&
   };
   std::size_t failed = 0;
   {
-    ProgressBar bar(streams.messages);
+    ProgressBar bar(streams.messages, streams.progressBar);
     for (std::size_t i = 0; i < jobs.size(); ++i) {
       try {
         batch.correct(jobs[i]);
+      } catch (const HopelessRun&) {
+        throw;
       } catch (const Failure& failure) {
         bar.clear();
         streams.messages << failure.what() << "\n";
@@ -164,7 +178,7 @@ int run(const Options& options, const Streams& streams) {
     failBadInput("no frame is given");
   }
   const Renderer renderer = preparedRenderer(options, streams.messages);
-  const std::vector<FrameJob> jobs = plannedJobs(options.frames, options.output);
+  const std::vector<FrameJob> jobs = plannedJobs(options.frames, options.output, streams.messages);
   checkMask(options, jobs);
   Batch batch(options, renderer, streams.messages);
   if (jobs.size() > 1 || isFolder(options.output)) {
@@ -205,6 +219,7 @@ Command addCorrectCommand(CLI::App& app) {
           "write where the picture has content (0) and where not (255); it is the same for all "
           "frames")
       ->type_name("PICTURE");
+  addForce(*command, options->force);
   command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
       ->type_name("MM");
   command->footer(

@@ -29,7 +29,7 @@ int run(const Options& options, const Streams& streams) {
   if (isSameFile(options.output, options.image)) {
     failBadInput("-o: " + nameOf(options.output) + " is the picture itself");
   }
-  FrameBuffer source = toBuffer(readFrame(options.image));
+  FrameBuffer source = toBuffer(readFrame(options.image, streams.messages));
   if (size.width > source.size.width || size.height > source.size.height) {
     streams.messages << "warning: " << nameOf(options.image) << " has only "
                      << sizeText(source.size) << " pixels; what it does not fill stays black\n";

@@ -28,8 +28,7 @@ int run(const Options& options, const Streams& streams) {
     failBadInput("-o: " + nameOf(options.output) + " is the picture itself");
   }
   OutputFiles files;
-  const DetectedTarget found =
-      detectInPicture(options.image, options.target, files, streams.messages);
+  const DetectedTarget found = detectInPicture(options.image, options.target, files, streams);
   for (const Finding& finding : checkInput(found.points, {found.grey.cols, found.grey.rows})) {
     streams.messages << "warning: " << finding.text << "\n";
   }

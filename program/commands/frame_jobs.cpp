@@ -1,11 +1,13 @@
 #include "commands/frame_jobs.h"
 
 #include <algorithm>
+#include <ostream>
 #include <set>
 #include <system_error>
 
 #include "base/failure.h"
 #include "base/file_path.h"
+#include "base/text.h"
 #include "files/output_paths.h"
 #include "files/picture_file.h"
 
@@ -13,12 +15,20 @@ namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
-std::vector<fs::path> picturesIn(const fs::path& folder) {
+std::vector<fs::path> picturesIn(const fs::path& folder, std::ostream& messages) {
   std::vector<fs::path> pictures;
+  std::vector<std::string> others;
   std::error_code error;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
-    if (isPicture(entry.path())) {
-      pictures.push_back(entry.path());
+    const fs::path& path = entry.path();
+    std::error_code ignored;
+    if (!entry.is_regular_file(ignored)) {
+      continue;
+    }
+    if (hasPictureName(path) || isPicture(path)) {
+      pictures.push_back(path);
+    } else {
+      others.push_back(nameOf(path.filename()));
     }
   }
   if (error) {
@@ -28,6 +38,10 @@ std::vector<fs::path> picturesIn(const fs::path& folder) {
     failBadInput(nameOf(folder) + ": there is no picture in this folder");
   }
   std::sort(pictures.begin(), pictures.end());
+  std::sort(others.begin(), others.end());
+  if (!others.empty()) {
+    messages << "note: " << nameOf(folder) << ": not pictures: " << joined(others, ", ") << "\n";
+  }
   return pictures;
 }
 
@@ -71,13 +85,14 @@ bool isFolder(const fs::path& path) {
   return fs::is_directory(path, error);
 }
 
-std::vector<FrameJob> plannedJobs(const std::vector<fs::path>& frames, const fs::path& output) {
+std::vector<FrameJob> plannedJobs(const std::vector<fs::path>& frames, const fs::path& output,
+                                  std::ostream& messages) {
   if (frames.size() > 1) {
     return folderJobs(frames, output);
   }
   const fs::path& frame = frames[0];
   if (isFolder(frame)) {
-    return folderJobs(picturesIn(frame), output);
+    return folderJobs(picturesIn(frame, messages), output);
   }
   requireWritable("-o", output);
   requirePictureName("-o", output);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <iosfwd>
 #include <vector>
 
 namespace fisheye_calibration::program {
@@ -14,8 +15,9 @@ struct FrameJob {
 bool isFolder(const std::filesystem::path& path);
 
 // One picture goes to the file `output`; several pictures, or a folder of them, go to the folder
-// `output`, which is made if it is missing. Fails as bad input if that is not possible.
+// `output`, which is made if it is missing. Of a folder, every file is taken that is a picture or
+// has the extension of one; a note names the others. Fails as bad input if that is not possible.
 std::vector<FrameJob> plannedJobs(const std::vector<std::filesystem::path>& frames,
-                                  const std::filesystem::path& output);
+                                  const std::filesystem::path& output, std::ostream& messages);
 
 }  // namespace fisheye_calibration::program

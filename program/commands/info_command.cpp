@@ -23,7 +23,7 @@ struct Options {
 int run(const Options& options, const Streams& streams) {
   const CameraFile camera = loadCamera(options.camera);
   const std::string name = nameOf(options.camera);
-  streams.out << name << "\n" << describeRecord(camera.param) << std::flush;
+  streams.out << name << "\n" << describeRecord(camera.param, streams.verbose) << std::flush;
   for (const std::string& complaint : camera.complaints) {
     streams.messages << complaint << "\n";
   }
@@ -47,7 +47,7 @@ Command addInfoCommand(CLI::App& app) {
       app.add_subcommand("info", "Show a camera's parameter file and what in it is impossible");
   addPath(*command, "camera", options->camera, "the camera's parameter file")->required();
   command->footer("Example:\n  fisheye-calibration info camera.ini");
-  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+  return {command, [options](const Streams& streams) { return run(*options, streams); }, true};
 }
 
 }  // namespace fisheye_calibration::program

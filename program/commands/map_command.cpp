@@ -1,10 +1,9 @@
 #include "commands/map_command.h"
 
 #include <CLI/CLI.hpp>
-#include <cmath>
 #include <cstddef>
+#include <filesystem>
 #include <istream>
-#include <iterator>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -12,76 +11,71 @@
 #include <vector>
 
 #include "base/failure.h"
+#include "base/file_path.h"
 #include "base/text.h"
 #include "checks/checked_camera.h"
 #include "commands/map_conversion.h"
 #include "commands/option_values.h"
+#include "commands/point_mapper.h"
 #include "files/csv_table.h"
 #include "files/dual_file.h"
+#include "files/read_file.h"
 #include "fisheye_calibration.h"
 #include "geometry/conversions.h"
-#include "geometry/record_matrices.h"
 
 namespace fisheye_calibration::program {
 namespace {
 
 struct Options {
-  std::filesystem::path camera;  // for conversions of one camera
-  std::filesystem::path dual;    // for those of a stitched picture
+  std::vector<std::filesystem::path> cameras;  // for conversions of cameras
+  std::filesystem::path dual;                  // for those of a stitched picture
   std::string from;
   std::string to;
   std::string correctedSize;
+  bool force = false;
   std::vector<std::string> point;  // coordinates; empty: a CSV on standard input
 };
 
-// A point in the world, or a position in a picture with z = 0.
 using Coordinates = cv::Point3f;
 
-struct Mapper {
-  Conversion conversion;
-  FishEyeCalibrationParam param{};
-  DualFishEyeCalibrationParam dual{};
-  cv::Point2f centre;  // of the corrected picture
+// What maps, with a name for messages if there are several.
+struct NamedMapper {
+  std::string name;
+  PointMapper map;
+};
 
-  cv::Point2f operator()(const Coordinates& p) const {
-    const cv::Point2f position(p.x, p.y);
-    if (conversion.from == ImageFrame::kSecond) {
-      return bedPositionAt(param, position, centre);
-    }
-    if (conversion.from == ImageFrame::kStitched) {
-      return bedPositionAt(dual, position);
-    }
-    if (conversion.to == ImageFrame::kStitched) {
-      return stitchedPosition(dual, position, p.z);
-    }
-    if (conversion.to == ImageFrame::kRaw) {
-      return rawPosition(param, position, p.z);
-    }
-    if (conversion.to == ImageFrame::kCorrected) {
-      return correctedPosition(param, position, centre, p.z);
-    }
-    return secondCorrectedPosition(param, position, centre, p.z);
-  }
+struct Task {
+  Conversion conversion;
+  std::vector<NamedMapper> mappers;  // their results follow each other
 };
 
 struct Outcome {
   std::string text;
-  bool finite = true;
+  bool complete = true;
 };
 
-Outcome mapOne(const Mapper& mapper, const Coordinates& point, const std::string& name,
+Outcome mapOne(const Task& task, const Coordinates& point, const std::string& name,
                std::ostream& messages) {
-  const cv::Point2f result = mapper(point);
-  const bool finite = std::isfinite(result.x) && std::isfinite(result.y);
-  const ImageFrame to = mapper.conversion.to;
-  if (!finite) {
-    messages << name << ": the result is not a finite number\n";
-  } else if ((to == ImageFrame::kRaw || to == ImageFrame::kCorrected) &&
-             !(depthOf(mapper.param, point.x, point.y, point.z) > 0)) {
-    messages << "warning: " << name << ": the point lies behind the camera, which sees nothing "
-             << "of it\n";
+  Outcome outcome;
+  for (const NamedMapper& mapper : task.mappers) {
+    const MappedPoint mapped = mapper.map(point);
+    const std::string where = name + ": " + (mapper.name.empty() ? "" : mapper.name + ": ");
+    if (!outcome.text.empty()) {
+      outcome.text += ",";
+    }
+    if (!mapped.refusal.empty()) {
+      messages << where << mapped.refusal << "\n";
+      outcome.text += "nan,nan";
+      outcome.complete = false;
+      continue;
+    }
+    if (mapped.behindCamera) {
+      messages << "warning: " << where
+               << "the point lies behind the camera, which sees nothing of it\n";
+    }
+    outcome.text += shortest(mapped.position.x) + "," + shortest(mapped.position.y);
   }
-  return {.text = shortest(result.x) + "," + shortest(result.y), .finite = finite};
+  return outcome;
 }
 
 Coordinates parsePoint(const Conversion& conversion, const std::vector<std::string>& words) {
@@ -90,7 +84,7 @@ Coordinates parsePoint(const Conversion& conversion, const std::vector<std::stri
   for (const std::string& word : words) {
     const std::optional<float> value = parseFloat(trimmed(word));
     if (!value) {
-      failBadInput("point: not a number: \"" + word + "\"");
+      failBadInput("point: not a number: " + inQuotes(word));
     }
     values.push_back(*value);
   }
@@ -100,18 +94,33 @@ Coordinates parsePoint(const Conversion& conversion, const std::vector<std::stri
   return {values[0], values[1], values.size() == 3 ? values[2] : 0.0f};
 }
 
-bool mapTable(const Mapper& mapper, const Streams& streams) {
-  const std::string text((std::istreambuf_iterator<char>(streams.in)),
-                         std::istreambuf_iterator<char>());
-  const CsvTable table = parseCsv("standard input", text);
-  const bool fromWorld = mapper.conversion.from == ImageFrame::kWorld;
-  const std::size_t x = table.require(fromWorld ? "Xw" : "x");
-  const std::size_t y = table.require(fromWorld ? "Yw" : "y");
+// "x,y", or "x1,y1,x2,y2" for two cameras.
+std::string resultHeader(const Task& task) {
+  if (task.conversion.to == ImageFrame::kWorld) {
+    return "Xw,Yw\n";
+  }
+  if (task.mappers.size() == 1) {
+    return "x,y\n";
+  }
+  std::vector<std::string> names;
+  for (std::size_t i = 1; i <= task.mappers.size(); ++i) {
+    names.push_back("x" + std::to_string(i) + ",y" + std::to_string(i));
+  }
+  return joined(names, ",") + "\n";
+}
+
+bool mapTable(const Task& task, const Streams& streams) {
+  const std::string text = readStream(streams.in, "standard input");
+  const bool fromWorld = task.conversion.from == ImageFrame::kWorld;
+  const std::string xName = fromWorld ? "Xw" : "x";
+  const std::string yName = fromWorld ? "Yw" : "y";
+  const CsvTable table = parseCsv("standard input", text, {xName, yName});
+  const std::size_t x = table.require(xName);
+  const std::size_t y = table.require(yName);
   const std::optional<std::size_t> z = fromWorld ? table.find("Zw") : std::nullopt;
   const std::optional<std::size_t> id = table.find("PointId");
-  std::string result = id ? "PointId," : "";
-  result += mapper.conversion.to == ImageFrame::kWorld ? "Xw,Yw\n" : "x,y\n";
-  bool finite = true;
+  std::string result = (id ? "PointId," : "") + resultHeader(task);
+  bool complete = true;
   for (const CsvRow& row : table.rows) {
     const Coordinates point{table.floatAt(row, x), table.floatAt(row, y),
                             z ? table.floatAt(row, *z) : 0.0f};
@@ -119,16 +128,16 @@ bool mapTable(const Mapper& mapper, const Streams& streams) {
       result += std::to_string(table.integerAt(row, *id)) + ",";
     }
     const std::string name = "standard input:" + std::to_string(row.line);
-    const Outcome outcome = mapOne(mapper, point, name, streams.messages);
+    const Outcome outcome = mapOne(task, point, name, streams.messages);
     result += outcome.text + "\n";
-    finite = finite && outcome.finite;
+    complete = complete && outcome.complete;
   }
   streams.out << result;
-  return finite;
+  return complete;
 }
 
 void requireRightRecord(const Options& options, const Conversion& conversion) {
-  if (options.camera.empty() == options.dual.empty()) {
+  if (options.cameras.empty() == options.dual.empty()) {
     failBadInput("give either --camera, or --dual for a stitched picture");
   }
   if (conversion.isOfStitched() && options.dual.empty()) {
@@ -138,15 +147,20 @@ void requireRightRecord(const Options& options, const Conversion& conversion) {
     failBadInput("--dual gives world to stitched and stitched to world only; " + options.from +
                  " to " + options.to + " needs --camera");
   }
+  const bool worldToRaw =
+      conversion.from == ImageFrame::kWorld && conversion.to == ImageFrame::kRaw;
+  if (options.cameras.size() > 1 && !worldToRaw) {
+    failBadInput("several cameras go with world to raw only");
+  }
 }
 
-cv::Point2f correctedCentre(const Options& options) {
+Size correctedSize(const Options& options) {
   if (options.correctedSize.empty()) {
     failBadInput(
         "--corrected-size is missing: this conversion counts from the centre of the corrected "
         "picture");
   }
-  return centreOf(parseImageSize("--corrected-size", options.correctedSize));
+  return parseImageSize("--corrected-size", options.correctedSize);
 }
 
 void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
@@ -157,28 +171,47 @@ void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
   }
 }
 
-int run(const Options& options, const Streams& streams) {
-  Mapper mapper = {.conversion = findConversion(options.from, options.to)};
-  requireRightRecord(options, mapper.conversion);
-  if (mapper.conversion.needsCorrectedSize) {
-    mapper.centre = correctedCentre(options);
+std::vector<NamedMapper> mappersOf(const Options& options, const Conversion& conversion,
+                                   std::ostream& messages) {
+  std::optional<Size> corrected;
+  if (conversion.needsCorrectedSize) {
+    corrected = correctedSize(options);
   }
+  if (!options.dual.empty()) {
+    const auto dual = loadCheckedDual(options.dual, options.force, messages);
+    noteRows(dual, messages);
+    return {{.name = "", .map = mapperFor(conversion, dual)}};
+  }
+  std::vector<NamedMapper> mappers;
+  for (const std::filesystem::path& camera : options.cameras) {
+    const auto param = loadCheckedCamera(camera, options.force, messages);
+    if (corrected) {
+      requireFittingSize(param, camera, *corrected, options.force, messages);
+    }
+    const cv::Point2f centre = corrected ? centreOf(*corrected) : cv::Point2f();
+    mappers.push_back({.name = options.cameras.size() > 1 ? nameOf(camera) : "",
+                       .map = mapperFor(conversion, param, centre)});
+  }
+  return mappers;
+}
+
+int run(const Options& options, const Streams& streams) {
+  const Conversion conversion = findConversion(options.from, options.to);
+  requireRightRecord(options, conversion);
   std::optional<Coordinates> point;
   if (!options.point.empty()) {
-    point = parsePoint(mapper.conversion, options.point);
+    point = parsePoint(conversion, options.point);
   }
-  if (options.dual.empty()) {
-    mapper.param = loadCheckedCamera(options.camera, streams.messages);
-  } else {
-    mapper.dual = loadCheckedDual(options.dual, streams.messages);
-    noteRows(mapper.dual, streams.messages);
-  }
+  const Task task = {.conversion = conversion,
+                     .mappers = mappersOf(options, conversion, streams.messages)};
   if (!point) {
-    return mapTable(mapper, streams) ? kExitOk : kExitJobFailed;
+    return mapTable(task, streams) ? kExitOk : kExitJobFailed;
   }
-  const Outcome outcome = mapOne(mapper, *point, "point", streams.messages);
-  streams.out << outcome.text << "\n";
-  return outcome.finite ? kExitOk : kExitJobFailed;
+  const Outcome outcome = mapOne(task, *point, "point", streams.messages);
+  if (outcome.complete || task.mappers.size() > 1) {
+    streams.out << outcome.text << "\n";
+  }
+  return outcome.complete ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace
@@ -187,11 +220,15 @@ Command addMapCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command = app.add_subcommand(
       "map", "Carry points between the frames of a camera or a stitched picture");
-  addPath(*command, "--camera", options->camera, "the camera's parameter file")->type_name("INI");
+  addPaths(*command, "--camera", options->cameras,
+           "the camera's parameter file; for world to raw, those of several cameras")
+      ->type_name("INI")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   addPath(*command, "--dual", options->dual,
           "instead of it, the parameter file of a stitched picture")
       ->type_name("INI");
-  command->add_option("--from", options->from, "world, second or stitched")
+  command->add_option("--from", options->from, "world, raw, second or stitched")
       ->type_name("FRAME")
       ->required();
   command->add_option("--to", options->to, "raw, corrected, second, stitched or world")
@@ -199,23 +236,27 @@ Command addMapCommand(CLI::App& app) {
       ->required();
   command
       ->add_option("--corrected-size", options->correctedSize,
-                   "size of the corrected picture; not needed for world to raw")
+                   "size of the corrected picture; needed for corrected and second")
       ->type_name("WxH");
+  addForce(*command, options->force);
   command
       ->add_option("point", options->point,
                    "Xw Yw [Zw] in the world, or x y in a picture; without it, a CSV with a header "
                    "(Xw,Yw[,Zw] or x,y, PointId is kept) is read from standard input")
       ->type_name("NUMBER");
   command->footer(
-      "The library converts world to raw, corrected and second, and second to world (on the bed); "
-      "with --dual, world to stitched and back. In a stitched picture y is the row from the top; "
-      "for a crop a note says what to add to it.\n"
+      "World goes to raw, corrected and second; raw to world (on the bed), corrected and second; "
+      "second to world. With --dual, world goes to stitched and back. In a stitched picture y is "
+      "the row from the top; for a crop a note says what to add to it.\n"
       "\nExamples:\n"
       "  fisheye-calibration map --camera camera.ini --from world --to raw 120 -80.5\n"
+      "  fisheye-calibration map --camera left.ini --camera right.ini --from world --to raw 120 "
+      "80\n"
+      "  fisheye-calibration map --camera camera.ini --from raw --to world 812.5 440\n"
       "  fisheye-calibration map --camera camera.ini --from second --to world "
       "--corrected-size 1920x1208 < pixels.csv\n"
       "  fisheye-calibration map --dual dual.ini --from stitched --to world 812 440");
-  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+  return {command, [options](const Streams& streams) { return run(*options, streams); }, true};
 }
 
 }  // namespace fisheye_calibration::program

@@ -21,6 +21,9 @@ constexpr Conversion kConversions[] = {{ImageFrame::kWorld, ImageFrame::kRaw, fa
                                        {ImageFrame::kWorld, ImageFrame::kCorrected, true},
                                        {ImageFrame::kWorld, ImageFrame::kSecond, true},
                                        {ImageFrame::kSecond, ImageFrame::kWorld, true},
+                                       {ImageFrame::kRaw, ImageFrame::kWorld, false},
+                                       {ImageFrame::kRaw, ImageFrame::kCorrected, true},
+                                       {ImageFrame::kRaw, ImageFrame::kSecond, true},
                                        {ImageFrame::kWorld, ImageFrame::kStitched, false},
                                        {ImageFrame::kStitched, ImageFrame::kWorld, false}};
 
@@ -30,7 +33,7 @@ ImageFrame findFrame(const std::string& option, const std::string& name) {
       return known.frame;
     }
   }
-  failBadInput(option + ": world, raw, corrected, second or stitched, not \"" + name + "\"");
+  failBadInput(option + ": world, raw, corrected, second or stitched, not " + inQuotes(name));
 }
 
 }  // namespace
@@ -46,13 +49,13 @@ Conversion findConversion(const std::string& from, const std::string& to) {
       return conversion;
     }
   }
-  std::string message = "the library provides no conversion from " + from + " to " + to;
+  std::string message = "there is no conversion from " + from + " to " + to;
   if (source == ImageFrame::kStitched || target == ImageFrame::kStitched) {
     message += "; a stitched picture has world to stitched and stitched to world";
   } else if (source == ImageFrame::kSecond) {
     message += "; go from second to world and from there on";
   } else {
-    message += "; it has world to raw, corrected and second, and second to world";
+    message += "; world and raw go to each other, to corrected and to second, second goes to world";
   }
   failBadInput(message);
 }

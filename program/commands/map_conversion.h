@@ -1,4 +1,4 @@
-// The conversions of points that the library provides, by the names of their frames.
+// The conversions of points that the program provides, by the names of their frames.
 #pragma once
 
 #include <string>
@@ -16,7 +16,7 @@ struct Conversion {
 };
 
 // The conversion between the two named frames. Fails as bad input for unknown names and for
-// conversions that the library does not provide.
+// conversions that there are not.
 Conversion findConversion(const std::string& from, const std::string& to);
 
 }  // namespace fisheye_calibration::program

@@ -13,7 +13,7 @@ namespace {
 
 [[noreturn]] void failOption(const std::string& option, const std::string& wanted,
                              const std::string& text) {
-  failBadInput(option + ": " + wanted + ", not \"" + text + "\"");
+  failBadInput(option + ": " + wanted + ", not " + inQuotes(text));
 }
 
 }  // namespace
@@ -33,6 +33,11 @@ CLI::Option* addPaths(CLI::App& command, const std::string& name,
     }
   };
   return command.add_option_function<std::vector<std::string>>(name, assign, description);
+}
+
+CLI::Option* addForce(CLI::App& command, bool& force) {
+  return command.add_flag("--force", force,
+                          "use a parameter file that is impossible or made for another size");
 }
 
 Size parseSize(const std::string& option, const std::string& text, int smallest, int largest) {

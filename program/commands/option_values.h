@@ -20,6 +20,9 @@ CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem
 CLI::Option* addPaths(CLI::App& command, const std::string& name,
                       std::vector<std::filesystem::path>& paths, const std::string& description);
 
+// --force: use parameter files in which something is impossible.
+CLI::Option* addForce(CLI::App& command, bool& force);
+
 // "1920x1208"; both from `smallest` to `largest`.
 Size parseSize(const std::string& option, const std::string& text, int smallest, int largest);
 

@@ -1,22 +1,21 @@
 #include "commands/stitch_command.h"
 
 #include <CLI/CLI.hpp>
-#include <array>
-#include <cstddef>
 #include <memory>
 #include <optional>
 #include <ostream>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "base/failure.h"
 #include "base/file_path.h"
 #include "base/frame_buffer.h"
 #include "base/text.h"
+#include "checks/agreement_checks.h"
 #include "checks/checked_camera.h"
 #include "checks/stitch_checks.h"
 #include "commands/option_values.h"
+#include "commands/stitch_values.h"
 #include "commands/stitched_canvas.h"
 #include "drawing/grid_overlay.h"
 #include "drawing/seam_overlay.h"
@@ -29,13 +28,12 @@
 #include "geometry/metric_picture.h"
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
+#include "geometry/whole_datum.h"
 #include "reports/agreement_report.h"
 
 namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
-
-constexpr double kFarApart = 5;  // canvas pixels; more is plainly visible
 
 struct Options {
   std::string left;   // "frame,camera.ini,points.csv"
@@ -45,44 +43,8 @@ struct Options {
   std::string crop;  // "X,Y,WxH"
   fs::path seam;
   std::string grid;  // distance of the lines, world units
+  bool force = false;
 };
-
-struct CameraFiles {
-  fs::path frame;
-  fs::path camera;
-  fs::path points;
-};
-
-CameraFiles parseFiles(const std::string& option, const std::string& text) {
-  const std::size_t first = text.find(',');
-  const std::size_t second = first == std::string::npos ? first : text.find(',', first + 1);
-  if (second == std::string::npos || text.find(',', second + 1) != std::string::npos) {
-    failBadInput(option + ": give three files as FRAME,CAMERA.INI,POINTS.CSV, not \"" + text +
-                 "\"");
-  }
-  return {.frame = pathOf(text.substr(0, first)),
-          .camera = pathOf(text.substr(first + 1, second - first - 1)),
-          .points = pathOf(text.substr(second + 1))};
-}
-
-Crop parseCrop(const std::string& text) {
-  const std::size_t first = text.find(',');
-  const std::size_t second = first == std::string::npos ? first : text.find(',', first + 1);
-  if (second != std::string::npos) {
-    const auto left = parseInteger(std::string_view(text).substr(0, first));
-    const auto top = parseInteger(std::string_view(text).substr(first + 1, second - first - 1));
-    if (left && top && *left >= 0 && *top >= 0) {
-      const Size size = parseImageSize("--crop", text.substr(second + 1));
-      if (size.width % 4 != 0 || size.height % 4 != 0) {
-        failBadInput("--crop: width and height must be multiples of 4, not " +
-                     text.substr(second + 1));
-      }
-      return {.left = *left, .top = *top, .size = size};
-    }
-  }
-  failBadInput("--crop: give left column, top row and size as X,Y,WIDTHxHEIGHT, not \"" + text +
-               "\"");
-}
 
 void checkOutputs(const Options& options, const CameraFiles& left, const CameraFiles& right) {
   struct Output {
@@ -110,29 +72,36 @@ void checkOutputs(const Options& options, const CameraFiles& left, const CameraF
   }
 }
 
-StitchCamera readCamera(const CameraFiles& files, std::ostream& messages) {
+StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& messages) {
   return {.cameraName = nameOf(files.camera),
           .pointsName = nameOf(files.points),
-          .frame = toBuffer(readFrame(files.frame)),
-          .param = loadCheckedCamera(files.camera, messages),
+          .frame = toBuffer(readFrame(files.frame, messages)),
+          .param = loadCheckedCamera(files.camera, force, messages),
           .points = readPoints(files.points)};
 }
 
-// Reports all findings; the first that makes the stitch impossible is what the program fails with.
-void reportBefore(const Findings& findings, std::ostream& messages) {
-  std::optional<std::string> impossible;
-  for (const Finding& finding : findings) {
-    if (finding.severity != Severity::kImpossible) {
-      messages << "warning: " << finding.text << "\n";
-    } else if (!impossible) {
-      impossible = finding.text;
-    } else {
-      messages << finding.text << "\n";
+// Reports all findings and fails with the first that makes the stitch impossible or, unless that is
+// forced, with the first that makes it untrustworthy. Returns whether it is to be trusted.
+bool reportFindings(const Findings& findings, bool force, std::ostream& messages) {
+  const auto reportAll = [&](Severity severity, const char* prefix) {
+    for (const Finding& finding : findings) {
+      if (finding.severity == severity) {
+        messages << prefix << finding.text << "\n";
+      }
     }
+  };
+  reportAll(Severity::kDoubtful, "warning: ");
+  reportAll(Severity::kUntrusted, "not to be trusted: ");
+  if (anyImpossible(findings)) {
+    reportAll(Severity::kImpossible, "impossible: ");
+    failBadInput("these frames cannot be stitched");
   }
-  if (impossible) {
-    failBadInput(*impossible);
+  const bool trusted = !anyOf(findings, Severity::kUntrusted);
+  if (!trusted && !force) {
+    failJob(
+        "the result is not to be trusted; nothing was written (--force writes it all the same)");
   }
+  return trusted;
 }
 
 void requireInside(const Crop& crop, const Size& canvas) {
@@ -158,17 +127,51 @@ void describe(const Options& options, const DualFishEyeCalibrationParam& dual, s
   }
 }
 
-void warnOfDisagreement(const std::vector<Agreement>& agreement, std::size_t sharedCount,
-                        std::ostream& messages) {
-  const std::size_t lost = sharedCount - agreement.size();
-  if (lost > 0) {
-    messages << "warning: " << lost << " shared points cannot be carried to the bed\n";
+// Where the datum went and what that leaves.
+void describeDatum(const DualFishEyeCalibrationParam& exact, const WholeDatum& whole, bool cropped,
+                   std::ostream& out) {
+  if (whole.record.DatumPtXw == exact.DatumPtXw && whole.record.DatumPtYw == exact.DatumPtYw) {
+    return;
   }
-  const double worst = worstApart(agreement);
-  if (!(worst <= kFarApart)) {
-    messages << "warning: the cameras disagree by up to " << general(worst, 3)
-             << " px; the stitched picture shows things double there\n";
+  out << "Its datum: (" << shortest(whole.record.DatumPtXw) << ", "
+      << shortest(whole.record.DatumPtYw) << ") instead of (" << shortest(exact.DatumPtXw) << ", "
+      << shortest(exact.DatumPtYw)
+      << "), because the library reads it back in whole numbers; points mapped with the file are "
+         "off by at most "
+      << fixed(whole.rest, 4) << " mm";
+  if (whole.addedRows > 0 && !cropped) {
+    out << "; " << whole.addedRows << " black rows were added below the picture for it";
   }
+  out << "\n";
+}
+
+struct Stitched {
+  FrameBuffer canvas;
+  DualFishEyeCalibrationParam record{};
+};
+
+Stitched stitchedFrames(StitchPair& pair, const fs::path& left, const fs::path& right) {
+  try {
+    Stitched stitched = {.canvas = newCanvas(pair)};
+    stitched.record = stitchOnto(stitched.canvas, pair);
+    return stitched;
+  } catch (const cv::Exception& error) {
+    failJob(nameOf(left) + " and " + nameOf(right) + " cannot be stitched (" + error.err + ")");
+  }
+}
+
+// Of the same size as the stitched picture.
+cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
+                    const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
+                    int addedRows) {
+  cv::Mat drawn = drawSeam(canvas, pair, shared, agreement);
+  if (addedRows > 0) {
+    drawn.push_back(cv::Mat(addedRows, drawn.cols, drawn.type(), cv::Scalar::all(0)));
+  }
+  if (crop) {
+    return drawn({crop->left, crop->top, crop->size.width, crop->size.height});
+  }
+  return drawn;
 }
 
 int run(const Options& options, const Streams& streams) {
@@ -183,27 +186,35 @@ int run(const Options& options, const Streams& streams) {
     gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
   checkOutputs(options, left, right);
-  StitchPair pair = {.left = readCamera(left, streams.messages),
-                     .right = readCamera(right, streams.messages)};
+  StitchPair pair = {.left = readCamera(left, options.force, streams.messages),
+                     .right = readCamera(right, options.force, streams.messages)};
   const SharedPoints shared = sharedPoints(pair);
-  reportBefore(checkStitch(pair, shared), streams.messages);
-
-  streams.messages << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
-  FrameBuffer canvas = newCanvas(pair);
-  if (crop) {
-    requireInside(*crop, canvas.size);
+  Findings findings = checkStitch(pair, shared);
+  if (isSameFile(left.frame, right.frame)) {
+    addUntrusted(findings, FindingKind::kSameCamera,
+                 nameOf(left.frame) + " and " + nameOf(right.frame) + " are the same frame");
   }
-  DualFishEyeCalibrationParam dual = stitchOnto(canvas, pair);
-  const std::vector<Agreement> agreement = agreementAt(pair, shared, dual);
+  bool trusted = reportFindings(findings, options.force, streams.messages);
+
+  streams.progress << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
+  auto [canvas, exact] = stitchedFrames(pair, left.frame, right.frame);
+  const std::vector<Agreement> agreement = agreementAt(pair, shared, exact);
+  streams.out << describeAgreement(agreement, static_cast<double>(exact.Pixel)) << std::flush;
+  trusted = reportFindings(checkAgreement(agreement, shared.left.size()), options.force,
+                           streams.messages) &&
+            trusted;
 
   OutputFiles files;
-  if (!options.seam.empty()) {
-    cv::Mat drawn = drawSeam(toPicture(canvas), pair, shared, agreement);
-    if (crop) {
-      drawn = drawn({crop->left, crop->top, crop->size.width, crop->size.height});
-    }
-    stagePicture(files, options.seam, drawn);
+  const WholeDatum whole = withWholeDatum(exact);
+  DualFishEyeCalibrationParam dual = whole.record;
+  if (crop) {
+    requireInside(*crop, {dual.StdImageWidth, dual.StdImageHeight});
   }
+  if (!options.seam.empty()) {
+    stagePicture(files, options.seam,
+                 seamPicture(toPicture(canvas), pair, shared, agreement, crop, whole.addedRows));
+  }
+  addRowsBelow(canvas, whole.addedRows);
   if (crop) {
     canvas = cutOut(canvas, *crop, dual);
   }
@@ -212,13 +223,13 @@ int run(const Options& options, const Streams& streams) {
     drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
   }
   stagePicture(files, options.output, picture);
-  stageDual(files, options.dual, dual, streams.messages);
+  stageDual(files, options.dual, dual);
   files.commit();
 
+  streams.out << "\n";
   describe(options, dual, streams.out);
-  streams.out << "\n" << describeAgreement(agreement, static_cast<double>(dual.Pixel));
-  warnOfDisagreement(agreement, shared.left.size(), streams.messages);
-  return kExitOk;
+  describeDatum(exact, whole, crop.has_value(), streams.out);
+  return trusted ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace
@@ -247,6 +258,10 @@ Command addStitchCommand(CLI::App& app) {
       ->type_name("X,Y,WxH");
   command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
       ->type_name("MM");
+  command->add_flag(
+      "--force", options->force,
+      "write a picture that is not to be trusted, use camera files in which something "
+      "is impossible");
   addPath(*command, "--seam", options->seam,
           "write the picture with the blended strip and the shared points")
       ->type_name("PICTURE");

@@ -39,6 +39,14 @@ DualFishEyeCalibrationParam stitchOnto(FrameBuffer& canvas, StitchPair& pair) {
   return dual;
 }
 
+void addRowsBelow(FrameBuffer& canvas, int rows) {
+  const Size size = {.width = canvas.size.width, .height = rows};
+  const FrameBuffer added = blankBuffer(size, canvas.bitCount);
+  // The buffer begins with the picture's lowest row.
+  canvas.bytes.insert(canvas.bytes.begin(), added.bytes.begin(), added.bytes.end());
+  canvas.size.height += rows;
+}
+
 FrameBuffer cutOut(FrameBuffer& canvas, const Crop& crop, DualFishEyeCalibrationParam& dual) {
   FrameBuffer cut = blankBuffer(crop.size, canvas.bitCount);
   DualCam_CroppingImage(canvas.data(), canvas.size.width, canvas.size.height, canvas.bitCount,

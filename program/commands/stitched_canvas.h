@@ -21,6 +21,9 @@ FrameBuffer newCanvas(StitchPair& pair);
 // Fills the canvas and returns its record.
 DualFishEyeCalibrationParam stitchOnto(FrameBuffer& canvas, StitchPair& pair);
 
+// Adds black rows below the picture.
+void addRowsBelow(FrameBuffer& canvas, int rows);
+
 // Returns the part of the canvas and turns `dual` into its record.
 FrameBuffer cutOut(FrameBuffer& canvas, const Crop& crop, DualFishEyeCalibrationParam& dual);
 

@@ -31,6 +31,7 @@ constexpr const char* kResultPicture = "D:/CorrectedImage2.bmp";
 struct Options {
   fs::path points;
   fs::path image;
+  fs::path output;  // empty: only the library's own file
 };
 
 void prepareDrive() {
@@ -68,9 +69,32 @@ std::optional<fs::file_time_type> writtenAt(const char* path) {
   return error ? std::nullopt : std::optional(time);
 }
 
+void checkOutput(const Options& options) {
+  if (options.output.empty()) {
+    return;
+  }
+  requireWritable("-o", options.output);
+  requirePictureName("-o", options.output);
+  if (isSameFile(options.output, options.image) || isSameFile(options.output, options.points)) {
+    failBadInput("-o: " + nameOf(options.output) + " is named twice");
+  }
+}
+
+// The file that the library wrote, under the name that the user wants.
+std::string savedResult(const fs::path& output, std::ostream& messages) {
+  if (output.empty()) {
+    return absoluteNameOf(kResultPicture);
+  }
+  OutputFiles files;
+  stagePicture(files, output, readColourPicture(kResultPicture, messages));
+  files.commit();
+  return nameOf(output);
+}
+
 int run(const Options& options, const Streams& streams) {
+  checkOutput(options);
   const std::vector<CalibrationPoint> points = readCorners(options.points);
-  const cv::Mat picture = readColourPicture(options.image);
+  const cv::Mat picture = readColourPicture(options.image, streams.messages);
   prepareDrive();
   if (!isSameFile(options.image, kInputPicture)) {
     OutputFiles files;
@@ -78,7 +102,8 @@ int run(const Options& options, const Streams& streams) {
     files.commit();
   }
   const std::optional<fs::file_time_type> before = writtenAt(kResultPicture);
-  streams.messages << "Press a key in the window \"Transformed Image\" to go on ..." << std::endl;
+  streams.messages << "Press a key in the window \"Transformed Image\" or close it to go on ..."
+                   << std::endl;
   std::array<double, 9> unused{};
   try {
     GetPerspectiveTransformationParam(points, unused.data(), unused[0], unused[1]);
@@ -89,7 +114,7 @@ int run(const Options& options, const Streams& streams) {
   if (!after || after == before) {
     failJob(std::string(kResultPicture) + " was not written; is there room for 80 MB?");
   }
-  streams.out << "Straightened picture: " << absoluteNameOf(kResultPicture) << "\n";
+  streams.out << "Straightened picture: " << savedResult(options.output, streams.messages) << "\n";
   return kExitOk;
 }
 
@@ -103,11 +128,14 @@ Command addStraightenCommand(CLI::App& app) {
           "four points (CSV) in the corrected picture; the first and the last lie on a diagonal")
       ->required();
   addPath(*command, "image", options->image, "the corrected picture")->required();
+  addPath(*command, "-o,--output", options->output, "write the result to this file, too")
+      ->type_name("PICTURE");
   command->footer(
       "The library works on fixed files on drive D: (elsewhere than on Windows a folder named D: "
       "in the working directory, made if it is missing): the picture is copied to "
       "D:/CorrectedImage.bmp and the result is D:/CorrectedImage2.bmp. The window waits for a "
-      "key.\n\nExample:\n  fisheye-calibration straighten corners.csv corrected.png");
+      "key or until it is closed.\n\n"
+      "Example:\n  fisheye-calibration straighten corners.csv corrected.png -o straight.png");
   return {command, [options](const Streams& streams) { return run(*options, streams); }};
 }
 

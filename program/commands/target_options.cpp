@@ -139,7 +139,7 @@ World parseWorld(const TargetOptions& options, int pointCount) {
   const Pair origin = parsePair("--origin", options.origin);
   const std::optional<int> firstId = parseInteger(options.firstId);
   if (!firstId || *firstId < 1 || *firstId > std::numeric_limits<int>::max() - pointCount) {
-    failBadInput("--first-id: give a whole number from 1, not \"" + options.firstId + "\"");
+    failBadInput("--first-id: give a whole number from 1, not " + inQuotes(options.firstId));
   }
   return {.spacing = spacing, .origin = origin, .firstId = *firstId};
 }
@@ -194,16 +194,22 @@ void addTargetOptions(CLI::App& command, TargetOptions& target) {
 }
 
 DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetOptions& options,
-                               OutputFiles& files, std::ostream& messages) {
+                               OutputFiles& files, const Streams& streams) {
   const Target target = parseTarget(options);
   const World world = parseWorld(options, target.columns * target.rows);
   checkOverlay(options.overlay, image);
   const std::string name = nameOf(image);
   DetectedTarget found;
-  found.grey = readGreyPicture(image);
-  Search search = detectTarget(found.grey, target, [&](const std::string& step) {
-    messages << name << ": " << step << " ..." << std::endl;
-  });
+  found.grey = readGreyPicture(image, streams.messages);
+  Search search;
+  try {
+    search = detectTarget(found.grey, target, [&](const std::string& step) {
+      streams.progress << name << ": " << step << " ..." << std::endl;
+    });
+  } catch (const cv::Exception&) {
+    failJob(name + ": a picture of " + sizeText({found.grey.cols, found.grey.rows}) +
+            " pixels cannot be searched for a target");
+  }
   if (!search.detection) {
     failWithoutTarget(name, target, search.seen);
   }

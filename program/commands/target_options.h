@@ -3,11 +3,11 @@
 #pragma once
 
 #include <filesystem>
-#include <iosfwd>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
+#include "commands/command.h"
 #include "commands/option_values.h"
 #include "detection/target_detection.h"
 #include "files/output_files.h"
@@ -64,6 +64,6 @@ struct DetectedTarget {
 
 // Reads the picture, finds the target and numbers its points; stages the overlay if one is wanted.
 DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetOptions& options,
-                               OutputFiles& files, std::ostream& messages);
+                               OutputFiles& files, const Streams& streams);
 
 }  // namespace fisheye_calibration::program

@@ -7,6 +7,7 @@
 #include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "base/nice_number.h"
 #include "base/text.h"
 #include "drawing/primitives.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <opencv2/imgproc.hpp>
 #include <string>
 
 #include "base/failure.h"
@@ -22,6 +23,25 @@ std::vector<GridLine> linesBetween(double a, double b, double spacing, Position 
     lines.push_back({k * spacing, position(k * spacing)});
   }
   return lines;
+}
+
+// Blends black into what is light and white into what is dark, by the mask's share of 255. A light
+// grey around counts as light; single pixels do not change the colour of a line.
+void blendContrasting(cv::Mat& picture, const cv::Mat& mask) {
+  constexpr int kNeighbourhood = 31;  // pixels
+  constexpr int kLight = 96;
+  cv::Mat around;
+  cv::blur(picture, around, cv::Size(kNeighbourhood, kNeighbourhood));
+  for (int y = 0; y < picture.rows; ++y) {
+    unsigned char* const pixels = picture.ptr(y);
+    const unsigned char* const shares = mask.ptr(y);
+    const unsigned char* const brightness = around.ptr(y);
+    for (int x = 0; x < picture.cols; ++x) {
+      const int target = brightness[x] >= kLight ? 0 : 255;
+      const int blended = (pixels[x] * (255 - shares[x]) + target * shares[x] + 127) / 255;
+      pixels[x] = static_cast<unsigned char>(blended);
+    }
+  }
 }
 
 }  // namespace
@@ -57,17 +77,23 @@ void drawGrid(cv::Mat& picture, const Grid& grid) {
   const int thickness = std::max(1, shorter / 900);
   const double letters = std::clamp(shorter / 60.0, 8.0, 24.0);
   const cv::Scalar colour = grey ? cv::Scalar(0) : cv::Scalar(0, 90, 230);
+  // Lines in a grey picture are drawn where the mask is not 0, black on light and white on dark.
+  cv::Mat mask = grey ? cv::Mat(cv::Mat::zeros(picture.size(), CV_8UC1)) : cv::Mat();
   const auto line = [&](cv::Point2d from, cv::Point2d to) {
     if (grey) {
-      drawLine(picture, from, to, cv::Scalar(255), thickness + 2);  // to be readable on black
+      drawLine(mask, from, to, cv::Scalar(255), thickness);
+    } else {
+      drawLine(picture, from, to, colour, thickness);
     }
-    drawLine(picture, from, to, colour, thickness);
   };
   for (const GridLine& at : grid.columns) {
     line({at.pixel, -1}, {at.pixel, static_cast<double>(picture.rows)});
   }
   for (const GridLine& at : grid.rows) {
     line({-1, at.pixel}, {static_cast<double>(picture.cols), at.pixel});
+  }
+  if (grey) {
+    blendContrasting(picture, mask);
   }
   double free = 0;  // where there is room for the next label
   for (const GridLine& at : grid.columns) {

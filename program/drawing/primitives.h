@@ -28,8 +28,4 @@ void drawLine(cv::Mat& canvas, cv::Point2d from, cv::Point2d to, const cv::Scala
 void drawArrow(cv::Mat& canvas, cv::Point2d from, cv::Point2d to, const cv::Scalar& colour,
                int thickness);
 
-// The largest (smallest) of 1, 2 and 5 times a power of ten that is not above (below) `value`.
-double niceBelow(double value);
-double niceAbove(double value);
-
 }  // namespace fisheye_calibration::program

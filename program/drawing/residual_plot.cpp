@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 #include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "base/nice_number.h"
 #include "base/text.h"
 #include "drawing/primitives.h"
 

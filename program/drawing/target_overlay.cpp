@@ -53,6 +53,7 @@ cv::Mat drawTargetOverlay(const cv::Mat& grey, const std::vector<CalibrationPoin
   cv::copyMakeBorder(picture, picture, 0, band, 0, 0, cv::BORDER_CONSTANT, cv::Scalar::all(255));
 
   std::vector<cv::Point2d> positions;
+  positions.reserve(points.size());
   for (const CalibrationPoint& point : points) {
     positions.emplace_back((static_cast<double>(point.ImagePtX) + 0.5) * scale - 0.5,
                            (static_cast<double>(point.ImagePtY) + 0.5) * scale - 0.5);

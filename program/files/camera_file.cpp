@@ -1,6 +1,7 @@
 #include "files/camera_file.h"
 
 #include <cmath>
+#include <fstream>
 #include <system_error>
 
 #include "base/failure.h"
@@ -13,16 +14,12 @@ namespace fisheye_calibration::program {
 namespace {
 
 // The file format's own spelling.
-constexpr std::string_view kSectionName = "CalibraionParam";
+constexpr const char* kSectionName = "CalibraionParam";
 
 }  // namespace
 
 std::vector<std::string> inspectCameraText(const std::string& name, std::string_view text) {
-  const IniSection section = readIniSection(text, kSectionName);
-  if (!section.found) {
-    failBadInput(name + ": not a camera file, there is no section [" + std::string(kSectionName) +
-                 "] in it");
-  }
+  const IniSection section = requireIniSection(name, text, kSectionName, "a camera file");
   std::vector<std::string> keys;
   for (const RecordField& field : recordFields()) {
     keys.emplace_back(field.name);
@@ -38,7 +35,7 @@ CameraFile loadCamera(const std::filesystem::path& path) {
 }
 
 void stageCamera(OutputFiles& files, const std::filesystem::path& path,
-                 const FishEyeCalibrationParam& param) {
+                 const FishEyeCalibrationParam& param, const CameraNotes& notes) {
   const std::filesystem::path temporary = files.stageCopy(path);
   SaveCalibrationParam(nameOf(temporary).c_str(), param);
   // The library does not report whether it could write, so the record is read back.
@@ -49,6 +46,13 @@ void stageCamera(OutputFiles& files, const std::filesystem::path& path,
                     std::abs(stored.Pixel - param.Pixel) <= 1e-5f * std::abs(param.Pixel) + 1e-6f;
   const bool finite = std::isfinite(param.u0) && std::isfinite(param.Pixel);
   if (!std::filesystem::exists(temporary, error) || (finite && !same)) {
+    failJob(nameOf(path) + ": the camera could not be saved");
+  }
+  const std::string text = withNotes(readFile(temporary), notes);
+  std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
+  file.write(text.data(), static_cast<std::streamsize>(text.size()));
+  file.close();
+  if (!file) {
     failJob(nameOf(path) + ": the camera could not be saved");
   }
 }

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "files/camera_notes.h"
 #include "files/output_files.h"
 #include "fisheye_calibration.h"
 
@@ -24,8 +25,9 @@ std::vector<std::string> inspectCameraText(const std::string& name, std::string_
 // Fails as bad input if there is no such file or it has no camera section.
 CameraFile loadCamera(const std::filesystem::path& path);
 
-// Stages the record over the file at `path`, which keeps its other sections and comments.
+// Stages the record and the notes over the file at `path`, which keeps its other sections and
+// comments.
 void stageCamera(OutputFiles& files, const std::filesystem::path& path,
-                 const FishEyeCalibrationParam& param);
+                 const FishEyeCalibrationParam& param, const CameraNotes& notes);
 
 }  // namespace fisheye_calibration::program

@@ -5,6 +5,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "files/csv_dialect.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -18,21 +19,29 @@ int characters(std::string_view text) {
   }));
 }
 
-CsvRow splitRow(std::string_view line, int lineNumber) {
+CsvRow splitRow(const std::string& name, std::string_view line, int lineNumber, char separator) {
   CsvRow row{lineNumber, {}};
-  std::size_t start = 0;
-  while (true) {
-    const std::size_t comma = std::min(line.find(',', start), line.size());
-    const std::string_view raw = line.substr(start, comma - start);
-    const std::string_view value = trimmed(raw);
-    const std::size_t lead =
-        value.empty() ? 0 : static_cast<std::size_t>(value.data() - raw.data());
-    row.fields.push_back({std::string(value), characters(line.substr(0, start + lead)) + 1});
-    if (comma == line.size()) {
-      return row;
-    }
-    start = comma + 1;
+  bool closed = true;
+  for (CsvValue& value : splitLine(line, separator, closed)) {
+    const int column = characters(line.substr(0, value.begin)) + 1;
+    row.fields.push_back({std::move(value.text), column});
   }
+  if (!closed) {
+    failBadInput(located(name, lineNumber, 1, "a quotation mark is not closed"));
+  }
+  return row;
+}
+
+bool isNumber(const CsvField& field) {
+  return parseNumber(field.text).has_value() || hasDecimalComma(field.text);
+}
+
+bool hasDecimalPoint(const CsvField& field) {
+  return field.text.find('.') != std::string::npos && parseNumber(field.text).has_value();
+}
+
+const char* separatorName(char separator) {
+  return separator == ';' ? "semicolons" : separator == '\t' ? "tabs" : "commas";
 }
 
 void checkEncoding(const std::string& name, std::string_view text) {
@@ -50,7 +59,7 @@ void checkHeader(const CsvTable& table) {
     for (std::size_t j = 0; j < i; ++j) {
       if (!names[i].text.empty() && equalIgnoringCase(names[i].text, names[j].text)) {
         failBadInput(located(table.name, table.header.line, names[i].column,
-                             "column \"" + names[i].text + "\" is there twice"));
+                             "column " + inQuotes(names[i].text) + " is there twice"));
       }
     }
   }
@@ -63,9 +72,45 @@ void checkLength(const CsvTable& table, const CsvRow& row) {
     return;
   }
   const CsvField& where = found > expected ? row.fields[expected] : row.fields.back();
-  failBadInput(located(table.name, row.line, where.column,
-                       std::to_string(found) + (found == 1 ? " value" : " values") +
-                           " where the header names " + std::to_string(expected)));
+  const bool decimals = table.separator == ',' && found > expected &&
+                        std::all_of(row.fields.begin(), row.fields.end(), isNumber);
+  failBadInput(located(
+      table.name, row.line, where.column,
+      std::to_string(found) + (found == 1 ? " value" : " values") + " where the header names " +
+          std::to_string(expected) +
+          (decimals ? "; if decimals follow commas, separate the values by semicolons" : "")));
+}
+
+// Takes the first line of values for the header. A line of numbers is none: then the names are
+// those of `columns`, if there are as many values.
+void takeHeader(CsvTable& table, CsvRow first, const std::vector<std::string>& columns) {
+  const std::size_t count = first.fields.size();
+  if (!std::all_of(first.fields.begin(), first.fields.end(), isNumber)) {
+    table.header = std::move(first);
+    checkHeader(table);
+    return;
+  }
+  if (count != columns.size()) {
+    const std::string names = columns.empty() ? "the names of the columns" : joined(columns, ",");
+    failBadInput(located(table.name, first.line, 1,
+                         "no header but " + std::to_string(count) + " numbers, separated by " +
+                             separatorName(table.separator) + "; write " + names + " above them"));
+  }
+  table.header.line = first.line;
+  for (std::size_t i = 0; i < count; ++i) {
+    table.header.fields.push_back({columns[i], first.fields[i].column});
+  }
+  table.rows.push_back(std::move(first));
+}
+
+// Spreadsheets name the separator in a first line of its own: "sep=;".
+bool namesSeparator(std::string_view line, char& separator) {
+  line = trimmed(line);
+  if (line.size() != 5 || !equalIgnoringCase(line.substr(0, 4), "sep=")) {
+    return false;
+  }
+  separator = line[4];
+  return true;
 }
 
 }  // namespace
@@ -86,20 +131,36 @@ std::optional<std::size_t> CsvTable::find(std::string_view columnName) const {
 std::size_t CsvTable::require(std::string_view columnName) const {
   const std::optional<std::size_t> index = find(columnName);
   if (!index) {
+    std::vector<std::string> names;
+    for (const CsvField& field : header.fields) {
+      names.push_back(field.text);
+    }
     failBadInput(located(name, header.line, 1,
-                         "the header has no column \"" + std::string(columnName) + "\""));
+                         "the header has no column " + inQuotes(columnName) +
+                             ", but, separated by " + separatorName(separator) + ", " +
+                             inQuotes(joined(names, ", "))));
   }
   return *index;
 }
 
 float CsvTable::floatAt(const CsvRow& row, std::size_t field) const {
   const CsvField& value = row.fields[field];
-  if (const std::optional<float> number = parseFloat(value.text)) {
+  std::string text = value.text;
+  std::string hint;
+  if (hasDecimalComma(text)) {
+    // Where commas separate values or other numbers have points, a comma may group thousands.
+    if (separator != ',' && !decimalPoints) {
+      std::replace(text.begin(), text.end(), ',', '.');
+    } else {
+      hint = decimalPoints ? "; other numbers have decimal points" : "; decimals follow a point";
+    }
+  }
+  if (const std::optional<float> number = parseFloat(text)) {
     return *number;
   }
-  failBadInput(
-      located(name, row.line, value.column,
-              value.text.empty() ? "a number is missing" : "not a number: \"" + value.text + "\""));
+  failBadInput(located(
+      name, row.line, value.column,
+      text.empty() ? "a number is missing" : "not a number: " + inQuotes(value.text) + hint));
 }
 
 int CsvTable::integerAt(const CsvRow& row, std::size_t field) const {
@@ -109,15 +170,17 @@ int CsvTable::integerAt(const CsvRow& row, std::size_t field) const {
   }
   failBadInput(located(name, row.line, value.column,
                        value.text.empty() ? "a whole number is missing"
-                                          : "not a whole number: \"" + value.text + "\""));
+                                          : "not a whole number: " + inQuotes(value.text)));
 }
 
-CsvTable parseCsv(const std::string& name, std::string_view text) {
+CsvTable parseCsv(const std::string& name, std::string_view text,
+                  const std::vector<std::string>& columns) {
   checkEncoding(name, text);
   if (text.starts_with(kByteOrderMark)) {
     text.remove_prefix(kByteOrderMark.size());
   }
-  CsvTable table{name, {0, {}}, {}};
+  CsvTable table{.name = name};
+  bool separatorNamed = false;
   for (int lineNumber = 1; !text.empty(); ++lineNumber) {
     const std::size_t end = std::min(text.find('\n'), text.size());
     const std::string_view line = text.substr(0, end);
@@ -125,17 +188,25 @@ CsvTable parseCsv(const std::string& name, std::string_view text) {
     if (trimmed(line).empty()) {
       continue;
     }
-    CsvRow row = splitRow(line, lineNumber);
-    if (table.header.line == 0) {
-      table.header = std::move(row);
-      checkHeader(table);
-    } else {
-      checkLength(table, row);
-      table.rows.push_back(std::move(row));
+    if (lineNumber == 1 && namesSeparator(line, table.separator)) {
+      separatorNamed = true;
+      continue;
     }
+    if (table.header.line == 0) {
+      table.separator = separatorNamed ? table.separator : separatorOf(line);
+      takeHeader(table, splitRow(name, line, lineNumber, table.separator), columns);
+      continue;
+    }
+    CsvRow row = splitRow(name, line, lineNumber, table.separator);
+    checkLength(table, row);
+    table.rows.push_back(std::move(row));
   }
   if (table.header.line == 0) {
     failBadInput(located(name, 1, 1, "the file is empty"));
+  }
+  for (const CsvRow& row : table.rows) {
+    table.decimalPoints =
+        table.decimalPoints || std::any_of(row.fields.begin(), row.fields.end(), hasDecimalPoint);
   }
   return table;
 }

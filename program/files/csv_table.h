@@ -1,4 +1,5 @@
-// Comma-separated text with a header line. Every value has its line and column for messages.
+// Comma-separated text with a header line, in the dialects of csv_dialect.h. Every value has its
+// line and column for messages.
 #pragma once
 
 #include <cstddef>
@@ -21,8 +22,10 @@ struct CsvRow {
 
 struct CsvTable {
   std::string name;  // of the file, for messages
-  CsvRow header;
-  std::vector<CsvRow> rows;  // each with as many fields as the header
+  CsvRow header = {.line = 0, .fields = {}};
+  std::vector<CsvRow> rows = {};  // each with as many fields as the header
+  char separator = ',';
+  bool decimalPoints = false;  // some number has one, so that a comma in another is none
 
   // The index of the column with that name (regardless of case), if there is one.
   std::optional<std::size_t> find(std::string_view columnName) const;
@@ -36,9 +39,11 @@ struct CsvTable {
 // "name:line:column: message"
 std::string located(const std::string& name, int line, int column, const std::string& message);
 
-// Accepts a UTF-8 byte-order mark, CRLF line ends, blank lines and blanks around values. Fails as
-// bad input, naming line and column, for an empty file, for a column name that occurs twice and for
-// rows that are not as long as the header.
-CsvTable parseCsv(const std::string& name, std::string_view text);
+// Accepts a UTF-8 byte-order mark, CRLF line ends, blank lines and blanks around values. If the
+// first line holds as many numbers as there are `columns`, these are the names. Fails as bad input,
+// naming line and column, for an empty file, for other numbers in place of a header, for a column
+// name that occurs twice and for rows that are not as long as the header.
+CsvTable parseCsv(const std::string& name, std::string_view text,
+                  const std::vector<std::string>& columns = {});
 
 }  // namespace fisheye_calibration::program

@@ -15,7 +15,7 @@ namespace fisheye_calibration::program {
 namespace {
 
 // The file format's own spelling.
-constexpr std::string_view kSectionName = "DualCamerasCalibraionParam";
+constexpr const char* kSectionName = "DualCamerasCalibraionParam";
 
 // The library reads the datum's world coordinates as whole numbers.
 void warnOfFraction(const std::filesystem::path& path, const char* key, double value,
@@ -31,20 +31,25 @@ void warnOfFraction(const std::filesystem::path& path, const char* key, double v
 
 }  // namespace
 
-DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
+DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path, bool force,
                                             std::ostream& messages) {
-  const IniSection section = readIniSection(readFile(path), kSectionName);
-  if (!section.found) {
-    failBadInput(nameOf(path) + ": not the file of a stitched picture, there is no section [" +
-                 std::string(kSectionName) + "] in it");
-  }
-  const std::vector<std::string> complaints =
+  const IniSection section = requireIniSection(nameOf(path), readFile(path), kSectionName,
+                                               "the file of a stitched picture");
+  std::vector<std::string> complaints =
       inspectEntries(nameOf(path), section,
                      {"Pixel", "StdImageWidth", "StdImageHeight", "DatumImagePtX", "DatumImagePtY",
                       "DatumPtXw", "DatumPtYw"});
-  for (const std::string& complaint : complaints) {
-    messages << "warning: " << complaint << "\n";
+  DualFishEyeCalibrationParam param{};
+  LoadDualCamerasCalibrationParam(absoluteNameOf(path).c_str(), param);
+  if (!(param.Pixel > 0)) {
+    complaints.push_back(nameOf(path) + ": Pixel must be greater than 0, it is " +
+                         shortest(param.Pixel));
   }
+  if (param.StdImageWidth <= 0 || param.StdImageHeight <= 0) {
+    complaints.push_back(nameOf(path) + ": a picture of " + std::to_string(param.StdImageWidth) +
+                         "x" + std::to_string(param.StdImageHeight) + " pixels");
+  }
+  reportImpossible(complaints, nameOf(path), force, messages);
   for (const IniEntry& entry : section.entries) {
     const auto value = parseNumber(entry.value);
     if (!value) {
@@ -56,17 +61,11 @@ DualFishEyeCalibrationParam loadCheckedDual(const std::filesystem::path& path,
       }
     }
   }
-  DualFishEyeCalibrationParam param{};
-  LoadDualCamerasCalibrationParam(absoluteNameOf(path).c_str(), param);
-  if (!(param.Pixel > 0)) {
-    messages << "warning: " << nameOf(path) << ": Pixel must be greater than 0, it is "
-             << shortest(param.Pixel) << "\n";
-  }
   return param;
 }
 
 void stageDual(OutputFiles& files, const std::filesystem::path& path,
-               const DualFishEyeCalibrationParam& param, std::ostream& messages) {
+               const DualFishEyeCalibrationParam& param) {
   const std::string temporary = nameOf(files.stageCopy(path));
   SaveDualCamerasCalibrationParam(temporary.c_str(), param);
   // The library does not report whether it could write, so the record is read back.
@@ -74,11 +73,10 @@ void stageDual(OutputFiles& files, const std::filesystem::path& path,
   LoadDualCamerasCalibrationParam(temporary.c_str(), stored);
   if (stored.StdImageWidth != param.StdImageWidth ||
       stored.StdImageHeight != param.StdImageHeight ||
-      stored.DatumImagePtX != param.DatumImagePtX || stored.DatumImagePtY != param.DatumImagePtY) {
+      stored.DatumImagePtX != param.DatumImagePtX || stored.DatumImagePtY != param.DatumImagePtY ||
+      stored.DatumPtXw != param.DatumPtXw || stored.DatumPtYw != param.DatumPtYw) {
     failJob(nameOf(path) + ": the record of the stitched picture could not be saved");
   }
-  warnOfFraction(path, "DatumPtXw", static_cast<double>(param.DatumPtXw), messages);
-  warnOfFraction(path, "DatumPtYw", static_cast<double>(param.DatumPtYw), messages);
 }
 
 }  // namespace fisheye_calibration::program

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <ostream>
 
+#include "base/failure.h"
 #include "base/text.h"
+#include "files/csv_dialect.h"
 #include "files/csv_table.h"
 
 namespace fisheye_calibration::program {
@@ -23,6 +26,10 @@ std::string_view withoutQuotes(std::string_view value) {
   const bool quoted = value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
                       value.back() == value.front();
   return quoted ? trimmed(value.substr(1, value.size() - 2)) : value;
+}
+
+const char* commaHint(std::string_view value) {
+  return hasDecimalComma(value) ? "; decimals follow a point, not a comma" : "";
 }
 
 }  // namespace
@@ -57,6 +64,27 @@ IniSection readIniSection(std::string_view text, std::string_view sectionName) {
   return section;
 }
 
+IniSection requireIniSection(const std::string& name, std::string_view text,
+                             const std::string& sectionName, const std::string& wanted) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
+    failBadInput(name + ": UTF-16 text; save the file as UTF-8 without a byte-order mark");
+  }
+  if (text.find('\0') != std::string_view::npos) {
+    failBadInput(name + ": not a text file");
+  }
+  IniSection section = readIniSection(text, sectionName);
+  if (section.found) {
+    return section;
+  }
+  if (text.starts_with(kByteOrderMark) &&
+      readIniSection(text.substr(kByteOrderMark.size()), sectionName).found) {
+    failBadInput(name + ": a byte-order mark precedes [" + sectionName +
+                 "], which the library does not find then; save the file as UTF-8 without it");
+  }
+  failBadInput(name + ": not " + wanted + ", there is no section [" + sectionName + "] in it");
+}
+
 std::vector<std::string> inspectEntries(const std::string& name, const IniSection& section,
                                         const std::vector<std::string>& keys) {
   std::vector<std::string> complaints;
@@ -67,15 +95,26 @@ std::vector<std::string> inspectEntries(const std::string& name, const IniSectio
                      [&](const IniEntry& e) { return equalIgnoringCase(e.key, key); });
     if (entry == section.entries.end()) {
       missing.emplace_back(key);
-    } else if (!parseNumber(withoutQuotes(entry->value))) {
-      complaints.push_back(located(name, entry->line, entry->column,
-                                   key + " is not a number: \"" + entry->value + "\""));
+    } else if (const std::string_view value = withoutQuotes(entry->value); !parseNumber(value)) {
+      complaints.push_back(
+          located(name, entry->line, entry->column,
+                  key + " is not a number: " + inQuotes(entry->value) + commaHint(value)));
     }
   }
   if (!missing.empty()) {
     complaints.push_back(name + ": missing and read as 0: " + joined(missing, ", "));
   }
   return complaints;
+}
+
+void reportImpossible(const std::vector<std::string>& complaints, const std::string& name,
+                      bool force, std::ostream& messages) {
+  for (const std::string& complaint : complaints) {
+    messages << (force ? "warning: " : "") << complaint << "\n";
+  }
+  if (!complaints.empty() && !force) {
+    failBadInput(name + ": not used, because of what is impossible in it (--force uses it)");
+  }
 }
 
 }  // namespace fisheye_calibration::program

@@ -1,5 +1,6 @@
 #include "files/points_csv.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 
@@ -23,7 +24,7 @@ constexpr const char* kPointColumns = "PointId,Xw,Yw,ImagePtX,ImagePtY";
 }  // namespace
 
 std::vector<CalibrationPoint> parsePoints(const std::string& name, std::string_view text) {
-  const CsvTable table = parseCsv(name, text);
+  const CsvTable table = parseCsv(name, text, {"PointId", "Xw", "Yw", "ImagePtX", "ImagePtY"});
   const std::size_t id = table.require("PointId");
   const std::size_t Xw = table.require("Xw");
   const std::size_t Yw = table.require("Yw");
@@ -56,13 +57,17 @@ std::string formatPoints(const std::vector<CalibrationPoint>& points) {
   return text;
 }
 
-std::string formatResiduals(const std::vector<CalibrationPoint>& points) {
+std::string formatResiduals(const std::vector<CalibrationPoint>& points,
+                            const std::vector<std::size_t>& leftOut) {
   std::string text =
-      std::string(kPointColumns) + ",ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n";
-  for (const CalibrationPoint& point : points) {
+      std::string(kPointColumns) + ",ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr,LeftOut\n";
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const CalibrationPoint& point = points[i];
+    const bool isLeftOut = std::find(leftOut.begin(), leftOut.end(), i) != leftOut.end();
     text += pointFields(point) + "," + fixed(point.ReprojPtX, 4) + "," + fixed(point.ReprojPtY, 4) +
             "," + fixed(point.ReprojErrX, 4) + "," + fixed(point.ReprojErrY, 4) + "," +
-            fixed(std::hypot(point.ReprojErrX, point.ReprojErrY), 4) + "\n";
+            fixed(std::hypot(point.ReprojErrX, point.ReprojErrY), 4) +
+            (isLeftOut ? ",1\n" : ",0\n");
   }
   return text;
 }

@@ -1,6 +1,7 @@
 // The file of target points: PointId,Xw,Yw,ImagePtX,ImagePtY.
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -18,7 +19,9 @@ std::vector<CalibrationPoint> readPoints(const std::filesystem::path& path);
 
 std::string formatPoints(const std::vector<CalibrationPoint>& points);
 
-// The points with their reprojections and residuals: measured - reprojected, pixels.
-std::string formatResiduals(const std::vector<CalibrationPoint>& points);
+// The points with their reprojections and residuals: measured - reprojected, pixels. LeftOut is 1
+// for the points at the positions `leftOut`, 0 for all others.
+std::string formatResiduals(const std::vector<CalibrationPoint>& points,
+                            const std::vector<std::size_t>& leftOut = {});
 
 }  // namespace fisheye_calibration::program

@@ -1,9 +1,10 @@
 #include "files/read_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <istream>
 #include <system_error>
 
 #include "base/failure.h"
@@ -11,7 +12,26 @@
 
 namespace fisheye_calibration::program {
 
-std::string readFile(const std::filesystem::path& path) {
+std::string readStream(std::istream& stream, const std::string& name, std::size_t longest) {
+  constexpr std::size_t kPart = std::size_t{1} << 16;
+  std::string bytes;
+  while (stream) {
+    const std::size_t before = bytes.size();
+    bytes.resize(before + kPart);
+    stream.read(bytes.data() + before, static_cast<std::streamsize>(kPart));
+    bytes.resize(before + static_cast<std::size_t>(stream.gcount()));
+    if (bytes.size() > longest) {
+      failBadInput(name + ": longer than " + std::to_string(longest >> 20U) +
+                   " MB, which is not read any further");
+    }
+  }
+  if (stream.bad()) {
+    failBadInput(name + ": cannot be read");
+  }
+  return bytes;
+}
+
+std::string readFile(const std::filesystem::path& path, std::size_t longest) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) {
     failBadInput(nameOf(path) + ": is a folder, not a file");
@@ -21,11 +41,8 @@ std::string readFile(const std::filesystem::path& path) {
   if (!file) {
     failBadInput(nameOf(path) + ": " + (errno != 0 ? std::strerror(errno) : "cannot be opened"));
   }
-  std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (file.bad()) {
-    failBadInput(nameOf(path) + ": cannot be read");
-  }
-  return bytes;
+  const bool regular = std::filesystem::is_regular_file(path, error);
+  return readStream(file, nameOf(path), regular ? longest : std::min(longest, kLongestText));
 }
 
 }  // namespace fisheye_calibration::program

@@ -20,41 +20,6 @@ cv::Point2d renderedPosition(const FishEyeCalibrationParam& param, cv::Point2d b
   return secondCorrected(param, correctedPosition(param, bed, centreOf(size)));
 }
 
-std::optional<cv::Point2d> bedPointAt(const FishEyeCalibrationParam& param, cv::Point2d raw,
-                                      cv::Point2d start) {
-  constexpr int kMostSteps = 30;
-  constexpr double kCloseEnough = 2e-3;  // raw pixels; the conversion's floats resolve about 1e-4
-  const auto seenAt = [&](cv::Point2d position) {
-    return cv::Point2d(rawPosition(param, position));
-  };
-  // A step of a few pixels on the bed: large compared with the floats' resolution, small compared
-  // with the bed.
-  const double h = 4 * std::abs(static_cast<double>(param.Pixel));
-  if (!(h > 0) || !std::isfinite(h)) {
-    return std::nullopt;
-  }
-  cv::Point2d bed = start;
-  for (int step = 0; step < kMostSteps; ++step) {
-    const cv::Point2d miss = raw - seenAt(bed);
-    const double length = std::hypot(miss.x, miss.y);
-    if (!std::isfinite(length)) {
-      return std::nullopt;
-    }
-    if (length < kCloseEnough) {
-      return bed;
-    }
-    const cv::Point2d alongX = (seenAt({bed.x + h, bed.y}) - seenAt({bed.x - h, bed.y})) / (2 * h);
-    const cv::Point2d alongY = (seenAt({bed.x, bed.y + h}) - seenAt({bed.x, bed.y - h})) / (2 * h);
-    const double determinant = alongX.x * alongY.y - alongX.y * alongY.x;
-    if (!(std::abs(determinant) > 0)) {
-      return std::nullopt;
-    }
-    bed.x += (miss.x * alongY.y - miss.y * alongY.x) / determinant;
-    bed.y += (alongX.x * miss.y - alongX.y * miss.x) / determinant;
-  }
-  return std::nullopt;
-}
-
 double centreShift(const FishEyeCalibrationParam& param, const Size& size) {
   const cv::Point2d centre(size.width * 0.5, size.height * 0.5);
   const cv::Point2d shift = secondCorrected(param, centre) - centre;

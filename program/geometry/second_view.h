@@ -3,7 +3,6 @@
 #pragma once
 
 #include <opencv2/core/types.hpp>
-#include <optional>
 #include <string>
 
 #include "base/size.h"
@@ -17,11 +16,6 @@ cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c)
 // Where a view of `size` shows the bed point; rows are counted from the top.
 cv::Point2d renderedPosition(const FishEyeCalibrationParam& param, cv::Point2d bed,
                              const Size& size);
-
-// The bed point that the camera sees at a raw pixel: WorldToRawImagePoint inverted by Newton steps
-// from `start`, to about a thousandth of a raw pixel. Nothing if they do not converge.
-std::optional<cv::Point2d> bedPointAt(const FishEyeCalibrationParam& param, cv::Point2d raw,
-                                      cv::Point2d start);
 
 // The second correction is made for one size of the view, whose centre it leaves in place. This is
 // how far it moves the centre of a view of `size`, pixels.

@@ -7,6 +7,7 @@
 
 #include "geometry/conversions.h"
 #include "geometry/metric_picture.h"
+#include "geometry/raw_ray.h"
 #include "geometry/second_view.h"
 #include "geometry/target_points.h"
 
@@ -15,11 +16,12 @@ namespace {
 
 // Where the view of a camera renders the pixel at which it measured the point.
 std::optional<cv::Point2d> viewPosition(const StitchCamera& camera, const CalibrationPoint& point) {
-  const auto bed = bedPointAt(camera.param, imagePosition(point), bedPosition(point));
-  if (!bed) {
+  const cv::Point2d centre = centreOf(camera.viewSize());
+  const auto corrected = correctedPositionOf(camera.param, imagePosition(point), centre);
+  if (!corrected) {
     return std::nullopt;
   }
-  const cv::Point2d position = renderedPosition(camera.param, *bed, camera.viewSize());
+  const cv::Point2d position = secondCorrected(camera.param, *corrected);
   if (!std::isfinite(position.x) || !std::isfinite(position.y)) {
     return std::nullopt;
   }
@@ -58,6 +60,14 @@ std::vector<Agreement> agreementAt(const StitchPair& pair, const SharedPoints& s
                          .rightRaw = rawError(pair.right, shared.right[i])});
   }
   return agreement;
+}
+
+double rootMeanSquare(const std::vector<Agreement>& agreement, double Agreement::*error) {
+  double sum = 0;
+  for (const Agreement& at : agreement) {
+    sum += at.*error * at.*error;
+  }
+  return std::sqrt(sum / static_cast<double>(agreement.size()));
 }
 
 double worstApart(const std::vector<Agreement>& agreement) {

@@ -24,6 +24,8 @@ struct Agreement {
 std::vector<Agreement> agreementAt(const StitchPair& pair, const SharedPoints& shared,
                                    const DualFishEyeCalibrationParam& dual);
 
+double rootMeanSquare(const std::vector<Agreement>& agreement, double Agreement::*error);
+
 double worstApart(const std::vector<Agreement>& agreement);
 
 }  // namespace fisheye_calibration::program

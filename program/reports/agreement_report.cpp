@@ -2,21 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 
 #include "base/text.h"
 
 namespace fisheye_calibration::program {
 namespace {
-
-double rootMeanSquare(const std::vector<Agreement>& agreement, double Agreement::*error) {
-  double sum = 0;
-  for (const Agreement& at : agreement) {
-    sum += at.*error * at.*error;
-  }
-  return std::sqrt(sum / static_cast<double>(agreement.size()));
-}
 
 std::string heading(const std::string& apart, const std::string& apartPixels,
                     const std::array<std::string, 4>& errors) {

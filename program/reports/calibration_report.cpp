@@ -78,12 +78,19 @@ std::string worstPoints(std::vector<CalibrationPoint> points) {
   return text;
 }
 
+bool isFiller(std::string_view name) {
+  return name.size() == 2 && name[0] == 'k' && name[1] >= '2' && name[1] <= '5';
+}
+
 }  // namespace
 
-std::string describeRecord(const FishEyeCalibrationParam& param) {
+std::string describeRecord(const FishEyeCalibrationParam& param, bool verbose) {
   std::string text;
   for (const RecordField& field : recordFields()) {
     const std::string_view name = field.name;
+    if (!verbose && isFiller(name)) {
+      continue;
+    }
     const bool inMatrix =
         name.size() == 2 && (name[0] == 'R' || name[0] == 'p') && name[1] >= '1' && name[1] <= '9';
     if (!inMatrix) {
@@ -100,14 +107,15 @@ std::string describeRecord(const FishEyeCalibrationParam& param) {
          "  p1...p9 carries the corrected to the second-corrected picture.\n";
 }
 
-std::string describeResult(const CalibrationResult& result, const Size& corrected) {
-  std::string text = "Camera\n" + describeRecord(result.param) + "\nReprojection error: RMS " +
-                     readable(result.rms, 4) + " px over " + std::to_string(result.points.size()) +
-                     " points\n";
+std::string describeResult(const CalibrationResult& result, const Size& corrected, bool verbose) {
+  std::string text = "Camera\n" + describeRecord(result.param, verbose) +
+                     "\nReprojection error: RMS " + readable(result.rms, 4) + " px over " +
+                     std::to_string(result.points.size()) + " points\n";
   if (result.homographyFound) {
     const SecondCorrectionError error = secondCorrectionError(result, corrected);
-    text += "Second correction: off the world grid by at most " + general(error.worstPixels, 3) +
-            " px (point " + std::to_string(error.pointId) + ")\n";
+    text += "Second correction: fits these points to " + general(error.worstPixels, 3) +
+            " px (worst: point " + std::to_string(error.pointId) +
+            "); that is no measure of the accuracy on the bed\n";
   }
   return text + worstPoints(result.points);
 }

@@ -9,10 +9,11 @@
 
 namespace fisheye_calibration::program {
 
-// The record as a table of readable lines: name, value, unit, meaning.
-std::string describeRecord(const FishEyeCalibrationParam& param);
+// The record as a table of readable lines: name, value, unit, meaning. The filler k2...k5 is left
+// out unless `verbose`.
+std::string describeRecord(const FishEyeCalibrationParam& param, bool verbose);
 
 // describeRecord, the reprojection error and the five points with the largest residuals.
-std::string describeResult(const CalibrationResult& result, const Size& corrected);
+std::string describeResult(const CalibrationResult& result, const Size& corrected, bool verbose);
 
 }  // namespace fisheye_calibration::program

@@ -25,6 +25,9 @@ ProgressBar::~ProgressBar() {
 }
 
 void ProgressBar::show(const std::string& text) {
+  if (!shown_) {
+    return;
+  }
   stream_ << '\r' << padRight(text, width_) << std::flush;
   width_ = text.size();
 }

@@ -12,7 +12,7 @@ std::string progressText(std::size_t done, std::size_t total, double seconds);
 
 class ProgressBar {
  public:
-  explicit ProgressBar(std::ostream& stream) : stream_(stream) {}
+  ProgressBar(std::ostream& stream, bool shown) : stream_(stream), shown_(shown) {}
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
   ~ProgressBar();  // ends the line
@@ -22,6 +22,7 @@ class ProgressBar {
 
  private:
   std::ostream& stream_;
+  bool shown_;
   std::size_t width_ = 0;
 };
 

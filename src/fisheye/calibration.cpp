@@ -40,26 +40,26 @@ double calibrate(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays ima
                  const cv::Size& image_size, cv::InputOutputArray K, cv::InputOutputArray D,
                  cv::OutputArrayOfArrays rvecs, cv::OutputArrayOfArrays tvecs, int /*flags*/,
                  cv::TermCriteria criteria) {
-  constexpr auto name = "calibrate";
+  constexpr auto kName = "calibrate";
   lens::require(
       !objectPoints.empty() && !imagePoints.empty() && objectPoints.total() == imagePoints.total(),
       "!objectPoints.empty() && !imagePoints.empty() && objectPoints.total() == "
       "imagePoints.total()",
-      name);
+      kName);
   lens::require(objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3,
-                "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", name);
+                "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", kName);
   lens::require(imagePoints.type() == CV_32FC2 || imagePoints.type() == CV_64FC2,
-                "imagePoints.type() == CV_32FC2 || imagePoints.type() == CV_64FC2", name);
+                "imagePoints.type() == CV_32FC2 || imagePoints.type() == CV_64FC2", kName);
   lens::require(K.empty() || (K.size() == cv::Size(3, 3)), "K.empty() || (K.size() == Size(3,3))",
-                name);
-  lens::require(D.empty() || (D.total() == 2), "D.empty() || (D.total() == 2)", name);
+                kName);
+  lens::require(D.empty() || (D.total() == 2), "D.empty() || (D.total() == 2)", kName);
   lens::require(rvecs.empty() || (rvecs.channels() == 3),
-                "rvecs.empty() || (rvecs.channels() == 3)", name);
+                "rvecs.empty() || (rvecs.channels() == 3)", kName);
   lens::require(tvecs.empty() || (tvecs.channels() == 3),
-                "tvecs.empty() || (tvecs.channels() == 3)", name);
+                "tvecs.empty() || (tvecs.channels() == 3)", kName);
 
   const solver::Calibration solved =
-      solver::calibrate(readViews(objectPoints, imagePoints, name), image_size, criteria);
+      solver::calibrate(readViews(objectPoints, imagePoints, kName), image_size, criteria);
 
   store(cv::Mat(lens::cameraMatrix(solved.camera)), K);
   store(cv::Mat(cv::Vec2d(solved.camera.k0, solved.camera.k1)), D);

@@ -1,5 +1,4 @@
 // Entry points of the pose estimation that take the callers' arrays.
-#include <algorithm>
 
 #include "fisheye/arrays.h"
 #include "fisheye/arrays_of_triples.h"
@@ -7,7 +6,6 @@
 #include "fisheye/intrinsic_params.h"
 #include "fisheye/view_arrays.h"
 #include "lens/check.h"
-#include "lens/rotation.h"
 #include "solver/pose.h"
 
 namespace fisheye_calibration::internal {
@@ -30,15 +28,16 @@ bool InitExtrinsics(const cv::Mat& _imagePoints, const cv::Mat& _objectPoints,
 void ComputeExtrinsicRefine(const cv::Mat& imagePoints, const cv::Mat& objectPoints, cv::Mat& rvec,
                             cv::Mat& tvec, cv::Mat& J, int /*maxIter*/,
                             const IntrinsicParams& param, double thresh_cond) {
-  constexpr auto name = "ComputeExtrinsicRefine";
+  constexpr auto kName = "ComputeExtrinsicRefine";
   lens::require(!objectPoints.empty() && objectPoints.type() == CV_64FC3,
-                "!objectPoints.empty() && objectPoints.type() == CV_64FC3", name);
+                "!objectPoints.empty() && objectPoints.type() == CV_64FC3", kName);
   lens::require(!imagePoints.empty() && imagePoints.type() == CV_64FC2,
-                "!imagePoints.empty() && imagePoints.type() == CV_64FC2", name);
-  lens::require(rvec.total() > 2 && tvec.total() > 2, "rvec.total() > 2 && tvec.total() > 2", name);
+                "!imagePoints.empty() && imagePoints.type() == CV_64FC2", kName);
+  lens::require(rvec.total() > 2 && tvec.total() > 2, "rvec.total() > 2 && tvec.total() > 2",
+                kName);
   const lens::Camera camera = toCamera(param);
-  const solver::ViewPoints view = fisheye::readView(objectPoints, imagePoints, name);
-  solver::requirePairs(view, name);
+  const solver::ViewPoints view = fisheye::readView(objectPoints, imagePoints, kName);
+  solver::requirePairs(view, kName);
   const solver::RefinedPose refined = solver::refinePose(
       view, camera, {fisheye::readTriple(rvec), fisheye::readTriple(tvec)}, thresh_cond);
   cv::Mat residuals;
@@ -52,11 +51,11 @@ void ComputeExtrinsicRefine(const cv::Mat& imagePoints, const cv::Mat& objectPoi
 bool CalibrateExtrinsics(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArrays imagePoints,
                          const IntrinsicParams& param, int check_cond, double thresh_cond,
                          cv::InputOutputArray omc, cv::InputOutputArray Tc) {
-  constexpr auto name = "CalibrateExtrinsics";
-  fisheye::requireListsOfPoints(objectPoints, imagePoints, name);
+  constexpr auto kName = "CalibrateExtrinsics";
+  fisheye::requireListsOfPoints(objectPoints, imagePoints, kName);
   // One array of the right type is enough (compatibility 21).
   lens::require(omc.type() == CV_64FC3 || Tc.type() == CV_64FC3,
-                "omc.type() == CV_64FC3 || Tc.type() == CV_64FC3", name);
+                "omc.type() == CV_64FC3 || Tc.type() == CV_64FC3", kName);
   const int targetViews = static_cast<int>(objectPoints.total());
   if (omc.empty()) {
     omc.create(1, targetViews, CV_64FC3);
@@ -68,7 +67,7 @@ bool CalibrateExtrinsics(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfAr
   const lens::Camera camera = toCamera(param);
   for (int i = 0; i < views; ++i) {
     const solver::ViewPoints view =
-        fisheye::readView(objectPoints.getMat(i), imagePoints.getMat(i), name);
+        fisheye::readView(objectPoints.getMat(i), imagePoints.getMat(i), kName);
     const auto refined = solver::findPose(view, solver::targetPlane(view), camera, thresh_cond);
     if (!refined) {
       return false;
@@ -79,11 +78,11 @@ bool CalibrateExtrinsics(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfAr
       if (solver::conditionRatio(J) > thresh_cond) {
         cv::error(cv::Error::StsInternal,
                   cv::format("CALIB_CHECK_COND - Ill-conditioned matrix for input array %d", i),
-                  name, __FILE__, __LINE__);
+                  kName, __FILE__, __LINE__);
       }
     }
-    fisheye::writeTripleAt(omc, i, refined->pose.om, name);
-    fisheye::writeTripleAt(Tc, i, refined->pose.T, name);
+    fisheye::writeTripleAt(omc, i, refined->pose.om, kName);
+    fisheye::writeTripleAt(Tc, i, refined->pose.T, kName);
   }
   return true;
 }

@@ -14,7 +14,7 @@ struct IntrinsicParams {
   cv::Vec2d focalLength;     // pixels
   cv::Vec2d principalPoint;  // pixels
   cv::Vec2d distortion;      // k0, k1
-  double skew;               // alpha: the camera matrix holds skew * focal x at (0, 1)
+  double skew = 0;           // alpha: the camera matrix holds skew * focal x at (0, 1)
   std::vector<uchar>
       estimateMask;  // 7 bytes; 1: the solver estimates this parameter, 0: it is held
 

@@ -37,22 +37,22 @@ void distribute(IntrinsicParams& p, const cv::Mat& a, Use use, const char* funct
 
 }  // namespace
 
-IntrinsicParams::IntrinsicParams() : skew(0), estimateMask(kParameters, 0) {}
+IntrinsicParams::IntrinsicParams() : estimateMask(kParameters, 0) {}
 
 IntrinsicParams IntrinsicParams::operator+(const cv::Mat& a) const {
-  constexpr auto name = "cv::internal::IntrinsicParams::operator +";  // compatibility 20
-  requireDoubles(a, name);
+  constexpr auto kName = "cv::internal::IntrinsicParams::operator +";  // compatibility 20
+  requireDoubles(a, kName);
   IntrinsicParams sum = *this;
   distribute(
-      sum, a, [](double& parameter, double value) { parameter += value; }, name);
+      sum, a, [](double& parameter, double value) { parameter += value; }, kName);
   return sum;
 }
 
 IntrinsicParams& IntrinsicParams::operator=(const cv::Mat& a) {
-  constexpr auto name = "cv::internal::IntrinsicParams::operator =";  // compatibility 20
-  requireDoubles(a, name);
+  constexpr auto kName = "cv::internal::IntrinsicParams::operator =";  // compatibility 20
+  requireDoubles(a, kName);
   distribute(
-      *this, a, [](double& parameter, double value) { parameter = value; }, name);
+      *this, a, [](double& parameter, double value) { parameter = value; }, kName);
   return *this;
 }
 

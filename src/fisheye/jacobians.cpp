@@ -12,11 +12,11 @@ namespace fisheye_calibration::internal {
 
 void subMatrix(const cv::Mat& src, cv::Mat& dst, const std::vector<uchar>& cols,
                const std::vector<uchar>& rows) {
-  constexpr auto name = "subMatrix";
-  lens::require(src.channels() == 1, "src.channels() == 1", name);
+  constexpr auto kName = "subMatrix";
+  lens::require(src.channels() == 1, "src.channels() == 1", kName);
   lens::require(src.dims <= 2 && cols.size() == static_cast<std::size_t>(src.cols) &&
                     rows.size() == static_cast<std::size_t>(src.rows),
-                "one byte for every column and row of src", name);
+                "one byte for every column and row of src", kName);
   cv::Mat values;
   src.convertTo(values, CV_64F);
   const auto selected = [](const std::vector<uchar>& bytes) {
@@ -44,19 +44,20 @@ void ComputeJacobians(cv::InputArrayOfArrays objectPoints, cv::InputArrayOfArray
                       const IntrinsicParams& param, cv::InputArray omc, cv::InputArray Tc,
                       const int& check_cond, const double& thresh_cond, cv::Mat& JJ2,
                       cv::Mat& ex3) {
-  constexpr auto name = "ComputeJacobians";
+  constexpr auto kName = "ComputeJacobians";
   const fisheye::PosedViews posed =
-      fisheye::readPosedViews(objectPoints, imagePoints, omc, Tc, name);
+      fisheye::readPosedViews(objectPoints, imagePoints, omc, Tc, kName);
   if (check_cond != 0) {
     const lens::Camera camera = toCamera(param);
     for (std::size_t i = 0; i < posed.views.size(); ++i) {
       cv::Mat residuals;
       const cv::Mat J = solver::poseJacobian(posed.views[i], camera, posed.poses[i], residuals);
       lens::require(solver::conditionRatio(J) < thresh_cond,
-                    "svd.w.at<double>(0) / svd.w.at<double>(svd.w.rows - 1) < thresh_cond", name);
+                    "svd.w.at<double>(0) / svd.w.at<double>(svd.w.rows - 1) < thresh_cond", kName);
     }
   }
-  lens::require(param.estimateMask.size() == solver::kIntrinsics, "estimateMask.size() == 7", name);
+  lens::require(param.estimateMask.size() == solver::kIntrinsics, "estimateMask.size() == 7",
+                kName);
   solver::EstimatedIntrinsics estimated;
   std::transform(param.estimateMask.begin(), param.estimateMask.end(), estimated.begin(),
                  [](uchar byte) { return byte != 0; });

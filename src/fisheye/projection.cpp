@@ -9,7 +9,6 @@
 #include "lens/camera_model-inl.h"
 #include "lens/check.h"
 #include "lens/rotation.h"
-#include "solver/view_points.h"
 
 namespace fisheye_calibration::fisheye {
 namespace {
@@ -61,9 +60,9 @@ void projectAll(const cv::Mat& points, const lens::Camera& camera, const lens::P
 void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv::InputArray _rvec,
                    cv::InputArray _tvec, cv::InputArray _K, cv::InputArray _D, double alpha,
                    cv::OutputArray jacobian) {
-  constexpr auto name = "projectPoints";
+  constexpr auto kName = "projectPoints";
   lens::require(objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3,
-                "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", name);
+                "objectPoints.type() == CV_32FC3 || objectPoints.type() == CV_64FC3", kName);
   const cv::Mat points =
       objectPoints.getMat();  // before creation: the output may be the same array
   imagePoints.create(objectPoints.size(), CV_MAKETYPE(objectPoints.depth(), 2));
@@ -72,21 +71,21 @@ void projectPoints(cv::InputArray objectPoints, cv::OutputArray imagePoints, cv:
           (_rvec.depth() == CV_32F || _rvec.depth() == CV_64F),
       "_rvec.total() * _rvec.channels() == 3 && (_rvec.depth() == CV_32F || _rvec.depth() == "
       "CV_64F)",
-      name);
+      kName);
   lens::require(
       _tvec.total() * static_cast<std::size_t>(_tvec.channels()) == 3 &&
           (_tvec.depth() == CV_32F || _tvec.depth() == CV_64F),
       "_tvec.total() * _tvec.channels() == 3 && (_tvec.depth() == CV_32F || _tvec.depth() == "
       "CV_64F)",
-      name);
+      kName);
   lens::require(_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous(),
-                "_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous()", name);
+                "_tvec.getMat().isContinuous() && _rvec.getMat().isContinuous()", kName);
   lens::require(
       _K.size() == cv::Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) &&
           _D.type() == _K.type() && _D.total() == 2,
       "_K.size() == Size(3, 3) && (_K.type() == CV_32F || _K.type() == CV_64F) && _D.type() == "
       "_K.type() && _D.total() == 2",
-      name);
+      kName);
 
   const lens::Camera camera = readCamera(_K.getMat(), _D.getMat(), alpha);
   const lens::Pose pose{readTriple(_rvec.getMat()), readTriple(_tvec.getMat())};

@@ -1,13 +1,10 @@
-#include "solver/residuals.h"
-
 #include <cmath>
+#include <vector>
 
 #include "fisheye/internal.h"
 #include "fisheye/intrinsic_params.h"
 #include "fisheye/posed_views.h"
-#include "lens/camera_model-inl.h"
-#include "lens/rotation.h"
-#include "solver/normal_equations.h"
+#include "solver/residuals.h"
 
 namespace fisheye_calibration::fisheye {
 namespace {
@@ -29,7 +26,6 @@ double sampleDeviation(const std::vector<double>& values) {
 }
 
 }  // namespace
-
 }  // namespace fisheye_calibration::fisheye
 
 namespace fisheye_calibration::internal {

@@ -5,11 +5,8 @@
 #include "fisheye/arrays.h"
 #include "fisheye/fisheye.h"
 #include "fisheye/internal.h"
-#include "fisheye/intrinsic_params.h"
-#include "lens/camera_model-inl.h"
 #include "lens/check.h"
 #include "lens/inverse_lens.h"
-#include "lens/rotation.h"
 
 namespace fisheye_calibration::fisheye {
 namespace {
@@ -65,20 +62,20 @@ void undistortAll(const cv::Mat& distorted, const lens::Camera& camera, const cv
 void undistortPoints(cv::InputArray distorted, cv::OutputArray undistorted, cv::InputArray K,
                      cv::InputArray D, cv::InputArray R, cv::InputArray P,
                      cv::TermCriteria criteria) {
-  constexpr auto name = "undistortPoints";
+  constexpr auto kName = "undistortPoints";
   lens::require(distorted.type() == CV_32FC2 || distorted.type() == CV_64FC2,
-                "distorted.type() == CV_32FC2 || distorted.type() == CV_64FC2", name);
+                "distorted.type() == CV_32FC2 || distorted.type() == CV_64FC2", kName);
   undistorted.create(distorted.size(), distorted.type());
   lens::require(P.empty() || P.size() == cv::Size(3, 3) || P.size() == cv::Size(4, 3),
-                "P.empty() || P.size() == Size(3, 3) || P.size() == Size(4, 3)", name);
+                "P.empty() || P.size() == Size(3, 3) || P.size() == Size(4, 3)", kName);
   lens::require(R.empty() || R.size() == cv::Size(3, 3) ||
                     R.total() * static_cast<std::size_t>(R.channels()) == 3,
-                "R.empty() || R.size() == Size(3, 3) || R.total() * R.channels() == 3", name);
+                "R.empty() || R.size() == Size(3, 3) || R.total() * R.channels() == 3", kName);
   lens::require(
       D.total() == 2 && K.size() == cv::Size(3, 3) && (K.depth() == CV_32F || K.depth() == CV_64F),
       "D.total() == 2 && K.size() == Size(3, 3) && (K.depth() == CV_32F || K.depth() == CV_64F)",
-      name);
-  lens::require(criteria.isValid(), "criteria.isValid()", name);
+      kName);
+  lens::require(criteria.isValid(), "criteria.isValid()", kName);
 
   const cv::Mat in = distorted.getMat();
   cv::Mat created = undistorted.getMat();

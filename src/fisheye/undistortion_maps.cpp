@@ -1,12 +1,8 @@
-#include <cmath>
 #include <cstdint>
-#include <limits>
 
 #include "fisheye/arrays.h"
 #include "fisheye/fisheye.h"
-#include "lens/camera_model-inl.h"
 #include "lens/check.h"
-#include "lens/rotation.h"
 #include "rendering/raw_position.h"
 
 namespace fisheye_calibration::fisheye {
@@ -36,22 +32,22 @@ void fillRow(const rendering::RectifyingRays& rays, int i, int width, cv::Vec2s*
 bool isFloat(int depth) { return depth == CV_32F || depth == CV_64F; }
 
 void checkArguments(cv::InputArray K, cv::InputArray D, cv::InputArray R, cv::InputArray P) {
-  constexpr auto name = "initUndistortRectifyMap";
+  constexpr auto kName = "initUndistortRectifyMap";
   lens::require(isFloat(K.depth()) && isFloat(D.depth()),
                 "(K.depth() == CV_32F || K.depth() == CV_64F) && "
                 "(D.depth() == CV_32F || D.depth() == CV_64F)",
-                name);
+                kName);
   lens::require((P.empty() || isFloat(P.depth())) && (R.empty() || isFloat(R.depth())),
                 "(P.empty() || P.depth() == CV_32F || P.depth() == CV_64F) && "
                 "(R.empty() || R.depth() == CV_32F || R.depth() == CV_64F)",
-                name);
+                kName);
   lens::require(K.size() == cv::Size(3, 3) && (D.empty() || D.total() == 2),
-                "K.size() == Size(3, 3) && (D.empty() || D.total() == 2)", name);
+                "K.size() == Size(3, 3) && (D.empty() || D.total() == 2)", kName);
   lens::require(R.empty() || R.size() == cv::Size(3, 3) ||
                     R.total() * static_cast<std::size_t>(R.channels()) == 3,
-                "R.empty() || R.size() == Size(3, 3) || R.total() * R.channels() == 3", name);
+                "R.empty() || R.size() == Size(3, 3) || R.total() * R.channels() == 3", kName);
   lens::require(P.empty() || P.size() == cv::Size(3, 3) || P.size() == cv::Size(4, 3),
-                "P.empty() || P.size() == Size(3, 3) || P.size() == Size(4, 3)", name);
+                "P.empty() || P.size() == Size(3, 3) || P.size() == Size(4, 3)", kName);
 }
 
 }  // namespace

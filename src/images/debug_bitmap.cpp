@@ -97,9 +97,9 @@ bool write(std::FILE* file, const unsigned char* bytes, std::int64_t count) {
 }
 
 bool writeZeros(std::FILE* file, std::int64_t count) {
-  static constexpr std::array<unsigned char, 4096> zeros{};
-  for (; count > 0; count -= static_cast<std::int64_t>(zeros.size())) {
-    if (!write(file, zeros.data(), std::min<std::int64_t>(count, zeros.size()))) {
+  static constexpr std::array<unsigned char, 4096> kZeros{};
+  for (; count > 0; count -= static_cast<std::int64_t>(kZeros.size())) {
+    if (!write(file, kZeros.data(), std::min<std::int64_t>(count, kZeros.size()))) {
       return false;
     }
   }

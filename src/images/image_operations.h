@@ -1,7 +1,9 @@
 // The steps before and after undistortion: host buffers to images and back, the test for black and
 // the warp of the second correction. Images hold bytes in 1, 3 or 4 channels. Host buffers hold
-// their rows bottom-up without padding: image row j is buffer row height - 1 - j. The corrected
-// image is not rendered with these functions but in one pass that gives the same bytes.
+// their rows bottom-up without padding: image row j is buffer row height - 1 - j.
+//
+// These functions are for programs outside the library, which itself calls none of them: it renders
+// a corrected image in one pass that gives the same bytes.
 #pragma once
 
 #include <opencv2/core.hpp>

@@ -1,3 +1,4 @@
+// Rounds positions of a warp to whole source pixels.
 #pragma once
 
 namespace fisheye_calibration::images {

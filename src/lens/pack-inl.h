@@ -34,6 +34,7 @@ struct Pack {
   V v;
 
   Pack() = default;  // trivial, so that arrays of packs need no code of their own
+  // NOLINTNEXTLINE(google-explicit-constructor): formulas mix packs with constants
   HWY_INLINE Pack(double x) : v(hn::Set(Lanes(), x)) {}
   HWY_INLINE explicit Pack(V x) : v(x) {}
 

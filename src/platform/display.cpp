@@ -23,7 +23,9 @@ std::string environment(const char* name) {
 bool windowsAreQt() {
   const std::string& information = cv::getBuildInformation();
   const std::size_t gui = information.find("GUI:");
-  if (gui == std::string::npos) return false;
+  if (gui == std::string::npos) {
+    return false;
+  }
   return information.substr(gui, information.find('\n', gui) - gui).find("QT") != std::string::npos;
 }
 
@@ -34,7 +36,9 @@ bool canConnectToXServer() {
     void operator()(void* library) const { dlclose(library); }
   };
   const std::unique_ptr<void, CloseLibrary> library(dlopen("libxcb.so.1", RTLD_LAZY | RTLD_LOCAL));
-  if (library == nullptr) return false;
+  if (library == nullptr) {
+    return false;
+  }
   using Connect = void* (*)(const char* display, int* screen);
   using HasError = int (*)(void* connection);
   using Disconnect = void (*)(void* connection);
@@ -42,7 +46,9 @@ bool canConnectToXServer() {
   const auto hasError =
       reinterpret_cast<HasError>(dlsym(library.get(), "xcb_connection_has_error"));
   const auto disconnect = reinterpret_cast<Disconnect>(dlsym(library.get(), "xcb_disconnect"));
-  if (connect == nullptr || hasError == nullptr || disconnect == nullptr) return false;
+  if (connect == nullptr || hasError == nullptr || disconnect == nullptr) {
+    return false;
+  }
   void* connection = connect(nullptr, nullptr);
   const bool connected = hasError(connection) == 0;
   disconnect(connection);
@@ -52,14 +58,18 @@ bool canConnectToXServer() {
 }  // namespace
 
 void requireDisplay() {
-  if (!windowsAreQt()) return;
+  if (!windowsAreQt()) {
+    return;
+  }
   const std::string platform = environment("QT_QPA_PLATFORM");
   if (platform.starts_with("offscreen") || platform.starts_with("minimal")) {
     CV_Error(cv::Error::StsError, "The window cannot be shown: QT_QPA_PLATFORM=" + platform +
                                       " has neither a screen nor a keyboard");
   }
   // Qt uses platforms other than X (frame buffer, Wayland ...) only if explicitly chosen.
-  if (!platform.empty() && platform.find("xcb") == std::string::npos) return;
+  if (!platform.empty() && platform.find("xcb") == std::string::npos) {
+    return;
+  }
 
   const std::string display = environment("DISPLAY");
   if (display.empty()) {

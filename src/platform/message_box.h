@@ -1,3 +1,4 @@
+// Messages of the library to its user.
 #pragma once
 
 namespace fisheye_calibration::platform {

@@ -28,13 +28,13 @@ std::wstring wideText(const char* utf8Text) {
 // GBK, where both show the same characters.
 void showMessage(const char* utf8Text) {
   const std::wstring text = wideText(utf8Text);
-  constexpr UINT style = MB_OK | MB_ICONEXCLAMATION;
+  constexpr UINT kStyle = MB_OK | MB_ICONEXCLAMATION;
 #if FISHEYE_CALIBRATION_MFC
   // Uses the application object of a host built with MFC, which knows the window to block.
-  AfxMessageBox(text.c_str(), style);
+  AfxMessageBox(text.c_str(), kStyle);
 #else
   // A box without an owner is modal only if told to disable the thread's other windows.
-  MessageBoxW(nullptr, text.c_str(), L"fisheye_calibration", style | MB_TASKMODAL);
+  MessageBoxW(nullptr, text.c_str(), L"fisheye_calibration", kStyle | MB_TASKMODAL);
 #endif
 }
 

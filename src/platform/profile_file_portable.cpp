@@ -6,15 +6,15 @@ namespace fisheye_calibration::platform {
 
 std::vector<std::string> readProfileValues(const char* path, const char* section,
                                            std::span<const char* const> keys) {
-  constexpr std::size_t longestValue = 127;  // a buffer of 128 characters on Windows
+  constexpr std::size_t kLongestValue = 127;  // a buffer of 128 characters on Windows
   std::vector<std::string> values(keys.size());
   // Reads the file once for all keys, so a concurrent save cannot mix old and new values.
   std::string text;
-  if (path == nullptr || readWholeFile(path, text) != FileState::Read) {
+  if (path == nullptr || readWholeFile(path, text) != FileState::kRead) {
     return values;
   }
   for (std::size_t i = 0; i < keys.size(); ++i) {
-    values[i] = profileValue(text, section, keys[i]).substr(0, longestValue);
+    values[i] = profileValue(text, section, keys[i]).substr(0, kLongestValue);
   }
   return values;
 }
@@ -22,7 +22,7 @@ std::vector<std::string> readProfileValues(const char* path, const char* section
 bool writeProfileValues(const char* path, const char* section,
                         std::span<const ProfileEntry> entries) {
   std::string text;
-  if (path == nullptr || readWholeFile(path, text) == FileState::Unreadable) {
+  if (path == nullptr || readWholeFile(path, text) == FileState::kUnreadable) {
     return false;
   }
   for (const ProfileEntry& entry : entries) {

@@ -6,8 +6,8 @@
 namespace fisheye_calibration::platform {
 namespace {
 
-constexpr std::string_view lineEnd = "\r\n";
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // A line as offsets into the text: [begin, end) without its line end; the next line is at `next`.
 struct Line {
@@ -29,18 +29,18 @@ struct Place {
 };
 
 Line lineAt(std::string_view text, std::size_t begin) {
-  const std::size_t end = std::min(text.find_first_of(lineEnd, begin), text.size());
-  const std::size_t endLength = text.substr(end, 2) == lineEnd ? 2 : 1;
+  const std::size_t end = std::min(text.find_first_of(kLineEnd, begin), text.size());
+  const std::size_t endLength = text.substr(end, 2) == kLineEnd ? 2 : 1;
   return {begin, end, std::min(end + endLength, text.size())};
 }
 
 std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view blanks = " \t";
-  const std::size_t first = text.find_first_not_of(blanks);
+  constexpr std::string_view kBlanks = " \t";
+  const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) {
     return {};
   }
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -72,7 +72,7 @@ std::optional<KeyLine> splitKeyLine(std::string_view text, const Line& line) {
 Place find(std::string_view text, std::string_view section, std::string_view key) {
   Place place;
   Line line;
-  for (std::size_t at = text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+  for (std::size_t at = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
        at < text.size(); at = line.next) {
     line = lineAt(text, at);
     const std::string_view content = text.substr(line.begin, line.end - line.begin);
@@ -119,15 +119,15 @@ void setProfileValue(std::string& text, std::string_view section, std::string_vi
   std::string added;
   if (!place.keyLine) {
     if (place.insertionPoint > 0 &&
-        lineEnd.find(text[place.insertionPoint - 1]) == std::string_view::npos) {
-      added.append(lineEnd);
+        kLineEnd.find(text[place.insertionPoint - 1]) == std::string_view::npos) {
+      added.append(kLineEnd);
     }
     if (!place.sectionFound) {
-      added.append("[").append(trimmed(section)).append("]").append(lineEnd);
+      added.append("[").append(trimmed(section)).append("]").append(kLineEnd);
     }
   }
   added.append(place.keyLine ? place.keyLine->key : trimmed(key)).append("=");
-  added.append(trimmed(value)).append(lineEnd);
+  added.append(trimmed(value)).append(kLineEnd);
   if (place.keyLine) {
     const Line& old = place.keyLine->line;
     text.replace(old.begin, old.next - old.begin, added);

@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
@@ -15,7 +14,7 @@ namespace fisheye_calibration::platform {
 namespace {
 
 // Far larger than any parameter file; keeps a file given by mistake from exhausting the memory.
-constexpr off_t largestFile = off_t{256} << 20;
+constexpr off_t kLargestFile = off_t{256} << 20;
 
 class FileDescriptor {
  public:
@@ -87,8 +86,8 @@ class TemporaryFile {
 
  private:
   int create() {
-    constexpr int mostAttempts = 1000;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+    constexpr int kMostAttempts = 1000;
+    for (int attempt = 0; attempt < kMostAttempts; ++attempt) {
       std::snprintf(name_, sizeof(name_), ".profile-%ld-%d.tmp", static_cast<long>(::getpid()),
                     attempt);
       const int number = ::openat(folder_, name_, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -109,8 +108,8 @@ class TemporaryFile {
 // Follows the chain of links at the end of `path`; the target need not exist. std::nullopt if the
 // chain is too long or a link cannot be read.
 std::optional<std::filesystem::path> linkTarget(std::filesystem::path path) {
-  constexpr int mostLinks = 40;
-  for (int i = 0; i < mostLinks; ++i) {
+  constexpr int kMostLinks = 40;
+  for (int i = 0; i < kMostLinks; ++i) {
     std::error_code error;
     if (!std::filesystem::is_symlink(path, error)) {
       return path;
@@ -125,8 +124,8 @@ std::optional<std::filesystem::path> linkTarget(std::filesystem::path path) {
 }
 
 bool isReplaceable(int folder, const char* name, const struct stat& status) {
-  constexpr mode_t anyWritePermission = S_IWUSR | S_IWGRP | S_IWOTH;
-  return S_ISREG(status.st_mode) && (status.st_mode & anyWritePermission) != 0 &&
+  constexpr mode_t kAnyWritePermission = S_IWUSR | S_IWGRP | S_IWOTH;
+  return S_ISREG(status.st_mode) && (status.st_mode & kAnyWritePermission) != 0 &&
          ::faccessat(folder, name, W_OK, AT_EACCESS) == 0;
 }
 
@@ -136,12 +135,12 @@ FileState readWholeFile(const char* path, std::string& content) {
   // O_NONBLOCK: a pipe would otherwise wait for a writer.
   const FileDescriptor file(::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file.isOpen()) {
-    return errno == ENOENT ? FileState::Missing : FileState::Unreadable;
+    return errno == ENOENT ? FileState::kMissing : FileState::kUnreadable;
   }
   struct stat status {};
   if (::fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode) ||
-      status.st_size > largestFile) {
-    return FileState::Unreadable;
+      status.st_size > kLargestFile) {
+    return FileState::kUnreadable;
   }
   content.resize(static_cast<std::size_t>(status.st_size));
   std::size_t length = 0;
@@ -152,11 +151,11 @@ FileState readWholeFile(const char* path, std::string& content) {
     } else if (count == 0) {
       break;  // the file has been truncated meanwhile
     } else if (errno != EINTR) {
-      return FileState::Unreadable;
+      return FileState::kUnreadable;
     }
   }
   content.resize(length);
-  return FileState::Read;
+  return FileState::kRead;
 }
 
 bool replaceWholeFile(const char* path, std::string_view content) {

@@ -7,9 +7,9 @@
 namespace fisheye_calibration::platform {
 
 enum class FileState {
-  Read,
-  Missing,     // no such file, or a dangling link
-  Unreadable,  // not a regular file, no permission, too large for a parameter file
+  kRead,
+  kMissing,     // no such file, or a dangling link
+  kUnreadable,  // not a regular file, no permission, too large for a parameter file
 };
 
 FileState readWholeFile(const char* path, std::string& content);

@@ -17,7 +17,9 @@ constexpr int kUnknowns = 6;
 
 void writePairs(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst) {
   std::ofstream file(images::debug_files::kAffinePairs);  // text mode: native line ends
-  if (!file) return;
+  if (!file) {
+    return;
+  }
   const auto text = [](float value) { return platform::fixedText(value, 6); };
   for (std::size_t i = 0; i < src.size(); ++i) {
     const std::string line = text(src[i].x) + '\t' + text(src[i].y) + '\t' + text(dst[i].x) + '\t' +
@@ -53,7 +55,9 @@ bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2
   const int pairs = static_cast<int>(src.size());
   CEQMatrix A;
   CEQMatrix b;
-  if (A.SetSize(2 * pairs, kUnknowns) == 0 || b.SetSize(2 * pairs, 1) == 0) return false;
+  if (A.SetSize(2 * pairs, kUnknowns) == 0 || b.SetSize(2 * pairs, 1) == 0) {
+    return false;
+  }
   for (int i = 0; i < pairs; ++i) {
     setPair(A, b, i, src[static_cast<std::size_t>(i)], dst[static_cast<std::size_t>(i)]);
   }
@@ -62,15 +66,21 @@ bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2
   const CEQMatrix At = A.Transpose();
   CEQMatrix N = At.Multiply(A);
   const CEQMatrix r = At.Multiply(b);
-  if (N.Data == nullptr || r.Data == nullptr || At.Data == nullptr) return false;
+  if (N.Data == nullptr || r.Data == nullptr || At.Data == nullptr) {
+    return false;
+  }
   N.Invert();  // a singular N is used as left (compatibility 43)
   const CEQMatrix p = N.Multiply(r);
-  if (p.Data == nullptr) return false;
+  if (p.Data == nullptr) {
+    return false;
+  }
 
   if (images::kWritesDebugFiles) {
     writePairs(src, dst);
   }
-  for (int i = 0; i < kUnknowns; ++i) params[i] = static_cast<float>(p.GetElement(i, 0));
+  for (int i = 0; i < kUnknowns; ++i) {
+    params[i] = static_cast<float>(p.GetElement(i, 0));
+  }
   return true;
 }
 

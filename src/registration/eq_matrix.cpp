@@ -42,27 +42,43 @@ class Elimination {
   void exchange(std::size_t k) {
     at(k, k) = 1.0 / at(k, k);
     for (std::size_t j = 0; j < n_; ++j) {
-      if (j != k) at(k, j) *= at(k, k);
-    }
-    for (std::size_t i = 0; i < n_; ++i) {
-      if (i == k) continue;
-      for (std::size_t j = 0; j < n_; ++j) {
-        if (j != k) at(i, j) -= at(i, k) * at(k, j);
+      if (j != k) {
+        at(k, j) *= at(k, k);
       }
     }
     for (std::size_t i = 0; i < n_; ++i) {
-      if (i != k) at(i, k) = -at(i, k) * at(k, k);
+      if (i == k) {
+        continue;
+      }
+      for (std::size_t j = 0; j < n_; ++j) {
+        if (j != k) {
+          at(i, j) -= at(i, k) * at(k, j);
+        }
+      }
+    }
+    for (std::size_t i = 0; i < n_; ++i) {
+      if (i != k) {
+        at(i, k) = -at(i, k) * at(k, k);
+      }
     }
   }
 
   void swapRows(std::size_t first, std::size_t second) {
-    if (first == second) return;
-    for (std::size_t j = 0; j < n_; ++j) std::swap(at(first, j), at(second, j));
+    if (first == second) {
+      return;
+    }
+    for (std::size_t j = 0; j < n_; ++j) {
+      std::swap(at(first, j), at(second, j));
+    }
   }
 
   void swapColumns(std::size_t first, std::size_t second) {
-    if (first == second) return;
-    for (std::size_t i = 0; i < n_; ++i) std::swap(at(i, first), at(i, second));
+    if (first == second) {
+      return;
+    }
+    for (std::size_t i = 0; i < n_; ++i) {
+      std::swap(at(i, first), at(i, second));
+    }
   }
 
  private:
@@ -82,7 +98,9 @@ CEQMatrix::CEQMatrix(const CEQMatrix& other) { *this = other; }
 CEQMatrix::CEQMatrix(CEQMatrix&& other) noexcept { *this = std::move(other); }
 
 CEQMatrix& CEQMatrix::operator=(const CEQMatrix& other) {
-  if (this == &other) return *this;
+  if (this == &other) {
+    return *this;
+  }
   SetSize(other.Rows, other.Cols);
   if (Data != nullptr && other.Data != nullptr) {
     const std::int64_t count = std::int64_t{Rows} * Cols;
@@ -92,7 +110,9 @@ CEQMatrix& CEQMatrix::operator=(const CEQMatrix& other) {
 }
 
 CEQMatrix& CEQMatrix::operator=(CEQMatrix&& other) noexcept {
-  if (this == &other) return *this;
+  if (this == &other) {
+    return *this;
+  }
   delete[] Data;
   Cols = std::exchange(other.Cols, 0);
   Rows = std::exchange(other.Rows, 0);
@@ -108,8 +128,12 @@ int CEQMatrix::SetSize(int rows, int cols) {
   Rows = rows;
   Cols = cols;
   const std::int64_t count = std::int64_t{rows} * cols;
-  if (count < 0 || count > std::numeric_limits<std::int32_t>::max()) return 0;
-  if (count == 0) return 1;
+  if (count < 0 || count > std::numeric_limits<std::int32_t>::max()) {
+    return 0;
+  }
+  if (count == 0) {
+    return 1;
+  }
   const auto elements = static_cast<std::size_t>(count);
   std::unique_ptr<double[]> storage(new (std::nothrow) double[elements]());
   if (storage == nullptr) {
@@ -120,13 +144,17 @@ int CEQMatrix::SetSize(int rows, int cols) {
 }
 
 void CEQMatrix::SetElement(int row, int col, double value) {
-  if (Data == nullptr || row < 0 || row >= Rows || col < 0 || col >= Cols) return;
+  if (Data == nullptr || row < 0 || row >= Rows || col < 0 || col >= Cols) {
+    return;
+  }
   Data[static_cast<std::size_t>(row) * static_cast<std::size_t>(Cols) +
        static_cast<std::size_t>(col)] = value;
 }
 
 double CEQMatrix::GetElement(int row, int col) const {
-  if (Data == nullptr || row < 0 || row >= Rows || col < 0 || col >= Cols) return 0.0;
+  if (Data == nullptr || row < 0 || row >= Rows || col < 0 || col >= Cols) {
+    return 0.0;
+  }
   return Data[static_cast<std::size_t>(row) * static_cast<std::size_t>(Cols) +
               static_cast<std::size_t>(col)];
 }
@@ -134,11 +162,15 @@ double CEQMatrix::GetElement(int row, int col) const {
 CEQMatrix CEQMatrix::Multiply(const CEQMatrix& B) const {
   CEQMatrix C(Rows, B.Cols);
   // A factor without storage is all zeros; its sizes may be huge, so do not loop over them.
-  if (C.Data == nullptr || Data == nullptr) return C;
+  if (C.Data == nullptr || Data == nullptr) {
+    return C;
+  }
   for (int i = 0; i < Rows; ++i) {
     for (int j = 0; j < B.Cols; ++j) {
       double sum = 0.0;
-      for (int k = 0; k < Cols; ++k) sum += GetElement(i, k) * B.GetElement(k, j);
+      for (int k = 0; k < Cols; ++k) {
+        sum += GetElement(i, k) * B.GetElement(k, j);
+      }
       C.SetElement(i, j, sum);
     }
   }
@@ -146,15 +178,21 @@ CEQMatrix CEQMatrix::Multiply(const CEQMatrix& B) const {
 }
 
 int CEQMatrix::Invert() {
-  if (Rows != Cols || Cols < 0 || (Cols > 0 && Data == nullptr)) return 0;
+  if (Rows != Cols || Cols < 0 || (Cols > 0 && Data == nullptr)) {
+    return 0;
+  }
   const auto n = static_cast<std::size_t>(Cols);
   const std::unique_ptr<std::size_t[]> pivotRows(new (std::nothrow) std::size_t[n]());
   const std::unique_ptr<std::size_t[]> pivotCols(new (std::nothrow) std::size_t[n]());
-  if (pivotRows == nullptr || pivotCols == nullptr) return 0;
+  if (pivotRows == nullptr || pivotCols == nullptr) {
+    return 0;
+  }
 
   Elimination elimination(Data, Cols);
   for (std::size_t k = 0; k < n; ++k) {
-    if (elimination.findPivot(k, pivotRows[k], pivotCols[k]) == 0.0) return 0;
+    if (elimination.findPivot(k, pivotRows[k], pivotCols[k]) == 0.0) {
+      return 0;
+    }
     elimination.swapRows(k, pivotRows[k]);
     elimination.swapColumns(k, pivotCols[k]);
     elimination.exchange(k);
@@ -170,9 +208,13 @@ int CEQMatrix::Invert() {
 
 CEQMatrix CEQMatrix::Transpose() const {
   CEQMatrix T(Cols, Rows);
-  if (T.Data == nullptr || Data == nullptr) return T;
+  if (T.Data == nullptr || Data == nullptr) {
+    return T;
+  }
   for (int i = 0; i < Rows; ++i) {
-    for (int j = 0; j < Cols; ++j) T.SetElement(j, i, GetElement(i, j));
+    for (int j = 0; j < Cols; ++j) {
+      T.SetElement(j, i, GetElement(i, j));
+    }
   }
   return T;
 }

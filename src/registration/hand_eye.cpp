@@ -24,7 +24,9 @@ using namespace fisheye_calibration::registration;
 
 bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const params, double& errorX,
                         double& errorY) {
-  if (points.size() < kFewestPoints || params == nullptr) return false;
+  if (points.size() < kFewestPoints || params == nullptr) {
+    return false;
+  }
   std::vector<cv::Point2f> imagePoints;
   std::vector<cv::Point2f> worldPoints;
   imagePoints.reserve(points.size());
@@ -35,7 +37,9 @@ bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const para
   }
 
   float fitted[6];
-  if (!AffineFit(imagePoints, worldPoints, fitted)) return false;
+  if (!AffineFit(imagePoints, worldPoints, fitted)) {
+    return false;
+  }
   std::copy(std::begin(fitted), std::end(fitted), params);
   const double a = fitted[0], b = fitted[1], c = fitted[2], d = fitted[3], e = fitted[4],
                f = fitted[5];

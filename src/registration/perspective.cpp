@@ -57,11 +57,34 @@ std::vector<cv::Point2f> worldLayoutInPixels(const std::vector<CalibrationPoint>
   return layout;
 }
 
+#if FISHEYE_CALIBRATION_INTERACTIVE
+constexpr const char* kWindow = "Transformed Image";
+
+bool isWindowOpen() {
+  try {
+    return cv::getWindowProperty(kWindow, cv::WND_PROP_VISIBLE) >= 1;
+  } catch (const cv::Exception&) {  // some toolkits have no windows to ask once the last is closed
+    return false;
+  }
+}
+
+// cv::waitKey(0) of some toolkits would not return any more once the window is closed.
+void waitForKeyOrClosing() {
+  constexpr int kMilliseconds = 50;
+  if (!isWindowOpen()) {  // the toolkit does not tell
+    cv::waitKey(0);
+    return;
+  }
+  while (cv::waitKey(kMilliseconds) < 0 && isWindowOpen()) {
+  }
+}
+#endif
+
 void showUntilKey([[maybe_unused]] const cv::Mat& image) {
 #if FISHEYE_CALIBRATION_INTERACTIVE
   platform::requireDisplay();
-  cv::imshow("Transformed Image", image);
-  cv::waitKey(0);
+  cv::imshow(kWindow, image);
+  waitForKeyOrClosing();
   cv::destroyAllWindows();
 #endif
 }
@@ -75,11 +98,15 @@ using namespace fisheye_calibration::registration;
 // The numeric outputs are never written (compatibility 44).
 bool GetPerspectiveTransformationParam(std::vector<CalibrationPoint> points, double* const, double&,
                                        double&) {
-  if (points.empty()) return false;
+  if (points.empty()) {
+    return false;
+  }
   const std::vector<cv::Point2f> source = imagePointsOf(points);
   // The image library refuses any other number of points: it requires four in both lists.
   std::vector<cv::Point2f> destination;
-  if (points.size() == kPoints) destination = worldLayoutInPixels(points);
+  if (points.size() == kPoints) {
+    destination = worldLayoutInPixels(points);
+  }
   const cv::Mat M = cv::getPerspectiveTransform(source, destination, cv::DECOMP_LU);
 
   const cv::Mat picture = cv::imread(images::debug_files::kToStraighten, cv::IMREAD_COLOR);

@@ -152,8 +152,8 @@ HWY_INLINE void mixColour(const images::Frame& frame, const int* u, const int* v
   const std::size_t stride = static_cast<std::size_t>(frame.width) * Bytes;
   // The right one of two three-byte pixels is read starting one byte early, so as not to read
   // beyond the frame, and then shifted by a byte.
-  constexpr std::size_t right = Bytes == 3 ? 2 : 4;
-  constexpr int shift = Bytes == 3 ? 8 : 0;
+  constexpr std::size_t kRight = Bytes == 3 ? 2 : 4;
+  constexpr int kShift = Bytes == 3 ? 8 : 0;
   HWY_ALIGN std::uint32_t P00[kRun];
   HWY_ALIGN std::uint32_t P01[kRun];
   HWY_ALIGN std::uint32_t P10[kRun];
@@ -161,17 +161,17 @@ HWY_INLINE void mixColour(const images::Frame& frame, const int* u, const int* v
   for (std::size_t k = 0; k < count; ++k) {
     const unsigned char* p = frame.pixels + samples.index[k] * Bytes;
     P00[k] = loadBits<std::uint32_t>(p);
-    P01[k] = loadBits<std::uint32_t>(p + right);
+    P01[k] = loadBits<std::uint32_t>(p + kRight);
     P10[k] = loadBits<std::uint32_t>(p - stride);
-    P11[k] = loadBits<std::uint32_t>(p - stride + right);
+    P11[k] = loadBits<std::uint32_t>(p - stride + kRight);
   }
   for (std::size_t k = 0; k < count; k += hn::Lanes(d)) {
     const VI16 a = weightInBothHalves(u + k);
     const VI16 b = weightInBothHalves(v + k);
     const V32 p00 = hn::Load(d, P00 + k);
-    const V32 p01 = hn::ShiftRight<shift>(hn::Load(d, P01 + k));
+    const V32 p01 = hn::ShiftRight<kShift>(hn::Load(d, P01 + k));
     const V32 p10 = hn::Load(d, P10 + k);
-    const V32 p11 = hn::ShiftRight<shift>(hn::Load(d, P11 + k));
+    const V32 p11 = hn::ShiftRight<kShift>(hn::Load(d, P11 + k));
     const VI16 even = mixRows(mixColumns(evenBytes(p00), evenBytes(p01), a),
                               mixColumns(evenBytes(p10), evenBytes(p11), a), b);
     const VI16 odd = mixRows(mixColumns(oddBytes(p00), oddBytes(p01), a),
@@ -238,9 +238,11 @@ HWY_INLINE void sampleInside(const images::Frame& frame, const int* u, const int
       mixColour<3>(frame, u, v, count, samples, mixed);
       storeTriples(mixed, count, pixels);
       break;
-    default:
+    case 4:
       mixColour<4>(frame, u, v, count, samples, mixed);
       std::memcpy(pixels, mixed, count * 4);
+      break;
+    default:  // images::bytesPerPixel gives no other
       break;
   }
 }

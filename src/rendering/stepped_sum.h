@@ -1,3 +1,4 @@
+// The rounded result of many equal additions without performing each of them.
 #pragma once
 
 namespace fisheye_calibration::rendering {

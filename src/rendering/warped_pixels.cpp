@@ -1,7 +1,5 @@
 #include "rendering/warped_pixels.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <optional>
 
@@ -47,7 +45,7 @@ bool SourcePixelsOfRun(const InverseWarp& warp, int x, int y, int* column, int* 
   const auto minusOne = hn::Set(di, -1);
   const auto beyond = hn::Set(di, -2);
   const auto step = hn::Set(d, static_cast<float>(lanes));
-  auto n = hn::Sub(hn::Iota(d, 0.0F), hn::Set(d, static_cast<float>(kRun / 2)));
+  auto n = hn::Sub(hn::Iota(d, 0.0F), hn::Set(d, 0.5F * kRun));
   for (std::size_t k = 0; k < kRun; k += lanes, n = hn::Add(n, step)) {
     const auto reciprocal = hn::Div(one, hn::MulAdd(n, hn::Set(d, local.c), one));
     const auto nx = hn::MulAdd(n, hn::Set(d, local.bx), hn::Set(d, local.ax));

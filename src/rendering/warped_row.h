@@ -53,7 +53,7 @@ class WarpedRow {
 // The quotients of a run relative to a whole pixel B near its middle, in 32-bit float. With k the
 // number of pixels from the middle and w the denominator there,
 //   sx - Bx = (ax + bx k)/(1 + c k),
-//   ax = (nx - Bx w)/w, bx = (Hinv_11 - Bx Hinv_31)/w, c = Hinv_31/w,
+//   ax = (nx - Bx w)/w, bx = (Hinv(0,0) - Bx Hinv(2,0))/w, c = Hinv(2,0)/w,
 // and sy likewise.
 struct LocalQuotients {
   std::int32_t baseX, baseY;

@@ -1,11 +1,11 @@
-#include <cmath>
-#include <cstdlib>
+#include "solver/calibration.h"
+
+#include <cstddef>
 
 #include "fisheye_calibration.h"
 #include "platform/message_box.h"
-#include "single/record.h"
-#include "single/second_correction.h"
-#include "solver/calibration.h"
+#include "single/completed_record.h"
+#include "single/solver_view.h"
 
 namespace fisheye_calibration::single {
 namespace {
@@ -14,78 +14,13 @@ constexpr std::size_t kFewestPoints = 9;  // fewer show a message (compatibility
 constexpr int kMostSteps = 20;
 constexpr double kSmallestChange = 1e-6;
 
-// The points as the solver's only view.
-solver::ViewPoints viewOf(const std::vector<CalibrationPoint>& points) {
-  solver::ViewPoints view;
-  for (const CalibrationPoint& point : points) {
-    view.X.push_back(point.Xw);
-    view.Y.push_back(point.Yw);
-    view.Z.push_back(0);
-    view.image.x.push_back(point.ImagePtX);
-    view.image.y.push_back(point.ImagePtY);
-  }
-  return view;
-}
-
-// k2...k5 have no meaning; hosts expect them filled from the C runtime's rand(), in this order
-// (compatibility 14).
-void storeFiller(FishEyeCalibrationParam& param) {
-  constexpr int modulus = 10001;
-  param.k2 = std::rand() % modulus * 0.0001;
-  param.k3 = std::rand() % modulus * 0.00001;
-  param.k4 = std::rand() % modulus * 0.0001;
-  param.k5 = std::rand() % modulus * 0.00001;
-}
-
-void storeCamera(const lens::Camera& camera, FishEyeCalibrationParam& param) {
-  const cv::Matx33d K = lens::cameraMatrix(camera);
-  param.fx = static_cast<float>(K(0, 0));
-  param.fy = static_cast<float>(K(1, 1));
-  param.skewness = static_cast<float>(K(0, 1));
-  param.u0 = static_cast<float>(K(0, 2));
-  param.v0 = static_cast<float>(K(1, 2));
-  param.k0 = camera.k0;
-  param.k1 = camera.k1;
-}
-
-void storePose(const lens::Pose& pose, FishEyeCalibrationParam& param) {
-  param.Rx = static_cast<float>(pose.om[0]);
-  param.Ry = static_cast<float>(pose.om[1]);
-  param.Rz = static_cast<float>(pose.om[2]);
-  param.Tx = static_cast<float>(pose.T[0]);
-  param.Ty = static_cast<float>(pose.T[1]);
-  param.Tz = static_cast<float>(pose.T[2]);
-  storeRotationMatrix(lens::rotationFromVector(rotationVector(param)), param);
-}
-
-// Projects every point with the stored record, as hosts will, stores the projection and its error
-// in the point and returns sqrt(sum(du^2 + dv^2)/n).
-double reproject(const FishEyeCalibrationParam& param, std::vector<CalibrationPoint>& points) {
-  const lens::Camera camera = rawCamera(param);
-  const cv::Matx33d R = lens::rotationFromVector(rotationVector(param));
-  const cv::Vec3d T = translation(param);
-  double squares = 0;
-  for (CalibrationPoint& point : points) {
-    const cv::Point2f projected = lens::projectPoint(camera, R, T, {point.Xw, point.Yw, 0});
-    const float errorX = point.ImagePtX - projected.x;
-    const float errorY = point.ImagePtY - projected.y;
-    point.ReprojPtX = projected.x;
-    point.ReprojPtY = projected.y;
-    point.ReprojErrX = errorX;
-    point.ReprojErrY = errorY;
-    squares += point.ReprojErrX * point.ReprojErrX + point.ReprojErrY * point.ReprojErrY;
-  }
-  return std::sqrt(squares / static_cast<double>(points.size()));
-}
-
 }  // namespace
 }  // namespace fisheye_calibration::single
 
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::single;
 
-// The picture and its bit count are not used (compatibility 15). If no second correction is found,
-// the results up to there have been stored all the same (compatibility 17).
+// The picture and its bit count are not used (compatibility 15).
 bool SingleCamCalibration(unsigned char* /*image*/, ImageLong width, ImageLong height,
                           int /*bitCount*/, std::vector<CalibrationPoint>& points,
                           ImageLong correctedWidth, ImageLong correctedHeight,
@@ -95,12 +30,9 @@ bool SingleCamCalibration(unsigned char* /*image*/, ImageLong width, ImageLong h
     return false;
   }
   const solver::Calibration solved =
-      solver::calibrate({viewOf(points)}, cv::Size(width, height),
+      solver::calibrate({solverView(points)}, cv::Size(width, height),
                         cv::TermCriteria(cv::TermCriteria::COUNT + cv::TermCriteria::EPS,
                                          kMostSteps, kSmallestChange));
-  storeCamera(solved.camera, param);
-  storeFiller(param);
-  storePose(solved.poses.front(), param);
-  reprojectionError = reproject(param, points);
-  return fitSecondCorrection(points, correctedWidth, correctedHeight, param);
+  return completeRecord(solved.camera, solved.poses.front(), points, correctedWidth,
+                        correctedHeight, param, reprojectionError);
 }

@@ -1,11 +1,10 @@
-#include <cstdint>
 #include <functional>
-#include <limits>
 #include <opencv2/core.hpp>
 #include <span>
 #include <vector>
 
 #include "fisheye_calibration.h"
+#include "images/buffer_size.h"
 #include "images/pixel_format.h"
 #include "images/view.h"
 #include "rendering/corrected_view.h"
@@ -13,19 +12,6 @@
 
 namespace fisheye_calibration::single {
 namespace {
-
-// The interface is limited to buffers whose size in bytes fits into a 32-bit integer.
-void requireAddressable(ImageLong width, ImageLong height, int bytes) {
-  if (std::int64_t{width} * height > std::numeric_limits<std::int32_t>::max() / bytes) {
-    cv::error(cv::Error::StsNoMem, "an image buffer has more than 2147483647 bytes",
-              "SingleCamCorrected", __FILE__, __LINE__);
-  }
-}
-
-std::size_t sizeInBytes(ImageLong width, ImageLong height, int bytes) {
-  return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) *
-         static_cast<std::size_t>(bytes);
-}
 
 using Bytes = std::span<const unsigned char>;
 
@@ -65,12 +51,10 @@ bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth, ImageLong srcHei
       srcHeight <= 0 || bytes == 0) {
     return false;
   }
-  requireAddressable(srcWidth, srcHeight, bytes);
-  requireAddressable(dstWidth, dstHeight, bytes);
-  const std::vector<unsigned char> copy =
-      copyIfOverlapping({src, sizeInBytes(srcWidth, srcHeight, bytes)},
-                        {dst, sizeInBytes(dstWidth, dstHeight, bytes)},
-                        {mask, mask != nullptr ? sizeInBytes(dstWidth, dstHeight, 1) : 0});
+  const Bytes source(src, images::bufferSize(srcWidth, srcHeight, bitCount));
+  const Bytes pixels(dst, images::bufferSize(dstWidth, dstHeight, bitCount));
+  const Bytes maskBytes(mask, mask != nullptr ? images::bufferSize(dstWidth, dstHeight, 8) : 0);
+  const std::vector<unsigned char> copy = copyIfOverlapping(source, pixels, maskBytes);
   const images::Frame frame{copy.empty() ? src : copy.data(), srcWidth, srcHeight, bytes};
   const cv::Matx33d K(param.fx, param.skewness, param.u0, 0, param.fy, param.v0, 0, 0, 1);
   const rendering::InverseWarp warp{inverseHomography(param), param.ImageDx, param.ImageDy,

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <numeric>
 
-#include "lens/check.h"
 #include "solver/view_sums.h"
 
 namespace fisheye_calibration::solver {

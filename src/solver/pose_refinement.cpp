@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <limits>
 
@@ -37,10 +36,11 @@ bool isIllConditioned(const cv::Mat& J, double maxConditionRatio) {
 // limit and that A is conditioned well enough to be solved directly.
 //
 // With the eigenvalues l1 >= ... >= l6 of A the ratio is sqrt(l1/l6), and l1/l6 is at most bound =
-// trace(A) trace(A^-1). Each element of A is a sum of 2N products with a relative error of at most
-// (2N + 1) u, u = 2^-53, so l6 is off by at most 6 (2N + 1) u l1, a share of itself of at most
-// 6 (2N + 1) u bound. With that share below a tenth and the bound below a quarter of the squared
-// limit, no rounding can raise the ratio above the limit.
+// trace(A) trace(A^-1). Each element of A is a sum of 2N products and off by at most (2N + 1) u
+// times the sum of their magnitudes, u = 2^-53. That sum is at most l1, so A, which has six rows,
+// changes l6 by at most 6 (2N + 1) u l1, a share of l6 of at most 6 (2N + 1) u bound. With that
+// share below a tenth and the bound below a quarter of the squared limit, no rounding can raise the
+// ratio above the limit.
 bool isSurelyWellConditioned(const SymmetricSolver<6>& solver, std::size_t points,
                              double maxConditionRatio) {
   const double bound = solver.conditionBound();

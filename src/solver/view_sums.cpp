@@ -141,7 +141,7 @@ void NormalizePixels(const PlanarPoints& pixels, const lens::Camera& camera,
 
 NormalEquations<6> PoseNormalEquations(const ViewPoints& view, const lens::Camera& camera,
                                        const lens::Pose& pose) {
-  constexpr std::size_t all[] = {0, 1, 2, 3, 4, 5};
+  constexpr std::size_t kAll[] = {0, 1, 2, 3, 4, 5};
   const cv::Matx33d R = lens::rotationFromVector(pose.om);
   const auto dR = lens::rotationDerivative(pose.om);
   BothSums<6> sums;
@@ -151,8 +151,8 @@ NormalEquations<6> PoseNormalEquations(const ViewPoints& view, const lens::Camer
     const T Z = loadFrom<T>(&view.Z[i]);
     const auto p = model::projectPoint(camera, R, pose.T, X, Y, Z);
     const auto d = poseDerivatives(camera, dR, X, Y, Z, p);
-    sums.template of<T>().add(all, d.u, loadFrom<T>(&view.image.x[i]) - p.u);
-    sums.template of<T>().add(all, d.v, loadFrom<T>(&view.image.y[i]) - p.v);
+    sums.template of<T>().add(kAll, d.u, loadFrom<T>(&view.image.x[i]) - p.u);
+    sums.template of<T>().add(kAll, d.v, loadFrom<T>(&view.image.y[i]) - p.v);
   });
   return sums.total();
 }
@@ -161,8 +161,8 @@ NormalEquations<kAllParameters> FullNormalEquations(const ViewPoints& view,
                                                     const lens::Camera& camera,
                                                     const lens::Pose& pose) {
   // fx 0, fy 1, cx 2, cy 3, skew 4, k0 5, k1 6, pose 7...12
-  constexpr std::size_t ofU[] = {0, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-  constexpr std::size_t ofV[] = {1, 3, 5, 6, 7, 8, 9, 10, 11, 12};
+  constexpr std::size_t kOfU[] = {0, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+  constexpr std::size_t kOfV[] = {1, 3, 5, 6, 7, 8, 9, 10, 11, 12};
   const cv::Matx33d R = lens::rotationFromVector(pose.om);
   const auto dR = lens::rotationDerivative(pose.om);
   BothSums<kAllParameters> sums;
@@ -177,15 +177,15 @@ NormalEquations<kAllParameters> FullNormalEquations(const ViewPoints& view,
                    d.u[1],    d.u[2], d.u[3],       d.u[4],      d.u[5]};
     const T v[] = {p.yd,   T(1.0), lens.v_k[0], lens.v_k[1], d.v[0],
                    d.v[1], d.v[2], d.v[3],      d.v[4],      d.v[5]};
-    sums.template of<T>().add(ofU, u, loadFrom<T>(&view.image.x[i]) - p.u);
-    sums.template of<T>().add(ofV, v, loadFrom<T>(&view.image.y[i]) - p.v);
+    sums.template of<T>().add(kOfU, u, loadFrom<T>(&view.image.x[i]) - p.u);
+    sums.template of<T>().add(kOfV, v, loadFrom<T>(&view.image.y[i]) - p.v);
   });
   return sums.total();
 }
 
 LowerTriangle<9> DesignProduct(const PlanarPoints& image, const PlanarPoints& plane) {
-  constexpr std::size_t ofX[] = {0, 1, 2, 6, 7, 8};
-  constexpr std::size_t ofY[] = {3, 4, 5, 6, 7, 8};
+  constexpr std::size_t kOfX[] = {0, 1, 2, 6, 7, 8};
+  constexpr std::size_t kOfY[] = {3, 4, 5, 6, 7, 8};
   BothSums<9> sums;
   forEachPoint(image.size(), [&]<class T>(std::size_t i) HWY_ATTR {
     const T X = loadFrom<T>(&plane.x[i]);
@@ -194,16 +194,16 @@ LowerTriangle<9> DesignProduct(const PlanarPoints& image, const PlanarPoints& pl
     const T y = loadFrom<T>(&image.y[i]);
     const T rowX[] = {X, Y, T(1.0), -(x * X), -(x * Y), -x};
     const T rowY[] = {X, Y, T(1.0), -(y * X), -(y * Y), -y};
-    sums.template of<T>().add(ofX, rowX, T(0.0));
-    sums.template of<T>().add(ofY, rowY, T(0.0));
+    sums.template of<T>().add(kOfX, rowX, T(0.0));
+    sums.template of<T>().add(kOfY, rowY, T(0.0));
   });
   return sums.total().A;
 }
 
 NormalEquations<8> HomographyNormalEquations(const PlanarPoints& image, const PlanarPoints& plane,
                                              const cv::Matx33d& H) {
-  constexpr std::size_t ofX[] = {0, 1, 2, 6, 7};
-  constexpr std::size_t ofY[] = {3, 4, 5, 6, 7};
+  constexpr std::size_t kOfX[] = {0, 1, 2, 6, 7};
+  constexpr std::size_t kOfY[] = {3, 4, 5, 6, 7};
   BothSums<8> sums;
   forEachPoint(image.size(), [&]<class T>(std::size_t i) HWY_ATTR {
     const T X = loadFrom<T>(&plane.x[i]);
@@ -215,8 +215,8 @@ NormalEquations<8> HomographyNormalEquations(const PlanarPoints& image, const Pl
     const T M[] = {X / mapped.z, Y / mapped.z, T(1.0) / mapped.z};
     const T rowX[] = {-M[0], -M[1], -M[2], x * M[0], x * M[1]};
     const T rowY[] = {-M[0], -M[1], -M[2], y * M[0], y * M[1]};
-    sums.template of<T>().add(ofX, rowX, loadFrom<T>(&image.x[i]) - x);
-    sums.template of<T>().add(ofY, rowY, loadFrom<T>(&image.y[i]) - y);
+    sums.template of<T>().add(kOfX, rowX, loadFrom<T>(&image.x[i]) - x);
+    sums.template of<T>().add(kOfY, rowY, loadFrom<T>(&image.y[i]) - y);
   });
   return sums.total();
 }

@@ -41,11 +41,13 @@ void GetCommonPoints(std::vector<CalibrationPoint> first, std::vector<Calibratio
   };
   std::stable_sort(occurrences.begin(), occurrences.end(), byId);
 
-  constexpr std::ptrdiff_t timesShared = 2;
+  constexpr std::ptrdiff_t kTimesShared = 2;
   for (auto begin = occurrences.begin(); begin != occurrences.end();) {
     const auto end = std::upper_bound(begin, occurrences.end(), *begin, byId);
-    if (end - begin == timesShared) {
-      for (auto it = begin; it != end; ++it) it->common->push_back(*it->point);
+    if (end - begin == kTimesShared) {
+      for (auto it = begin; it != end; ++it) {
+        it->common->push_back(*it->point);
+      }
     }
     begin = end;
   }

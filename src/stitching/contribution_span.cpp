@@ -34,7 +34,9 @@ Linear negated(const Linear& f) { return {-f.slope, -f.constant, f.margin}; }
 void keepPositive(const Linear& f, Span& span) {
   const double highest = f.constant + f.margin;
   if (f.slope == 0) {
-    if (highest <= 0) span.end = span.begin;
+    if (highest <= 0) {
+      span.end = span.begin;
+    }
     return;
   }
   const double zero = std::clamp(-highest / f.slope, -0x1p32, 0x1p32);

@@ -1,9 +1,8 @@
 #include "stitching/doubled_view.h"
 
 #include <cstring>
-#include <limits>
-#include <new>
 
+#include "images/buffer_size.h"
 #include "images/debug_bitmap.h"
 #include "images/debug_files.h"
 #include "images/pixel_format.h"
@@ -11,8 +10,6 @@
 
 namespace fisheye_calibration::stitching {
 namespace {
-
-constexpr std::int64_t kLargestBuffer = std::numeric_limits<std::int32_t>::max();
 
 struct DebugPaths {
   const char* view;
@@ -35,18 +32,7 @@ struct BufferSizes {
 BufferSizes bufferSizes(const CameraInput& camera) {
   const std::int64_t width = doubledWidth(camera);
   const std::int64_t height = doubledHeight(camera);
-  if (width <= 0 || height <= 0) {
-    return {};
-  }
-  const std::int64_t count = width * height;
-  if (count > kLargestBuffer) {
-    throw std::bad_alloc();
-  }
-  const std::int64_t pixelBytes = camera.bits > 0 ? count * camera.bits / 8 : 0;
-  if (pixelBytes > kLargestBuffer) {
-    throw std::bad_alloc();
-  }
-  return {static_cast<std::size_t>(pixelBytes), static_cast<std::size_t>(count)};
+  return {images::bufferSize(width, height, camera.bits), images::bufferSize(width, height, 8)};
 }
 
 // Returns false, with the buffers unchanged, if there is nothing to show.

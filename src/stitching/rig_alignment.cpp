@@ -37,10 +37,18 @@ std::array<std::size_t, 4> nearestToCorners(const std::vector<CalibrationPoint>&
   float maxX = 0;
   float maxY = 0;
   for (const CalibrationPoint& point : points) {
-    if (point.Xw < minX) minX = point.Xw;
-    if (point.Yw < minY) minY = point.Yw;
-    if (point.Xw > maxX) maxX = point.Xw;
-    if (point.Yw > maxY) maxY = point.Yw;
+    if (point.Xw < minX) {
+      minX = point.Xw;
+    }
+    if (point.Yw < minY) {
+      minY = point.Yw;
+    }
+    if (point.Xw > maxX) {
+      maxX = point.Xw;
+    }
+    if (point.Yw > maxY) {
+      maxY = point.Yw;
+    }
   }
   return {nearest(points, minX, minY), nearest(points, maxX, minY), nearest(points, minX, maxY),
           nearest(points, maxX, maxY)};

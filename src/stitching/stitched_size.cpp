@@ -27,9 +27,9 @@ class Extent {
 
   // The length of the range rounded up to a multiple of 4, at most 2147483644.
   std::int32_t roundedUpLength() const {
-    constexpr std::int64_t largest = 0x7FFFFFFC;
+    constexpr std::int64_t kLargest = 0x7FFFFFFC;
     const std::int64_t length = truncated(greatest_ - least_);
-    return static_cast<std::int32_t>((std::min(length, largest) + 3) / 4 * 4);
+    return static_cast<std::int32_t>((std::min(length, kLargest) + 3) / 4 * 4);
   }
 
  private:

@@ -49,6 +49,18 @@ function(require_success)
   set(output "${text}" PARENT_SCOPE)
 endfunction()
 
+# cxx_files(<folders> <result>): the C++ files in the folders, without the examples of bad style.
+function(cxx_files folders result)
+  list(TRANSFORM folders APPEND "/*.cpp" OUTPUT_VARIABLE sources)
+  list(TRANSFORM folders APPEND "/*.h" OUTPUT_VARIABLE headers)
+  file(GLOB_RECURSE files ${sources} ${headers})
+  list(FILTER files EXCLUDE REGEX "/tests/packaging/bad_style/")
+  if(NOT files)
+    message(FATAL_ERROR "no C++ files in ${folders}")
+  endif()
+  set(${result} "${files}" PARENT_SCOPE)
+endfunction()
+
 # extract_example(<document> <file>): writes the document's first C++ example to a file.
 function(extract_example document file)
   file(READ "${document}" text)

@@ -84,7 +84,7 @@ TEST_F(WholeFile, CircularLinksFail) {
   fs::create_symlink("camera.ini", folder.file("other.ini"));
   EXPECT_FALSE(replaceWholeFile(path.c_str(), "new"));
   std::string content;
-  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::Unreadable);
+  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::kUnreadable);
   EXPECT_EQ(folder.entryCount(), 2);
 }
 
@@ -109,7 +109,7 @@ TEST_F(WholeFile, FileInTheWorkingFolderNeedsNoFolderName) {
 TEST_F(WholeFile, PipeIsNeitherReadNorReplaced) {
   ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
   std::string content;
-  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::Unreadable);
+  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::kUnreadable);
   EXPECT_FALSE(replaceWholeFile(path.c_str(), "new"));
   EXPECT_TRUE(fs::is_fifo(path));
   EXPECT_EQ(folder.entryCount(), 1);
@@ -122,7 +122,7 @@ TEST_F(WholeFile, DeviceIsNeitherReadNorReplaced) {
     GTEST_SKIP() << "only root may make devices";
   }
   std::string content;
-  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::Unreadable);
+  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::kUnreadable);
   EXPECT_FALSE(replaceWholeFile(path.c_str(), "new"));
   EXPECT_TRUE(fs::is_character_file(path));
   EXPECT_EQ(folder.entryCount(), 1);
@@ -146,7 +146,7 @@ TEST_F(WholeFile, PathsFarBeyond260CharactersWork) {
   longPath.append("/").append(255, 'n');  // the longest name that there is
   EXPECT_TRUE(replaceWholeFile(longPath.c_str(), "new"));
   std::string content;
-  EXPECT_EQ(readWholeFile(longPath.c_str(), content), FileState::Read);
+  EXPECT_EQ(readWholeFile(longPath.c_str(), content), FileState::kRead);
   EXPECT_EQ(content, "new");
 }
 
@@ -179,7 +179,7 @@ TEST_F(WholeFile, ArbitraryBytesAreReadBack) {
   }
   EXPECT_TRUE(replaceWholeFile(path.c_str(), all));
   std::string content = "something else";
-  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::Read);
+  EXPECT_EQ(readWholeFile(path.c_str(), content), FileState::kRead);
   EXPECT_EQ(content, all);
 }
 

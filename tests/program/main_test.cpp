@@ -10,6 +10,7 @@
 #include "files/points_csv.h"
 #include "program/support/printed_table.h"
 #include "program/support/run_program.h"
+#include "program/support/sample_record.h"
 #include "program/support/synthetic_target.h"
 
 namespace fisheye_calibration::program {
@@ -72,6 +73,46 @@ TEST_F(Program, EveryCommandHasHelpWithAnExample) {
     EXPECT_THAT(run.out, HasSubstr(example));
     EXPECT_THAT(runProgram({"--help"}).out, HasSubstr(example));
   }
+}
+
+TEST_F(Program, AnUnknownCommandIsNamedWithTheNearestOne) {
+  EXPECT_THAT(runProgram({"calibrat", "p.csv"}).err,
+              HasSubstr("unknown command \"calibrat\"; did you mean calibrate?"));
+  EXPECT_THAT(runProgram({"mpa"}).err, HasSubstr("did you mean map?"));
+  EXPECT_THAT(runProgram({"nonsense"}).err, HasSubstr("unknown command \"nonsense\", there are "));
+}
+
+TEST_F(Program, LongValuesAreQuotedInPart) {
+  const std::string endless(5000, 'x');
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {endless},
+           {"info", "a", endless},
+           {"crop", "a.png", "--size", endless, "-o", "b.png"},
+           {"map", "--camera", camera, "--from", endless, "--to", "raw"}}) {
+    const Outcome run = runProgram(arguments);
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_LT(run.err.size(), 250u) << run.err;
+  }
+}
+
+TEST_F(Program, QuietLeavesErrorsAndRequestedValues) {
+  const std::string picture = folder.file("target.png");
+  ASSERT_TRUE(cv::imwrite(picture, drawTarget({}, {})));
+  const Outcome calibrated = runProgram(
+      {"calibrate", picture, "--chessboard", "9x7", "--spacing", "30", "-o", camera, "--quiet"});
+  EXPECT_EQ(calibrated.exitCode, 0);
+  EXPECT_EQ(calibrated.out, "");
+  EXPECT_EQ(calibrated.err, "");
+  const Outcome mapped = runProgram(
+      {"map", "--camera", camera, "--from", "world", "--to", "raw", "95", "-12.5", "--quiet"});
+  EXPECT_EQ(lineCount(mapped.out), 1);
+  EXPECT_THAT(runProgram({"info", folder.file("none.ini"), "--quiet"}).err, HasSubstr("none.ini"));
+}
+
+TEST_F(Program, FillerIsShownOnlyIfAskedFor) {
+  SaveCalibrationParam(camera.c_str(), sampleRecord());
+  EXPECT_THAT(runProgram({"info", camera}).out, testing::Not(HasSubstr("k2")));
+  EXPECT_THAT(runProgram({"info", camera, "--verbose"}).out, HasSubstr("k2"));
 }
 
 TEST_F(Program, BadUsageIsReportedInOneLine) {

@@ -4,7 +4,9 @@
 //   window_check identity | general     exit code 0 if the picture is correct
 //   window_check hostile                exit code 0 if no input crashed the process
 //   window_check no-display             exit code 0 if the exception names what is missing
+//   window_check close WINDOW           (on Linux) closes a window of another process
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -18,6 +20,8 @@
 #include "fisheye_calibration.h"
 #if defined(_WIN32)
 #include "registration/window_user_windows.h"
+#elif defined(__linux__)
+#include "registration/window_closer_linux.h"
 #endif
 
 namespace {
@@ -175,6 +179,11 @@ bool checkHostile() {
 }  // namespace
 
 int main(int argc, char** argv) {
+#if defined(__linux__)
+  if (argc == 3 && std::string(argv[1]) == "close") {
+    return askToClose(static_cast<std::uint32_t>(std::stoul(argv[2]))) ? 0 : 1;
+  }
+#endif
   const std::string name = argc == 2 ? argv[1] : "";
   if (name == "identity") return checkIdentity() ? 0 : 1;
   if (name == "general") return checkGeneral() ? 0 : 1;

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # window_check.sh PROGRAM CASE: runs one case of the program in a fresh directory. Cases that open the
-# window get a display of their own, on which the key is pressed. Exit code 77: tools are missing.
+# window get a display of their own, on which the key is pressed or, in the case "closed", the window is
+# closed. Exit code 77: tools are missing.
 set -uo pipefail
 program=$1
 case=$2
@@ -34,7 +35,9 @@ server=$!
 read -r -t 30 number <display-number || { cat xvfb.log; exit 1; }
 export DISPLAY=:$number
 
-"$program" "$case" &
+check_case=$case
+[ "$case" != closed ] || check_case=identity
+"$program" "$check_case" &
 check=$!
 window=$(timeout 60 xdotool search --sync --onlyvisible --name '^Transformed Image$' | head -n 1)
 [ -n "$window" ] || { echo "No window called 'Transformed Image' appeared"; exit 1; }
@@ -44,12 +47,16 @@ kill -0 "$check" 2>/dev/null || { echo "The call did not wait for a key"; exit 1
 
 # The window may not accept keys immediately.
 for _ in $(seq 40); do
-  xdotool key --window "$window" space 2>/dev/null
+  if [ "$case" = closed ]; then
+    "$program" close "$window"
+  else
+    xdotool key --window "$window" space 2>/dev/null
+  fi
   sleep 0.25
   [ -e D:/CorrectedImage2.bmp ] && break
   kill -0 "$check" 2>/dev/null || break
 done
-[ -e D:/CorrectedImage2.bmp ] || { echo "The key did not end the wait"; exit 1; }
+[ -e D:/CorrectedImage2.bmp ] || { echo "The key or the closing did not end the wait"; exit 1; }
 wait "$check"
 result=$?
 check=

@@ -27,6 +27,7 @@ set(expected
     licences/cli11/copyright
     licences/gcc-runtime/copyright
     licences/highway/LICENSE
+    licences/json/copyright
     licences/libjpeg/LICENSE.md
     licences/libjpeg/README.ijg
     licences/libpng/LICENSE

@@ -1,5 +1,6 @@
 #include "base/text.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "support/comma_locale.h"
@@ -50,7 +51,37 @@ TEST(Text, SignedTermsCanFollowASum) {
   EXPECT_EQ(signedTerm(-8), " - 8");
 }
 
+TEST(Text, QuotedTextHasAtMostSixtyCharacters) {
+  EXPECT_EQ(inQuotes("abc"), "\"abc\"");
+  EXPECT_EQ(inQuotes(std::string(60, 'x')).size(), 62u);
+  EXPECT_THAT(inQuotes(std::string(61, 'x')), testing::EndsWith("xxx...\""));
+  EXPECT_EQ(inQuotes(std::string(61, 'x')).size(), 62u);
+  std::string umlauts;
+  for (int i = 0; i < 61; ++i) {
+    umlauts += "\xC3\xA4";
+  }
+  EXPECT_THAT(inQuotes(umlauts), testing::EndsWith("\xC3\xA4...\""));
+  EXPECT_EQ(inQuotes(umlauts).size(), 2 * 57 + 5u);
+}
+
+TEST(Text, TheNearestNameIsOneOfFewEdits) {
+  const std::vector<std::string> names = {"map", "crop", "correct"};
+  EXPECT_EQ(nearest("corect", names), "correct");
+  EXPECT_EQ(nearest("mpa", names), "map");
+  EXPECT_EQ(nearest("stitch", names), std::nullopt);
+}
+
 TEST(Text, MessagesBecomeOneLine) { EXPECT_EQ(onOneLine("  a\n\tb  c \n"), "a b c"); }
+
+TEST(Text, ErrorsAreRoundedToTwoDigits) {
+  EXPECT_EQ(roundedToTwo(0.03449), "0.034");
+  EXPECT_EQ(roundedToTwo(1.12), "1.1");
+  EXPECT_EQ(roundedToTwo(99.4), "99");
+  EXPECT_EQ(roundedToTwo(99.6), "100");
+  EXPECT_EQ(roundedToTwo(146.3), "146");
+  EXPECT_EQ(roundedToTwo(0.00001), "0");
+  EXPECT_EQ(roundedToTwo(-25.4), "-25");
+}
 
 }  // namespace
 }  // namespace fisheye_calibration::program

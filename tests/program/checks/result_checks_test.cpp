@@ -96,16 +96,6 @@ TEST(ResultChecks, PointsBeyondTheLensCurvesTurnAreNamed) {
   EXPECT_THAT(finding->pointIds, ElementsAre(2));
 }
 
-TEST(ResultChecks, ALensCurveThatNoLensHasIsDoubtful) {
-  CalibrationResult result = goodResult();
-  result.param.k0 = 0;
-  result.param.k1 = 0.24;  // 1 + 0.24 (pi/3)^2 = 1.263
-  const std::vector<Finding> findings = check(result);
-  ASSERT_EQ(findings.size(), 1u);
-  EXPECT_EQ(findings[0].kind, FindingKind::kLensShape);
-  EXPECT_EQ(findings[0].severity, Severity::kDoubtful);
-}
-
 TEST(ResultChecks, AMissingHomographyIsNotTrusted) {
   CalibrationResult result = goodResult();
   result.homographyFound = false;

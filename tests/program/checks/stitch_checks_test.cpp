@@ -63,6 +63,14 @@ TEST(StitchChecks, SwappedCamerasAreReported) {
               ElementsAre(FindingKind::kCameraOrder));
 }
 
+TEST(StitchChecks, TheSameCameraTwiceIsNotToBeTrusted) {
+  const StitchPair pair = {stitchCamera(160), stitchCamera(160)};
+  const auto findings = checkStitch(pair, sharedPoints(pair));
+  ASSERT_FALSE(findings.empty());
+  EXPECT_EQ(findings[0].kind, FindingKind::kSameCamera);
+  EXPECT_EQ(findings[0].severity, Severity::kUntrusted);
+}
+
 TEST(StitchChecks, IdsThatTheLibrarySkipsAreReported) {
   StitchPair pair = overheadPair();
   pair.left.points[83].PointId = pair.right.points[83].PointId = 169;  // the lists have 168 points

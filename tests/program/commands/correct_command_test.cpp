@@ -16,6 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 // The camera of sampleRecord(): 170 above the bed, straight over (120, 90).
 SyntheticCamera overheadCamera() {
@@ -103,7 +104,8 @@ TEST_F(CorrectCommand, AFolderOfFramesGivesAFolderOfViews) {
   EXPECT_TRUE(std::filesystem::exists(folder.file("mask.png")));
   EXPECT_THAT(run.out, HasSubstr("2 of 2 frames corrected"));
   EXPECT_THAT(run.out, HasSubstr("frames per second"));
-  EXPECT_THAT(run.err, HasSubstr("[####################] 2/2"));
+  EXPECT_THAT(run.err, HasSubstr("not pictures: notes.txt"));
+  EXPECT_THAT(run.err, Not(HasSubstr("2/2"))) << "a progress bar in a file";
 }
 
 TEST_F(CorrectCommand, ABadFrameAmongManyIsReportedAndTheRestAreCorrected) {
@@ -113,6 +115,55 @@ TEST_F(CorrectCommand, ABadFrameAmongManyIsReportedAndTheRestAreCorrected) {
   EXPECT_THAT(run.err, HasSubstr("bad.png: not a picture"));
   EXPECT_TRUE(std::filesystem::exists(folder.file("views") + "/frame.png"));
   EXPECT_FALSE(std::filesystem::exists(folder.file("views") + "/bad.png"));
+}
+
+TEST_F(CorrectCommand, AnImpossibleCameraIsRefusedUnlessForced) {
+  FishEyeCalibrationParam impossible = sampleRecord();
+  impossible.Pixel = 0;
+  SaveCalibrationParam(camera.c_str(), impossible);
+  const Outcome refused = correct({frame, "-o", top});
+  EXPECT_EQ(refused.exitCode, 2);
+  EXPECT_THAT(refused.err, HasSubstr("Pixel must be greater than 0"));
+  EXPECT_FALSE(std::filesystem::exists(top));
+  EXPECT_EQ(correct({frame, "-o", top, "--force"}).exitCode, 0);
+  EXPECT_TRUE(std::filesystem::exists(top));
+}
+
+TEST_F(CorrectCommand, ASizeThatTheCameraWasNotCalibratedForIsRefusedUnlessForced) {
+  FishEyeCalibrationParam param = sampleRecord();
+  param.p1 = 1.1;  // leaves the centre of 960 x 720 in place
+  param.ImageDx = -48;
+  SaveCalibrationParam(camera.c_str(), param);
+  const Outcome refused = correct({frame, "-o", top, "--size", "1160x720"});
+  EXPECT_EQ(refused.exitCode, 2);
+  EXPECT_THAT(refused.err, HasSubstr("not made for a view of 1160x720"));
+  EXPECT_FALSE(std::filesystem::exists(top));
+  EXPECT_EQ(correct({frame, "-o", top}).exitCode, 0);
+  EXPECT_EQ(correct({frame, "-o", top, "--size", "1160x720", "--force"}).exitCode, 0);
+}
+
+TEST_F(CorrectCommand, AFolderWithAFileThatCannotBeReadNamesItAndFails) {
+  const support::TemporaryFolder frames;
+  std::filesystem::copy_file(frame, frames.file("a.png"));
+  writeFile(frames, "b.png", "");
+  writeFile(frames, "c.jpg", "no picture");
+  const Outcome run = correct({frames.path().string(), "-o", folder.file("views")});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.err, HasSubstr("b.png: not a picture"));
+  EXPECT_THAT(run.err, HasSubstr("c.jpg: not a picture"));
+  EXPECT_THAT(run.out, HasSubstr("1 of 3 frames corrected"));
+}
+
+TEST_F(CorrectCommand, FramesOfExtremeShapesAreReportedByName) {
+  for (const cv::Size& size : {cv::Size(1, 1), {20000, 2}, {2, 20000}}) {
+    const std::string extreme = folder.file("extreme.png");
+    ASSERT_TRUE(cv::imwrite(extreme, cv::Mat(size, CV_8UC1, cv::Scalar(200))));
+    const Outcome run = correct({extreme, "-o", top, "--force"});
+    if (run.exitCode != 0) {
+      EXPECT_THAT(run.err, HasSubstr("extreme.png: ")) << size;
+    }
+    EXPECT_THAT(run.err, Not(HasSubstr("OpenCV"))) << size;
+  }
 }
 
 TEST_F(CorrectCommand, ABlackFrameIsReported) {

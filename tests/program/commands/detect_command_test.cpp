@@ -14,6 +14,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 class DetectCommand : public testing::Test {
  protected:
@@ -44,6 +45,18 @@ TEST_F(DetectCommand, AMissingTargetIsReportedAndNothingIsWritten) {
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.err, HasSubstr("no target with 8 x 6 inner corners was found"));
   EXPECT_THAT(namesIn(folder), ElementsAre("grey.png"));
+}
+
+TEST_F(DetectCommand, PicturesOfExtremeShapesAreReportedByName) {
+  for (const cv::Size& size : {cv::Size(1, 1), {20000, 2}, {2, 20000}}) {
+    const std::string picture = folder.file("extreme.png");
+    ASSERT_TRUE(cv::imwrite(picture, cv::Mat(size, CV_8UC1, cv::Scalar(120))));
+    const Outcome run = runProgram({"detect", picture, "--chessboard", "8x6", "--spacing", "30",
+                                    "-o", folder.file("points.csv")});
+    EXPECT_EQ(run.exitCode, 1) << size;
+    EXPECT_THAT(run.err, HasSubstr("extreme.png: "));
+    EXPECT_THAT(run.err, Not(HasSubstr("OpenCV")));
+  }
 }
 
 }  // namespace

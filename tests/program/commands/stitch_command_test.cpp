@@ -130,11 +130,29 @@ TEST_F(StitchCommand, MapRefusesWhatADualRecordDoesNotGive) {
             2);
 }
 
-TEST_F(StitchCommand, ALostFractionOfTheDatumIsReported) {
+// The board moves with the datum, at 2 world units a pixel; the rest of 0.5 cannot be avoided.
+TEST_F(StitchCommand, TheRecordReadBackHasTheWholeDatumThatWasWritten) {
   FishEyeCalibrationParam param = recordOver(160);
   param.DatumPtXw = 160.5f;
   SaveCalibrationParam(folder.file("l.ini").c_str(), param);
-  EXPECT_THAT(stitch().err, HasSubstr("DatumPtXw is 160.5, but the library reads it back as 160"));
+  const Outcome run = stitch();
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("off by at most 0.5000 mm"));
+  DualFishEyeCalibrationParam read{};
+  LoadDualCamerasCalibrationParam(dual.c_str(), read);
+  EXPECT_THAT(support::bytesOf(dual), HasSubstr("DatumPtXw=161.000000"));
+  EXPECT_EQ(read.DatumPtXw, 161);
+  EXPECT_EQ(read.DatumPtYw, 130);
+}
+
+TEST_F(StitchCommand, AFractionInTheDatumOfAnOlderFileIsReportedByMap) {
+  ASSERT_EQ(stitch().exitCode, 0);
+  std::string text = support::bytesOf(dual);
+  text.replace(text.find("DatumPtXw=160.0"), 15, "DatumPtXw=160.5");
+  writeFile(folder, "dual.ini", text);
+  EXPECT_THAT(
+      runProgram({"map", "--dual", dual, "--from", "world", "--to", "stitched", "1", "2"}).err,
+      HasSubstr("DatumPtXw is 160.5, but the library reads it back as 160"));
 }
 
 TEST_F(StitchCommand, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
@@ -146,6 +164,40 @@ TEST_F(StitchCommand, TooFewSharedPointsAreBadInputAndNothingIsWritten) {
   EXPECT_THAT(run.err, HasSubstr("3 points are shared"));
   EXPECT_FALSE(std::filesystem::exists(canvas));
   EXPECT_FALSE(std::filesystem::exists(dual));
+}
+
+// Each of them with exit code 1 and nothing written, unless forced.
+TEST_F(StitchCommand, WhatIsNotToBeTrustedIsWrittenOnlyIfForced) {
+  const auto expectRefusal = [&](const std::string& left, const std::string& right,
+                                 const std::string& reason) {
+    const std::vector<std::string> arguments = {"stitch", "--left", left,     "--right", right,
+                                                "-o",     canvas,   "--dual", dual};
+    const Outcome run = runProgram(arguments);
+    EXPECT_EQ(run.exitCode, 1) << reason;
+    EXPECT_THAT(run.err, HasSubstr("not to be trusted: "));
+    EXPECT_THAT(run.err, HasSubstr(reason));
+    EXPECT_THAT(run.err, HasSubstr("--force"));
+    EXPECT_FALSE(std::filesystem::exists(canvas));
+    EXPECT_FALSE(std::filesystem::exists(dual));
+  };
+  expectRefusal(files("r"), files("l"), "swap --left and --right");
+  expectRefusal(files("l"), files("l"), "are the same camera");
+  SaveCalibrationParam(folder.file("m.ini").c_str(), recordOver(200));
+  expectRefusal(folder.file("l.png,") + folder.file("m.ini,") + folder.file("l.csv"), files("r"),
+                "it is not that of these points");
+
+  auto points = exactPoints(cameraOver(260), kBoard);
+  for (CalibrationPoint& point : points) {
+    point.Xw += 500;
+  }
+  writeFile(folder, "far.csv", formatPoints(points));
+  const std::string far = folder.file("r.png,") + folder.file("r.ini,") + folder.file("far.csv");
+  expectRefusal(files("l"), far, "by 500 world units");
+  const Outcome forced = runProgram(
+      {"stitch", "--left", files("l"), "--right", far, "-o", canvas, "--dual", dual, "--force"});
+  EXPECT_EQ(forced.exitCode, 1);
+  EXPECT_TRUE(std::filesystem::exists(canvas));
+  EXPECT_TRUE(std::filesystem::exists(dual));
 }
 
 TEST_F(StitchCommand, BadUsageIsRefused) {

@@ -34,6 +34,15 @@ TEST_F(StraightenCommand, ADiagonalWithoutLengthIsBadInput) {
   EXPECT_THAT(outcome.err, HasSubstr("diagonal"));
 }
 
+TEST_F(StraightenCommand, AnOutputThatCannotBeWrittenIsBadInput) {
+  support::writeBytes("points.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n");
+  for (const char* output : {"none/a.png", "a.doc", "points.csv"}) {
+    const Outcome outcome = runProgram({"straighten", "points.csv", "none.png", "-o", output});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("-o: "));
+  }
+}
+
 TEST_F(StraightenCommand, AMissingPictureIsBadInputAndPreparesNothing) {
   const Outcome outcome = run("1,0,0,0,0\n2,1,0,1,0\n3,0,1,0,1\n4,1,1,1,1\n");
   EXPECT_EQ(outcome.exitCode, 2);

@@ -159,8 +159,6 @@ class TiltedPair : public testing::Test {
     return std::stod(text.substr(at + key.size() + 1));
   }
 
-  // The result of `map`, corrected for the library's reader, which drops the fraction of the datum
-  // and so shifts all mapped positions by fraction/Pixel.
   cv::Point2d mapped(cv::Point2d bed) const {
     const Outcome run = runProgram({"map", "--dual", dual, "--from", "world", "--to", "stitched",
                                     std::to_string(bed.x), std::to_string(bed.y)});
@@ -168,11 +166,7 @@ class TiltedPair : public testing::Test {
     cv::Point2d position;
     char comma = 0;
     std::istringstream(run.out) >> position.x >> comma >> position.y;
-    const auto shift = [&](const std::string& key) {
-      const double datum = valueOf(key);
-      return (datum - std::trunc(datum)) / valueOf("Pixel");
-    };
-    return position - cv::Point2d(shift("DatumPtXw"), shift("DatumPtYw"));
+    return position;
   }
 
   support::TemporaryFolder folder;
@@ -239,14 +233,13 @@ TEST_P(TiltedPairGrid, LinesRunThroughTheContent) {
   grid.insert(grid.end(), {"--grid", "50"});
   const cv::Mat lines = stitch("-plain", grid);
   ASSERT_EQ(lines.size(), picture.size());
-  const cv::Point2d corner = GetParam() ? cv::Point2d(200, 100) : cv::Point2d(0, 0);
   const double pixel = valueOf("Pixel");
   const int quarter = static_cast<int>(12.5 / pixel);  // clear of the neighbouring lines
   for (const cv::Point2d& marker : kMarkers) {
-    // The disc's position by the whole canvas's formula; its content is then measured.
-    const cv::Point2d guess(
-        (marker.x - valueOf("DatumPtXw")) / pixel + kWidth - corner.x,
-        (marker.y - valueOf("DatumPtYw")) / pixel + whole.height * 0.5 - corner.y);
+    // The disc's position by the record; its content is then measured.
+    const double row = valueOf("StdImageHeight") - valueOf("DatumImagePtY");
+    const cv::Point2d guess((marker.x - valueOf("DatumPtXw")) / pixel + valueOf("DatumImagePtX"),
+                            (marker.y - valueOf("DatumPtYw")) / pixel + row);
     const cv::Point2d content = centroidNear(picture, guess);
     const int x = static_cast<int>(content.x);
     const int y = static_cast<int>(content.y);

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
+#include <iostream>
 #include <ostream>
 #include <string>
 
@@ -45,7 +46,7 @@ TEST_P(RealPhotos, GiveThePointsFoundBeforeInTheSameOrder) {
   const auto expected = parsePoints(
       photo.name, support::bytesOf((folder / (std::string(photo.name) + ".csv")).string()));
   const auto found =
-      detectTarget(readGreyPicture(picture.string()),
+      detectTarget(readGreyPicture(picture.string(), std::cerr),
                    {TargetKind::kChessboard, photo.columns, photo.rows}, [](const std::string&) {})
           .detection;
   ASSERT_TRUE(found.has_value());
@@ -70,7 +71,7 @@ TEST_P(RealPhotos, ShowNoBoardOfOneColumnLess) {
   if (!std::filesystem::exists(picture)) {
     GTEST_SKIP() << "no photo " << picture;
   }
-  const cv::Mat grey = readGreyPicture(picture.string());
+  const cv::Mat grey = readGreyPicture(picture.string(), std::cerr);
   const Target narrower = {TargetKind::kChessboard, photo.columns - 1, photo.rows};
   EXPECT_FALSE(detectTarget(grey, narrower, [](const std::string&) {}).detection.has_value());
 }

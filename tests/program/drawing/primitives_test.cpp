@@ -5,16 +5,6 @@
 namespace fisheye_calibration::program {
 namespace {
 
-TEST(DrawingPrimitives, NiceNumbersAreOneTwoOrFiveTimesAPowerOfTen) {
-  EXPECT_DOUBLE_EQ(niceBelow(7.3), 5);
-  EXPECT_DOUBLE_EQ(niceBelow(199), 100);
-  EXPECT_DOUBLE_EQ(niceBelow(0.3), 0.2);
-  EXPECT_DOUBLE_EQ(niceAbove(7.3), 10);
-  EXPECT_DOUBLE_EQ(niceAbove(1.2), 2);
-  EXPECT_DOUBLE_EQ(niceAbove(0.04), 0.05);
-  EXPECT_DOUBLE_EQ(niceAbove(2), 2);
-}
-
 TEST(DrawingPrimitives, ColoursRunFromBlueToRed) {
   const cv::Scalar low = scaleColour(0);
   const cv::Scalar high = scaleColour(1);

@@ -37,6 +37,22 @@ TEST(CameraFile, AMissingSectionIsBadInput) {
   }
 }
 
+TEST(CameraFile, EncodingsThatTheLibraryDoesNotReadAreNamed) {
+  const auto failureOf = [](const std::string& text) -> std::string {
+    try {
+      inspectCameraText("c.ini", text);
+    } catch (const Failure& failure) {
+      EXPECT_EQ(failure.code(), kExitBadInput);
+      return failure.what();
+    }
+    return "no failure";
+  };
+  EXPECT_THAT(failureOf("\xEF\xBB\xBF[CalibraionParam]\nu0=1\n"), HasSubstr("a byte-order mark"));
+  EXPECT_THAT(failureOf(std::string("\xFF\xFE[\0C\0", 6)), HasSubstr("c.ini: UTF-16 text"));
+  // Before a comment the mark does no harm.
+  EXPECT_THAT(inspectCameraText("c.ini", "\xEF\xBB\xBF" + completeText("1.5")), IsEmpty());
+}
+
 TEST(CameraFile, MissingKeysAreNamed) {
   std::string text = completeText("1");
   text.erase(text.find("fx="), 5);
@@ -55,14 +71,14 @@ TEST(CameraFile, InvalidNumbersAreReportedWithTheirPosition) {
   std::string text = completeText("1");
   text.replace(text.find("v0=1"), 4, "v0 = 1,5");
   EXPECT_THAT(inspectCameraText("c.ini", text),
-              ElementsAre("c.ini:4:6: v0 is not a number: \"1,5\""));
+              ElementsAre(HasSubstr("c.ini:4:6: v0 is not a number: \"1,5\"; decimals")));
 }
 
 TEST(CameraFile, SavingKeepsOtherSectionsAndComments) {
   const support::TemporaryFolder folder;
   const std::string path = writeFile(folder, "c.ini", "; mine\n[Other]\nq=1\n");
   OutputFiles files;
-  stageCamera(files, path, sampleRecord());
+  stageCamera(files, path, sampleRecord(), {.onBed = 0.5});
   EXPECT_EQ(support::bytesOf(path), "; mine\n[Other]\nq=1\n");
   files.commit();
   EXPECT_THAT(support::bytesOf(path), HasSubstr("; mine"));

@@ -38,7 +38,8 @@ TEST(CsvTable, AMissingHeaderNameIsReported) {
     table.require("c");
     FAIL();
   } catch (const Failure& failure) {
-    EXPECT_STREQ(failure.what(), "t.csv:2:1: the header has no column \"c\"");
+    EXPECT_STREQ(failure.what(),
+                 "t.csv:2:1: the header has no column \"c\", but, separated by commas, \"a, b\"");
   }
 }
 
@@ -48,11 +49,11 @@ TEST(CsvTable, ADuplicateHeaderNameIsReported) {
 
 TEST(CsvTable, ARowOfADifferentLengthIsReported) {
   EXPECT_EQ(failureOf("a,b\n1,2\n3\n"), "t.csv:3:1: 1 value where the header names 2");
-  EXPECT_EQ(failureOf("a,b\n1, 2, 3\n"), "t.csv:2:7: 3 values where the header names 2");
+  EXPECT_EQ(failureOf("a,b\nx, y, z\n"), "t.csv:2:7: 3 values where the header names 2");
 }
 
 TEST(CsvTable, InvalidNumbersAreReportedWithLineAndColumn) {
-  const CsvTable table = parseCsv("t.csv", "a,b\n1,  x\n1,\n\"1\",nan\n");
+  const CsvTable table = parseCsv("t.csv", "a,b\n1,  x\n1,\n\"1,5\",nan\n");
   const auto complaint = [&](std::size_t row, std::size_t field) -> std::string {
     try {
       table.floatAt(table.rows.at(row), field);
@@ -63,8 +64,42 @@ TEST(CsvTable, InvalidNumbersAreReportedWithLineAndColumn) {
   };
   EXPECT_EQ(complaint(0, 1), "t.csv:2:5: not a number: \"x\"");
   EXPECT_EQ(complaint(1, 1), "t.csv:3:3: a number is missing");
-  EXPECT_EQ(complaint(2, 1), "t.csv:4:5: not a number: \"nan\"");
-  EXPECT_EQ(complaint(2, 0), "t.csv:4:1: not a number: \"\"1\"\"");
+  EXPECT_EQ(complaint(2, 1), "t.csv:4:7: not a number: \"nan\"");
+  EXPECT_EQ(complaint(2, 0), "t.csv:4:2: not a number: \"1,5\"; decimals follow a point");
+}
+
+TEST(CsvTable, SemicolonsTabsAndQuotationMarksAreRead) {
+  for (const char* text : {"a;b\n1,5;2\n", "a\tb\n1,5\t2\n", "\"a\";\"b\"\n\"1,5\"; \"2\"\n",
+                           "sep=;\na;b\n1,5;2\n", "a,b\n1.5,2\n", "a;b\n1.5;2\n"}) {
+    const CsvTable table = parseCsv("t.csv", text);
+    EXPECT_EQ(table.floatAt(table.rows.at(0), table.require("a")), 1.5f) << text;
+    EXPECT_EQ(table.integerAt(table.rows.at(0), table.require("b")), 2) << text;
+  }
+}
+
+TEST(CsvTable, AQuotedValueMayHoldSeparatorsAndQuotationMarks) {
+  const CsvTable table = parseCsv("t.csv", "a,b\n\"x, \"\"y\"\"\",2\n");
+  EXPECT_EQ(table.rows.at(0).fields.at(0).text, "x, \"y\"");
+  EXPECT_EQ(failureOf("a,b\n\"1,2\n"), "t.csv:2:1: a quotation mark is not closed");
+}
+
+TEST(CsvTable, DecimalCommasThatMayBeSomethingElseAreReported) {
+  EXPECT_EQ(failureOf("a,b\n1,5,2,5\n"),
+            "t.csv:2:5: 4 values where the header names 2; if decimals follow commas, separate the "
+            "values by semicolons");
+  const CsvTable table = parseCsv("t.csv", "a;b\n1,234;2.5\n");
+  EXPECT_THROW(table.floatAt(table.rows.at(0), 0), Failure);
+}
+
+TEST(CsvTable, NumbersInPlaceOfTheHeaderHaveTheGivenNames) {
+  const CsvTable table = parseCsv("t.csv", "1;2,5\n3;4,5\n", {"a", "b"});
+  ASSERT_EQ(table.rows.size(), 2u);
+  EXPECT_EQ(table.floatAt(table.rows[0], table.require("b")), 2.5f);
+  EXPECT_EQ(table.rows[1].line, 2);
+  EXPECT_EQ(
+      failureOf("1;2;3\n"),
+      "t.csv:1:1: no header but 3 numbers, separated by semicolons; write the names of the columns "
+      "above them");
 }
 
 TEST(CsvTable, ColumnsCountCharactersNotBytes) {

@@ -25,6 +25,14 @@ TEST(PointsCsv, OtherColumnsAreIgnored) {
   EXPECT_EQ(points.at(0).ImagePtY, 5.0f);
 }
 
+TEST(PointsCsv, FiveNumbersNeedNoHeader) {
+  const auto points = parsePoints("p.csv", "1;2,5;3;4;5\n2;3;4;5;6\n");
+  ASSERT_EQ(points.size(), 2u);
+  EXPECT_EQ(points[0].PointId, 1);
+  EXPECT_EQ(points[0].Xw, 2.5f);
+  EXPECT_EQ(points[1].ImagePtY, 6.0f);
+}
+
 TEST(PointsCsv, AFileWithoutPointsIsReported) {
   try {
     parsePoints("p.csv", "PointId,Xw,Yw,ImagePtX,ImagePtY\n");
@@ -45,11 +53,14 @@ TEST(PointsCsv, WhatIsWrittenIsReadBack) {
   EXPECT_EQ(back.ImagePtY, point.ImagePtY);
 }
 
-TEST(PointsCsv, ResidualsHoldTheLengthOfTheError) {
-  const CalibrationPoint point = {.PointId = 1, .ReprojErrX = 3, .ReprojErrY = -4};
-  EXPECT_EQ(formatResiduals({point}),
-            "PointId,Xw,Yw,ImagePtX,ImagePtY,ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr\n"
-            "1,0,0,0.0000,0.0000,0.0000,0.0000,3.0000,-4.0000,5.0000\n");
+TEST(PointsCsv, ResidualsHoldTheLengthOfTheErrorAndWhatWasLeftOut) {
+  const CalibrationPoint first = {.PointId = 1, .ReprojErrX = 3, .ReprojErrY = -4};
+  const CalibrationPoint second = {.PointId = 2};
+  EXPECT_EQ(formatResiduals({first, second}, {1}),
+            "PointId,Xw,Yw,ImagePtX,ImagePtY,ReprojPtX,ReprojPtY,ReprojErrX,ReprojErrY,ReprojErr,"
+            "LeftOut\n"
+            "1,0,0,0.0000,0.0000,0.0000,0.0000,3.0000,-4.0000,5.0000,0\n"
+            "2,0,0,0.0000,0.0000,0.0000,0.0000,0.0000,0.0000,0.0000,1\n");
 }
 
 }  // namespace

@@ -4,25 +4,11 @@
 #include <gtest/gtest.h>
 
 #include "program/support/sample_record.h"
-#include "program/support/synthetic_target.h"
 
 namespace fisheye_calibration::program {
 namespace {
 
 using testing::HasSubstr;
-
-// The camera of sampleRecord(): 170 above the bed, straight over (120, 90).
-SyntheticCamera overheadCamera() {
-  return {.R = {1, 0, 0, 0, 1, 0, 0, 0, 1}, .T = {-120, -90, 170}};
-}
-
-TEST(SecondView, BedPointComesBackFromItsPixel) {
-  const SyntheticCamera truth = overheadCamera();
-  const auto bed = bedPointAt(sampleRecord(), truth.project(210, 30), {190, 60});
-  ASSERT_TRUE(bed);
-  EXPECT_NEAR(bed->x, 210, 2e-3);
-  EXPECT_NEAR(bed->y, 30, 2e-3);
-}
 
 TEST(SecondView, OnlyTheSizeOfTheCalibrationKeepsItsCentre) {
   FishEyeCalibrationParam param = sampleRecord();

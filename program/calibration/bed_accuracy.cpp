@@ -1,0 +1,82 @@
+#include "calibration/bed_accuracy.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+#include "geometry/conversions.h"
+#include "geometry/target_points.h"
+#include "single/record.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+constexpr int kBedCells = 48;
+constexpr int kTargetCells = 16;
+constexpr double kAround = 1.5;  // of the target's box
+
+cv::Rect2d scaledAboutCentre(const cv::Rect2d& area, double factor) {
+  const cv::Point2d centre = (area.tl() + area.br()) / 2;
+  const cv::Size2d size(area.width * factor, area.height * factor);
+  return {centre - cv::Point2d(size.width, size.height) / 2, size};
+}
+
+bool isInside(const cv::Point2f& raw, const Size& image) {
+  return raw.x >= -0.5f && raw.y >= -0.5f && raw.x <= static_cast<float>(image.width) - 0.5f &&
+         raw.y <= static_cast<float>(image.height) - 0.5f;
+}
+
+std::vector<double> errorsAt(const robust::BedView& robust, const FishEyeCalibrationParam& record,
+                             const Size& image, const BedGrid& grid) {
+  const std::vector<cv::Point2d> points = grid.points();
+  const lens::Pose pose{single::rotationVector(record), single::translation(record)};
+  std::vector<double> errors =
+      robust::judgedBedErrors(robust, single::rawCamera(record), pose, points);
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    if (!isInside(rawPosition(record, points[i]), image)) {
+      errors[i] = std::numeric_limits<double>::quiet_NaN();
+    }
+  }
+  return errors;
+}
+
+}  // namespace
+
+cv::Rect2d targetBox(const std::vector<CalibrationPoint>& points) {
+  cv::Point2d least = bedPosition(points.front());
+  cv::Point2d most = least;
+  for (const CalibrationPoint& point : points) {
+    const cv::Point2d bed = bedPosition(point);
+    least = {std::min(least.x, bed.x), std::min(least.y, bed.y)};
+    most = {std::max(most.x, bed.x), std::max(most.y, bed.y)};
+  }
+  return {least, most};
+}
+
+cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& corrected) {
+  const cv::Point2f centre = centreOf(corrected);
+  const cv::Point2d first = bedPositionAt(record, {-0.5f, -0.5f}, centre);
+  const cv::Point2d last = bedPositionAt(
+      record,
+      {static_cast<float>(corrected.width) - 0.5f, static_cast<float>(corrected.height) - 0.5f},
+      centre);
+  return {first, last};
+}
+
+BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationParam& record,
+                        const Size& image, const cv::Rect2d& target, const cv::Rect2d& bed) {
+  const auto largestIn = [&](const cv::Rect2d& area) {
+    return largestOf(errorsAt(robust, record, image, gridOver(area, kTargetCells)));
+  };
+  BedAccuracy accuracy;
+  accuracy.grid = gridOver(bed, kBedCells);
+  accuracy.errors = errorsAt(robust, record, image, accuracy.grid);
+  accuracy.insideTarget = largestIn(target);
+  accuracy.aroundTarget = largestIn(scaledAboutCentre(target, kAround));
+  // The picture may leave out a part of the target, which lies on the bed, too.
+  accuracy.onBed = largestOf({largestOf(accuracy.errors), accuracy.insideTarget});
+  return accuracy;
+}
+
+}  // namespace fisheye_calibration::program

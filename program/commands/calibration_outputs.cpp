@@ -1,0 +1,106 @@
+#include "commands/calibration_outputs.h"
+
+#include <CLI/CLI.hpp>
+#include <cstddef>
+#include <utility>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "commands/option_values.h"
+#include "drawing/accuracy_map.h"
+#include "drawing/residual_plot.h"
+#include "files/output_paths.h"
+#include "files/picture_file.h"
+#include "files/points_csv.h"
+#include "geometry/point_spread.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+cv::Mat residualPlot(const CalibrationInputs& inputs, const CalibrationResult& result,
+                     bool trusted) {
+  return drawResidualPlot({.points = result.points,
+                           .image = inputs.image,
+                           .rms = result.rms,
+                           .trusted = trusted,
+                           .principalPoint = cv::Point2f(result.param.u0, result.param.v0),
+                           .background = inputs.background});
+}
+
+cv::Mat accuracyMap(const ChosenCamera& chosen) {
+  return drawAccuracyMap({.grid = chosen.accuracy.grid,
+                          .errors = chosen.accuracy.errors,
+                          .target = bedPositions(chosen.result.points),
+                          .insideTarget = chosen.accuracy.insideTarget,
+                          .onBed = chosen.accuracy.onBed});
+}
+
+}  // namespace
+
+void addOutputOptions(CLI::App& command, OutputOptions& options) {
+  addPath(command, "-o,--output", options.camera, "the camera's parameter file")
+      ->type_name("INI")
+      ->required();
+  addPath(command, "--residual-plot", options.residualPlot,
+          "picture of the residuals (default: residuals.png beside the output)")
+      ->type_name("PICTURE");
+  addPath(command, "--residual-table", options.residualTable,
+          "the residuals (default: residuals.csv beside the output)")
+      ->type_name("CSV");
+  addPath(command, "--accuracy-map", options.accuracyMap,
+          "picture of the error on the bed (default: accuracy.png beside the output)")
+      ->type_name("PICTURE");
+  addPath(command, "--json", options.json, "everything that is reported, for programs")
+      ->type_name("FILE");
+}
+
+OutputOptions checkedOutputs(const OutputOptions& options,
+                             const std::vector<std::filesystem::path>& inputs) {
+  OutputOptions outputs = options;
+  const std::filesystem::path folder = options.camera.parent_path();
+  const auto complete = [&](std::filesystem::path& path, const char* name) {
+    path = path.empty() ? folder / name : path;
+  };
+  complete(outputs.residualPlot, "residuals.png");
+  complete(outputs.residualTable, "residuals.csv");
+  complete(outputs.accuracyMap, "accuracy.png");
+  std::vector<std::pair<std::string, std::filesystem::path>> all = {
+      {"-o", outputs.camera},
+      {"--residual-plot", outputs.residualPlot},
+      {"--residual-table", outputs.residualTable},
+      {"--accuracy-map", outputs.accuracyMap}};
+  if (!outputs.json.empty()) {
+    all.emplace_back("--json", outputs.json);
+  }
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const auto& [option, path] = all[i];
+    requireWritable(option, path);
+    for (const std::filesystem::path& input : inputs) {
+      if (isSameFile(path, input)) {
+        failBadInput(option + ": " + nameOf(path) + " is the input itself");
+      }
+    }
+    for (std::size_t j = 0; j < i; ++j) {
+      if (path.native() == all[j].second.native()) {
+        failBadInput("two outputs have the same name");
+      }
+    }
+  }
+  requirePictureName("--residual-plot", outputs.residualPlot);
+  requirePictureName("--accuracy-map", outputs.accuracyMap);
+  return outputs;
+}
+
+void stageReports(OutputFiles& files, const OutputOptions& outputs, const CalibrationInputs& inputs,
+                  const CalibrationReport& report, bool trusted) {
+  const CalibrationResult& result = report.chosen.result;
+  stagePicture(files, outputs.residualPlot, residualPlot(inputs, result, trusted));
+  stagePicture(files, outputs.accuracyMap, accuracyMap(report.chosen));
+  files.stage(outputs.residualTable,
+              formatResiduals(result.points, report.robust.solved.wrongPoints[inputs.bedView]));
+  if (!outputs.json.empty()) {
+    files.stage(outputs.json, formatJson(report));
+  }
+}
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,88 @@
+#include "robust/bed_error.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "robust/point_rows.h"
+#include "robust/viewing_ray.h"
+
+namespace fisheye_calibration::robust {
+namespace {
+
+constexpr double kUnseen = std::numeric_limits<double>::quiet_NaN();
+
+// Whether the camera shows the bed at g, and at which pixel.
+bool isSeen(const PosedCamera& posed, const cv::Point2d& g, cv::Point2d& pixel) {
+  const PointRows rows = pointRows(posed, g.x, g.y, 0);
+  pixel = {rows.pixel[0], rows.pixel[1]};
+  const cv::Vec3d Y = posed.R * cv::Vec3d(g.x, g.y, 0) + posed.T;
+  const double theta = std::atan2(std::hypot(Y[0], Y[1]), Y[2]);
+  return rows.depth > 0 && theta < turningAngle(posed.camera);
+}
+
+double sigmaAt(const PosedCamera& posed, const ViewMatrix& Sigma, const cv::Point2d& g) {
+  cv::Point2d pixel;
+  if (!isSeen(posed, g, pixel)) {
+    return kUnseen;
+  }
+  // d(u, v)/d(X, Y) = d(u, v)/dT times the first two columns of R, because Y = R X + T.
+  const PointRows rows = pointRows(posed, g.x, g.y, 0);
+  cv::Matx<double, 2, kViewUnknowns> J;
+  cv::Matx22d F;
+  for (int k = 0; k < kViewUnknowns; ++k) {
+    J(0, k) = rows.u[k];
+    J(1, k) = rows.v[k];
+  }
+  for (int c = 0; c < 2; ++c) {
+    for (int k = 0; k < 3; ++k) {
+      F(0, c) += rows.u[9 + k] * posed.R(k, c);
+      F(1, c) += rows.v[9 + k] * posed.R(k, c);
+    }
+  }
+  const double determinant = F(0, 0) * F(1, 1) - F(0, 1) * F(1, 0);
+  if (!(std::abs(determinant) > 1e-12 * F.ddot(F))) {
+    return kUnseen;
+  }
+  const cv::Matx<double, 2, kViewUnknowns> G =
+      cv::Matx22d(-F(1, 1), F(0, 1), F(1, 0), -F(0, 0)) * (1 / determinant) * J;
+  return std::sqrt(std::max(0.0, cv::trace(G * Sigma * G.t())));  // rounding may make 0 negative
+}
+
+}  // namespace
+
+double bedSigma(const BedView& view, const cv::Point2d& g) {
+  return sigmaAt(PosedCamera(view.camera, view.pose), view.covariance, g);
+}
+
+std::vector<double> bedBounds(const BedView& view, const std::vector<cv::Point2d>& grid) {
+  const PosedCamera posed(view.camera, view.pose);
+  std::vector<double> bounds;
+  bounds.reserve(grid.size());
+  for (const cv::Point2d& g : grid) {
+    bounds.push_back(kBoundFactor * sigmaAt(posed, view.covariance, g));
+  }
+  return bounds;
+}
+
+std::vector<double> judgedBedErrors(const BedView& view, const lens::Camera& judged,
+                                    const lens::Pose& judgedPose,
+                                    const std::vector<cv::Point2d>& grid) {
+  const PosedCamera posed(view.camera, view.pose);
+  const PosedCamera other(judged, judgedPose);
+  std::vector<double> errors;
+  errors.reserve(grid.size());
+  for (const cv::Point2d& g : grid) {
+    cv::Point2d q;
+    const auto shown = isSeen(other, g, q) ? bedPointOf(view.camera, view.pose, q) : std::nullopt;
+    if (!shown) {
+      errors.push_back(kUnseen);
+      continue;
+    }
+    const double bound = kBoundFactor * sigmaAt(posed, view.covariance, *shown);
+    errors.push_back(std::hypot(cv::norm(*shown - g), bound));
+  }
+  return errors;
+}
+
+}  // namespace fisheye_calibration::robust

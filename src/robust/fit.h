@@ -1,0 +1,43 @@
+// A bundle together with its noise: the weight of the prior follows from the noise, and the noise
+// from the residuals.
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "robust/bundle.h"
+#include "robust/smooth_noise.h"
+
+namespace fisheye_calibration::robust {
+
+// What does not change between the solutions of one calibration.
+struct FitSettings {
+  LensPrior prior;
+  NoiseKind noise = NoiseKind::kSmooth;
+  bool holdLens = false;
+  cv::Matx66d heldLensCovariance;  // of the held lens, 0 if it is exact
+};
+
+struct Fit {
+  Bundle bundle;
+  BundleEquations equations;
+  NoiseFit noise;
+  int steps = 0;
+  bool converged = false;
+};
+
+// Solves with kappa = 1 px^2, then again with the kappa that the noise of the last solution gives
+// until it no longer changes (12 times at most), so that the start is forgotten.
+Fit fitWithNoise(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
+                 const Bundle& start);
+
+// std::nullopt if a direction is undetermined.
+std::optional<std::vector<ViewMatrix>> covarianceOf(const std::vector<solver::ViewPoints>& views,
+                                                    const FitSettings& settings, const Fit& fit);
+
+// A start for the iteration: all poses from viewing rays of `camera`; `robust` down-weights wrong
+// points. std::nullopt if a view has no pose.
+std::optional<Bundle> startingBundle(const std::vector<solver::ViewPoints>& views,
+                                     const lens::Camera& camera, bool robust);
+
+}  // namespace fisheye_calibration::robust

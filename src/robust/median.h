@@ -1,0 +1,17 @@
+// The median of numbers.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace fisheye_calibration::robust {
+
+// The upper one of the middle two of an even count; `values` must not be empty.
+inline double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+}  // namespace fisheye_calibration::robust

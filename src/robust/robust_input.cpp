@@ -1,0 +1,56 @@
+#include "robust/robust_input.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace fisheye_calibration::robust {
+namespace {
+
+constexpr std::size_t kFewestPoints = 4;
+
+bool isFinite(const std::vector<double>& values) {
+  return std::all_of(values.begin(), values.end(), [](double x) { return std::isfinite(x); });
+}
+
+bool isValid(const solver::ViewPoints& view) {
+  const std::size_t count = view.size();
+  return view.Y.size() == count && view.Z.size() == count && view.image.x.size() == count &&
+         view.image.y.size() == count && isFinite(view.X) && isFinite(view.Y) &&
+         isFinite(view.image.x) && isFinite(view.image.y) &&
+         std::all_of(view.Z.begin(), view.Z.end(), [](double z) { return z == 0; });
+}
+
+bool isValid(const HeldLens& lens) {
+  const lens::Camera& c = lens.camera;
+  return c.fx > 0 && c.fy > 0 && isFinite({c.fx, c.fy, c.cx, c.cy, c.k0, c.k1, c.alpha}) &&
+         cv::checkRange(lens.covariance);
+}
+
+}  // namespace
+
+std::optional<Refusal> checkInput(const std::vector<solver::ViewPoints>& views,
+                                  const cv::Size& imageSize, const RobustOptions& options) {
+  if (views.empty() || imageSize.width <= 0 || imageSize.height <= 0 ||
+      !(options.startFocalFactor > 0) || !std::isfinite(options.startFocalFactor) ||
+      (options.heldLens && !isValid(*options.heldLens))) {
+    return Refusal{RobustStatus::kBadInput, std::nullopt};
+  }
+  // Equations beyond those that the poses take. The priors do not count: the noise is estimated
+  // from equations that the unknowns leave over.
+  std::size_t rows = 0;
+  for (std::size_t j = 0; j < views.size(); ++j) {
+    if (!isValid(views[j])) {
+      return Refusal{RobustStatus::kBadInput, j};
+    }
+    if (views[j].size() < kFewestPoints) {
+      return Refusal{RobustStatus::kTooFewPoints, j};
+    }
+    rows += 2 * views[j].size() - kPoseUnknowns;
+  }
+  if (!options.heldLens && rows <= kLensUnknowns) {
+    return Refusal{RobustStatus::kTooFewPoints, std::nullopt};
+  }
+  return std::nullopt;
+}
+
+}  // namespace fisheye_calibration::robust

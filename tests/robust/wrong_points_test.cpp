@@ -1,0 +1,182 @@
+// Wrong points and wrong views in synthetic rigs.
+#include "robust/wrong_points.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <set>
+
+#include "robust/robust_calibration.h"
+#include "robust/views.h"
+
+using namespace fisheye_calibration;
+using robust::RobustStatus;
+using Indices = std::vector<std::size_t>;
+
+namespace {
+
+constexpr double kNoise = 0.35;  // px per coordinate: 0.5 px rms
+
+support::RigView randomView(const support::RigCamera& camera, std::uint64_t seed) {
+  support::Random random(seed);
+  const support::Bed bed;
+  const double distance = random.uniform(150, 300);
+  const double tiltX = random.uniform(-0.5, 0.5);
+  const double tiltY = random.uniform(-0.5, 0.5);
+  const double turn = random.uniform(-3, 3);
+  return support::seen(camera, bed, support::poseOver(bed, distance, tiltX, tiltY, turn), kNoise,
+                       seed);
+}
+
+// `count` different indices.
+Indices randomIndices(support::Random& random, std::size_t size, std::size_t count) {
+  std::set<std::size_t> chosen;
+  while (chosen.size() < count) {
+    chosen.insert(
+        std::min(size - 1, static_cast<std::size_t>(random.uniform(0, static_cast<double>(size)))));
+  }
+  return {chosen.begin(), chosen.end()};
+}
+
+void shift(solver::ViewPoints& view, std::size_t i, double length, double azimuth) {
+  view.image.x[i] += length * std::cos(azimuth);
+  view.image.y[i] += length * std::sin(azimuth);
+}
+
+TEST(WrongPoints, EightPixelsAmongHalfAPixelAreFoundAndNothingElse) {
+  const support::RigCamera camera;
+  support::Random random(1);
+  for (std::uint64_t seed = 1; seed <= 30; ++seed) {
+    solver::ViewPoints view = robust_tests::viewPoints(randomView(camera, seed));
+    const solver::ViewPoints clean = view;
+    const Indices wrong = randomIndices(random, view.size(), 1 + seed % 12);  // up to 12 of 63
+    for (const std::size_t i : wrong) {
+      const double azimuth = random.uniform(0, 6.28);
+      shift(view, i, random.uniform(8, 60), azimuth);
+    }
+    const auto result = robust::calibrateRobustly({view}, camera.imageSize);
+    ASSERT_EQ(result.status, RobustStatus::kSolved) << seed;
+    EXPECT_EQ(result.wrongPoints[0], wrong) << seed;
+    const auto rest = robust::calibrateRobustly({robust::without(clean, wrong)}, camera.imageSize);
+    EXPECT_NEAR(result.camera.fx, rest.camera.fx, 1e-5 * rest.camera.fx) << seed;
+  }
+}
+
+TEST(WrongPoints, SwappedPointsAreFound) {
+  const support::RigCamera camera;
+  solver::ViewPoints view = robust_tests::viewPoints(randomView(camera, 5));
+  std::swap(view.image.x[10], view.image.x[40]);
+  std::swap(view.image.y[10], view.image.y[40]);
+  const auto result = robust::calibrateRobustly({view}, camera.imageSize);
+  EXPECT_EQ(result.wrongPoints[0], (Indices{10, 40}));
+}
+
+TEST(WrongPoints, NoisyPointsAreNotTakenForWrong) {
+  const support::RigCamera camera;
+  for (std::uint64_t seed = 1; seed <= 200; ++seed) {
+    const auto result = robust::calibrateRobustly(
+        {robust_tests::viewPoints(randomView(camera, seed))}, camera.imageSize);
+    ASSERT_EQ(result.status, RobustStatus::kSolved) << seed;
+    EXPECT_TRUE(result.wrongPoints[0].empty()) << seed;
+  }
+}
+
+TEST(WrongPoints, MoreThanAFifthAreRefusedAndListed) {
+  const support::RigCamera camera;
+  solver::ViewPoints view = robust_tests::viewPoints(randomView(camera, 6));
+  Indices wrong;
+  for (std::size_t i = 2; i < 63 && wrong.size() < 13; i += 4) {  // 13 of 63
+    shift(view, i, 40, static_cast<double>(i));
+    wrong.push_back(i);
+  }
+  const auto good = robust_tests::viewPoints(randomView(camera, 7));
+  const auto result = robust::calibrateRobustly({good, view}, camera.imageSize);
+  EXPECT_EQ(result.status, RobustStatus::kTooManyWrongPoints);
+  EXPECT_EQ(result.refusedView, 1U);
+  EXPECT_EQ(result.wrongPoints[1], wrong);
+  EXPECT_TRUE(result.poses.empty());
+}
+
+TEST(WrongPoints, KeepAllListsThemAndUsesThem) {
+  const support::RigCamera camera;
+  solver::ViewPoints view = robust_tests::viewPoints(randomView(camera, 6));
+  shift(view, 20, 30, 1);
+  robust::RobustOptions options;
+  options.keepAll = true;
+  const auto kept = robust::calibrateRobustly({view}, camera.imageSize, options);
+  const auto left = robust::calibrateRobustly({view}, camera.imageSize);
+  ASSERT_EQ(kept.status, RobustStatus::kSolved);
+  EXPECT_EQ(kept.wrongPoints[0], Indices{20});
+  EXPECT_EQ(left.wrongPoints[0], Indices{20});
+  EXPECT_GT(kept.rms, 3 * left.rms);
+}
+
+TEST(WrongPoints, OneViewOfManyIsSearchedByItsOwnNoise) {
+  const support::RigCamera camera;
+  std::vector<solver::ViewPoints> views;
+  for (std::uint64_t seed = 1; seed <= 6; ++seed) {
+    views.push_back(robust_tests::viewPoints(randomView(camera, seed)));
+  }
+  shift(views[4], 33, 8, 2);
+  const auto result = robust::calibrateRobustly(views, camera.imageSize);
+  ASSERT_EQ(result.status, RobustStatus::kSolved);
+  for (std::size_t j = 0; j < views.size(); ++j) {
+    EXPECT_EQ(result.wrongPoints[j], j == 4 ? Indices{33} : Indices{}) << j;
+  }
+  EXPECT_TRUE(result.wrongViews.empty());
+}
+
+// A view taken with another zoom fits no joint lens.
+TEST(WrongViews, AViewOfAnotherLensIsFoundAndLeftOut) {
+  const support::RigCamera camera;
+  support::RigCamera other = camera;
+  other.fx *= 1.3;
+  other.fy *= 1.3;
+  for (const std::size_t count : {3U, 4U, 6U, 10U}) {
+    std::vector<solver::ViewPoints> views;
+    for (std::uint64_t seed = 1; seed <= count; ++seed) {
+      views.push_back(robust_tests::viewPoints(randomView(seed == 2 ? other : camera, seed)));
+    }
+    const auto result = robust::calibrateRobustly(views, camera.imageSize);
+    ASSERT_EQ(result.status, RobustStatus::kSolved) << count;
+    EXPECT_EQ(result.wrongViews, Indices{1}) << count;
+    EXPECT_EQ(result.poses.size(), count);
+    EXPECT_TRUE(std::isnan(result.covariance[1](0, 0)));
+    EXPECT_NEAR(result.camera.fx, camera.fx, 0.01 * camera.fx);
+    views.erase(views.begin() + 1);
+    const auto rest = robust::calibrateRobustly(views, camera.imageSize);
+    EXPECT_NEAR(result.camera.fx, rest.camera.fx, 1e-5 * camera.fx);
+  }
+}
+
+TEST(WrongViews, GoodViewsAreKept) {
+  const support::RigCamera camera;
+  for (std::uint64_t first = 1; first <= 20; ++first) {
+    std::vector<solver::ViewPoints> views;
+    for (std::uint64_t k = 0; k < 3 + first % 5; ++k) {
+      views.push_back(robust_tests::viewPoints(randomView(camera, 100 * first + k)));
+    }
+    const auto result = robust::calibrateRobustly(views, camera.imageSize);
+    ASSERT_EQ(result.status, RobustStatus::kSolved) << first;
+    EXPECT_TRUE(result.wrongViews.empty()) << first;
+  }
+}
+
+TEST(WrongViews, MoreThanAFifthAreRefused) {
+  const support::RigCamera camera;
+  std::vector<solver::ViewPoints> views;
+  for (std::uint64_t seed = 1; seed <= 9; ++seed) {
+    support::RigCamera used = camera;
+    if (seed % 4 == 0) {  // two of nine, of zoom 1.3 and 1.5
+      used.fx *= 1.1 + 0.05 * static_cast<double>(seed);
+      used.fy = used.fx;
+    }
+    views.push_back(robust_tests::viewPoints(randomView(used, seed)));
+  }
+  const auto result = robust::calibrateRobustly(views, camera.imageSize);
+  EXPECT_EQ(result.status, RobustStatus::kTooManyWrongViews);
+  EXPECT_EQ(result.wrongViews, (Indices{3, 7}));
+}
+
+}  // namespace
