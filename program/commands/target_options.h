@@ -33,8 +33,8 @@ struct TargetOptions {
   std::filesystem::path overlay;
 
   bool anyGiven() const {
-    return !chessboard.empty() || !charuco.empty() || !circles.empty() || !spacing.empty() ||
-           !overlay.empty();
+    return !chessboard.empty() || !charuco.empty() || !circles.empty() || asymmetric ||
+           !marker.empty() || !spacing.empty() || !overlay.empty();
   }
 };
 

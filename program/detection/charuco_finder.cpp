@@ -7,10 +7,12 @@
 #include <opencv2/imgproc.hpp>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "detection/charuco_board.h"
 #include "detection/corner_model.h"
+#include "detection/grid_completion.h"
 #include "detection/markers.h"
 
 namespace fisheye_calibration::program {
@@ -20,8 +22,15 @@ constexpr double kAgreement = 0.2;          // of the step, between two markers'
 constexpr double kMostDisagreement = 0.2;   // as a share of the corners on which markers agree
 constexpr double kMoved = 0.2;              // of the step, by which the measured corner may be off
 constexpr double kSmallestExplained = 0.5;  // of the grey levels' variation
-constexpr double kSmallestWindow = 2.5;     // pixels
-constexpr double kLargestWindow = 14;       // pixels
+constexpr double kClearExplained = 0.85;    // of the usual share
+constexpr double kSmallestContrast = 0.35;  // of the usual one
+constexpr double kLargestContrast = 2.5;
+constexpr double kTolerancePixels = 0.4;  // of the deviation from where neighbours expect a corner
+constexpr double kToleranceOfStep = 0.01;
+constexpr double kUsualDeviations = 5;
+constexpr double kCloser = 0.6;          // of the window
+constexpr double kSmallestWindow = 2.5;  // pixels
+constexpr double kLargestWindow = 14;    // pixels
 constexpr int kFewestCorners = 4;
 constexpr int kStrangers = 3;  // markers with numbers that the board does not have
 
@@ -144,8 +153,8 @@ std::map<cv::Point, Prediction, CornerLess> agreedCorners(const std::vector<Plac
 }
 
 // The corner in the picture, measured in a window that the markers do not reach into.
-std::optional<cv::Point2d> measured(const cv::Mat& grey, const Prediction& expected,
-                                    double markerShare) {
+std::optional<CornerFit> measured(const cv::Mat& grey, const Prediction& expected,
+                                  double markerShare) {
   const double room = (1 - markerShare) / 2 * std::sqrt(2.0) * 0.9 * expected.step();
   const double radius = std::clamp(room, kSmallestWindow, kLargestWindow);
   CrossedEdges edges = {.position = expected.position,
@@ -160,7 +169,85 @@ std::optional<cv::Point2d> measured(const cv::Mat& grey, const Prediction& expec
       cv::norm(fit->position - expected.position) > kMoved * expected.step()) {
     return std::nullopt;
   }
-  return fit->position;
+  // What covers the edge of the window moves the fit, but not that of a smaller window.
+  edges.position = fit->position;
+  const auto closer = fitCorner(grey, edges, std::max(kCloser * radius, kSmallestWindow));
+  const bool steady = closer && cv::norm(closer->position - fit->position) <
+                                    kTolerancePixels + kToleranceOfStep * expected.step();
+  return steady ? fit : std::nullopt;
+}
+
+struct Measured {
+  CornerFit fit;
+  double step;  // pixels
+};
+using Corners = std::map<int, Measured>;  // by their places, row by row
+
+double medianOf(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+template <typename Value>
+double medianOf(const Corners& corners, const Value& value) {
+  std::vector<double> values;
+  values.reserve(corners.size());
+  for (const auto& [place, corner] : corners) {
+    values.push_back(value(corner));
+  }
+  return medianOf(std::move(values));
+}
+
+// Something that covers the corner in part, or its edge, is measured less clearly.
+void removeUnclear(Corners& corners) {
+  if (corners.empty()) {
+    return;
+  }
+  const double explained =
+      medianOf(corners, [](const Measured& corner) { return corner.fit.explained; });
+  const double contrast =
+      medianOf(corners, [](const Measured& corner) { return corner.fit.contrast; });
+  std::erase_if(corners, [&](const auto& entry) {
+    const CornerFit& fit = entry.second.fit;
+    return fit.explained < kClearExplained * explained ||
+           fit.contrast < kSmallestContrast * contrast ||
+           fit.contrast > kLargestContrast * contrast;
+  });
+}
+
+// Removes corners that lie away from where the others expect them, the worst first, as it misleads
+// its neighbours.
+void removeOutliers(Corners& corners, const Target& target) {
+  std::vector<std::optional<cv::Point2d>> known(
+      static_cast<std::size_t>(target.columns * target.rows));
+  for (const auto& [place, corner] : corners) {
+    known[static_cast<std::size_t>(place)] = corner.fit.position;
+  }
+  while (!corners.empty()) {
+    std::map<int, double> deviations;
+    std::vector<double> all;
+    for (const auto& [place, corner] : corners) {
+      const auto expected = expectedByNeighbours(known, target.columns, target.rows,
+                                                 place % target.columns, place / target.columns);
+      deviations[place] =
+          expected ? cv::norm(corner.fit.position - expected->position) / expected->uncertainty : 0;
+      all.push_back(deviations[place]);
+    }
+    const double usual = medianOf(std::move(all));
+    const auto excess = [&](int place) {
+      return deviations[place] - kTolerancePixels - kToleranceOfStep * corners.at(place).step -
+             kUsualDeviations * usual;
+    };
+    const auto worst = std::max_element(
+        deviations.begin(), deviations.end(),
+        [&](const auto& a, const auto& b) { return excess(a.first) < excess(b.first); });
+    if (excess(worst->first) <= 0) {
+      return;
+    }
+    known[static_cast<std::size_t>(worst->first)].reset();
+    corners.erase(worst->first);
+  }
 }
 
 }  // namespace
@@ -175,13 +262,20 @@ Search findCharuco(const cv::Mat& grey, const Target& target, const Progress& pr
             .seen = "markers with numbers from " + std::to_string(board.markerCount()) +
                     " on are there, which a board of this size does not have"};
   }
-  Detection detection = {.grid = {}, .method = "markers"};
+  Corners corners;
   for (const auto& [corner, expected] : agreedCorners(*usable, target)) {
-    if (const auto position = measured(grey, expected, target.markerShare)) {
-      detection.grid.push_back({.world = cv::Point2d(corner),
-                                .image = cv::Point2f(*position),
-                                .index = corner.y * target.columns + corner.x});
+    if (const auto fit = measured(grey, expected, target.markerShare)) {
+      corners[corner.y * target.columns + corner.x] = {.fit = *fit, .step = expected.step()};
     }
+  }
+  removeUnclear(corners);
+  removeOutliers(corners, target);
+  Detection detection = {.grid = {}, .method = "markers"};
+  for (const auto& [place, corner] : corners) {
+    detection.grid.push_back(
+        {.world = cv::Point2d(cv::Point(place % target.columns, place / target.columns)),
+         .image = cv::Point2f(corner.fit.position),
+         .index = place});
   }
   if (detection.grid.size() >= kFewestCorners) {
     return {.detection = std::move(detection), .seen = {}};

@@ -27,6 +27,7 @@ constexpr double kCutDepth = 0.6;           // of the step; the outermost square
 constexpr std::array<double, 5> kInnerSamples = {0.2, 0.35, 0.5, 0.65, 0.8};
 constexpr std::array<double, 4> kRimSamples = {0.2, 0.4, 0.6, 0.75};
 constexpr std::array<double, 2> kDepthSamples = {0.6, 0.75};  // squares that are hidden end before
+constexpr std::array<double, 2> kNearSamples = {1.12, 1.2};   // strips of squares beyond a cover
 constexpr std::array<double, 3> kBeyondSamples = {1.3, 1.45, 1.6};
 
 // Differences across edges, counted positive where they have the sign that the pattern asks for.
@@ -247,10 +248,13 @@ BoardCheck checkChessboard(const cv::Mat& grey, const std::vector<cv::Point2f>& 
     return {.verdict = BoardVerdict::kNotABoard};
   }
   constexpr std::array<Side, 4> kSides = {Side::kLeft, Side::kRight, Side::kTop, Side::kBottom};
+  const auto continues = [&](const Evidence& beyond) {
+    return beyond.contrast() > kContinuedContrast * lines.all.contrast() &&
+           sense * beyond.agreement() > kContinuation;
+  };
   for (const Side side : kSides) {
-    const Evidence beyond = board.outward(side, kBeyondSamples);
-    if (beyond.contrast() > kContinuedContrast * lines.all.contrast() &&
-        sense * beyond.agreement() > kContinuation) {
+    if (continues(board.outward(side, kBeyondSamples)) ||
+        continues(board.outward(side, kNearSamples))) {
       return {.verdict = BoardVerdict::kContinues, .side = side};
     }
   }

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::size_t kMostSaddlePoints = 2500;
 constexpr int kShortestSide = 60;         // pixels; pictures are not reduced below it
+constexpr int kNarrowestPicture = 16;     // pixels; a board has four squares or more on a side
 constexpr std::size_t kMuchLarger = 200;  // corners
 
 enum class Method { kSaddlePoints, kSectors, kEverySector };
@@ -95,7 +96,7 @@ Detection detection(const SeenBoard& board, const Attempt& attempt) {
   std::vector<GridPoint> grid;
   for (std::size_t i = 0; i < board.grid.corners.size(); ++i) {
     const int place = static_cast<int>(i);
-    grid.push_back({cv::Point2d(place % board.grid.columns, place / board.grid.columns),
+    grid.push_back({cv::Point2d(cv::Point(place % board.grid.columns, place / board.grid.columns)),
                     board.grid.corners[i]});
   }
   return {orientGrid(std::move(grid)), attempt.name};
@@ -109,6 +110,9 @@ bool isBetter(const SeenBoard& a, const std::optional<SeenBoard>& b) {
 }  // namespace
 
 Search findChessboard(const cv::Mat& grey, const Target& target, const Progress& progress) {
+  if (std::min(grey.cols, grey.rows) < kNarrowestPicture) {
+    return {};
+  }
   std::optional<SeenBoard> other;  // a board, but not the one that is asked for
   for (const Attempt& attempt : kAttempts) {
     const bool anySize = attempt.method == Method::kSaddlePoints;

@@ -41,6 +41,7 @@ class LargeBlobs : public cv::Feature2D {
       return;
     }
     std::vector<float> sizes;
+    sizes.reserve(blobs.size());
     for (const cv::KeyPoint& blob : blobs) {
       sizes.push_back(blob.size);
     }

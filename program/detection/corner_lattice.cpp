@@ -55,7 +55,7 @@ class Lattice {
       const Label label = queue.front();
       queue.pop_front();
       for (const Label& step : kSteps) {
-        if (labels.count(label + step) != 0) {
+        if (labels.contains(label + step)) {
           continue;
         }
         const std::optional<cv::Point2d> along = expectedStep(labels, label, step);

@@ -22,6 +22,12 @@ constexpr double kToleranceOfSpacing = 0.01;
 constexpr double kUsualDeviations = 5;
 constexpr double kGoodContrast = 0.4;   // of the usual one
 constexpr double kGoodExplained = 0.6;  // of the usual share
+constexpr double kClearExplained = 0.85;
+constexpr double kClearContrast = 0.15;   // of the usual one: low, as in glare, but undisturbed
+constexpr double kLargestContrast = 1.5;  // of the usual one; slopes of smooth edges pass for more
+constexpr double kLookAround = 0.25;      // of the spacing
+constexpr double kLargestUncertainty = 0.1;  // of the spacing, of a corner that cannot be measured
+constexpr double kFarthest = 0.6;            // of the spacing, from where a corner was expected
 
 using Known = std::vector<std::optional<cv::Point2d>>;
 
@@ -30,7 +36,7 @@ class Refinement {
   Refinement(const cv::Mat& grey, int columns, int rows, std::vector<cv::Point2f>& corners)
       : grey_(grey), columns_(columns), rows_(rows), corners_(corners) {}
 
-  void run() {
+  bool run() {
     const std::vector<cv::Point2f> coarse = corners_;
     for (int i = 0; i < columns_ * rows_; ++i) {
       const auto fit = fitAt(i, cv::Point2d(coarse[index(i)]), coarse);
@@ -39,8 +45,18 @@ class Refinement {
     }
     usualContrast_ = medianOf(&CornerFit::contrast);
     usualExplained_ = medianOf(&CornerFit::explained);
+    for (int i = 0; i < columns_ * rows_; ++i) {
+      lookAround(i, cv::Point2d(coarse[index(i)]));
+    }
+    for (int i = 0; i < columns_ * rows_; ++i) {
+      const Known known(corners_.begin(), corners_.end());
+      const auto expected =
+          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      lookAround(i, expected ? expected->position : cv::Point2d(corners_[index(i)]));
+    }
     for (int pass = 0; pass < kPasses && mendOutliers(); ++pass) {
     }
+    return allKnown();
   }
 
  private:
@@ -106,13 +122,38 @@ class Refinement {
     return expected ? cv::norm(position - expected->position) / expected->uncertainty : 0;
   }
 
+  bool isClear(const CornerFit& fit) const {
+    return fit.explained > kClearExplained * usualExplained_ &&
+           fit.contrast > kClearContrast * usualContrast_ &&
+           fit.contrast < kLargestContrast * usualContrast_;
+  }
+
   bool isGood(const CornerFit& fit) const {
-    return fit.contrast > kGoodContrast * usualContrast_ &&
-           fit.explained > kGoodExplained * usualExplained_;
+    return isClear(fit) || (fit.contrast > kGoodContrast * usualContrast_ &&
+                            fit.explained > kGoodExplained * usualExplained_);
+  }
+
+  // The clearest corner around one that was not measured well, such as one at the rim where a
+  // strongly bent grid was continued to the wrong place.
+  void lookAround(int i, cv::Point2d expected) {
+    if (isClear(fits_[index(i)])) {
+      return;
+    }
+    const double near = spacing(corners_, i);
+    for (int k = 0; k < 9; ++k) {
+      const cv::Point2d offset(cv::Point(k % 3 - 1, k / 3 - 1));
+      const auto fit = fitAt(i, expected + kLookAround * near * offset, corners_);
+      if (fit && isClear(*fit) && fit->explained > fits_[index(i)].explained &&
+          cv::norm(fit->position - expected) < kFarthest * near) {
+        corners_[index(i)] = cv::Point2f(fit->position);
+        fits_[index(i)] = *fit;
+      }
+    }
   }
 
   double medianOf(double CornerFit::*value) const {
     std::vector<double> values;
+    values.reserve(fits_.size());
     for (const CornerFit& fit : fits_) {
       values.push_back(fit.*value);
     }
@@ -128,6 +169,7 @@ class Refinement {
   // Half of the corners deviate by less: what the lens's bending and noise make.
   double usualDeviation(const Known& known) const {
     std::vector<double> deviations;
+    deviations.reserve(corners_.size());
     for (int i = 0; i < columns_ * rows_; ++i) {
       deviations.push_back(deviation(known, i, cv::Point2d(corners_[index(i)])));
     }
@@ -143,6 +185,7 @@ class Refinement {
                              : 0;
     };
     std::vector<double> excesses;
+    excesses.reserve(corners_.size());
     for (int i = 0; i < columns_ * rows_; ++i) {
       excesses.push_back(excess(i));
     }
@@ -163,6 +206,23 @@ class Refinement {
       }
     }
     return outliers;
+  }
+
+  // True if each corner that cannot be measured is determined by its neighbours.
+  bool allKnown() const {
+    const Known known(corners_.begin(), corners_.end());
+    const double usual = usualDeviation(known);
+    for (int i = 0; i < columns_ * rows_; ++i) {
+      if (isGood(fits_[index(i)])) {
+        continue;
+      }
+      const auto expected =
+          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      if (!expected || expected->uncertainty * usual > kLargestUncertainty * spacing(corners_, i)) {
+        return false;
+      }
+    }
+    return true;
   }
 
   double allowedDeviation(int i, double usual) const {
@@ -202,8 +262,8 @@ class Refinement {
 
 }  // namespace
 
-void refineCorners(const cv::Mat& grey, int columns, int rows, std::vector<cv::Point2f>& corners) {
-  Refinement(grey, columns, rows, corners).run();
+bool refineCorners(const cv::Mat& grey, int columns, int rows, std::vector<cv::Point2f>& corners) {
+  return Refinement(grey, columns, rows, corners).run();
 }
 
 }  // namespace fisheye_calibration::program

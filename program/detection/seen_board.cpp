@@ -55,10 +55,13 @@ SeenBoard refinedAndChecked(const cv::Mat& grey, CornerGrid grid) {
   if (!isPlausibleGrid(grid.corners, grid.columns, grid.rows)) {
     return {.grid = std::move(grid), .check = {}};
   }
-  refineCorners(grey, grid.columns, grid.rows, grid.corners);
+  const bool known = refineCorners(grey, grid.columns, grid.rows, grid.corners);
   BoardCheck check;
   if (isPlausibleGrid(grid.corners, grid.columns, grid.rows)) {
     check = checkChessboard(grey, grid.corners, grid.columns, grid.rows);
+  }
+  if (!known && check.verdict == BoardVerdict::kWhole) {
+    check = {};  // a corner could lie anywhere
   }
   return {.grid = std::move(grid), .check = check};
 }

@@ -87,6 +87,18 @@ TEST_F(CharucoFinder, APartOfTheBoardKeepsItsNumbers) {
   expectTrue(*found.detection);
 }
 
+TEST_F(CharucoFinder, CornersAtTheEdgeOfACoverAreLeftOutOrExact) {
+  cv::Mat covered = picture();
+  for (const cv::Point2d& place : {cv::Point2d(2.2, 2.1), {5.1, 3.3}, {6.7, 1.2}}) {
+    cv::circle(covered, cv::Point(SyntheticCamera().project(30 * place.x, 30 * place.y)), 34,
+               cv::Scalar(60), cv::FILLED);
+  }
+  const Search found = findCharuco(covered, target, kSilent);
+  ASSERT_TRUE(found.detection.has_value());
+  EXPECT_GE(found.detection->grid.size(), 25u);
+  expectTrue(*found.detection);
+}
+
 TEST_F(CharucoFinder, ATurnedCameraSeesTheSameNumbers) {
   SyntheticCamera turned;  // by half a turn about its axis
   for (std::size_t i = 0; i < 6; ++i) {

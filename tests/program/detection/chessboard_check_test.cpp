@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <opencv2/imgproc.hpp>
+
 #include <functional>
 
 #include "program/support/synthetic_target.h"
@@ -65,6 +67,20 @@ TEST_F(ChessboardCheck, EverySecondCornerIsNoBoard) {
 TEST_F(ChessboardCheck, DiagonalsAreNoBoard) {
   EXPECT_EQ(verdictOn(picture, 3, 3, [](int c, int r) { return cv::Point2d(3 + c - r, c + r); }),
             BoardVerdict::kNotABoard);
+}
+
+TEST_F(ChessboardCheck, AStripOfTheNextSquaresShowsThatTheBoardContinues) {
+  // Everything from a quarter of a step beyond the squares of the fifth column is covered.
+  cv::Mat covered = picture.clone();
+  std::vector<cv::Point> cover;
+  for (int i = 0; i <= 40; ++i) {
+    cover.emplace_back(SyntheticCamera().project(30 * 5.25, 30 * (-1.5 + 9 * i / 40.0)));
+  }
+  cover.emplace_back(picture.cols, cover.back().y);
+  cover.emplace_back(picture.cols, cover.front().y);
+  cv::fillPoly(covered, std::vector<std::vector<cv::Point>>{cover}, cv::Scalar(215));
+  EXPECT_EQ(verdictOn(covered, 5, 7, [](int c, int r) { return cv::Point2d(c, r); }),
+            BoardVerdict::kContinues);
 }
 
 TEST_F(ChessboardCheck, ABoardAtThePicturesEdgeIsCut) {

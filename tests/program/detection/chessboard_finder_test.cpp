@@ -93,6 +93,27 @@ TEST_F(ChessboardFinder, AHiddenColumnIsNotPassedOver) {
   EXPECT_FALSE(search(hidden, 7, 6).detection.has_value());
 }
 
+TEST_F(ChessboardFinder, PicturesNarrowerThanABoardAreRefusedAtOnce) {
+  int steps = 0;
+  const Search found = findChessboard(cv::Mat(2, 20000, CV_8UC1, cv::Scalar(120)),
+                                      {.kind = TargetKind::kChessboard, .columns = 8, .rows = 6},
+                                      [&](const std::string&) { ++steps; });
+  EXPECT_FALSE(found.detection.has_value());
+  EXPECT_EQ(steps, 0);
+}
+
+// The camera looks along a small board, which the lens bends so strongly that corners at the rim
+// lie far from where their neighbours would continue.
+TEST(ChessboardFinderAskew, CornersOfAStronglyBentBoardAreMeasured) {
+  const SyntheticTarget small = {.columns = 5, .rows = 4};
+  SyntheticCamera over = cameraOver(small, 75);
+  over.T[0] -= 45;
+  const cv::Mat seen = drawTarget(over, small);
+  const Search found = search(seen, 5, 4);
+  ASSERT_TRUE(found.detection.has_value());
+  EXPECT_LT(worstError(*found.detection, exactPoints(over, small)), 0.5);
+}
+
 TEST_F(ChessboardFinder, GlareOverSomeCornersIsBridged) {
   cv::Mat glare(picture.size(), CV_8UC1, cv::Scalar(0));
   cv::circle(glare, cv::Point(camera.project(3.5 * 30, 2.5 * 30)), 22, cv::Scalar(255), cv::FILLED);
