@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -68,15 +69,11 @@ View render(const Renderer& renderer, const fs::path& path, std::ostream& messag
   const Size size = renderer.size.value_or(renderer.camera.corrected.value_or(frame.size));
   FrameBuffer view = blankBuffer(size, frame.bitCount);
   FrameBuffer mask = blankBuffer(size, 8);
-  try {
-    if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
-                            renderer.camera.param, view.data(), size.width, size.height,
-                            mask.data())) {
-      failJob(nameOf(path) +
-              ": the library could not correct the frame; nothing of it but black is left");
-    }
-  } catch (const cv::Exception& error) {
-    failJob(nameOf(path) + ": the frame cannot be corrected (" + error.err + ")");
+  if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
+                          renderer.camera.param, view.data(), size.width, size.height,
+                          mask.data())) {
+    failJob(nameOf(path) +
+            ": the library could not correct the frame; nothing of it but black is left");
   }
   View result = {.picture = toPicture(view), .mask = toPicture(mask), .frame = frame.size};
   if (renderer.gridSpacing > 0) {
@@ -110,7 +107,19 @@ class Batch {
   Batch(const Options& options, const Renderer& renderer, std::ostream& messages)
       : options_(options), renderer_(renderer), messages_(messages) {}
 
+  // Failures name the frame.
   void correct(const FrameJob& job) {
+    try {
+      correctFrame(job);
+    } catch (const std::bad_alloc&) {
+      failJob(nameOf(job.frame) + ": not enough memory");
+    } catch (const cv::Exception& error) {
+      failJob(nameOf(job.frame) + ": the frame cannot be corrected (" + error.err + ")");
+    }
+  }
+
+ private:
+  void correctFrame(const FrameJob& job) {
     const View view = render(renderer_, job.frame, messages_);
     const bool isFirst = first_ == Size();
     if (!isFirst && first_ != view.frame) {
@@ -128,7 +137,6 @@ class Batch {
     first_ = view.frame;
   }
 
- private:
   void checkSize(const View& view) const {
     const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
     try {

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -161,6 +162,8 @@ Stitched stitchedFrames(StitchPair& pair, const fs::path& left, const fs::path& 
     return stitched;
   } catch (const cv::Exception& error) {
     failJob(nameOf(left) + " and " + nameOf(right) + " cannot be stitched (" + error.err + ")");
+  } catch (const std::bad_alloc&) {
+    failJob(nameOf(left) + " and " + nameOf(right) + ": not enough memory to stitch them");
   }
 }
 
