@@ -64,7 +64,7 @@ std::size_t countUnknowns(const BundleProblem& problem) {
 // tr(M^-1 B)
 double trace(const ArrowMatrix& M, const ArrowMatrix& B, bool holdLens) {
   const ArrowInverse inverse(M, holdLens);
-  if (inverse.exists()) {
+  if (inverse.isAccurate()) {
     return inverse.traceWith(B);
   }
   ArrowMatrix ridged = M;
@@ -149,7 +149,7 @@ std::optional<std::vector<ViewMatrix>> covariance(const BundleProblem& problem, 
   ArrowMatrix M = equations.M;
   M.prior = noise.kappa * P;
   const ArrowInverse A(M, problem.holdLens);
-  if (!A.exists()) {
+  if (!A.isAccurate()) {
     return std::nullopt;
   }
   ArrowMatrix C = noise.B;

@@ -47,7 +47,7 @@ double explainedVariance(const solver::ViewPoints& view, const lens::Camera& cam
   }
   mirrorLower(M);
   const ArrowInverse A({cv::Matx66d::zeros(), {M}}, true);
-  if (!A.exists()) {
+  if (!A.isAccurate()) {
     return std::numeric_limits<double>::infinity();
   }
   const ViewMatrix Sigma = A.followingLens(L, 0);

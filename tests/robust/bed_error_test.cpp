@@ -149,6 +149,24 @@ TEST(PlannedViews, ViewsThatCannotBeAreRefused) {
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {{kAbove, solver::PlanarPoints(0)}}, size, 0.3));
 }
 
+// From above, all points of a circle are at one angle: whatever the lens does elsewhere is open.
+TEST(PlannedViews, ACircleFromAboveDoesNotDetermineTheLens) {
+  robust::PlanOptions options;
+  options.priors = false;
+  for (int count = 8; count < 40; ++count) {
+    for (const double radius : {50.0, 100.0, 180.0}) {
+      robust::PlannedView circle{kAbove, solver::PlanarPoints(static_cast<std::size_t>(count))};
+      for (std::size_t i = 0; i < circle.target.size(); ++i) {
+        const double azimuth = 2 * CV_PI * static_cast<double>(i) / count;
+        circle.target.x[i] = radius * std::cos(azimuth);
+        circle.target.y[i] = radius * std::sin(azimuth);
+      }
+      EXPECT_FALSE(robust::plannedCovariance(kFrontal, {circle}, {1280, 960}, 0.3, options));
+      EXPECT_FALSE(robust::plannedCovariance(kFrontal, {circle}, {1280, 960}, 0.3));
+    }
+  }
+}
+
 // The turned target's centre stays where it was; a point at (d, 0) turned about Y by an angle a
 // goes to (d cos a, -d sin a) in (X, Z).
 TEST(PlannedViews, TurnedTargetTurnsAboutItsCentre) {
