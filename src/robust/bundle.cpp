@@ -107,14 +107,6 @@ double undampedGain(const BundleProblem& problem, const BundleResult& at, const 
   return A.exists() ? dot(A.times(b), b, problem.holdLens) : 0;
 }
 
-std::size_t countPoints(const std::vector<solver::ViewPoints>& views) {
-  std::size_t count = 0;
-  for (const solver::ViewPoints& view : views) {
-    count += view.size();
-  }
-  return count;
-}
-
 }  // namespace
 
 BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at) {
@@ -129,7 +121,7 @@ BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at) 
 BundleResult solveBundle(const BundleProblem& problem, const Bundle& start, int maxSteps) {
   BundleResult result{start, bundleEquations(problem, start), 0, false};
   double current = cost(problem, start, result.equations);
-  const double rounding = kRounding * static_cast<double>(countPoints(problem.views));
+  const double rounding = kRounding * static_cast<double>(solver::countPoints(problem.views));
   double damping = kFirstDamping;
   while (std::isfinite(current) && result.steps < maxSteps && damping < kMostDamping) {
     const ArrowInverse A(damped(problem, result.bundle, result.equations, damping),

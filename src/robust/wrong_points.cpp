@@ -102,14 +102,15 @@ bool isUnpredicted(const PointRows& rows, const cv::Vec2d& e, const ViewMatrix& 
   return e.dot(S.inv() * e) > kUnpredicted * kUnpredicted;
 }
 
-// The candidates that a fit without all of them does contradict.
+// The candidates that a fit without all of them does contradict. If the rest does not determine a
+// camera, nothing speaks for the candidates and the calibration is to be refused: all of them.
 PointLists confirmed(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
                      const PointLists& candidates, const Fit& rest) {
-  PointLists lists(views.size());
   const auto Sigma = covarianceOf(without(views, candidates), settings, rest);
   if (!Sigma) {
-    return lists;
+    return candidates;
   }
+  PointLists lists(views.size());
   for (std::size_t j = 0; j < views.size(); ++j) {
     const ViewRows rows = viewRows(views[j], PosedCamera(rest.bundle.camera, rest.bundle.poses[j]));
     for (const std::size_t i : candidates[j]) {

@@ -65,7 +65,8 @@ std::vector<T> withoutOne(std::vector<T> all, std::size_t index) {
   return all;
 }
 
-// Indices of the views with the largest residuals, worst first; of a few views, all.
+// Indices of the views with the largest residuals, worst first and the first first among equals; of
+// a few views, all.
 std::vector<std::size_t> suspects(const std::vector<double>& rms) {
   const bool few = rms.size() <= kFewViews;
   const double limit = few ? 0 : kSuspicious * std::max(median(rms), kSmallestScale);
@@ -75,8 +76,8 @@ std::vector<std::size_t> suspects(const std::vector<double>& rms) {
       worst.push_back(j);
     }
   }
-  std::sort(worst.begin(), worst.end(),
-            [&](std::size_t a, std::size_t b) { return rms[a] > rms[b]; });
+  std::stable_sort(worst.begin(), worst.end(),
+                   [&](std::size_t a, std::size_t b) { return rms[a] > rms[b]; });
   worst.resize(std::min(worst.size(), few ? kFewViews : kMostSuspects));
   return worst;
 }
