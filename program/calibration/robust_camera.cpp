@@ -23,6 +23,8 @@ const char* reasonOf(robust::RobustStatus status) {
       return "the points do not determine the camera";
     case robust::RobustStatus::kBehindCamera:
       return "no camera has these points in front of it";
+    case robust::RobustStatus::kFoldedLens:
+      return "the lens that fits these points best folds back before the outermost of them";
     case robust::RobustStatus::kNotConverged:
       return "the solver does not converge with these points";
     case robust::RobustStatus::kTooManyWrongPoints:

@@ -31,6 +31,7 @@ void addView(const solver::ViewPoints& view, const std::vector<double>& weights,
     const PointRows rows = pointRows(posed, view.X[i], view.Y[i], view.Z[i]);
     const cv::Vec2d e = cv::Vec2d(view.image.x[i], view.image.y[i]) - rows.pixel;
     equations.allInFront = equations.allInFront && rows.depth > 0;
+    equations.largestTheta = std::max(equations.largestTheta, rows.theta);
     equations.rss += w * e.dot(e);
     addOuterProducts(M, rows, w);
     b += w * e[0] * rows.u + w * e[1] * rows.v;

@@ -35,6 +35,7 @@ struct BundleEquations {
   ArrowVector b;
   double rss = 0;
   bool allInFront = false;  // the points have positive depth
+  double largestTheta = 0;  // incidence angle, radians
 };
 
 BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at);

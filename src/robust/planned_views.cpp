@@ -4,6 +4,7 @@
 
 #include "lens/rotation.h"
 #include "robust/bundle.h"
+#include "robust/viewing_ray.h"
 
 namespace fisheye_calibration::robust {
 
@@ -26,7 +27,8 @@ std::optional<std::vector<ViewMatrix>> plannedCovariance(const lens::Camera& cam
   const BundleProblem problem{points, PointWeights(points.size()),
                               LensPrior(imageSize, options.priors), 1, false};
   const BundleEquations equations = bundleEquations(problem, bundle);
-  if (points.empty() || !equations.allInFront || !(camera.fx > 0 && camera.fy > 0)) {
+  if (points.empty() || !(camera.fx > 0 && camera.fy > 0) || !equations.allInFront ||
+      !isOneToOneUpTo(camera, equations.largestTheta)) {
     return std::nullopt;
   }
   const NoiseFit fit = noiseOfVariance(problem, bundle, equations, options.noise, noise * noise);

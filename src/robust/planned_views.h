@@ -26,7 +26,8 @@ struct PlanOptions {
 // Covariances like those of RobustCalibration, one per view, that points with noise of standard
 // deviation `noise` (pixels) would give. To evaluate a remedy, pass the present views with it, or
 // instead of them: one view more, a larger target, five views. std::nullopt if a point is not in
-// front of the camera, the lists do not pair, or the views do not determine the lens.
+// front of the camera or beyond the angle at which the lens stops being one to one, the lists do
+// not pair, or the views do not determine the lens.
 std::optional<std::vector<ViewMatrix>> plannedCovariance(const lens::Camera& camera,
                                                          const std::vector<PlannedView>& views,
                                                          const cv::Size& imageSize, double noise,

@@ -7,6 +7,7 @@
 
 #include "robust/consistent_views.h"
 #include "robust/robust_input.h"
+#include "robust/viewing_ray.h"
 #include "robust/wrong_views.h"
 
 namespace fisheye_calibration::robust {
@@ -100,6 +101,9 @@ std::optional<RobustStatus> refusalOf(const Fit& fit) {
   }
   if (!fit.equations.allInFront) {
     return RobustStatus::kBehindCamera;
+  }
+  if (!isOneToOneUpTo(fit.bundle.camera, fit.equations.largestTheta)) {
+    return RobustStatus::kFoldedLens;
   }
   return std::nullopt;
 }

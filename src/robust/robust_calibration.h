@@ -36,6 +36,7 @@ enum class RobustStatus {
   kDegenerate,    // a view's points do not determine its pose, or the views not the lens
   kNotConverged,
   kBehindCamera,        // the best solution has a point beyond 90 degrees, where the model ends
+  kFoldedLens,          // a point at or beyond the angle at which the lens stops being one to one
   kTooManyWrongPoints,  // more than a fifth of a view's points contradict the rest
   kTooManyWrongViews,   // more than a fifth of the views contradict the rest
 };

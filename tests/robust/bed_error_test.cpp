@@ -145,6 +145,10 @@ TEST(PlannedViews, ViewsThatCannotBeAreRefused) {
   const cv::Size size(1280, 960);
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {}, size, 0.3));
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good, behind}, size, 0.3));
+  lens::Camera folding = kFrontal;  // turns at 1 rad
+  folding.k1 = -1.0 / 3;
+  EXPECT_TRUE(robust::plannedCovariance(folding, {frontalView(40, 0)}, size, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(folding, {frontalView(80, 0)}, size, 0.3));
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {unpaired}, size, 0.3));
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {{kAbove, solver::PlanarPoints(0)}}, size, 0.3));
 }

@@ -155,6 +155,22 @@ TEST(RobustCalibration, HeldLensLeavesOnlyThePose) {
   EXPECT_GT(uncertain.covariance[0](11, 11), 2 * certain.covariance[0](11, 11));
 }
 
+// theta - 0.33 theta^3 turns at 1.005 rad. A point beyond falls on the picture of one within.
+TEST(RobustCalibration, PointsBeyondTheTurningAngleAreRefused) {
+  Scene scene;
+  scene.camera.k0 = 0;
+  scene.camera.k1 = -0.33;
+  robust::RobustOptions options;
+  options.heldLens = robust::HeldLens{robust_tests::cameraOf(scene.camera), {}};
+  for (const double distance : {110.0, 120.0, 135.0, 260.0}) {
+    scene.pose = support::poseOver(scene.bed, distance, 0, 0, 0);
+    const bool folds = std::atan(200 / distance) > 1 / std::sqrt(3 * 0.33);  // at the corners
+    const auto result =
+        robust::calibrateRobustly({scene.seen(0, 1)}, scene.camera.imageSize, options);
+    EXPECT_EQ(result.status, folds ? RobustStatus::kFoldedLens : RobustStatus::kSolved) << distance;
+  }
+}
+
 solver::ViewPoints chosen(const solver::ViewPoints& all, const std::vector<std::size_t>& indices) {
   solver::ViewPoints view;
   for (const std::size_t i : indices) {
