@@ -14,6 +14,11 @@ constexpr double kMedianLength = 1.17741;
 constexpr double kSmallestScale = 0.05;  // px; no detector is better, and exact points have none
 
 constexpr double kSuspicious = 4.5;  // robust standard deviations that start a search
+
+// A wrong point among fewer than these bends the solution so much that its own residual is not
+// conspicuous: the search runs in any case.
+constexpr std::size_t kFewPoints = 30;
+
 constexpr double kWrong = 6;
 constexpr double kUnpredicted = 5;
 
@@ -37,8 +42,11 @@ double robustScale(const std::vector<double>& e) {
 
 bool isSuspicious(const std::vector<solver::ViewPoints>& views, const Bundle& at) {
   for (std::size_t j = 0; j < views.size(); ++j) {
+    if (views[j].size() < kFewestSearchedPoints) {
+      continue;
+    }
     const std::vector<double> e = lengths(views[j], at.camera, at.poses[j]);
-    if (views[j].size() >= kFewestSearchedPoints &&
+    if (views[j].size() < kFewPoints ||
         *std::max_element(e.begin(), e.end()) > kSuspicious * robustScale(e)) {
       return true;
     }

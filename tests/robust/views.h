@@ -84,6 +84,17 @@ inline plain::UncertainProblem plainProblem(const std::vector<solver::ViewPoints
   return problem;
 }
 
+// A view of one pose, with noise of `sigma` pixels.
+struct Scene {
+  support::RigCamera camera;
+  support::Bed bed;
+  support::RigPose pose = support::poseOver(bed, 190, 0.35, -0.25, 0.2);
+
+  solver::ViewPoints seen(double sigma, std::uint64_t seed) const {
+    return viewPoints(support::seen(camera, bed, pose, sigma, seed));
+  }
+};
+
 // The rows and columns of the lens and of pose j.
 inline cv::Mat ofView(const cv::Mat& A, int j) {
   const auto at = [j](int k) { return k < 6 ? k : 6 * j + k; };
