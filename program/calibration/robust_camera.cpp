@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/failure.h"
+#include "robust/wrong_points.h"
 #include "single/completed_record.h"
 #include "single/solver_view.h"
 
@@ -114,6 +115,9 @@ std::vector<robust::PlannedView> takenViews(const RobustCamera& camera,
   std::vector<robust::PlannedView> taken;
   const auto add = [&](std::size_t j) {
     solver::ViewPoints points = single::solverView(request.views[j].points);
+    if (!request.keepAll) {
+      points = robust::without(points, camera.solved.wrongPoints[j]);
+    }
     robust::PlannedView view;
     view.pose = camera.solved.poses[j];
     view.target.x = std::move(points.X);

@@ -163,6 +163,9 @@ std::optional<std::vector<ViewMatrix>> covariance(const BundleProblem& problem, 
     if (problem.holdLens) {
       sigma.back() += A.followingLens(heldLensCovariance, j);
     }
+    if (!cv::checkRange(sigma.back())) {
+      return std::nullopt;
+    }
   }
   return sigma;
 }

@@ -48,7 +48,8 @@ NoiseFit noiseOfVariance(const BundleProblem& problem, const Bundle& at,
 
 // Sigma = A (s^2 B + kappa^2 P) A, A = (M + kappa P)^-1, for the lens and pose of each view.
 // With a held lens of covariance L, the poses follow it: pose = -Y lens. std::nullopt if a
-// direction is undetermined or determined by rounding errors alone.
+// direction is undetermined or determined by rounding errors alone, or if the numbers
+// overflow.
 std::optional<std::vector<ViewMatrix>> covariance(const BundleProblem& problem, const Bundle& at,
                                                   const BundleEquations& equations,
                                                   const NoiseFit& noise,

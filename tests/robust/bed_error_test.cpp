@@ -140,10 +140,19 @@ TEST(PlannedViews, ViewsThatCannotBeAreRefused) {
   const robust::PlannedView good = frontalView(10, 0);
   robust::PlannedView behind = good;
   behind.pose.T[2] = -200;
+  robust::PlannedView outside = good;
+  outside.pose.T[0] = 400;  // at 63 degrees, 443 px right of the centre; the target reaches further
+  EXPECT_TRUE(robust::plannedCovariance(kFrontal, {good, outside}, {1280, 960}, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good, outside}, {1080, 960}, 0.3));
   robust::PlannedView unpaired = good;
   unpaired.target.y.pop_back();
   const cv::Size size(1280, 960);
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {}, size, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good}, {0, 960}, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good}, {1280, -960}, 0.3));
+  for (const double sigma : {-0.3, std::nan(""), HUGE_VAL}) {
+    EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good}, size, sigma)) << sigma;
+  }
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good, behind}, size, 0.3));
   lens::Camera folding = kFrontal;  // turns at 1 rad
   folding.k1 = -1.0 / 3;

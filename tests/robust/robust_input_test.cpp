@@ -3,9 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
+#include "robust/bed_error.h"
 #include "robust/robust_calibration.h"
 #include "robust/views.h"
 
@@ -103,6 +105,71 @@ TEST_F(HostileInput, RandomPointsReturn) {
       EXPECT_TRUE(std::isfinite(result.rms) && std::isfinite(result.camera.fx));
       EXPECT_TRUE(cv::checkRange(result.covariance[0]));
     }
+  }
+}
+
+// Refused, or every number of the result is finite.
+void expectFinite(const robust::RobustCalibration& result) {
+  if (result.status != RobustStatus::kSolved) {
+    return;
+  }
+  EXPECT_TRUE(cv::checkRange(robust_tests::columnOf(result.camera)));
+  EXPECT_TRUE(std::isfinite(result.rms) && std::isfinite(result.noise));
+  for (std::size_t j = 0; j < result.poses.size(); ++j) {
+    EXPECT_TRUE(cv::checkRange(robust_tests::columnOf(result.poses[j])));
+    const bool used = !std::binary_search(result.wrongViews.begin(), result.wrongViews.end(), j);
+    EXPECT_EQ(cv::checkRange(result.covariance[j]), used);  // NaN if left out
+    const std::vector<double> bounds =
+        robust::bedBounds({result.camera, result.poses[j], result.covariance[j]},
+                          {{0, 0}, {1e300, -1e300}, {1e-300, 0}, {HUGE_VAL, 0}, {kNaN, 1}});
+    EXPECT_EQ(bounds.size(), 5U);
+  }
+}
+
+void scale(std::vector<double>& values, double factor) {
+  for (double& value : values) {
+    value *= factor;
+  }
+}
+
+TEST_F(HostileInput, CoordinatesOfAnySizeGiveFiniteNumbersOrARefusal) {
+  for (const double exponent : {20., 100., 110., 153., 160., 200., 300.}) {
+    for (const double factor : {std::pow(10, exponent), std::pow(10, -exponent)}) {
+      SCOPED_TRACE(factor);
+      solver::ViewPoints target = good_;
+      scale(target.X, factor);
+      scale(target.Y, factor);
+      solver::ViewPoints narrow = good_;
+      scale(narrow.X, factor);
+      solver::ViewPoints pixels = good_;
+      scale(pixels.image.x, factor);
+      scale(pixels.image.y, factor);
+      solver::ViewPoints one = good_;
+      one.X[7] *= factor;
+      one.image.y[9] *= factor;
+      robust::RobustOptions held;
+      held.heldLens = robust::HeldLens{robust_tests::cameraOf(scene_.camera), {}};
+      for (const solver::ViewPoints& view : {target, narrow, pixels, one}) {
+        for (const robust::RobustOptions& options : {robust::RobustOptions{}, held}) {
+          for (const auto& views : {std::vector{view}, std::vector{good_, view, good_}}) {
+            expectFinite(robust::calibrateRobustly(views, scene_.camera.imageSize, options));
+          }
+        }
+      }
+    }
+  }
+}
+
+// The unit of the target does not matter within these limits.
+TEST_F(HostileInput, TargetsInAnyUnitAreSolved) {
+  for (const double factor : {1e-60, 1e-20, 1e20, 1e60}) {
+    solver::ViewPoints view = good_;
+    scale(view.X, factor);
+    scale(view.Y, factor);
+    const auto result = robust::calibrateRobustly({view}, scene_.camera.imageSize);
+    ASSERT_EQ(result.status, RobustStatus::kSolved) << factor;
+    expectFinite(result);
+    EXPECT_NEAR(result.camera.fx, scene_.camera.fx, 0.02 * scene_.camera.fx);
   }
 }
 
