@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "robust/point_rows.h"
 
@@ -11,7 +12,7 @@ namespace {
 constexpr double kWhiteShare = 0.1;
 constexpr double kSmoothShare = 1 - kWhiteShare;
 constexpr double kCorrelationLength = 0.25;  // of the target's diagonal
-constexpr std::size_t kMostPoints = 2000;
+constexpr double kMostPoints = 2000;
 
 // A direction whose information is lost in rounding gets this much, of a unit diagonal, for the
 // trace: it contributes nothing to B, either.
@@ -26,6 +27,13 @@ double squaredDiagonal(const std::vector<double>& X, const std::vector<double>& 
   const auto [left, right] = std::minmax_element(X.begin(), X.end());
   const auto [top, bottom] = std::minmax_element(Y.begin(), Y.end());
   return (*right - *left) * (*right - *left) + (*bottom - *top) * (*bottom - *top);
+}
+
+// Whether point i of `count` is one of about kMostPoints. The multiples of the golden ratio are
+// spread evenly whatever the rows of the target are; every k-th point may be a single column of it.
+bool isSampled(std::size_t i, std::size_t count) {
+  const double multiple = static_cast<double>(i) * std::numbers::phi;
+  return (multiple - std::floor(multiple)) * static_cast<double>(count) < kMostPoints;
 }
 
 // sum_ij exp(-|X_i - X_j|^2/(2 l^2)) J_i^T J_j = C + C^T + sum_i J_i^T J_i with C the sum over j <
@@ -97,13 +105,12 @@ ViewMatrix smoothProduct(const solver::ViewPoints& view, const lens::Camera& cam
     return {};
   }
   const PosedCamera posed(camera, pose);
-  const std::size_t step = (view.size() + kMostPoints - 1) / kMostPoints;
   Sample sample;
   ViewMatrix M;
   for (std::size_t i = 0; i < view.size(); ++i) {
     const PointRows rows = pointRows(posed, view.X[i], view.Y[i], view.Z[i]);
     addOuterProducts(M, rows, 1);
-    if (i % step == 0) {
+    if (isSampled(i, view.size())) {
       sample.X.push_back(view.X[i]);
       sample.Y.push_back(view.Y[i]);
       sample.rows.push_back(rows);

@@ -20,7 +20,7 @@ enum class NoiseKind {
 //   Omega_ij = 0.1 delta_ij + 0.9 exp(-|X_i - X_j|^2 / (2 (0.25 D)^2)),
 //
 // D the diagonal of the bounding box of the target points. Above 2000 points the second term is
-// summed over every k-th point only and scaled to the full number.
+// summed over about 2000 of them, spread evenly, and scaled to the full number.
 ViewMatrix smoothProduct(const solver::ViewPoints& view, const lens::Camera& camera,
                          const lens::Pose& pose);
 

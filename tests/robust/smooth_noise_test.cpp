@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "robust/fit.h"
 #include "robust/planned_views.h"
 #include "robust/views.h"
@@ -94,24 +96,15 @@ TEST(SmoothNoise, WhiteNoiseGivesThePlainCovariance) {
   EXPECT_LT(largestDifference(cv::Mat((*Sigma)[0]), plain), 1e-6);
 }
 
-// The sum over every second point, scaled, is about the sum over all.
-TEST(SmoothNoise, ThinnedSumIsCloseToTheFullOne) {
-  support::Bed bed;
-  bed.columns = 57;
-  bed.rows = 43;  // 2451 points
-  bed.spacing = 6;
-  const support::RigCamera rig;
-  const support::RigPose pose = support::poseOver(bed, 220, 0.3, -0.2, 0.1);
-  const robust::ViewMatrix B =
-      robust::smoothProduct(robust_tests::viewPoints(support::seen(rig, bed, pose)),
-                            robust_tests::cameraOf(rig), robust_tests::poseOf(pose));
+// sum_ij Omega_ij J_i^T J_j of the points of one view, all pairs.
+cv::Mat fullProduct(const std::vector<cv::Point3d>& points, const lens::Camera& camera,
+                    const lens::Pose& pose) {
   cv::Mat column(13, 1, CV_64F, cv::Scalar(0));
-  cv::Mat(robust_tests::columnOf(robust_tests::cameraOf(rig))).copyTo(column.rowRange(0, 6));
-  cv::Mat(robust_tests::columnOf(robust_tests::poseOf(pose))).copyTo(column.rowRange(6, 12));
-  const std::vector<cv::Point3d> points = bed.points();
+  cv::Mat(robust_tests::columnOf(camera)).copyTo(column.rowRange(0, 6));
+  cv::Mat(robust_tests::columnOf(pose)).copyTo(column.rowRange(6, 12));
   const cv::Mat J = support::differentiatedProjection(points, column).colRange(0, 12);
-  const double length = 0.25 * std::hypot(6 * 56, 6 * 42);
-  cv::Mat expected = cv::Mat::zeros(12, 12, CV_64F);
+  const double length = 0.25 * cv::norm(points.back() - points.front());
+  cv::Mat product = cv::Mat::zeros(12, 12, CV_64F);
   for (int i = 0; i < static_cast<int>(points.size()); ++i) {
     cv::Mat sum = 0.1 * J.rowRange(2 * i, 2 * i + 2);  // sum over j of Omega_ij J_j
     for (int j = 0; j < static_cast<int>(points.size()); ++j) {
@@ -123,9 +116,28 @@ TEST(SmoothNoise, ThinnedSumIsCloseToTheFullOne) {
         sum.at<double>(1, k) += correlation * J.at<double>(2 * j + 1, k);
       }
     }
-    expected += J.rowRange(2 * i, 2 * i + 2).t() * sum;
+    product += J.rowRange(2 * i, 2 * i + 2).t() * sum;
   }
-  EXPECT_LT(largestDifference(cv::Mat(B), expected), 0.005);
+  return product;
+}
+
+// The sum over a part of the points, scaled, is about the sum over all, however long the rows of
+// the target are.
+TEST(SmoothNoise, ThinnedSumIsCloseToTheFullOne) {
+  const lens::Camera camera = robust_tests::cameraOf(support::RigCamera());
+  for (const auto& [columns, rows] : {std::pair(57, 43), std::pair(3, 1990), std::pair(1999, 2)}) {
+    const double spacingX = 330.0 / (columns - 1);
+    const double spacingY = 250.0 / (rows - 1);
+    std::vector<cv::Point3d> points;
+    for (int i = 0; i < columns * rows; ++i) {
+      points.emplace_back(spacingX * (i % columns), spacingY * (i / columns), 0);
+    }
+    const lens::Pose pose{{0.3, -0.2, 0.1}, {-165, -125, 230}};
+    const robust::ViewMatrix B = robust::smoothProduct(
+        robust_tests::viewPoints(points, std::vector<cv::Point2d>(points.size())), camera, pose);
+    EXPECT_LT(largestDifference(cv::Mat(B), fullProduct(points, camera, pose)), 0.005)
+        << columns << 'x' << rows;
+  }
 }
 
 // The covariance of planned views is that of a fit at the same poses with the same noise.
