@@ -26,6 +26,7 @@
 #include "reports/accuracy_report.h"
 #include "reports/calibration_json.h"
 #include "reports/calibration_report.h"
+#include "robust/robust_input.h"
 #include "single/record.h"
 
 namespace fisheye_calibration::program {
@@ -70,6 +71,9 @@ robust::HeldLens lensOf(const std::filesystem::path& path, Warnings& warnings) {
   robust::HeldLens lens{single::rawCamera(file.param), cv::Matx66d::zeros()};
   if (const auto covariance = loadNotes(path).lensCovariance) {
     std::copy(covariance->begin(), covariance->end(), lens.covariance.val);
+    if (!robust::isCovariance(lens.covariance)) {
+      failBadInput("--lens: " + nameOf(path) + ": LensCovariance is not a covariance");
+    }
   } else {
     warnings.add(nameOf(path) + " does not say how accurate its lens is; it counts as exact");
   }

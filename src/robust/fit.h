@@ -27,7 +27,8 @@ struct Fit {
 };
 
 // Solves with kappa = 1 px^2, then again with the kappa that the noise of the last solution gives
-// until it no longer changes (12 times at most), so that the start is forgotten.
+// until it no longer changes (12 times at most), so that the start is forgotten: after two times a
+// few measured views still remember it.
 Fit fitWithNoise(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
                  const Bundle& start);
 

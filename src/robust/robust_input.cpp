@@ -23,10 +23,31 @@ bool isValid(const solver::ViewPoints& view) {
 bool isValid(const HeldLens& lens) {
   const lens::Camera& c = lens.camera;
   return c.fx > 0 && c.fy > 0 && isFinite({c.fx, c.fy, c.cx, c.cy, c.k0, c.k1, c.alpha}) &&
-         cv::checkRange(lens.covariance);
+         isCovariance(lens.covariance);
 }
 
 }  // namespace
+
+bool isCovariance(const cv::Matx66d& L) {
+  constexpr double kTolerance = 1e-6;
+  if (!cv::checkRange(L)) {
+    return false;
+  }
+  cv::Matx66d correlation;
+  for (int i = 0; i < 6; ++i) {
+    for (int j = 0; j < 6; ++j) {
+      const double scale = std::sqrt(std::max(L(i, i), 0.0)) * std::sqrt(std::max(L(j, j), 0.0));
+      correlation(i, j) = scale > 0 ? L(i, j) / scale : L(i, j);
+      if (L(i, i) < 0 || (scale == 0 && L(i, j) != 0)) {
+        return false;
+      }
+    }
+  }
+  cv::Matx<double, 6, 1> eigenvalues;
+  return cv::checkRange(correlation) &&
+         cv::norm(correlation - correlation.t(), cv::NORM_INF) <= kTolerance &&
+         cv::eigen(correlation, eigenvalues) && eigenvalues(5) >= -kTolerance;
+}
 
 std::optional<Refusal> checkInput(const std::vector<solver::ViewPoints>& views,
                                   const cv::Size& imageSize, const RobustOptions& options) {

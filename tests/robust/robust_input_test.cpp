@@ -57,6 +57,41 @@ TEST_F(HostileInput, NumbersThatAreNotFiniteAreBadInput) {
   }
 }
 
+TEST_F(HostileInput, AHeldLensNeedsACovarianceThatIsOne) {
+  const auto statusWith = [&](const cv::Matx66d& covariance) {
+    robust::RobustOptions options;
+    options.heldLens = robust::HeldLens{robust_tests::cameraOf(scene_.camera), covariance};
+    return statusOf({good_}, options);
+  };
+  const cv::Matx66d good = cv::Matx66d::diag({25, 25, 4, 4, 1e-4, 1e-8});
+  EXPECT_EQ(statusWith(cv::Matx66d::zeros()), RobustStatus::kSolved);
+  EXPECT_EQ(statusWith(good), RobustStatus::kSolved);
+  cv::Matx66d known = good;  // one parameter is exact
+  known(4, 4) = 0;
+  EXPECT_EQ(statusWith(known), RobustStatus::kSolved);
+  cv::Matx66d correlated = good;
+  correlated(0, 1) = correlated(1, 0) = 25;  // fx = fy
+  correlated(0, 5) = correlated(5, 0) = correlated(1, 5) = correlated(5, 1) = 4e-4;
+  EXPECT_EQ(statusWith(correlated), RobustStatus::kSolved);
+  cv::Matx66d negative = good;
+  negative(5, 5) = -1e-8;
+  EXPECT_EQ(statusWith(negative), RobustStatus::kBadInput);
+  cv::Matx66d indefinite = good;
+  indefinite(4, 5) = indefinite(5, 4) = 1.01e-6;  // a correlation of 1.01
+  EXPECT_EQ(statusWith(indefinite), RobustStatus::kBadInput);
+  cv::Matx66d unsymmetric = good;
+  unsymmetric(4, 5) = 1e-7;
+  EXPECT_EQ(statusWith(unsymmetric), RobustStatus::kBadInput);
+  cv::Matx66d ofNothing = known;
+  ofNothing(4, 5) = ofNothing(5, 4) = 1e-9;
+  EXPECT_EQ(statusWith(ofNothing), RobustStatus::kBadInput);
+  for (const double bad : {kNaN, HUGE_VAL}) {
+    cv::Matx66d unknown = good;
+    unknown(2, 2) = bad;
+    EXPECT_EQ(statusWith(unknown), RobustStatus::kBadInput);
+  }
+}
+
 TEST_F(HostileInput, TargetsOffTheBedAreBadInput) {
   solver::ViewPoints view = good_;
   view.Z[0] = 5;

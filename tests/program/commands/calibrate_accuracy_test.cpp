@@ -201,6 +201,16 @@ TEST_F(CalibrateAccuracy, ALensOfUnknownAccuracyIsReported) {
   EXPECT_THAT(run.err, HasSubstr("lens.ini does not say how accurate its lens is"));
 }
 
+TEST_F(CalibrateAccuracy, ALensWithAnImpossibleCovarianceIsRefused) {
+  const std::string points = write("points.csv", noisyPoints({}, 0.2, 7));
+  ASSERT_EQ(calibrate({points}).exitCode, 0);
+  std::string text = support::bytesOf(camera);
+  text.insert(text.find("LensCovariance=") + 15, 1, '-');
+  const Outcome run = calibrate({points}, {"--lens", writeFile(folder, "lens.ini", text)});
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_THAT(run.err, HasSubstr("lens.ini: LensCovariance is not a covariance\n"));
+}
+
 TEST_F(CalibrateAccuracy, TheLibrarySolvesOneViewOnly) {
   const std::string points = write("points.csv", exactPoints({}, {}));
   const std::string more = write("more.csv", exactPoints({}, {}));
