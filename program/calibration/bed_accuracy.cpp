@@ -64,6 +64,15 @@ cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& correcte
   return {first, last};
 }
 
+BedAccuracy unknownAccuracy(const cv::Rect2d& target) {
+  constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+  BedAccuracy accuracy;
+  accuracy.grid = gridOver(target, kBedCells);
+  accuracy.errors.assign(accuracy.grid.points().size(), kUnknown);
+  accuracy.insideTarget = accuracy.aroundTarget = accuracy.onBed = kUnknown;
+  return accuracy;
+}
+
 BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationParam& record,
                         const Size& image, const cv::Rect2d& target, const cv::Rect2d& bed) {
   const auto largestIn = [&](const cv::Rect2d& area) {

@@ -28,6 +28,9 @@ cv::Rect2d targetBox(const std::vector<CalibrationPoint>& points);
 // pixel edge.
 cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& corrected);
 
+// Of a record that nothing can be judged against: NaN everywhere.
+BedAccuracy unknownAccuracy(const cv::Rect2d& target);
+
 // Judges a record against the robust camera. Bed points outside the raw picture are not seen.
 BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationParam& record,
                         const Size& image, const cv::Rect2d& target, const cv::Rect2d& bed);

@@ -72,6 +72,13 @@ CalibrationResult solveByLibrary(const TargetView& view, const std::vector<std::
 
 ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
                           const RobustRequest& request, double tolerance) {
+  if (!isSolved(robust)) {
+    ChosenCamera library{.fromLibrary = true};
+    library.result =
+        solveByLibrary(request.views[request.bedView], {}, request.image, request.corrected);
+    library.accuracy = unknownAccuracy(targetBox(library.result.points));
+    return library;
+  }
   const cv::Rect2d bed = shownArea(robust.result.param, request.corrected);
   ChosenCamera chosen{.result = robust.result,
                       .accuracy = judged(robust.result.param, robust, request, bed)};

@@ -158,6 +158,9 @@ std::optional<Remedy> fourTiltedViews(const Planner& planner) {
 
 std::vector<Remedy> remediesFor(const RobustCamera& camera, const RobustRequest& request,
                                 const BedAccuracy& accuracy) {
+  if (!isSolved(camera)) {
+    return {};
+  }
   const Planner planner(camera, request, accuracy);
   std::vector<Remedy> remedies;
   for (auto& remedy : {tiltedView(planner), largerTarget(planner), fourTiltedViews(planner)}) {

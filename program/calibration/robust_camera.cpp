@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "base/failure.h"
@@ -107,6 +108,13 @@ RobustCamera solveRobustly(const RobustRequest& request) {
   if (!request.keepAll) {
     camera.result.rms = rmsOver(camera.result.points, camera.solved.wrongPoints[request.bedView]);
   }
+  return camera;
+}
+
+RobustCamera unsolvedCamera(const RobustRequest& request) {
+  RobustCamera camera;
+  camera.solved.wrongPoints.resize(request.views.size());
+  camera.solved.noise = std::numeric_limits<double>::quiet_NaN();
   return camera;
 }
 

@@ -112,6 +112,19 @@ void warnOfPoints(const CalibrationInputs& inputs, SolverChoice solver, Warnings
   }
 }
 
+// With --solver library a refusal of the robust solver costs the accuracy only.
+RobustCamera solve(const RobustRequest& request, SolverChoice solver, Warnings& warnings) {
+  try {
+    return solveRobustly(request);
+  } catch (const Failure& refusal) {
+    if (solver != SolverChoice::kLibrary) {
+      throw;
+    }
+    warnings.add(std::string("no accuracy can be computed: ") + refusal.what());
+    return unsolvedCamera(request);
+  }
+}
+
 // Names the points and views that contradict the others.
 void warnOfWrongOnes(const RobustCamera& robust, const RobustRequest& request, Warnings& warnings) {
   const char* const what = request.keepAll ? " (used all the same)" : " (left out)";
@@ -138,12 +151,15 @@ bool checkChosen(const ChosenCamera& chosen, const RobustRequest& request, Warni
 }
 
 CameraNotes notesOf(const CalibrationReport& report) {
-  const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
-  return {.image = report.request.image,
-          .corrected = report.request.corrected,
-          .insideTarget = report.chosen.accuracy.insideTarget,
-          .onBed = report.chosen.accuracy.onBed,
-          .lensCovariance = std::vector<double>(lens.val, lens.val + 36)};
+  CameraNotes notes{.image = report.request.image,
+                    .corrected = report.request.corrected,
+                    .insideTarget = report.chosen.accuracy.insideTarget,
+                    .onBed = report.chosen.accuracy.onBed};
+  if (isSolved(report.robust)) {
+    const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
+    notes.lensCovariance = std::vector<double>(lens.val, lens.val + 36);
+  }
+  return notes;
 }
 
 std::string nextStep(const Options& options, bool good) {
@@ -194,7 +210,7 @@ int run(const Options& options, const Streams& streams) {
   warnOfPoints(inputs, options.solver, warnings);
   streams.progress << "solving with " << inputs.views[inputs.bedView].points.size() << " points ..."
                    << std::endl;
-  const RobustCamera robust = solveRobustly(request);
+  const RobustCamera robust = solve(request, options.solver, warnings);
   warnOfWrongOnes(robust, request, warnings);
   const ChosenCamera chosen = chooseCamera(options.solver, robust, request, tolerance);
   const bool trusted = checkChosen(chosen, request, warnings);
