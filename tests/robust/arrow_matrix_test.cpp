@@ -9,6 +9,7 @@
 #include "robust/views.h"
 
 using namespace fisheye_calibration;
+using robust_tests::dense;
 using robust_tests::ofView;
 
 namespace {
@@ -38,25 +39,6 @@ robust::ArrowMatrix randomArrow(std::uint64_t seed) {
     A.views.push_back(randomPositive(random));
   }
   return A;
-}
-
-cv::Mat dense(const robust::ArrowMatrix& A) {
-  const int unknowns = 6 + 6 * static_cast<int>(A.views.size());
-  cv::Mat full = cv::Mat::zeros(unknowns, unknowns, CV_64F);
-  for (int r = 0; r < 6; ++r) {
-    for (int c = 0; c < 6; ++c) {
-      full.at<double>(r, c) = A.prior(r, c);
-    }
-  }
-  for (std::size_t j = 0; j < A.views.size(); ++j) {
-    const auto at = [j](int k) { return k < 6 ? k : 6 * static_cast<int>(j) + k; };
-    for (int r = 0; r < 12; ++r) {
-      for (int c = 0; c < 12; ++c) {
-        full.at<double>(at(r), at(c)) += A.views[j](r, c);
-      }
-    }
-  }
-  return full;
 }
 
 // Only the poses, the lens's rows and columns 0.
