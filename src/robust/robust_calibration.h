@@ -69,7 +69,7 @@ struct RobustCalibration {
 // points and views are found and left out first: never more than a fifth of a view's points, nor of
 // the views (but one of three or four), otherwise the calibration is refused. Views of fewer than
 // nine points are not searched for wrong points, nor fewer than three views for wrong ones.
-// Deterministic. Throws nothing but std::bad_alloc.
+// Deterministic. Throws only if memory runs out: std::bad_alloc or the image library's error.
 RobustCalibration calibrateRobustly(const std::vector<solver::ViewPoints>& views,
                                     const cv::Size& imageSize, const RobustOptions& options = {});
 
