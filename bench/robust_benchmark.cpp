@@ -98,7 +98,7 @@ void fillDense(const robust::BundleEquations& equations, cv::Mat& A, cv::Mat& b)
 // Counter "ratio": time of the dense solution over that of the elimination.
 void stepOfTheIteration(benchmark::State& state) {
   const Scene scene(static_cast<int>(state.range(0)));
-  const robust::BundleProblem problem{scene.views, robust::PointWeights(scene.views.size()),
+  const robust::BundleProblem problem{&scene.views, robust::PointWeights(scene.views.size()),
                                       robust::LensPrior(scene.camera.imageSize, false), 1, false};
   const robust::BundleEquations equations = robust::bundleEquations(problem, scene.truth);
   cv::Mat A;

@@ -61,7 +61,7 @@ class Planner {
   std::optional<double> boundOf(const std::vector<PlannedView>& views) const {
     const auto covariance = robust::plannedCovariance(
         camera_.bed.camera, views, cv::Size(request_.image.width, request_.image.height),
-        camera_.solved.noise);
+        camera_.solved.noiseSigma);
     if (!covariance) {
       return std::nullopt;
     }

@@ -114,7 +114,7 @@ RobustCamera solveRobustly(const RobustRequest& request) {
 RobustCamera unsolvedCamera(const RobustRequest& request) {
   RobustCamera camera;
   camera.solved.wrongPoints.resize(request.views.size());
-  camera.solved.noise = std::numeric_limits<double>::quiet_NaN();
+  camera.solved.noiseSigma = std::numeric_limits<double>::quiet_NaN();
   return camera;
 }
 

@@ -113,8 +113,9 @@ double undampedGain(const BundleProblem& problem, const BundleResult& at, const 
 BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at) {
   BundleEquations equations;
   equations.allInFront = true;
-  for (std::size_t j = 0; j < problem.views.size(); ++j) {
-    addView(problem.views[j], problem.weights[j], PosedCamera(at.camera, at.poses[j]), equations);
+  for (std::size_t j = 0; j < problem.views->size(); ++j) {
+    addView((*problem.views)[j], problem.weights[j], PosedCamera(at.camera, at.poses[j]),
+            equations);
   }
   return equations;
 }
@@ -122,7 +123,7 @@ BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at) 
 BundleResult solveBundle(const BundleProblem& problem, const Bundle& start, int maxSteps) {
   BundleResult result{start, bundleEquations(problem, start), 0, false};
   double current = cost(problem, start, result.equations);
-  const double rounding = kRounding * static_cast<double>(solver::countPoints(problem.views));
+  const double rounding = kRounding * static_cast<double>(solver::countPoints(*problem.views));
   double damping = kFirstDamping;
   while (std::isfinite(current) && result.steps < maxSteps && damping < kMostDamping) {
     const ArrowInverse A(damped(problem, result.bundle, result.equations, damping),

@@ -4,6 +4,7 @@
 #include <numeric>
 #include <utility>
 
+#include "robust/without_listed.h"
 #include "robust/wrong_views.h"
 
 namespace fisheye_calibration::robust {

@@ -10,10 +10,14 @@
 
 namespace fisheye_calibration::robust {
 
+// Residuals below this say nothing about the noise: no detector is better, and exact points have
+// none.
+constexpr double kFinestNoise = 0.05;  // px
+
 // What does not change between the solutions of one calibration.
 struct FitSettings {
   LensPrior prior;
-  NoiseKind noise = NoiseKind::kSmooth;
+  NoiseKind noiseKind = NoiseKind::kSmooth;
   bool holdLens = false;
   cv::Matx66d heldLensCovariance;  // of the held lens, 0 if it is exact
 };

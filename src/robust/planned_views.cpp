@@ -55,13 +55,14 @@ std::optional<std::vector<ViewMatrix>> plannedCovariance(const lens::Camera& cam
       return std::nullopt;
     }
   }
-  const BundleProblem problem{points, PointWeights(points.size()),
+  const BundleProblem problem{&points, PointWeights(points.size()),
                               LensPrior(imageSize, options.priors), 1, false};
   const BundleEquations equations = bundleEquations(problem, bundle);
   if (!equations.allInFront || !isOneToOneUpTo(camera, equations.largestTheta)) {
     return std::nullopt;
   }
-  const NoiseFit fit = noiseOfVariance(problem, bundle, equations, options.noise, sigma * sigma);
+  const NoiseFit fit =
+      noiseOfVariance(problem, bundle, equations, options.noiseKind, sigma * sigma);
   return covariance(problem, bundle, equations, fit, cv::Matx66d::zeros());
 }
 

@@ -20,7 +20,7 @@ struct PlannedView {
 
 struct PlanOptions {
   bool priors = true;
-  NoiseKind noise = NoiseKind::kSmooth;
+  NoiseKind noiseKind = NoiseKind::kSmooth;
 };
 
 // Covariances like those of RobustCalibration, one per view, that points with noise of standard

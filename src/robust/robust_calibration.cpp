@@ -15,7 +15,7 @@ namespace {
 
 FitSettings settingsOf(const cv::Size& imageSize, const RobustOptions& options) {
   const bool held = options.heldLens.has_value();
-  return {LensPrior(imageSize, options.priors && !held), options.noise, held,
+  return {LensPrior(imageSize, options.priors && !held), options.noiseKind, held,
           held ? options.heldLens->covariance : cv::Matx66d::zeros()};
 }
 
@@ -70,7 +70,7 @@ void store(const std::vector<solver::ViewPoints>& views, const ConsistentViews& 
   const Fit& fit = solved.fit;
   result.camera = fit.bundle.camera;
   result.rms = std::sqrt(fit.equations.rss / static_cast<double>(solver::countPoints(solved.used)));
-  result.noise = std::sqrt(fit.noise.variance);
+  result.noiseSigma = std::sqrt(fit.noise.variance);
   result.noiseAssumed = fit.noise.assumed;
   result.steps = fit.steps;
   std::size_t next = 0;

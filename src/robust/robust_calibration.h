@@ -23,7 +23,7 @@ struct HeldLens {
 struct RobustOptions {
   bool priors = true;  // LensPrior; without it a single view may leave the lens far off
   std::optional<HeldLens> heldLens;
-  NoiseKind noise = NoiseKind::kSmooth;
+  NoiseKind noiseKind = NoiseKind::kSmooth;
   bool keepAll = false;         // wrong points and views are listed, but used all the same
   double startFocalFactor = 1;  // of max(width, height)/pi
 };
@@ -59,7 +59,7 @@ struct RobustCalibration {
   // Covariance of fx, fy, cx, cy, k0, k1 and the view's rotation vector and translation, one per
   // view; NaN for a wrong view that is left out.
   std::vector<ViewMatrix> covariance;
-  double noise = 0;           // s: standard deviation of a coordinate, pixels
+  double noiseSigma = 0;      // s: standard deviation of a coordinate, pixels
   bool noiseAssumed = false;  // too few points to estimate it: s is at least 0.5
   int steps = 0;              // of the iteration, for the final solution
 };

@@ -8,21 +8,17 @@ namespace {
 
 constexpr std::size_t kFewestPoints = 4;
 
-bool isFinite(const std::vector<double>& values) {
-  return std::all_of(values.begin(), values.end(), [](double x) { return std::isfinite(x); });
-}
-
 bool isValid(const solver::ViewPoints& view) {
   const std::size_t count = view.size();
   return view.Y.size() == count && view.Z.size() == count && view.image.x.size() == count &&
-         view.image.y.size() == count && isFinite(view.X) && isFinite(view.Y) &&
-         isFinite(view.image.x) && isFinite(view.image.y) &&
+         view.image.y.size() == count && solver::isFinite(view) &&
          std::all_of(view.Z.begin(), view.Z.end(), [](double z) { return z == 0; });
 }
 
 bool isValid(const HeldLens& lens) {
   const lens::Camera& c = lens.camera;
-  return c.fx > 0 && c.fy > 0 && isFinite({c.fx, c.fy, c.cx, c.cy, c.k0, c.k1, c.alpha}) &&
+  return c.fx > 0 && c.fy > 0 &&
+         cv::checkRange(cv::Vec<double, 7>(c.fx, c.fy, c.cx, c.cy, c.k0, c.k1, c.alpha)) &&
          isCovariance(lens.covariance);
 }
 

@@ -57,16 +57,8 @@ ViewMatrix smoothSum(const Sample& sample, double squaredLength) {
   return C + C.t();
 }
 
-std::size_t countRows(const BundleProblem& problem) {
-  std::size_t rows = 0;
-  for (const solver::ViewPoints& view : problem.views) {
-    rows += 2 * view.size();
-  }
-  return rows;
-}
-
 std::size_t countUnknowns(const BundleProblem& problem) {
-  return (problem.holdLens ? 0 : kLensUnknowns) + kPoseUnknowns * problem.views.size();
+  return (problem.holdLens ? 0 : kLensUnknowns) + kPoseUnknowns * problem.views->size();
 }
 
 // tr(M^-1 B)
@@ -91,8 +83,8 @@ ArrowMatrix noiseProducts(const BundleProblem& problem, const Bundle& at,
     return equations.M;
   }
   ArrowMatrix B;
-  for (std::size_t j = 0; j < problem.views.size(); ++j) {
-    B.views.push_back(smoothProduct(problem.views[j], at.camera, at.poses[j]));
+  for (std::size_t j = 0; j < problem.views->size(); ++j) {
+    B.views.push_back(smoothProduct((*problem.views)[j], at.camera, at.poses[j]));
   }
   return B;
 }
@@ -137,7 +129,7 @@ NoiseFit noiseOfVariance(const BundleProblem& problem, const Bundle& at,
 NoiseFit fitNoise(const BundleProblem& problem, const Bundle& at, const BundleEquations& equations,
                   NoiseKind kind) {
   NoiseFit noise = noiseOfVariance(problem, at, equations, kind, 1);
-  const double rows = static_cast<double>(countRows(problem));
+  const double rows = 2 * static_cast<double>(solver::countPoints(*problem.views));
   const auto unknowns = static_cast<double>(countUnknowns(problem));
   noise.variance = rows > unknowns ? equations.rss / (rows - noise.t) : 0;
   noise.assumed = rows < unknowns + kFewestSpareRows;
@@ -165,7 +157,7 @@ std::optional<std::vector<ViewMatrix>> covariance(const BundleProblem& problem, 
     view = noise.variance * view;
   }
   std::vector<ViewMatrix> sigma;
-  for (std::size_t j = 0; j < problem.views.size(); ++j) {
+  for (std::size_t j = 0; j < problem.views->size(); ++j) {
     sigma.push_back(A.product(C, j));
     if (problem.holdLens) {
       sigma.back() += A.followingLens(heldLensCovariance, j);

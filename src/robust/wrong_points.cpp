@@ -5,13 +5,13 @@
 
 #include "robust/median.h"
 #include "robust/point_rows.h"
+#include "robust/without_listed.h"
 
 namespace fisheye_calibration::robust {
 namespace {
 
 // The median length of a vector of two independent normal errors of standard deviation 1.
 constexpr double kMedianLength = 1.17741;
-constexpr double kSmallestScale = 0.05;  // px; no detector is better, and exact points have none
 
 constexpr double kSuspicious = 4.5;  // robust standard deviations that start a search
 
@@ -37,7 +37,7 @@ std::vector<double> lengths(const solver::ViewPoints& view, const lens::Camera& 
 }
 
 double robustScale(const std::vector<double>& e) {
-  return std::max(median(e) / kMedianLength, kSmallestScale);
+  return std::max(median(e) / kMedianLength, kFinestNoise);
 }
 
 bool isSuspicious(const std::vector<solver::ViewPoints>& views, const Bundle& at) {
@@ -67,7 +67,7 @@ double weight(double e, double s, bool soft) {
 // Iteratively reweighted least squares; the poses start with wrong points down-weighted, too.
 Bundle reweighted(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
                   const Bundle& start) {
-  BundleProblem problem{views, PointWeights(views.size()), settings.prior, 1, settings.holdLens};
+  BundleProblem problem{&views, PointWeights(views.size()), settings.prior, 1, settings.holdLens};
   Bundle bundle = start;
   for (int round = 0; round < kRounds; ++round) {
     for (std::size_t j = 0; j < views.size(); ++j) {
@@ -122,7 +122,7 @@ PointLists confirmed(const std::vector<solver::ViewPoints>& views, const FitSett
   for (std::size_t j = 0; j < views.size(); ++j) {
     const ViewRows rows = viewRows(views[j], PosedCamera(rest.bundle.camera, rest.bundle.poses[j]));
     for (const std::size_t i : candidates[j]) {
-      const double variance = std::max(rest.noise.variance, kSmallestScale * kSmallestScale);
+      const double variance = std::max(rest.noise.variance, kFinestNoise * kFinestNoise);
       if (isUnpredicted(rows.points[i], rows.e[i], (*Sigma)[j], variance)) {
         lists[j].push_back(i);
       }
@@ -135,18 +135,11 @@ PointLists confirmed(const std::vector<solver::ViewPoints>& views, const FitSett
 
 solver::ViewPoints without(const solver::ViewPoints& view, const std::vector<std::size_t>& wrong) {
   solver::ViewPoints kept;
-  auto next = wrong.begin();
-  for (std::size_t i = 0; i < view.size(); ++i) {
-    if (next != wrong.end() && *next == i) {
-      ++next;
-      continue;
-    }
-    kept.X.push_back(view.X[i]);
-    kept.Y.push_back(view.Y[i]);
-    kept.Z.push_back(view.Z[i]);
-    kept.image.x.push_back(view.image.x[i]);
-    kept.image.y.push_back(view.image.y[i]);
-  }
+  kept.X = withoutListed(view.X, wrong);
+  kept.Y = withoutListed(view.Y, wrong);
+  kept.Z = withoutListed(view.Z, wrong);
+  kept.image.x = withoutListed(view.image.x, wrong);
+  kept.image.y = withoutListed(view.image.y, wrong);
   return kept;
 }
 

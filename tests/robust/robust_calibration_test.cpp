@@ -75,7 +75,7 @@ TEST(RobustCalibration, WhiteNoiseOptionPredictsTheSpreadOfTheEstimates) {
   const Scene scene;
   robust::RobustOptions options;
   options.priors = false;
-  options.noise = robust::NoiseKind::kWhite;
+  options.noiseKind = robust::NoiseKind::kWhite;
   const cv::Vec6d truth = robust_tests::columnOf(robust_tests::cameraOf(scene.camera));
   cv::Vec6d squares;
   double variance = 0;
@@ -88,7 +88,7 @@ TEST(RobustCalibration, WhiteNoiseOptionPredictsTheSpreadOfTheEstimates) {
     for (int i = 0; i < 6; ++i) {
       squares[i] += error[i] * error[i] / result.covariance[0](i, i);
     }
-    variance += result.noise * result.noise;
+    variance += result.noiseSigma * result.noiseSigma;
   }
   for (int i = 0; i < 6; ++i) {
     EXPECT_NEAR(std::sqrt(squares[i] / kCopies), 1, 0.16) << i;
@@ -175,7 +175,7 @@ solver::ViewPoints chosen(const solver::ViewPoints& all, const std::vector<std::
 void expectAssumedNoise(const robust::RobustCalibration& result) {
   ASSERT_EQ(result.status, RobustStatus::kSolved);
   EXPECT_TRUE(result.noiseAssumed);
-  EXPECT_GE(result.noise, 0.5);
+  EXPECT_GE(result.noiseSigma, 0.5);
   const double bound =
       robust::bedBounds({result.camera, result.poses[0], result.covariance[0]}, {{200, 160}})[0];
   EXPECT_TRUE(bound > 0 && std::isfinite(bound));

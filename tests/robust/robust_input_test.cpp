@@ -149,7 +149,7 @@ void expectFinite(const robust::RobustCalibration& result) {
     return;
   }
   EXPECT_TRUE(cv::checkRange(robust_tests::columnOf(result.camera)));
-  EXPECT_TRUE(std::isfinite(result.rms) && std::isfinite(result.noise));
+  EXPECT_TRUE(std::isfinite(result.rms) && std::isfinite(result.noiseSigma));
   for (std::size_t j = 0; j < result.poses.size(); ++j) {
     EXPECT_TRUE(cv::checkRange(robust_tests::columnOf(result.poses[j])));
     const bool used = !std::binary_search(result.wrongViews.begin(), result.wrongViews.end(), j);
