@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "calibration/seen_bed.h"
 #include "geometry/conversions.h"
 #include "geometry/target_points.h"
 #include "single/record.h"
@@ -73,14 +74,28 @@ BedAccuracy unknownAccuracy(const cv::Rect2d& target) {
   return accuracy;
 }
 
+JudgedBed judgedBed(const CalibrationResult& result) {
+  JudgedBed bed;
+  bed.grid = gridOver(shownArea(result.param, result.corrected), kBedCells);
+  for (const cv::Point2d& point : bed.grid.points()) {
+    bed.shown.push_back(canShow(result.param, result.corrected, point));
+  }
+  return bed;
+}
+
 BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationParam& record,
-                        const Size& image, const cv::Rect2d& target, const cv::Rect2d& bed) {
+                        const Size& image, const cv::Rect2d& target, const JudgedBed& bed) {
   const auto largestIn = [&](const cv::Rect2d& area) {
     return largestOf(errorsAt(robust, record, image, gridOver(area, kTargetCells)));
   };
   BedAccuracy accuracy;
-  accuracy.grid = gridOver(bed, kBedCells);
-  accuracy.errors = errorsAt(robust, record, image, accuracy.grid);
+  accuracy.grid = bed.grid;
+  accuracy.errors = errorsAt(robust, record, image, bed.grid);
+  for (std::size_t i = 0; i < accuracy.errors.size(); ++i) {
+    if (!bed.shown[i]) {
+      accuracy.errors[i] = std::numeric_limits<double>::quiet_NaN();
+    }
+  }
   accuracy.insideTarget = largestIn(target);
   accuracy.aroundTarget = largestIn(scaledAboutCentre(target, kAround));
   // The picture may leave out a part of the target, which lies on the bed, too.

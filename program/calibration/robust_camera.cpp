@@ -101,10 +101,15 @@ RobustCamera solveRobustly(const RobustRequest& request) {
   camera.bed = {.camera = camera.solved.camera,
                 .pose = camera.solved.poses[request.bedView],
                 .covariance = camera.solved.covariance[request.bedView]};
-  camera.result.points = request.views[request.bedView].points;
-  camera.result.homographyFound = single::completeRecord(
-      camera.bed.camera, camera.bed.pose, camera.result.points, request.corrected.width,
-      request.corrected.height, camera.result.param, camera.result.rms);
+  camera.result = withChosenPicture(request.picture, request.image, [&](const Size& size) {
+    CalibrationResult result;
+    result.points = request.views[request.bedView].points;
+    result.corrected = size;
+    result.homographyFound =
+        single::completeRecord(camera.bed.camera, camera.bed.pose, result.points, size.width,
+                               size.height, result.param, result.rms);
+    return result;
+  });
   if (!request.keepAll) {
     camera.result.rms = rmsOver(camera.result.points, camera.solved.wrongPoints[request.bedView]);
   }

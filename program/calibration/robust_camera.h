@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/size.h"
+#include "calibration/picture_choice.h"
 #include "fisheye_calibration.h"
 #include "geometry/calibration_result.h"
 #include "robust/bed_error.h"
@@ -25,7 +26,7 @@ struct RobustRequest {
   std::vector<TargetView> views;
   std::size_t bedView = 0;  // its target lies on the bed, at Z = 0
   Size image;
-  Size corrected;
+  PictureWish picture;
   std::optional<robust::HeldLens> lens;
   bool keepAll = false;
 };

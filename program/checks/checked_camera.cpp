@@ -8,13 +8,14 @@
 #include "base/file_path.h"
 #include "checks/record_checks.h"
 #include "files/camera_file.h"
+#include "files/camera_notes.h"
 #include "files/ini_section.h"
 #include "geometry/second_view.h"
 
 namespace fisheye_calibration::program {
 
-FishEyeCalibrationParam loadCheckedCamera(const std::filesystem::path& path, bool force,
-                                          std::ostream& messages) {
+CheckedCamera loadCheckedCamera(const std::filesystem::path& path, bool force,
+                                std::ostream& messages) {
   const CameraFile camera = loadCamera(path);
   const std::string name = nameOf(path);
   std::vector<std::string> impossible = camera.complaints;
@@ -27,12 +28,19 @@ FishEyeCalibrationParam loadCheckedCamera(const std::filesystem::path& path, boo
     }
   }
   reportImpossible(impossible, name, force, messages);
-  return camera.param;
+  CheckedCamera checked{.param = camera.param, .corrected = loadNotes(path).corrected};
+  if (checked.corrected && !sizeComplaint(camera.param, std::nullopt, *checked.corrected).empty()) {
+    messages << "warning: " << name << ": it notes a corrected picture of "
+             << sizeText(*checked.corrected)
+             << ", to which its record does not belong; the note is ignored\n";
+    checked.corrected.reset();
+  }
+  return checked;
 }
 
-void requireFittingSize(const FishEyeCalibrationParam& param, const std::filesystem::path& camera,
+void requireFittingSize(const CheckedCamera& loaded, const std::filesystem::path& camera,
                         const Size& size, bool force, std::ostream& messages) {
-  const std::string complaint = sizeComplaint(param, size);
+  const std::string complaint = sizeComplaint(loaded.param, loaded.corrected, size);
   if (complaint.empty()) {
     return;
   }

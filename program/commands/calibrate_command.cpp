@@ -21,11 +21,13 @@
 #include "commands/calibration_inputs.h"
 #include "commands/calibration_outputs.h"
 #include "commands/option_values.h"
+#include "commands/picture_options.h"
 #include "files/camera_file.h"
 #include "files/camera_notes.h"
 #include "reports/accuracy_report.h"
 #include "reports/calibration_json.h"
 #include "reports/calibration_report.h"
+#include "reports/picture_report.h"
 #include "robust/robust_input.h"
 #include "single/record.h"
 
@@ -35,7 +37,7 @@ namespace {
 struct Options {
   InputOptions inputs;
   OutputOptions outputs;
-  std::string correctedSize;   // empty: the image size
+  PictureOptions picture;
   std::string tolerance;       // "0.5"; empty: none
   std::filesystem::path lens;  // a camera file whose lens is kept; empty: none
   SolverChoice solver = SolverChoice::kAuto;
@@ -82,14 +84,11 @@ robust::HeldLens lensOf(const std::filesystem::path& path, Warnings& warnings) {
 
 RobustRequest requestOf(const Options& options, const CalibrationInputs& inputs,
                         Warnings& warnings) {
-  const Size corrected = options.correctedSize.empty()
-                             ? inputs.image
-                             : parseImageSize("--corrected-size", options.correctedSize);
   return {
       .views = inputs.views,
       .bedView = inputs.bedView,
       .image = inputs.image,
-      .corrected = corrected,
+      .picture = pictureOf(options.picture),
       .lens = options.lens.empty() ? std::nullopt : std::optional(lensOf(options.lens, warnings)),
       .keepAll = options.keepAll};
 }
@@ -142,17 +141,29 @@ void warnOfWrongOnes(const RobustCamera& robust, const RobustRequest& request, W
 
 // Whether the record that was chosen can be trusted.
 bool checkChosen(const ChosenCamera& chosen, const RobustRequest& request, Warnings& warnings) {
-  const Findings findings = checkResult(chosen.result, request.image, request.corrected);
+  const Findings findings = checkResult(chosen.result, request.image);
   for (const Finding& finding : findings) {
     const bool impossible = finding.severity == Severity::kImpossible;
     warnings.add(finding.text, impossible ? "not to be trusted" : "warning");
   }
+  const PictureWish& wish = request.picture;
+  if (!wish.size && !wish.bed && !showsTarget(chosen.result)) {
+    warnings.add("the corrected picture does not show the whole target");
+  }
   return !anyImpossible(findings);
+}
+
+std::optional<SeenShares> seenOfBed(const ChosenCamera& chosen, const RobustRequest& request) {
+  if (!request.picture.bed) {
+    return std::nullopt;
+  }
+  return seenShares(chosen.result.param, request.image, chosen.result.corrected,
+                    *request.picture.bed);
 }
 
 CameraNotes notesOf(const CalibrationReport& report) {
   CameraNotes notes{.image = report.request.image,
-                    .corrected = report.request.corrected,
+                    .corrected = report.chosen.result.corrected,
                     .insideTarget = report.chosen.accuracy.insideTarget,
                     .onBed = report.chosen.accuracy.onBed};
   if (isSolved(report.robust)) {
@@ -162,9 +173,14 @@ CameraNotes notesOf(const CalibrationReport& report) {
   return notes;
 }
 
-std::string nextStep(const Options& options, bool good) {
+std::string nextStep(const Options& options, const CalibrationReport& report) {
   const std::string camera = nameOf(options.outputs.camera);
-  if (good) {
+  if (!report.verdict.good && options.picture.bed.empty() &&
+      report.chosen.accuracy.aroundTarget <= report.tolerance) {
+    return "next: if the bed is smaller than the corrected picture, name it by --bed "
+           "X,Y,WIDTHxHEIGHT; around the target, the error is within the tolerance";
+  }
+  if (report.verdict.good) {
     return "next: fisheye-calibration correct --camera " + camera + " FRAME -o corrected.png";
   }
   return "next: fisheye-calibration calibrate " + nameOf(options.inputs.views.front()) +
@@ -174,7 +190,15 @@ std::string nextStep(const Options& options, bool good) {
 void reportOutcome(const Options& options, const OutputOptions& outputs,
                    const CalibrationReport& report, bool trusted, bool saved,
                    const Streams& streams) {
-  streams.out << "\nResiduals: " << nameOf(outputs.residualPlot) << ", "
+  const CalibrationResult& result = report.chosen.result;
+  streams.out << "\n"
+              << describePicture(result.param, result.corrected,
+                                 shownArea(result.param, result.corrected))
+              << "\n";
+  if (report.seen) {
+    streams.out << describeSeen(*report.seen) << "\n";
+  }
+  streams.out << "Residuals: " << nameOf(outputs.residualPlot) << ", "
               << nameOf(outputs.residualTable) << "\nBed error: " << nameOf(outputs.accuracyMap)
               << "\n";
   if (saved) {
@@ -190,7 +214,7 @@ void reportOutcome(const Options& options, const OutputOptions& outputs,
   }
   streams.out << describeAccuracy(report.chosen.accuracy) << "\n"
               << report.verdict.text << "\n"
-              << nextStep(options, report.verdict.good) << "\n";
+              << nextStep(options, report) << "\n";
 }
 
 int run(const Options& options, const Streams& streams) {
@@ -227,8 +251,9 @@ int run(const Options& options, const Streams& streams) {
                                  .remedies = remedies,
                                  .verdict = verdict,
                                  .tolerance = tolerance,
+                                 .seen = seenOfBed(chosen, request),
                                  .warnings = warnings.texts()};
-  streams.out << describeResult(chosen.result, request.corrected, streams.verbose) << std::flush;
+  streams.out << describeResult(chosen.result, streams.verbose) << std::flush;
   stageReports(files, outputs, inputs, report, trusted);
   if (save) {
     stageCamera(files, outputs.camera, chosen.result.param, notesOf(report));
@@ -246,10 +271,7 @@ Command addCalibrateCommand(CLI::App& app) {
       app.add_subcommand("calibrate", "Calibrate the camera from views of a target");
   addInputOptions(*command, options->inputs);
   addOutputOptions(*command, options->outputs);
-  command
-      ->add_option("--corrected-size", options->correctedSize,
-                   "size of the corrected picture (default: the image size)")
-      ->type_name("WxH");
+  addPictureOptions(*command, options->picture);
   command
       ->add_option("--tolerance", options->tolerance,
                    "largest error on the bed; beyond it nothing is written and the exit code is 1")
@@ -274,7 +296,9 @@ Command addCalibrateCommand(CLI::App& app) {
       "  fisheye-calibration calibrate points.csv --image-size 1920x1208 -o camera.ini\n"
       "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 -o camera.ini\n"
       "  fisheye-calibration calibrate bed.png tilted1.png tilted2.png --chessboard 8x6 --spacing "
-      "39 --tolerance 0.5 -o camera.ini");
+      "39 --tolerance 0.5 -o camera.ini\n"
+      "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 --bed 0,0,400x300 "
+      "--resolution 0.25 -o camera.ini");
   return {command, [options](const Streams& streams) { return run(*options, streams); }};
 }
 

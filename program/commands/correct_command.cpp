@@ -39,8 +39,8 @@ struct Options {
 };
 
 struct Renderer {
-  FishEyeCalibrationParam param{};
-  std::optional<Size> size;  // empty: the frame's own
+  CheckedCamera camera;
+  std::optional<Size> size;  // empty: the one that the camera's file notes, or the frame's own
   double gridSpacing = 0;    // 0: no grid
 };
 
@@ -65,12 +65,13 @@ void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
 
 View render(const Renderer& renderer, const fs::path& path, std::ostream& messages) {
   FrameBuffer frame = toBuffer(readFrame(path, messages));
-  const Size size = renderer.size.value_or(frame.size);
+  const Size size = renderer.size.value_or(renderer.camera.corrected.value_or(frame.size));
   FrameBuffer view = blankBuffer(size, frame.bitCount);
   FrameBuffer mask = blankBuffer(size, 8);
   try {
     if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
-                            renderer.param, view.data(), size.width, size.height, mask.data())) {
+                            renderer.camera.param, view.data(), size.width, size.height,
+                            mask.data())) {
       failJob(nameOf(path) +
               ": the library could not correct the frame; nothing of it but black is left");
     }
@@ -79,7 +80,7 @@ View render(const Renderer& renderer, const fs::path& path, std::ostream& messag
   }
   View result = {.picture = toPicture(view), .mask = toPicture(mask), .frame = frame.size};
   if (renderer.gridSpacing > 0) {
-    const MetricPicture metric = metricPicture(renderer.param, size);
+    const MetricPicture metric = metricPicture(renderer.camera.param, size);
     drawGrid(result.picture, gridOver(metric, renderer.gridSpacing));
   }
   return result;
@@ -93,7 +94,7 @@ Renderer preparedRenderer(const Options& options, std::ostream& messages) {
   if (!options.grid.empty()) {
     renderer.gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
-  renderer.param = loadCheckedCamera(options.camera, options.force, messages);
+  renderer.camera = loadCheckedCamera(options.camera, options.force, messages);
   return renderer;
 }
 
@@ -131,7 +132,7 @@ class Batch {
   void checkSize(const View& view) const {
     const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
     try {
-      requireFittingSize(renderer_.param, options_.camera, rendered, options_.force, messages_);
+      requireFittingSize(renderer_.camera, options_.camera, rendered, options_.force, messages_);
     } catch (const Failure& failure) {
       throw HopelessRun(failure.code(), failure.what());
     }
@@ -212,8 +213,8 @@ Command addCorrectCommand(CLI::App& app) {
       ->required();
   command
       ->add_option("--size", options->size,
-                   "size of the corrected picture: the camera's --corrected-size (default: the "
-                   "frame's size)")
+                   "size of the corrected picture (default: the one that the camera's file notes, "
+                   "otherwise the frame's size)")
       ->type_name("WxH");
   addPath(*command, "--mask", options->mask,
           "write where the picture has content (0) and where not (255); it is the same for all "

@@ -5,6 +5,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/failure.h"
@@ -73,10 +74,13 @@ void checkOutputs(const Options& options, const CameraFiles& left, const CameraF
 }
 
 StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& messages) {
+  FrameBuffer frame = toBuffer(readFrame(files.frame, messages));
+  const CheckedCamera camera = loadCheckedCamera(files.camera, force, messages);
   return {.cameraName = nameOf(files.camera),
           .pointsName = nameOf(files.points),
-          .frame = toBuffer(readFrame(files.frame, messages)),
-          .param = loadCheckedCamera(files.camera, force, messages),
+          .frame = std::move(frame),
+          .param = camera.param,
+          .corrected = camera.corrected,
           .points = readPoints(files.points)};
 }
 

@@ -103,7 +103,11 @@ TEST_F(CalibrateAccuracy, BeyondTheToleranceNothingIsWritten) {
   EXPECT_FALSE(std::filesystem::exists(camera));
   EXPECT_EQ(calibrate({points}, {"--tolerance", "0.001", "--force"}).exitCode, 1);
   EXPECT_TRUE(std::filesystem::exists(camera));
-  const Outcome accepted = calibrate({points}, {"--tolerance", "100"});
+  // Around the target it is good enough, but nothing says that the bed ends there.
+  const Outcome larger = calibrate({points}, {"--tolerance", "100"});
+  EXPECT_EQ(larger.exitCode, 1);
+  EXPECT_THAT(larger.out, HasSubstr("\nnext: if the bed is smaller than the corrected picture"));
+  const Outcome accepted = calibrate({points}, {"--tolerance", "100", "--bed", "0,0,240x180"});
   EXPECT_EQ(accepted.exitCode, 0) << accepted.err;
   EXPECT_THAT(accepted.out, HasSubstr("\ngood for 100 mm work\n"));
 }
