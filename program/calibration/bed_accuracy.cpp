@@ -65,6 +65,15 @@ cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& correcte
   return {first, last};
 }
 
+BedAccuracy unknownAccuracy(const cv::Rect2d& target) {
+  constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+  BedAccuracy accuracy;
+  accuracy.grid = gridOver(target, kBedCells);
+  accuracy.errors.assign(accuracy.grid.points().size(), kUnknown);
+  accuracy.insideTarget = accuracy.aroundTarget = accuracy.onBed = kUnknown;
+  return accuracy;
+}
+
 JudgedBed judgedBed(const CalibrationResult& result) {
   JudgedBed bed;
   bed.grid = gridOver(shownArea(result.param, result.corrected), kBedCells);

@@ -29,6 +29,9 @@ cv::Rect2d targetBox(const std::vector<CalibrationPoint>& points);
 // pixel edge.
 cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& corrected);
 
+// Of a record that nothing can be judged against: NaN everywhere.
+BedAccuracy unknownAccuracy(const cv::Rect2d& target);
+
 // The part of the bed on which calibrations are judged.
 struct JudgedBed {
   BedGrid grid;

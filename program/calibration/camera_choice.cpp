@@ -73,6 +73,14 @@ CalibrationResult solveByLibrary(const TargetView& view, const std::vector<std::
 
 ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
                           const RobustRequest& request, double tolerance) {
+  if (!isSolved(robust)) {
+    ChosenCamera library{.fromLibrary = true};
+    library.result = withChosenPicture(request.picture, request.image, [&](const Size& corrected) {
+      return solveByLibrary(request.views[request.bedView], {}, request.image, corrected);
+    });
+    library.accuracy = unknownAccuracy(targetBox(library.result.points));
+    return library;
+  }
   const JudgedBed bed = judgedBed(robust.result);
   ChosenCamera chosen{.result = robust.result,
                       .accuracy = judged(robust.result.param, robust, request, bed)};

@@ -40,6 +40,14 @@ struct RobustCamera {
 // Fails as a job, naming the view, if the solver refuses.
 RobustCamera solveRobustly(const RobustRequest& request);
 
+// What stands for the robust camera where another solver's is used after a refusal: no camera and
+// no covariance, and all points and views in use.
+RobustCamera unsolvedCamera(const RobustRequest& request);
+
+inline bool isSolved(const RobustCamera& camera) {
+  return camera.solved.status == robust::RobustStatus::kSolved;
+}
+
 // Why the solver refused: "board.png: more than a fifth of the points contradict the others".
 std::string refusalText(const robust::RobustCalibration& solved,
                         const std::vector<TargetView>& views);

@@ -28,6 +28,7 @@
 #include "reports/calibration_json.h"
 #include "reports/calibration_report.h"
 #include "reports/picture_report.h"
+#include "robust/robust_input.h"
 #include "single/record.h"
 
 namespace fisheye_calibration::program {
@@ -72,6 +73,9 @@ robust::HeldLens lensOf(const std::filesystem::path& path, Warnings& warnings) {
   robust::HeldLens lens{single::rawCamera(file.param), cv::Matx66d::zeros()};
   if (const auto covariance = loadNotes(path).lensCovariance) {
     std::copy(covariance->begin(), covariance->end(), lens.covariance.val);
+    if (!robust::isCovariance(lens.covariance)) {
+      failBadInput("--lens: " + nameOf(path) + ": LensCovariance is not a covariance");
+    }
   } else {
     warnings.add(nameOf(path) + " does not say how accurate its lens is; it counts as exact");
   }
@@ -104,6 +108,19 @@ void warnOfPoints(const CalibrationInputs& inputs, SolverChoice solver, Warnings
       }
       warnings.add(prefix + finding.text);
     }
+  }
+}
+
+// With --solver library a refusal of the robust solver costs the accuracy only.
+RobustCamera solve(const RobustRequest& request, SolverChoice solver, Warnings& warnings) {
+  try {
+    return solveRobustly(request);
+  } catch (const Failure& refusal) {
+    if (solver != SolverChoice::kLibrary) {
+      throw;
+    }
+    warnings.add(std::string("no accuracy can be computed: ") + refusal.what());
+    return unsolvedCamera(request);
   }
 }
 
@@ -145,12 +162,15 @@ std::optional<SeenShares> seenOfBed(const ChosenCamera& chosen, const RobustRequ
 }
 
 CameraNotes notesOf(const CalibrationReport& report) {
-  const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
-  return {.image = report.request.image,
-          .corrected = report.chosen.result.corrected,
-          .insideTarget = report.chosen.accuracy.insideTarget,
-          .onBed = report.chosen.accuracy.onBed,
-          .lensCovariance = std::vector<double>(lens.val, lens.val + 36)};
+  CameraNotes notes{.image = report.request.image,
+                    .corrected = report.chosen.result.corrected,
+                    .insideTarget = report.chosen.accuracy.insideTarget,
+                    .onBed = report.chosen.accuracy.onBed};
+  if (isSolved(report.robust)) {
+    const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
+    notes.lensCovariance = std::vector<double>(lens.val, lens.val + 36);
+  }
+  return notes;
 }
 
 std::string nextStep(const Options& options, const CalibrationReport& report) {
@@ -214,7 +234,7 @@ int run(const Options& options, const Streams& streams) {
   warnOfPoints(inputs, options.solver, warnings);
   streams.progress << "solving with " << inputs.views[inputs.bedView].points.size() << " points ..."
                    << std::endl;
-  const RobustCamera robust = solveRobustly(request);
+  const RobustCamera robust = solve(request, options.solver, warnings);
   warnOfWrongOnes(robust, request, warnings);
   const ChosenCamera chosen = chooseCamera(options.solver, robust, request, tolerance);
   const bool trusted = checkChosen(chosen, request, warnings);

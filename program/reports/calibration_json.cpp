@@ -100,7 +100,7 @@ std::string formatJson(const CalibrationReport& report) {
                      {"reason", report.chosen.reason},
                      {"camera", recordOf(report.chosen.result.param)},
                      {"rms", number(report.chosen.result.rms)},
-                     {"noise", number(report.robust.solved.noise)},
+                     {"noise", number(report.robust.solved.noiseSigma)},
                      {"leavesOutWrong", !report.request.keepAll},
                      {"views", viewsOf(report)},
                      {"residuals", residualsOf(report.chosen.result.points)},
