@@ -13,7 +13,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr int kBedCells = 48;
+constexpr int kBedCells = 96;
 constexpr int kTargetCells = 16;
 constexpr double kAround = 1.5;  // of the target's box
 
@@ -23,11 +23,6 @@ cv::Rect2d scaledAboutCentre(const cv::Rect2d& area, double factor) {
   return {centre - cv::Point2d(size.width, size.height) / 2, size};
 }
 
-bool isInside(const cv::Point2f& raw, const Size& image) {
-  return raw.x >= -0.5f && raw.y >= -0.5f && raw.x <= static_cast<float>(image.width) - 0.5f &&
-         raw.y <= static_cast<float>(image.height) - 0.5f;
-}
-
 std::vector<double> errorsAt(const robust::BedView& robust, const FishEyeCalibrationParam& record,
                              const Size& image, const BedGrid& grid) {
   const std::vector<cv::Point2d> points = grid.points();
@@ -35,7 +30,7 @@ std::vector<double> errorsAt(const robust::BedView& robust, const FishEyeCalibra
   std::vector<double> errors =
       robust::judgedBedErrors(robust, single::rawCamera(record), pose, points);
   for (std::size_t i = 0; i < points.size(); ++i) {
-    if (!isInside(rawPosition(record, points[i]), image)) {
+    if (!isInPicture(rawPosition(record, points[i]), image)) {
       errors[i] = std::numeric_limits<double>::quiet_NaN();
     }
   }

@@ -102,13 +102,16 @@ ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
     chosen.reason = failure.what();
     return chosen;
   }
-  library.accuracy = judged(library.result.param, robust, request, bed);
+  // Both are compared where the robust camera's picture shows the bed, and each is reported where
+  // its own does.
+  const BedAccuracy compared = judged(library.result.param, robust, request, bed);
+  library.accuracy = judged(library.result.param, robust, request, judgedBed(library.result));
   if (choice == SolverChoice::kLibrary) {
     return library;
   }
   const Findings findings = checkResult(library.result, request.image);
   const double limit = std::max(kMuchWorse * chosen.accuracy.onBed, tolerance);
-  if (anyImpossible(findings) || missesAny(library.accuracy, chosen.accuracy)) {
+  if (anyImpossible(findings) || missesAny(compared, chosen.accuracy)) {
     chosen.reason =
         "SingleCamCalibration diverges with these points; the camera is the robust "
         "solver's";
@@ -120,9 +123,8 @@ ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
         "is the robust solver's";
     return chosen;
   }
-  if (!(library.accuracy.onBed <= limit)) {
-    chosen.reason = "SingleCamCalibration's camera may be off by " +
-                    roundedToTwo(library.accuracy.onBed) +
+  if (!(compared.onBed <= limit)) {
+    chosen.reason = "SingleCamCalibration's camera may be off by " + roundedToTwo(compared.onBed) +
                     " mm on the bed; the camera is the robust "
                     "solver's";
     return chosen;

@@ -16,9 +16,10 @@ namespace {
 
 constexpr double kThousandths = 1000;    // per world unit
 constexpr double kWhole = 1e-3;          // pixels: a size that close to a whole number is one
-constexpr double kSmallestPixel = 1e-4;  // world units
+constexpr double kSmallestPixel = 1e-3;  // world units; finer ones drown in the rounding of floats
 constexpr double kMostTimes = 2;         // the raw picture's columns or rows
 constexpr double kMostTimesOfBed = 4;    // the same, for a wished rectangle
+constexpr double kMostExtra = 1.25;      // of the pixels, for whole numbers of them
 constexpr double kRim = 2;               // pixels around what is to be seen
 constexpr int kMultiple = 4;             // of the sides, so that rows of 24 bits stay aligned
 constexpr std::int64_t kMostPixels = (std::int64_t{1} << 31) / 4 - 1;  // 32 bits each
@@ -113,28 +114,28 @@ void choosePicture(const Size& image, const std::function<CalibrationResult(cons
 }
 
 // The largest whole part of the length, in thousandths of the unit, that is not above `pixel` and
-// has no more than six decimals; nothing if that is below half of `pixel`.
+// has no more than six decimals; nothing if that takes kMostExtra times as many pixels.
 std::optional<double> exactPart(std::int64_t thousandths, double pixel) {
   const double length = static_cast<double>(thousandths) / kThousandths;
-  const auto fewest = static_cast<std::int64_t>(std::ceil(length / pixel));
-  for (std::int64_t parts = fewest; static_cast<double>(parts) * pixel <= 2 * length; ++parts) {
-    if (1000 * thousandths % parts == 0) {
-      return length / static_cast<double>(parts);
+  const double fewest = std::ceil(length / pixel - kWhole);
+  for (double parts = fewest; parts <= kMostExtra * length / pixel; ++parts) {
+    if (1000 * thousandths % static_cast<std::int64_t>(parts) == 0) {
+      return length / parts;
     }
   }
   return std::nullopt;
 }
 
-// The resolution for a wished rectangle: as fine as around the axis, and fine enough that the
-// picture can show all that is seen of the rectangle, though not with more than kMostTimesOfBed
-// the raw picture's columns or rows.
+// The resolution for a wished rectangle: as fine as the raw picture where that is sharpest, and
+// fine enough that the picture can show all that is seen of the rectangle, though not with much
+// more than kMostTimesOfBed the raw picture's columns or rows.
 double resolutionFor(const cv::Rect2d& bed, const Size& image, const CalibrationResult& result) {
   const std::vector<cv::Point2d> seen = seenPoints(result.param, image, bed);
   const cv::Point2d sides = sidesFor(reachFromAxis(result.param, seen), {}, image);
-  const double finest = std::max(bed.width / (kMostTimesOfBed * image.width),
-                                 bed.height / (kMostTimesOfBed * image.height));
-  const double needed = std::min(
-      {static_cast<double>(result.param.Pixel), bed.width / sides.x, bed.height / sides.y});
+  const double finest = std::max({bed.width / (kMostTimesOfBed * image.width),
+                                  bed.height / (kMostTimesOfBed * image.height), kSmallestPixel});
+  const double needed =
+      std::min({1 / bestSharpness(result.param, image), bed.width / sides.x, bed.height / sides.y});
   return chosenResolution(bed, std::max(needed, finest));
 }
 
@@ -142,14 +143,14 @@ void showBed(const PictureWish& wish, const Size& image, CalibrationResult& resu
   const cv::Rect2d& bed = *wish.bed;
   double resolution = wish.resolution;
   if (resolution == 0) {
-    if (!(result.param.Pixel > 0)) {
-      return;
-    }
     resolution = resolutionFor(bed, image, result);
+  }
+  if (resolution < kSmallestPixel) {
+    failBadInput("--resolution: at least " + general(kSmallestPixel, 3));
   }
   const double width = bed.width / resolution;
   const double height = bed.height / resolution;
-  if (isTooLarge(width, height) || !(resolution >= kSmallestPixel)) {
+  if (isTooLarge(width, height)) {
     failBadInput("--bed: the corrected picture would have " + general(width, 6) + "x" +
                  general(height, 6) + " pixels; give a coarser --resolution");
   }

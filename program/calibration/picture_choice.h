@@ -34,7 +34,7 @@ bool showsTarget(const CalibrationResult& result);
 
 // World units per pixel for a picture of the rectangle: the largest value not above `pixel`, of six
 // decimals as parameter files keep them, with which width and height are whole numbers of pixels.
-// If there is none above half of `pixel`, the same for the width alone, if there is one.
+// If that is too fine, the same for the width alone, if there is one.
 double chosenResolution(const cv::Rect2d& bed, double pixel);
 
 // The size of a picture of the rectangle. A fraction of a pixel counts as a whole one.

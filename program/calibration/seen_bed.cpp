@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "geometry/bed_grid.h"
+#include "geometry/conversions.h"
+#include "geometry/second_view.h"
 #include "lens/rotation.h"
 #include "robust/viewing_ray.h"
 #include "single/record.h"
@@ -32,16 +34,21 @@ struct Overhead {
     return lens::projectPoint(camera, R, pose.T, {bed.x, bed.y, 0});
   }
 
+  // Whether the picture without distortion shows the point.
+  bool canShow(const Size& corrected, cv::Point2d bed) const {
+    const cv::Point2f centre = renderedCentreOf(corrected);
+    const lens::Camera pinhole{
+        camera.fx, camera.fy,   static_cast<double>(centre.x), static_cast<double>(centre.y), 0,
+        0,         camera.alpha};
+    return inCamera(bed)[2] > 0 &&
+           isInPicture(lens::projectPinhole(pinhole, R, pose.T, {bed.x, bed.y, 0}), corrected);
+  }
+
   lens::Camera camera;
   lens::Pose pose;
   cv::Matx33d R;
   double turn;  // the largest angle off the axis, radians
 };
-
-bool isInside(cv::Point2d raw, const Size& image) {
-  return raw.x >= -0.5 && raw.y >= -0.5 && raw.x <= image.width - 0.5 &&
-         raw.y <= image.height - 0.5;
-}
 
 // The smaller singular value of [a b; c d].
 double smallerSingularValue(double a, double b, double c, double d) {
@@ -51,7 +58,7 @@ double smallerSingularValue(double a, double b, double c, double d) {
 double sharpnessAt(const Overhead& overhead, const Size& image, cv::Point2d bed) {
   const cv::Vec3d Y = overhead.inCamera(bed);
   if (!(Y[2] > 0) || std::atan2(std::hypot(Y[0], Y[1]), Y[2]) >= overhead.turn ||
-      !isInside(overhead.raw(bed), image)) {
+      !isInPicture(overhead.raw(bed), image)) {
     return 0;
   }
   const double step = kStep * cv::norm(Y);
@@ -95,7 +102,19 @@ std::vector<SharpPoint> pointsSeen(const Overhead& overhead, const Size& image) 
   return points;
 }
 
+double sharpestOf(const std::vector<SharpPoint>& points) {
+  double best = 0;
+  for (const SharpPoint& point : points) {
+    best = std::max(best, point.sharpness);
+  }
+  return best;
+}
+
 }  // namespace
+
+double bestSharpness(const FishEyeCalibrationParam& record, const Size& image) {
+  return sharpestOf(pointsSeen(Overhead(record), image));
+}
 
 double sharpnessAt(const FishEyeCalibrationParam& record, const Size& image, cv::Point2d bed) {
   return sharpnessAt(Overhead(record), image, bed);
@@ -119,31 +138,28 @@ cv::Point2d reachFromAxis(const FishEyeCalibrationParam& record,
 }
 
 bool canShow(const FishEyeCalibrationParam& record, const Size& corrected, cv::Point2d bed) {
-  const cv::Point2d reach = reachFromAxis(record, {bed});
-  return reach.x <= corrected.width * 0.5 - 0.5 && reach.y <= corrected.height * 0.5 - 0.5;
+  return Overhead(record).canShow(corrected, bed);
 }
 
 SeenShares seenShares(const FishEyeCalibrationParam& record, const Size& image,
                       const Size& corrected, const cv::Rect2d& area) {
   const Overhead overhead(record);
+  const double limit = kUsefulSharpness * sharpestOf(pointsSeen(overhead, image));
   const std::vector<cv::Point2d> cells = cellsOf(area);
-  std::vector<double> shown;  // sharpness
-  std::size_t leftOut = 0;
+  SeenShares shares;
   for (const cv::Point2d& cell : cells) {
     const double sharpness = sharpnessAt(overhead, image, cell);
-    if (sharpness > 0 && canShow(record, corrected, cell)) {
-      shown.push_back(sharpness);
-    } else if (sharpness > 0) {
-      ++leftOut;
+    const double share = 1 / static_cast<double>(cells.size());
+    if (!(sharpness > 0)) {
+      shares.unseen += share;
+      shares.behind += overhead.inCamera(cell)[2] > 0 ? 0 : share;
+    } else if (!overhead.canShow(corrected, cell)) {
+      shares.leftOut += share;
+    } else if (sharpness < limit) {
+      shares.blurred += share;
     }
   }
-  const double best = shown.empty() ? 0 : *std::max_element(shown.begin(), shown.end());
-  const auto blurred = std::count_if(shown.begin(), shown.end(),
-                                     [&](double s) { return s < kUsefulSharpness * best; });
-  const auto all = static_cast<double>(cells.size());
-  return {.unseen = static_cast<double>(cells.size() - shown.size() - leftOut) / all,
-          .leftOut = static_cast<double>(leftOut) / all,
-          .blurred = static_cast<double>(blurred) / all};
+  return shares;
 }
 
 std::vector<cv::Point2d> seenPoints(const FishEyeCalibrationParam& record, const Size& image,
@@ -160,10 +176,7 @@ std::vector<cv::Point2d> seenPoints(const FishEyeCalibrationParam& record, const
 
 std::vector<cv::Point2d> usefulPoints(const FishEyeCalibrationParam& record, const Size& image) {
   const std::vector<SharpPoint> points = pointsSeen(Overhead(record), image);
-  double best = 0;
-  for (const SharpPoint& point : points) {
-    best = std::max(best, point.sharpness);
-  }
+  const double best = sharpestOf(points);
   std::vector<cv::Point2d> useful;
   for (const SharpPoint& point : points) {
     if (point.sharpness > 0 && point.sharpness >= kUsefulSharpness * best) {

@@ -18,10 +18,13 @@ constexpr double kUsefulSharpness = 1.0 / 3;
 // show the point.
 double sharpnessAt(const FishEyeCalibrationParam& record, const Size& image, cv::Point2d bed);
 
+// The largest sharpness in the raw picture; 0 if it does not show the bed.
+double bestSharpness(const FishEyeCalibrationParam& record, const Size& image);
+
 // The library renders through an intermediate picture without distortion, of the corrected
-// picture's own size around the optical axis. What that one leaves out is black. This is how far
-// the points reach in it from the axis along x and y, pixels; infinite for points that are not in
-// front of the camera.
+// picture's own size around the optical axis. Of what lies before the camera, it leaves out what
+// that one does. This is how far the points reach in it from the axis along x and y, pixels;
+// infinite for points that are not before the camera.
 cv::Point2d reachFromAxis(const FishEyeCalibrationParam& record,
                           const std::vector<cv::Point2d>& bed);
 
@@ -31,8 +34,10 @@ bool canShow(const FishEyeCalibrationParam& record, const Size& corrected, cv::P
 // Shares of an area of the bed, 0 ... 1.
 struct SeenShares {
   double unseen = 0;   // not in the raw picture
+  double behind = 0;   // of that, behind the camera, where the corrected picture shows nonsense
   double leftOut = 0;  // seen, but beyond what a corrected picture of this size can show
-  double blurred = 0;  // shown with less than kUsefulSharpness of the best within the area
+  double blurred = 0;  // shown with less than kUsefulSharpness of the best in the raw picture
+  bool nothingShown() const { return unseen + leftOut >= 1; }
 };
 SeenShares seenShares(const FishEyeCalibrationParam& record, const Size& image,
                       const Size& corrected, const cv::Rect2d& area);

@@ -13,6 +13,16 @@
 #include "geometry/second_view.h"
 
 namespace fisheye_calibration::program {
+namespace {
+
+void refuse(const std::string& complaint, bool force, std::ostream& messages) {
+  if (!force) {
+    failBadInput(complaint + " (--force goes on all the same)");
+  }
+  messages << "warning: " << complaint << "\n";
+}
+
+}  // namespace
 
 CheckedCamera loadCheckedCamera(const std::filesystem::path& path, bool force,
                                 std::ostream& messages) {
@@ -28,27 +38,31 @@ CheckedCamera loadCheckedCamera(const std::filesystem::path& path, bool force,
     }
   }
   reportImpossible(impossible, name, force, messages);
-  CheckedCamera checked{.param = camera.param, .corrected = loadNotes(path).corrected};
-  if (checked.corrected && !sizeComplaint(camera.param, std::nullopt, *checked.corrected).empty()) {
-    messages << "warning: " << name << ": it notes a corrected picture of "
-             << sizeText(*checked.corrected)
-             << ", to which its record does not belong; the note is ignored\n";
-    checked.corrected.reset();
+  const CameraNotes notes = loadNotes(path);
+  if (notes.outdated) {
+    messages << "warning: " << name
+             << ": its record has been replaced since the program noted the sizes and the accuracy "
+                "of another one; the notes are ignored\n";
   }
-  return checked;
+  return {.param = camera.param, .image = notes.image, .corrected = notes.corrected};
+}
+
+void requireFrameSize(const CheckedCamera& loaded, const std::filesystem::path& camera,
+                      const std::string& frame, const Size& size, bool force,
+                      std::ostream& messages) {
+  if (loaded.image && *loaded.image != size) {
+    refuse(frame + ": " + sizeText(size) + " pixels, but " + nameOf(camera) +
+               " was calibrated with " + sizeText(*loaded.image),
+           force, messages);
+  }
 }
 
 void requireFittingSize(const CheckedCamera& loaded, const std::filesystem::path& camera,
                         const Size& size, bool force, std::ostream& messages) {
   const std::string complaint = sizeComplaint(loaded.param, loaded.corrected, size);
-  if (complaint.empty()) {
-    return;
+  if (!complaint.empty()) {
+    refuse(nameOf(camera) + ": " + complaint, force, messages);
   }
-  const std::string text = nameOf(camera) + ": " + complaint;
-  if (!force) {
-    failBadInput(text + " (--force goes on all the same)");
-  }
-  messages << "warning: " << text << "\n";
 }
 
 }  // namespace fisheye_calibration::program

@@ -15,11 +15,10 @@
 #include "base/file_path.h"
 #include "calibration/camera_choice.h"
 #include "calibration/remedy.h"
-#include "checks/input_checks.h"
 #include "checks/record_checks.h"
-#include "checks/result_checks.h"
 #include "commands/calibration_inputs.h"
 #include "commands/calibration_outputs.h"
+#include "commands/calibration_warnings.h"
 #include "commands/option_values.h"
 #include "commands/picture_options.h"
 #include "files/camera_file.h"
@@ -43,23 +42,6 @@ struct Options {
   SolverChoice solver = SolverChoice::kAuto;
   bool keepAll = false;
   bool force = false;
-};
-
-// Warnings go to the user at once and are collected for the JSON file.
-class Warnings {
- public:
-  explicit Warnings(std::ostream& messages) : messages_(messages) {}
-
-  void add(const std::string& text, const char* severity = "warning") {
-    messages_ << severity << ": " << text << "\n";
-    texts_.push_back(text);
-  }
-
-  const std::vector<std::string>& texts() const { return texts_; }
-
- private:
-  std::ostream& messages_;
-  std::vector<std::string> texts_;
 };
 
 // The lens of a camera file, with the covariance that the program noted there.
@@ -93,24 +75,6 @@ RobustRequest requestOf(const Options& options, const CalibrationInputs& inputs,
       .keepAll = options.keepAll};
 }
 
-// Fails as bad input if the points cannot be used.
-void warnOfPoints(const CalibrationInputs& inputs, SolverChoice solver, Warnings& warnings) {
-  for (const TargetView& view : inputs.views) {
-    const std::string prefix = inputs.views.size() == 1 ? "" : view.name + ": ";
-    Findings findings = checkInput(view.points, inputs.image);
-    if (solver == SolverChoice::kLibrary) {
-      const Findings ofReach = checkReach(view.points, inputs.image);
-      findings.insert(findings.end(), ofReach.begin(), ofReach.end());
-    }
-    for (const Finding& finding : findings) {
-      if (finding.severity == Severity::kImpossible) {
-        failBadInput(prefix + finding.text);
-      }
-      warnings.add(prefix + finding.text);
-    }
-  }
-}
-
 // With --solver library a refusal of the robust solver costs the accuracy only.
 RobustCamera solve(const RobustRequest& request, SolverChoice solver, Warnings& warnings) {
   try {
@@ -122,35 +86,6 @@ RobustCamera solve(const RobustRequest& request, SolverChoice solver, Warnings& 
     warnings.add(std::string("no accuracy can be computed: ") + refusal.what());
     return unsolvedCamera(request);
   }
-}
-
-// Names the points and views that contradict the others.
-void warnOfWrongOnes(const RobustCamera& robust, const RobustRequest& request, Warnings& warnings) {
-  const char* const what = request.keepAll ? " (used all the same)" : " (left out)";
-  for (std::size_t j = 0; j < request.views.size(); ++j) {
-    const std::vector<int> ids = wrongIds(robust.solved, request.views, j);
-    if (!ids.empty()) {
-      warnings.add(request.views[j].name + ": " + namedPoints(ids) +
-                   (ids.size() == 1 ? " contradicts" : " contradict") + " the other points" + what);
-    }
-  }
-  for (const std::size_t j : robust.solved.wrongViews) {
-    warnings.add(request.views[j].name + " contradicts the other views" + what);
-  }
-}
-
-// Whether the record that was chosen can be trusted.
-bool checkChosen(const ChosenCamera& chosen, const RobustRequest& request, Warnings& warnings) {
-  const Findings findings = checkResult(chosen.result, request.image);
-  for (const Finding& finding : findings) {
-    const bool impossible = finding.severity == Severity::kImpossible;
-    warnings.add(finding.text, impossible ? "not to be trusted" : "warning");
-  }
-  const PictureWish& wish = request.picture;
-  if (!wish.size && !wish.bed && !showsTarget(chosen.result)) {
-    warnings.add("the corrected picture does not show the whole target");
-  }
-  return !anyImpossible(findings);
 }
 
 std::optional<SeenShares> seenOfBed(const ChosenCamera& chosen, const RobustRequest& request) {
@@ -195,8 +130,8 @@ void reportOutcome(const Options& options, const OutputOptions& outputs,
               << describePicture(result.param, result.corrected,
                                  shownArea(result.param, result.corrected))
               << "\n";
-  if (report.seen) {
-    streams.out << describeSeen(*report.seen) << "\n";
+  if (report.seen && describeMissing(*report.seen).empty()) {
+    streams.out << "The whole bed is seen, all of it with at least a third of the best sharpness\n";
   }
   streams.out << "Residuals: " << nameOf(outputs.residualPlot) << ", "
               << nameOf(outputs.residualTable) << "\nBed error: " << nameOf(outputs.accuracyMap)
@@ -238,6 +173,10 @@ int run(const Options& options, const Streams& streams) {
   warnOfWrongOnes(robust, request, warnings);
   const ChosenCamera chosen = chooseCamera(options.solver, robust, request, tolerance);
   const bool trusted = checkChosen(chosen, request, warnings);
+  const std::optional<SeenShares> seen = seenOfBed(chosen, request);
+  if (seen) {
+    warnOfBed(*seen, warnings);
+  }
   const std::vector<Remedy> remedies = remediesFor(robust, request, chosen.accuracy);
   const cv::Rect2d target = targetBox(chosen.result.points);
   const Verdict verdict =
@@ -251,7 +190,7 @@ int run(const Options& options, const Streams& streams) {
                                  .remedies = remedies,
                                  .verdict = verdict,
                                  .tolerance = tolerance,
-                                 .seen = seenOfBed(chosen, request),
+                                 .seen = seen,
                                  .warnings = warnings.texts()};
   streams.out << describeResult(chosen.result, streams.verbose) << std::flush;
   stageReports(files, outputs, inputs, report, trusted);

@@ -127,7 +127,7 @@ class Batch {
     }
     OutputFiles files;
     if (isFirst) {
-      checkSize(view);
+      checkSizes(view, nameOf(job.frame));
       if (!options_.mask.empty()) {
         stagePicture(files, options_.mask, view.mask);
       }
@@ -137,9 +137,11 @@ class Batch {
     first_ = view.frame;
   }
 
-  void checkSize(const View& view) const {
+  void checkSizes(const View& view, const std::string& frame) const {
     const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
     try {
+      requireFrameSize(renderer_.camera, options_.camera, frame, view.frame, options_.force,
+                       messages_);
       requireFittingSize(renderer_.camera, options_.camera, rendered, options_.force, messages_);
     } catch (const Failure& failure) {
       throw HopelessRun(failure.code(), failure.what());

@@ -24,6 +24,9 @@ struct Options {
 
 // What `calibrate` noted along with the record, if anything.
 std::string describeNotes(const CameraNotes& notes) {
+  if (notes.outdated) {
+    return "The program's notes in it are about another record\n";
+  }
   std::string text;
   if (notes.corrected) {
     text += "Made for a corrected picture of " + sizeText(*notes.corrected) + "\n";

@@ -77,6 +77,7 @@ void checkOutputs(const Options& options, const CameraFiles& left, const CameraF
 StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& messages) {
   FrameBuffer frame = toBuffer(readFrame(files.frame, messages));
   const CheckedCamera camera = loadCheckedCamera(files.camera, force, messages);
+  requireFrameSize(camera, files.camera, nameOf(files.frame), frame.size, force, messages);
   return {.cameraName = nameOf(files.camera),
           .pointsName = nameOf(files.points),
           .frame = std::move(frame),

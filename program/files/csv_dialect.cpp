@@ -8,18 +8,26 @@ namespace fisheye_calibration::program {
 
 char separatorOf(std::string_view line) {
   bool quoted = false;
-  char before = '\0';  // the last character that is no blank
-  bool tab = false;
+  bool tab = false;         // one between two values
+  bool tabPending = false;  // one after a value
+  bool afterComma = true;   // or at the start
   for (const char c : line) {
     quoted = quoted != (c == '"');
-    if (quoted || c == ' ' || c == '\r') {
+    if (quoted) {
       continue;
     }
     if (c == ';') {
       return ';';
     }
-    tab = tab || (c == '\t' && before != ',');
-    before = c == '\t' ? before : c;
+    if (c == '\t') {
+      tabPending = !afterComma;
+    } else if (c == ',') {
+      afterComma = true;
+      tabPending = false;
+    } else if (c != ' ' && c != '\r') {
+      tab = tab || tabPending;
+      tabPending = afterComma = false;
+    }
   }
   return tab ? '\t' : ',';
 }

@@ -15,8 +15,8 @@ struct CsvValue {
 };
 
 // The separator of the values in the line, outside quotation marks: a semicolon if there is one,
-// otherwise a tab if there is one, but not one next to a comma, where it is a blank; otherwise a
-// comma.
+// otherwise a tab if there is one, but not next to a comma or the end, where it is a blank;
+// otherwise a comma.
 char separatorOf(std::string_view line);
 
 // A value in double quotation marks may contain the separator, and "" for a quotation mark.

@@ -54,6 +54,7 @@ Json bedOf(const CalibrationReport& report) {
           {"width", number(bed.width)},
           {"height", number(bed.height)},
           {"unseen", number(report.seen->unseen)},
+          {"behind", number(report.seen->behind)},
           {"leftOut", number(report.seen->leftOut)},
           {"blurred", number(report.seen->blurred)}};
 }

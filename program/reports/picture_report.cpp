@@ -9,7 +9,7 @@ namespace {
 
 std::string coordinate(double value) { return general(value + 0.0, 6); }
 
-// At least 1 % if there is anything.
+// Whole percents, "less than 1 %" for anything smaller.
 std::string percent(double share) {
   return share > 0 && share < 0.01 ? "less than 1 %" : fixed(100 * share, 0) + " %";
 }
@@ -24,7 +24,7 @@ std::string describePicture(const FishEyeCalibrationParam& record, const Size& c
          " mm a pixel";
 }
 
-std::string describeSeen(const SeenShares& shares) {
+std::string describeMissing(const SeenShares& shares) {
   std::vector<std::string> parts;
   const auto add = [&](double share, const char* text) {
     if (share > 0) {
@@ -32,12 +32,10 @@ std::string describeSeen(const SeenShares& shares) {
     }
   };
   add(shares.unseen, " is not seen");
+  add(shares.behind, " lies behind the camera, where the corrected picture shows something else");
   add(shares.leftOut, " is beyond the corrected picture's reach (a finer --resolution shows more)");
-  add(shares.blurred, " is seen with less than a third of the sharpness");
-  if (parts.empty()) {
-    return "The whole bed is seen, all of it with at least a third of the sharpness";
-  }
-  return "Of the bed, " + joined(parts, ", ");
+  add(shares.blurred, " is seen with less than a third of the best sharpness");
+  return joined(parts, ", ");
 }
 
 }  // namespace fisheye_calibration::program

@@ -14,8 +14,8 @@ namespace fisheye_calibration::program {
 std::string describePicture(const FishEyeCalibrationParam& record, const Size& corrected,
                             const cv::Rect2d& shown);
 
-// What is missing of the wanted part of the bed: "Of the bed, 3 % is not seen, 12 % is seen with
-// less than a third of the sharpness".
-std::string describeSeen(const SeenShares& shares);
+// What is missing of the wanted part of the bed: "3 % is not seen, 12 % is seen with less than a
+// third of the best sharpness"; empty if nothing is.
+std::string describeMissing(const SeenShares& shares);
 
 }  // namespace fisheye_calibration::program

@@ -66,6 +66,8 @@ TEST(PictureChoice, AFarTargetIsShownAllTheSame) {
         secondCorrectedPosition(result.param, bedPosition(point), centreOf(result.corrected));
     EXPECT_GE(at.x, 0);
     EXPECT_LT(at.x, static_cast<float>(result.corrected.width));
+    EXPECT_GE(at.y, 0);
+    EXPECT_LT(at.y, static_cast<float>(result.corrected.height));
   }
 }
 
@@ -88,11 +90,16 @@ TEST(PictureChoice, AFractionOfAPixelCountsAsOne) {
 }
 
 TEST(PictureChoice, TheChosenResolutionDividesBothSides) {
-  // 100 mm into 250 parts is 0.4; 300 and 200 into 242 would not end after six decimals.
+  // 100 mm into 250 parts is 0.4; into 244 it would not end after six decimals.
   EXPECT_DOUBLE_EQ(chosenResolution({0, 0, 300, 200}, 0.41), 0.4);
-  EXPECT_DOUBLE_EQ(chosenResolution({0, 0, 300.5, 200}, 0.41), 0.25);  // of 0.5
-  // Sides without a common divisor of that size: the width alone.
+  EXPECT_DOUBLE_EQ(chosenResolution({0, 0, 300.5, 200}, 0.26), 0.25);  // half of 0.5
+  EXPECT_DOUBLE_EQ(chosenResolution({0, 0, 300, 200}, 0.5), 0.5);
+  // Half of 0.5 would be too fine, and so would be parts of 0.001: the width alone.
   EXPECT_DOUBLE_EQ(chosenResolution({0, 0, 100, 33.333}, 0.41), 0.4);
+  const double coarse = chosenResolution({0, 0, 300.5, 200}, 0.41);
+  EXPECT_LE(coarse, 0.41);
+  EXPECT_GE(coarse, 0.41 / 1.25);
+  EXPECT_NEAR(300.5 / coarse, std::round(300.5 / coarse), 1e-9);
 }
 
 TEST(PictureChoice, WithoutAResolutionThePictureIsFineEnoughToShowTheBed) {

@@ -61,6 +61,34 @@ TEST(SeenBed, SharesCountTheAreaOfWhatIsMissing) {
   EXPECT_NEAR(high.unseen, (600 - 437.6) / 600, 1.0 / 64);
 }
 
+// A camera that looks along the bed at 45 degrees: the part behind its plane is not seen.
+TEST(SeenBed, WhatLiesBehindTheCameraIsCountedApart) {
+  FishEyeCalibrationParam param = equidistant();
+  // R turns about x by 45 degrees: z = (Y + 170)/sqrt(2) is 0 at Y = -170.
+  param.Rx = static_cast<float>(0.25 * 3.14159265358979);
+  param.Tx = 0;
+  param.Ty = static_cast<float>(-170 / std::sqrt(2));
+  param.Tz = static_cast<float>(170 / std::sqrt(2));
+  const SeenShares shares = seenShares(param, kImage, {4000, 4000}, {-10, -400, 20, 800});
+  EXPECT_NEAR(shares.behind, 230.0 / 800, 1.0 / 64);
+  EXPECT_GE(shares.unseen, shares.behind);
+}
+
+// Sharpness is compared with the best of the raw picture, which lies on the axis.
+TEST(SeenBed, ABlurredRectangleIsBlurredAllOver) {
+  EXPECT_NEAR(seenShares(equidistant(), kImage, {4000, 4000}, {120 + 300, 80, 50, 20}).blurred, 1,
+              1e-9);
+}
+
+TEST(SeenBed, OddPicturesReachLessFarToTheRight) {
+  // The axis is at column 481 of 961: 480 + 0.5 columns to the right of it, 481.5 to the left.
+  const auto at = [](double columns) { return cv::Point2d(120 + columns * 170 / 300, 90); };
+  EXPECT_TRUE(canShow(equidistant(), {961, 721}, at(479.4)));
+  EXPECT_FALSE(canShow(equidistant(), {961, 721}, at(479.6)));
+  EXPECT_TRUE(canShow(equidistant(), {961, 721}, at(-481.4)));
+  EXPECT_FALSE(canShow(equidistant(), {961, 721}, at(-481.6)));
+}
+
 TEST(SeenBed, TheUsefulPartEndsAtAThirdOfTheBestSharpness) {
   double farthest = 0;
   for (const cv::Point2d& point : usefulPoints(equidistant(), kImage)) {

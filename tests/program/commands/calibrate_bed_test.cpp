@@ -121,7 +121,8 @@ TEST_F(CalibrateBed, ANoteThatDoesNotBelongToTheRecordIsIgnored) {
   ASSERT_THAT(support::bytesOf(camera), HasSubstr("CorrectedWidth=600"));
   const Outcome run = correct();
   EXPECT_EQ(run.exitCode, 0) << run.err;
-  EXPECT_THAT(run.err, HasSubstr("it notes a corrected picture of 600x480"));
+  EXPECT_THAT(run.err, HasSubstr("camera.ini: its record has been replaced since"));
+  EXPECT_THAT(runProgram({"info", camera}).out, HasSubstr("are about another record"));
   EXPECT_EQ(cv::imread(top).size(), cv::Size(960, 720));
 }
 
@@ -129,13 +130,39 @@ TEST_F(CalibrateBed, WhatIsMissingOfTheBedIsReported) {
   ASSERT_EQ(calibrate({"--bed", "0,0,200x150", "--resolution", "0.25"}).exitCode, 0);
   EXPECT_EQ(report()["bed"]["unseen"], 0);
   const Outcome run = calibrate({"--bed", "-2000,-2000,4000x4000", "--resolution", "2"});
-  EXPECT_THAT(run.out, HasSubstr("% is not seen, "));
+  EXPECT_THAT(run.err, HasSubstr("warning: of --bed, "));
+  EXPECT_THAT(run.err, HasSubstr("% is not seen, "));
   EXPECT_GT(report()["bed"]["unseen"].get<double>(), 0.1);
   EXPECT_GT(report()["bed"]["blurred"].get<double>(), 0.1);
   const Outcome coarse = calibrate({"--bed", "-30,-30,300x240", "--resolution", "4"});
-  EXPECT_THAT(coarse.out, HasSubstr("a finer --resolution shows more"));
+  EXPECT_THAT(coarse.err, HasSubstr("a finer --resolution shows more"));
   ASSERT_EQ(calibrate({}).exitCode, 0);
   EXPECT_TRUE(report()["bed"].is_null());
+}
+
+TEST_F(CalibrateBed, ABedThatIsNotShownAtAllIsNoResult) {
+  const Outcome run =
+      calibrate({"--bed", "5000,5000,400x300", "--resolution", "1", "--tolerance", "0.5"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.err, HasSubstr("would show nothing of --bed"));
+  EXPECT_FALSE(std::filesystem::exists(camera));
+}
+
+TEST_F(CalibrateBed, FramesOfAnotherSizeAreRefusedUnlessForced) {
+  ASSERT_EQ(calibrate({}).exitCode, 0);
+  const std::string half = folder.file("half.png");
+  ASSERT_TRUE(cv::imwrite(half, cv::Mat(360, 480, CV_8UC1, cv::Scalar(90))));
+  const Outcome run = runProgram({"correct", "--camera", camera, half, "-o", top});
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_THAT(run.err, HasSubstr("half.png: 480x360 pixels, but "));
+  EXPECT_THAT(run.err, HasSubstr("was calibrated with 960x720"));
+  EXPECT_FALSE(std::filesystem::exists(top));
+  EXPECT_EQ(runProgram({"correct", "--camera", camera, half, "-o", top, "--force"}).exitCode, 0);
+  const std::string side = half + "," + camera + "," + folder.file("points.csv");
+  EXPECT_THAT(runProgram({"stitch", "--left", side, "--right", side, "-o", top, "--dual",
+                          folder.file("dual.ini")})
+                  .err,
+              HasSubstr("was calibrated with 960x720"));
 }
 
 TEST_F(CalibrateBed, WithoutABedThePictureShowsTheWholeTarget) {

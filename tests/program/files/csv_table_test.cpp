@@ -106,6 +106,8 @@ TEST(CsvTable, ATabNextToACommaIsABlank) {
   const CsvTable table = parseCsv("t.csv", "a,\tb, c\n1.5,\t2,3\n");
   EXPECT_EQ(table.separator, ',');
   EXPECT_EQ(table.integerAt(table.rows.at(0), table.require("b")), 2);
+  EXPECT_EQ(parseCsv("t.csv", "a\t,b\t\n1,2\n").separator, ',');
+  EXPECT_EQ(parseCsv("t.csv", "\"a\"\t\"b\"\n1\t2\n").separator, '\t');
   EXPECT_EQ(parseCsv("t.csv", "a\tb\tc\n1\t2\t3\n").separator, '\t');
   EXPECT_EQ(parseCsv("t.csv", "a;\tb\n1;\t2\n").separator, ';');
   EXPECT_EQ(parseCsv("t.csv", "sep=\t\r\na\tb\r\n1\t2\r\n").separator, '\t');

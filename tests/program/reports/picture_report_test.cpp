@@ -15,14 +15,16 @@ TEST(PictureReport, SaysWhatThePictureShows) {
 }
 
 TEST(PictureReport, SaysWhatIsMissingOfTheBed) {
-  EXPECT_EQ(describeSeen({}),
-            "The whole bed is seen, all of it with at least a third of the sharpness");
-  EXPECT_EQ(describeSeen({.unseen = 0.034, .leftOut = 0, .blurred = 0.004}),
-            "Of the bed, 3 % is not seen, less than 1 % is seen with less than a third of the "
-            "sharpness");
-  EXPECT_EQ(describeSeen({.unseen = 0, .leftOut = 0.5, .blurred = 0}),
-            "Of the bed, 50 % is beyond the corrected picture's reach (a finer --resolution shows "
-            "more)");
+  EXPECT_EQ(describeMissing({}), "");
+  SeenShares shares;
+  shares.unseen = 0.034;
+  shares.blurred = 0.004;
+  EXPECT_EQ(describeMissing(shares),
+            "3 % is not seen, less than 1 % is seen with less than a third of the best sharpness");
+  shares = {};
+  shares.leftOut = 0.5;
+  EXPECT_EQ(describeMissing(shares),
+            "50 % is beyond the corrected picture's reach (a finer --resolution shows more)");
 }
 
 }  // namespace
