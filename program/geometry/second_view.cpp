@@ -21,8 +21,9 @@ cv::Point2d secondCorrected(const FishEyeCalibrationParam& param, cv::Point2d c)
 }
 
 cv::Point2f renderedCentreOf(const Size& size) {
-  return {static_cast<float>(size.width / 2 + size.width % 2),
-          static_cast<float>(size.height / 2 + size.height % 2)};
+  const int column = size.width / 2 + size.width % 2;
+  const int row = size.height / 2 + size.height % 2;
+  return {static_cast<float>(column), static_cast<float>(row)};
 }
 
 cv::Point2d renderedPosition(const FishEyeCalibrationParam& param, cv::Point2d bed,

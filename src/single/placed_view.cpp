@@ -10,7 +10,10 @@ namespace fisheye_calibration::single {
 namespace {
 
 // trunc(size/2 + 1/2): half a pixel right of size/2 if the size is odd.
-float renderedCentre(ImageLong size) { return static_cast<float>(size / 2 + size % 2); }
+float renderedCentre(ImageLong size) {
+  const ImageLong centre = size / 2 + size % 2;
+  return static_cast<float>(centre);
+}
 
 // From the bed to the corrected image.
 cv::Matx33d bedHomography(const FishEyeCalibrationParam& param, float cx, float cy) {
