@@ -61,14 +61,12 @@ int report(const std::string& message, int code) {
   return code;
 }
 
-// The parser's message with every word of more than 60 characters cut.
+// The parser's message with long words cut.
 std::string withShortWords(const std::string& message) {
-  constexpr std::size_t kLongest = 60;
   std::istringstream words(message);
   std::string text;
   for (std::string word; words >> word;) {
-    text += (text.empty() ? "" : " ") +
-            (word.size() > kLongest ? word.substr(0, kLongest - 3) + "..." : word);
+    text += (text.empty() ? "" : " ") + shortened(word);
   }
   return text;
 }

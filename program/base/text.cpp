@@ -145,7 +145,7 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
   return all;
 }
 
-std::string inQuotes(std::string_view text) {
+std::string shortened(std::string_view text) {
   constexpr std::size_t kLongest = 60;
   constexpr std::string_view kCut = "...";
   std::size_t characters = 0;
@@ -160,10 +160,14 @@ std::string inQuotes(std::string_view text) {
     ++characters;
   }
   const bool cut = characters > kLongest;
+  return std::string(cut ? text.substr(0, keptBytes) : text) + std::string(cut ? kCut : "");
+}
+
+std::string inQuotes(std::string_view text) {
   std::string result = "\"";
-  result += cut ? text.substr(0, keptBytes) : text;
-  result += cut ? kCut : "";
-  return onOneLine(result) + "\"";
+  result += onOneLine(shortened(text));
+  result += "\"";
+  return result;
 }
 
 std::optional<std::string> nearest(std::string_view text,

@@ -8,6 +8,9 @@
 
 namespace fisheye_calibration::program {
 
+// What some editors write before text in UTF-8.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 // The whole text as a finite number; a leading '+' is allowed. Nothing for any other text, such as
 // "nan", "inf" and numbers beyond the range of a double.
 std::optional<double> parseNumber(std::string_view text);
@@ -43,8 +46,10 @@ std::string padLeft(std::string text, std::size_t width);
 std::string padRight(std::string text, std::size_t width);
 std::string joined(const std::vector<std::string>& parts, std::string_view separator);
 
-// The text in quotation marks, for messages. Text of more than 60 characters is cut and ends in
-// "...".
+// Text of more than 60 characters is cut and ends in "...".
+std::string shortened(std::string_view text);
+
+// The shortened text in quotation marks, for messages.
 std::string inQuotes(std::string_view text);
 
 // The candidate that takes the fewest inserted, deleted or replaced characters to get from `text`;

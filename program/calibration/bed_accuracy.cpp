@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <limits>
 
+#include "calibration/seen_bed.h"
 #include "geometry/conversions.h"
 #include "geometry/target_points.h"
 #include "single/record.h"
@@ -12,7 +13,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr int kBedCells = 48;
+constexpr int kBedCells = 96;
 constexpr int kTargetCells = 16;
 constexpr double kAround = 1.5;  // of the target's box
 
@@ -22,11 +23,6 @@ cv::Rect2d scaledAboutCentre(const cv::Rect2d& area, double factor) {
   return {centre - cv::Point2d(size.width, size.height) / 2, size};
 }
 
-bool isInside(const cv::Point2f& raw, const Size& image) {
-  return raw.x >= -0.5f && raw.y >= -0.5f && raw.x <= static_cast<float>(image.width) - 0.5f &&
-         raw.y <= static_cast<float>(image.height) - 0.5f;
-}
-
 std::vector<double> errorsAt(const robust::BedView& robust, const FishEyeCalibrationParam& record,
                              const Size& image, const BedGrid& grid) {
   const std::vector<cv::Point2d> points = grid.points();
@@ -34,7 +30,7 @@ std::vector<double> errorsAt(const robust::BedView& robust, const FishEyeCalibra
   std::vector<double> errors =
       robust::judgedBedErrors(robust, single::rawCamera(record), pose, points);
   for (std::size_t i = 0; i < points.size(); ++i) {
-    if (!isInside(rawPosition(record, points[i]), image)) {
+    if (!isInPicture(rawPosition(record, points[i]), image)) {
       errors[i] = std::numeric_limits<double>::quiet_NaN();
     }
   }
@@ -64,14 +60,37 @@ cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& correcte
   return {first, last};
 }
 
+BedAccuracy unknownAccuracy(const cv::Rect2d& target) {
+  constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+  BedAccuracy accuracy;
+  accuracy.grid = gridOver(target, kBedCells);
+  accuracy.errors.assign(accuracy.grid.points().size(), kUnknown);
+  accuracy.insideTarget = accuracy.aroundTarget = accuracy.onBed = kUnknown;
+  return accuracy;
+}
+
+JudgedBed judgedBed(const CalibrationResult& result) {
+  JudgedBed bed;
+  bed.grid = gridOver(shownArea(result.param, result.corrected), kBedCells);
+  for (const cv::Point2d& point : bed.grid.points()) {
+    bed.shown.push_back(canShow(result.param, result.corrected, point));
+  }
+  return bed;
+}
+
 BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationParam& record,
-                        const Size& image, const cv::Rect2d& target, const cv::Rect2d& bed) {
+                        const Size& image, const cv::Rect2d& target, const JudgedBed& bed) {
   const auto largestIn = [&](const cv::Rect2d& area) {
     return largestOf(errorsAt(robust, record, image, gridOver(area, kTargetCells)));
   };
   BedAccuracy accuracy;
-  accuracy.grid = gridOver(bed, kBedCells);
-  accuracy.errors = errorsAt(robust, record, image, accuracy.grid);
+  accuracy.grid = bed.grid;
+  accuracy.errors = errorsAt(robust, record, image, bed.grid);
+  for (std::size_t i = 0; i < accuracy.errors.size(); ++i) {
+    if (!bed.shown[i]) {
+      accuracy.errors[i] = std::numeric_limits<double>::quiet_NaN();
+    }
+  }
   accuracy.insideTarget = largestIn(target);
   accuracy.aroundTarget = largestIn(scaledAboutCentre(target, kAround));
   // The picture may leave out a part of the target, which lies on the bed, too.

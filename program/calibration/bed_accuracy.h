@@ -7,6 +7,7 @@
 #include "base/size.h"
 #include "fisheye_calibration.h"
 #include "geometry/bed_grid.h"
+#include "geometry/calibration_result.h"
 #include "robust/bed_error.h"
 
 namespace fisheye_calibration::program {
@@ -28,8 +29,19 @@ cv::Rect2d targetBox(const std::vector<CalibrationPoint>& points);
 // pixel edge.
 cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& corrected);
 
-// Judges a record against the robust camera. Bed points outside the raw picture are not seen.
+// Of a record that nothing can be judged against: NaN everywhere.
+BedAccuracy unknownAccuracy(const cv::Rect2d& target);
+
+// The part of the bed on which calibrations are judged.
+struct JudgedBed {
+  BedGrid grid;
+  std::vector<bool> shown;  // whether the corrected picture can show its points
+};
+JudgedBed judgedBed(const CalibrationResult& result);
+
+// Judges a record against the robust camera. Bed points outside the raw picture are not seen, and
+// those that are not shown do not count.
 BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationParam& record,
-                        const Size& image, const cv::Rect2d& target, const cv::Rect2d& bed);
+                        const Size& image, const cv::Rect2d& target, const JudgedBed& bed);
 
 }  // namespace fisheye_calibration::program

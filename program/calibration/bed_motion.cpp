@@ -46,7 +46,7 @@ BedMotion motionSince(const FishEyeCalibrationParam& record, const TargetView& v
   const RobustRequest request{
       .views = {view},
       .image = image,
-      .corrected = image,
+      .picture = {.size = image},
       .lens = robust::HeldLens{single::rawCamera(record), cv::Matx66d::zeros()}};
   const RobustCamera robust = solveRobustly(request);
   const std::vector<PlacedPoint> points =

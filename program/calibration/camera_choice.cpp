@@ -24,7 +24,7 @@ void reproject(const FishEyeCalibrationParam& record, CalibrationPoint& point) {
 }
 
 BedAccuracy judged(const FishEyeCalibrationParam& record, const RobustCamera& robust,
-                   const RobustRequest& request, const cv::Rect2d& bed) {
+                   const RobustRequest& request, const JudgedBed& bed) {
   return bedAccuracy(robust.bed, record, request.image, targetBox(robust.result.points), bed);
 }
 
@@ -46,6 +46,7 @@ CalibrationResult solveByLibrary(const TargetView& view, const std::vector<std::
     return std::find(leftOut.begin(), leftOut.end(), i) != leftOut.end();
   };
   CalibrationResult result;
+  result.corrected = corrected;
   for (std::size_t i = 0; i < view.points.size(); ++i) {
     if (!isLeftOut(i)) {
       result.points.push_back(view.points[i]);
@@ -72,7 +73,15 @@ CalibrationResult solveByLibrary(const TargetView& view, const std::vector<std::
 
 ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
                           const RobustRequest& request, double tolerance) {
-  const cv::Rect2d bed = shownArea(robust.result.param, request.corrected);
+  if (!isSolved(robust)) {
+    ChosenCamera library{.fromLibrary = true};
+    library.result = withChosenPicture(request.picture, request.image, [&](const Size& corrected) {
+      return solveByLibrary(request.views[request.bedView], {}, request.image, corrected);
+    });
+    library.accuracy = unknownAccuracy(targetBox(library.result.points));
+    return library;
+  }
+  const JudgedBed bed = judgedBed(robust.result);
   ChosenCamera chosen{.result = robust.result,
                       .accuracy = judged(robust.result.param, robust, request, bed)};
   const bool oneView = request.views.size() == 1 && !request.lens;
@@ -83,8 +92,9 @@ ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
       request.keepAll ? std::vector<std::size_t>() : robust.solved.wrongPoints[request.bedView];
   ChosenCamera library{.fromLibrary = true};
   try {
-    library.result =
-        solveByLibrary(request.views[request.bedView], leftOut, request.image, request.corrected);
+    library.result = withChosenPicture(request.picture, request.image, [&](const Size& corrected) {
+      return solveByLibrary(request.views[request.bedView], leftOut, request.image, corrected);
+    });
   } catch (const Failure& failure) {
     if (choice == SolverChoice::kLibrary) {
       throw;
@@ -92,21 +102,29 @@ ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
     chosen.reason = failure.what();
     return chosen;
   }
-  library.accuracy = judged(library.result.param, robust, request, bed);
+  // Both are compared where the robust camera's picture shows the bed, and each is reported where
+  // its own does.
+  const BedAccuracy compared = judged(library.result.param, robust, request, bed);
+  library.accuracy = judged(library.result.param, robust, request, judgedBed(library.result));
   if (choice == SolverChoice::kLibrary) {
     return library;
   }
-  const Findings findings = checkResult(library.result, request.image, request.corrected);
+  const Findings findings = checkResult(library.result, request.image);
   const double limit = std::max(kMuchWorse * chosen.accuracy.onBed, tolerance);
-  if (anyImpossible(findings) || missesAny(library.accuracy, chosen.accuracy)) {
+  if (anyImpossible(findings) || missesAny(compared, chosen.accuracy)) {
     chosen.reason =
         "SingleCamCalibration diverges with these points; the camera is the robust "
         "solver's";
     return chosen;
   }
-  if (!(library.accuracy.onBed <= limit)) {
-    chosen.reason = "SingleCamCalibration's camera may be off by " +
-                    roundedToTwo(library.accuracy.onBed) +
+  if (!showsTarget(library.result) && showsTarget(robust.result)) {
+    chosen.reason =
+        "no corrected picture of SingleCamCalibration's camera shows the whole target; the camera "
+        "is the robust solver's";
+    return chosen;
+  }
+  if (!(compared.onBed <= limit)) {
+    chosen.reason = "SingleCamCalibration's camera may be off by " + roundedToTwo(compared.onBed) +
                     " mm on the bed; the camera is the robust "
                     "solver's";
     return chosen;

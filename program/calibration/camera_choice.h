@@ -26,7 +26,8 @@ CalibrationResult solveByLibrary(const TargetView& view, const std::vector<std::
 // With kAuto, the library's camera from the bed's view, unless it cannot be trusted (checkResult)
 // or may be off on the bed by more than 1.5 times what the robust one may be off by, and by more
 // than the tolerance (0: none given). Several views and a lens known beforehand are for the robust
-// solver alone. Everything on the bed is judged over the area that the corrected picture shows.
+// solver alone. Everything on the bed is judged over the area that the corrected picture shows. If
+// the robust solver refused, the camera is the library's and its accuracy unknown.
 ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
                           const RobustRequest& request, double tolerance);
 

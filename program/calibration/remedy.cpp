@@ -61,7 +61,7 @@ class Planner {
   std::optional<double> boundOf(const std::vector<PlannedView>& views) const {
     const auto covariance = robust::plannedCovariance(
         camera_.bed.camera, views, cv::Size(request_.image.width, request_.image.height),
-        camera_.solved.noise);
+        camera_.solved.noiseSigma);
     if (!covariance) {
       return std::nullopt;
     }
@@ -158,6 +158,9 @@ std::optional<Remedy> fourTiltedViews(const Planner& planner) {
 
 std::vector<Remedy> remediesFor(const RobustCamera& camera, const RobustRequest& request,
                                 const BedAccuracy& accuracy) {
+  if (!isSolved(camera)) {
+    return {};
+  }
   const Planner planner(camera, request, accuracy);
   std::vector<Remedy> remedies;
   for (auto& remedy : {tiltedView(planner), largerTarget(planner), fourTiltedViews(planner)}) {

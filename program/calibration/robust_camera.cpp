@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "base/failure.h"
+#include "robust/wrong_points.h"
 #include "single/completed_record.h"
 #include "single/solver_view.h"
 
@@ -23,6 +25,8 @@ const char* reasonOf(robust::RobustStatus status) {
       return "the points do not determine the camera";
     case robust::RobustStatus::kBehindCamera:
       return "no camera has these points in front of it";
+    case robust::RobustStatus::kFoldedLens:
+      return "the lens that fits these points best folds back before the outermost of them";
     case robust::RobustStatus::kNotConverged:
       return "the solver does not converge with these points";
     case robust::RobustStatus::kTooManyWrongPoints:
@@ -97,13 +101,25 @@ RobustCamera solveRobustly(const RobustRequest& request) {
   camera.bed = {.camera = camera.solved.camera,
                 .pose = camera.solved.poses[request.bedView],
                 .covariance = camera.solved.covariance[request.bedView]};
-  camera.result.points = request.views[request.bedView].points;
-  camera.result.homographyFound = single::completeRecord(
-      camera.bed.camera, camera.bed.pose, camera.result.points, request.corrected.width,
-      request.corrected.height, camera.result.param, camera.result.rms);
+  camera.result = withChosenPicture(request.picture, request.image, [&](const Size& size) {
+    CalibrationResult result;
+    result.points = request.views[request.bedView].points;
+    result.corrected = size;
+    result.homographyFound =
+        single::completeRecord(camera.bed.camera, camera.bed.pose, result.points, size.width,
+                               size.height, result.param, result.rms);
+    return result;
+  });
   if (!request.keepAll) {
     camera.result.rms = rmsOver(camera.result.points, camera.solved.wrongPoints[request.bedView]);
   }
+  return camera;
+}
+
+RobustCamera unsolvedCamera(const RobustRequest& request) {
+  RobustCamera camera;
+  camera.solved.wrongPoints.resize(request.views.size());
+  camera.solved.noiseSigma = std::numeric_limits<double>::quiet_NaN();
   return camera;
 }
 
@@ -112,6 +128,9 @@ std::vector<robust::PlannedView> takenViews(const RobustCamera& camera,
   std::vector<robust::PlannedView> taken;
   const auto add = [&](std::size_t j) {
     solver::ViewPoints points = single::solverView(request.views[j].points);
+    if (!request.keepAll) {
+      points = robust::without(points, camera.solved.wrongPoints[j]);
+    }
     robust::PlannedView view;
     view.pose = camera.solved.poses[j];
     view.target.x = std::move(points.X);

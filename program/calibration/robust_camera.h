@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/size.h"
+#include "calibration/picture_choice.h"
 #include "fisheye_calibration.h"
 #include "geometry/calibration_result.h"
 #include "robust/bed_error.h"
@@ -25,7 +26,7 @@ struct RobustRequest {
   std::vector<TargetView> views;
   std::size_t bedView = 0;  // its target lies on the bed, at Z = 0
   Size image;
-  Size corrected;
+  PictureWish picture;
   std::optional<robust::HeldLens> lens;
   bool keepAll = false;
 };
@@ -38,6 +39,14 @@ struct RobustCamera {
 
 // Fails as a job, naming the view, if the solver refuses.
 RobustCamera solveRobustly(const RobustRequest& request);
+
+// What stands for the robust camera where another solver's is used after a refusal: no camera and
+// no covariance, and all points and views in use.
+RobustCamera unsolvedCamera(const RobustRequest& request);
+
+inline bool isSolved(const RobustCamera& camera) {
+  return camera.solved.status == robust::RobustStatus::kSolved;
+}
 
 // Why the solver refused: "board.png: more than a fifth of the points contradict the others".
 std::string refusalText(const robust::RobustCalibration& solved,

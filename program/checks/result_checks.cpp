@@ -98,9 +98,8 @@ void checkPoints(const CalibrationResult& result, Findings& findings) {
   }
 }
 
-void checkSecondCorrection(const CalibrationResult& result, const Size& corrected,
-                           Findings& findings) {
-  const SecondCorrectionError error = secondCorrectionError(result, corrected);
+void checkSecondCorrection(const CalibrationResult& result, Findings& findings) {
+  const SecondCorrectionError error = secondCorrectionError(result);
   if (error.worstPixels <= kLargestCorrectionError) {
     return;
   }
@@ -112,7 +111,7 @@ void checkSecondCorrection(const CalibrationResult& result, const Size& correcte
 
 }  // namespace
 
-Findings checkResult(const CalibrationResult& result, const Size& image, const Size& corrected) {
+Findings checkResult(const CalibrationResult& result, const Size& image) {
   Findings findings;
   if (!result.homographyFound) {
     addImpossible(findings, FindingKind::kHomographyNotFound,
@@ -131,7 +130,7 @@ Findings checkResult(const CalibrationResult& result, const Size& image, const S
   checkPrincipalPoint(result.param, image, findings);
   checkPoints(result, findings);
   if (result.homographyFound) {
-    checkSecondCorrection(result, corrected, findings);
+    checkSecondCorrection(result, findings);
   }
   return findings;
 }

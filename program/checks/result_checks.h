@@ -7,6 +7,6 @@
 
 namespace fisheye_calibration::program {
 
-Findings checkResult(const CalibrationResult& result, const Size& image, const Size& corrected);
+Findings checkResult(const CalibrationResult& result, const Size& image);
 
 }  // namespace fisheye_calibration::program

@@ -53,11 +53,12 @@ void checkCamera(const StitchCamera& camera, Findings& findings) {
                   camera.cameraName + ": Pixel must be greater than 0, it is " +
                       shortest(camera.param.Pixel));
   }
-  const std::string complaint = sizeComplaint(camera.param, camera.viewSize());
+  const std::string complaint = sizeComplaint(camera.param, camera.corrected, camera.viewSize());
   if (!complaint.empty()) {
-    addUntrusted(
-        findings, FindingKind::kViewSize,
-        camera.cameraName + ": the stitched view has twice the frame's size, but " + complaint);
+    addUntrusted(findings, FindingKind::kViewSize,
+                 camera.cameraName + ": the stitched view has twice the frame's size, but " +
+                     complaint + "; calibrate with --corrected-size " +
+                     sizeText(camera.viewSize()));
   }
 }
 

@@ -15,17 +15,19 @@
 #include "base/file_path.h"
 #include "calibration/camera_choice.h"
 #include "calibration/remedy.h"
-#include "checks/input_checks.h"
 #include "checks/record_checks.h"
-#include "checks/result_checks.h"
 #include "commands/calibration_inputs.h"
 #include "commands/calibration_outputs.h"
+#include "commands/calibration_warnings.h"
 #include "commands/option_values.h"
+#include "commands/picture_options.h"
 #include "files/camera_file.h"
 #include "files/camera_notes.h"
 #include "reports/accuracy_report.h"
 #include "reports/calibration_json.h"
 #include "reports/calibration_report.h"
+#include "reports/picture_report.h"
+#include "robust/robust_input.h"
 #include "single/record.h"
 
 namespace fisheye_calibration::program {
@@ -34,29 +36,12 @@ namespace {
 struct Options {
   InputOptions inputs;
   OutputOptions outputs;
-  std::string correctedSize;   // empty: the image size
+  PictureOptions picture;
   std::string tolerance;       // "0.5"; empty: none
   std::filesystem::path lens;  // a camera file whose lens is kept; empty: none
   SolverChoice solver = SolverChoice::kAuto;
   bool keepAll = false;
   bool force = false;
-};
-
-// Warnings go to the user at once and are collected for the JSON file.
-class Warnings {
- public:
-  explicit Warnings(std::ostream& messages) : messages_(messages) {}
-
-  void add(const std::string& text, const char* severity = "warning") {
-    messages_ << severity << ": " << text << "\n";
-    texts_.push_back(text);
-  }
-
-  const std::vector<std::string>& texts() const { return texts_; }
-
- private:
-  std::ostream& messages_;
-  std::vector<std::string> texts_;
 };
 
 // The lens of a camera file, with the covariance that the program noted there.
@@ -70,6 +55,9 @@ robust::HeldLens lensOf(const std::filesystem::path& path, Warnings& warnings) {
   robust::HeldLens lens{single::rawCamera(file.param), cv::Matx66d::zeros()};
   if (const auto covariance = loadNotes(path).lensCovariance) {
     std::copy(covariance->begin(), covariance->end(), lens.covariance.val);
+    if (!robust::isCovariance(lens.covariance)) {
+      failBadInput("--lens: " + nameOf(path) + ": LensCovariance is not a covariance");
+    }
   } else {
     warnings.add(nameOf(path) + " does not say how accurate its lens is; it counts as exact");
   }
@@ -78,73 +66,56 @@ robust::HeldLens lensOf(const std::filesystem::path& path, Warnings& warnings) {
 
 RobustRequest requestOf(const Options& options, const CalibrationInputs& inputs,
                         Warnings& warnings) {
-  const Size corrected = options.correctedSize.empty()
-                             ? inputs.image
-                             : parseImageSize("--corrected-size", options.correctedSize);
   return {
       .views = inputs.views,
       .bedView = inputs.bedView,
       .image = inputs.image,
-      .corrected = corrected,
+      .picture = pictureOf(options.picture),
       .lens = options.lens.empty() ? std::nullopt : std::optional(lensOf(options.lens, warnings)),
       .keepAll = options.keepAll};
 }
 
-// Fails as bad input if the points cannot be used.
-void warnOfPoints(const CalibrationInputs& inputs, SolverChoice solver, Warnings& warnings) {
-  for (const TargetView& view : inputs.views) {
-    const std::string prefix = inputs.views.size() == 1 ? "" : view.name + ": ";
-    Findings findings = checkInput(view.points, inputs.image);
-    if (solver == SolverChoice::kLibrary) {
-      const Findings ofReach = checkReach(view.points, inputs.image);
-      findings.insert(findings.end(), ofReach.begin(), ofReach.end());
+// With --solver library a refusal of the robust solver costs the accuracy only.
+RobustCamera solve(const RobustRequest& request, SolverChoice solver, Warnings& warnings) {
+  try {
+    return solveRobustly(request);
+  } catch (const Failure& refusal) {
+    if (solver != SolverChoice::kLibrary) {
+      throw;
     }
-    for (const Finding& finding : findings) {
-      if (finding.severity == Severity::kImpossible) {
-        failBadInput(prefix + finding.text);
-      }
-      warnings.add(prefix + finding.text);
-    }
+    warnings.add(std::string("no accuracy can be computed: ") + refusal.what());
+    return unsolvedCamera(request);
   }
 }
 
-// Names the points and views that contradict the others.
-void warnOfWrongOnes(const RobustCamera& robust, const RobustRequest& request, Warnings& warnings) {
-  const char* const what = request.keepAll ? " (used all the same)" : " (left out)";
-  for (std::size_t j = 0; j < request.views.size(); ++j) {
-    const std::vector<int> ids = wrongIds(robust.solved, request.views, j);
-    if (!ids.empty()) {
-      warnings.add(request.views[j].name + ": " + namedPoints(ids) +
-                   (ids.size() == 1 ? " contradicts" : " contradict") + " the other points" + what);
-    }
+std::optional<SeenShares> seenOfBed(const ChosenCamera& chosen, const RobustRequest& request) {
+  if (!request.picture.bed) {
+    return std::nullopt;
   }
-  for (const std::size_t j : robust.solved.wrongViews) {
-    warnings.add(request.views[j].name + " contradicts the other views" + what);
-  }
-}
-
-// Whether the record that was chosen can be trusted.
-bool checkChosen(const ChosenCamera& chosen, const RobustRequest& request, Warnings& warnings) {
-  const Findings findings = checkResult(chosen.result, request.image, request.corrected);
-  for (const Finding& finding : findings) {
-    const bool impossible = finding.severity == Severity::kImpossible;
-    warnings.add(finding.text, impossible ? "not to be trusted" : "warning");
-  }
-  return !anyImpossible(findings);
+  return seenShares(chosen.result.param, request.image, chosen.result.corrected,
+                    *request.picture.bed);
 }
 
 CameraNotes notesOf(const CalibrationReport& report) {
-  const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
-  return {.image = report.request.image,
-          .corrected = report.request.corrected,
-          .insideTarget = report.chosen.accuracy.insideTarget,
-          .onBed = report.chosen.accuracy.onBed,
-          .lensCovariance = std::vector<double>(lens.val, lens.val + 36)};
+  CameraNotes notes{.image = report.request.image,
+                    .corrected = report.chosen.result.corrected,
+                    .insideTarget = report.chosen.accuracy.insideTarget,
+                    .onBed = report.chosen.accuracy.onBed};
+  if (isSolved(report.robust)) {
+    const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
+    notes.lensCovariance = std::vector<double>(lens.val, lens.val + 36);
+  }
+  return notes;
 }
 
-std::string nextStep(const Options& options, bool good) {
+std::string nextStep(const Options& options, const CalibrationReport& report) {
   const std::string camera = nameOf(options.outputs.camera);
-  if (good) {
+  if (!report.verdict.good && options.picture.bed.empty() &&
+      report.chosen.accuracy.aroundTarget <= report.tolerance) {
+    return "next: if the bed is smaller than the corrected picture, name it by --bed "
+           "X,Y,WIDTHxHEIGHT; around the target, the error is within the tolerance";
+  }
+  if (report.verdict.good) {
     return "next: fisheye-calibration correct --camera " + camera + " FRAME -o corrected.png";
   }
   return "next: fisheye-calibration calibrate " + nameOf(options.inputs.views.front()) +
@@ -154,7 +125,15 @@ std::string nextStep(const Options& options, bool good) {
 void reportOutcome(const Options& options, const OutputOptions& outputs,
                    const CalibrationReport& report, bool trusted, bool saved,
                    const Streams& streams) {
-  streams.out << "\nResiduals: " << nameOf(outputs.residualPlot) << ", "
+  const CalibrationResult& result = report.chosen.result;
+  streams.out << "\n"
+              << describePicture(result.param, result.corrected,
+                                 shownArea(result.param, result.corrected))
+              << "\n";
+  if (report.seen && describeMissing(*report.seen).empty()) {
+    streams.out << "The whole bed is seen, all of it with at least a third of the best sharpness\n";
+  }
+  streams.out << "Residuals: " << nameOf(outputs.residualPlot) << ", "
               << nameOf(outputs.residualTable) << "\nBed error: " << nameOf(outputs.accuracyMap)
               << "\n";
   if (saved) {
@@ -170,7 +149,7 @@ void reportOutcome(const Options& options, const OutputOptions& outputs,
   }
   streams.out << describeAccuracy(report.chosen.accuracy) << "\n"
               << report.verdict.text << "\n"
-              << nextStep(options, report.verdict.good) << "\n";
+              << nextStep(options, report) << "\n";
 }
 
 int run(const Options& options, const Streams& streams) {
@@ -190,10 +169,14 @@ int run(const Options& options, const Streams& streams) {
   warnOfPoints(inputs, options.solver, warnings);
   streams.progress << "solving with " << inputs.views[inputs.bedView].points.size() << " points ..."
                    << std::endl;
-  const RobustCamera robust = solveRobustly(request);
+  const RobustCamera robust = solve(request, options.solver, warnings);
   warnOfWrongOnes(robust, request, warnings);
   const ChosenCamera chosen = chooseCamera(options.solver, robust, request, tolerance);
   const bool trusted = checkChosen(chosen, request, warnings);
+  const std::optional<SeenShares> seen = seenOfBed(chosen, request);
+  if (seen) {
+    warnOfBed(*seen, warnings);
+  }
   const std::vector<Remedy> remedies = remediesFor(robust, request, chosen.accuracy);
   const cv::Rect2d target = targetBox(chosen.result.points);
   const Verdict verdict =
@@ -207,8 +190,9 @@ int run(const Options& options, const Streams& streams) {
                                  .remedies = remedies,
                                  .verdict = verdict,
                                  .tolerance = tolerance,
+                                 .seen = seen,
                                  .warnings = warnings.texts()};
-  streams.out << describeResult(chosen.result, request.corrected, streams.verbose) << std::flush;
+  streams.out << describeResult(chosen.result, streams.verbose) << std::flush;
   stageReports(files, outputs, inputs, report, trusted);
   if (save) {
     stageCamera(files, outputs.camera, chosen.result.param, notesOf(report));
@@ -226,10 +210,7 @@ Command addCalibrateCommand(CLI::App& app) {
       app.add_subcommand("calibrate", "Calibrate the camera from views of a target");
   addInputOptions(*command, options->inputs);
   addOutputOptions(*command, options->outputs);
-  command
-      ->add_option("--corrected-size", options->correctedSize,
-                   "size of the corrected picture (default: the image size)")
-      ->type_name("WxH");
+  addPictureOptions(*command, options->picture);
   command
       ->add_option("--tolerance", options->tolerance,
                    "largest error on the bed; beyond it nothing is written and the exit code is 1")
@@ -254,7 +235,9 @@ Command addCalibrateCommand(CLI::App& app) {
       "  fisheye-calibration calibrate points.csv --image-size 1920x1208 -o camera.ini\n"
       "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 -o camera.ini\n"
       "  fisheye-calibration calibrate bed.png tilted1.png tilted2.png --chessboard 8x6 --spacing "
-      "39 --tolerance 0.5 -o camera.ini");
+      "39 --tolerance 0.5 -o camera.ini\n"
+      "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 --bed 0,0,400x300 "
+      "--resolution 0.25 -o camera.ini");
   return {command, [options](const Streams& streams) { return run(*options, streams); }};
 }
 

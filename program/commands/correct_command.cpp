@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <string>
@@ -39,8 +40,8 @@ struct Options {
 };
 
 struct Renderer {
-  FishEyeCalibrationParam param{};
-  std::optional<Size> size;  // empty: the frame's own
+  CheckedCamera camera;
+  std::optional<Size> size;  // empty: the one that the camera's file notes, or the frame's own
   double gridSpacing = 0;    // 0: no grid
 };
 
@@ -65,21 +66,18 @@ void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
 
 View render(const Renderer& renderer, const fs::path& path, std::ostream& messages) {
   FrameBuffer frame = toBuffer(readFrame(path, messages));
-  const Size size = renderer.size.value_or(frame.size);
+  const Size size = renderer.size.value_or(renderer.camera.corrected.value_or(frame.size));
   FrameBuffer view = blankBuffer(size, frame.bitCount);
   FrameBuffer mask = blankBuffer(size, 8);
-  try {
-    if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
-                            renderer.param, view.data(), size.width, size.height, mask.data())) {
-      failJob(nameOf(path) +
-              ": the library could not correct the frame; nothing of it but black is left");
-    }
-  } catch (const cv::Exception& error) {
-    failJob(nameOf(path) + ": the frame cannot be corrected (" + error.err + ")");
+  if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
+                          renderer.camera.param, view.data(), size.width, size.height,
+                          mask.data())) {
+    failJob(nameOf(path) +
+            ": the library could not correct the frame; nothing of it but black is left");
   }
   View result = {.picture = toPicture(view), .mask = toPicture(mask), .frame = frame.size};
   if (renderer.gridSpacing > 0) {
-    const MetricPicture metric = metricPicture(renderer.param, size);
+    const MetricPicture metric = metricPicture(renderer.camera.param, size);
     drawGrid(result.picture, gridOver(metric, renderer.gridSpacing));
   }
   return result;
@@ -93,7 +91,7 @@ Renderer preparedRenderer(const Options& options, std::ostream& messages) {
   if (!options.grid.empty()) {
     renderer.gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
-  renderer.param = loadCheckedCamera(options.camera, options.force, messages);
+  renderer.camera = loadCheckedCamera(options.camera, options.force, messages);
   return renderer;
 }
 
@@ -109,7 +107,19 @@ class Batch {
   Batch(const Options& options, const Renderer& renderer, std::ostream& messages)
       : options_(options), renderer_(renderer), messages_(messages) {}
 
+  // Failures name the frame.
   void correct(const FrameJob& job) {
+    try {
+      correctFrame(job);
+    } catch (const std::bad_alloc&) {
+      failJob(nameOf(job.frame) + ": not enough memory");
+    } catch (const cv::Exception& error) {
+      failJob(nameOf(job.frame) + ": the frame cannot be corrected (" + error.err + ")");
+    }
+  }
+
+ private:
+  void correctFrame(const FrameJob& job) {
     const View view = render(renderer_, job.frame, messages_);
     const bool isFirst = first_ == Size();
     if (!isFirst && first_ != view.frame) {
@@ -117,7 +127,7 @@ class Batch {
     }
     OutputFiles files;
     if (isFirst) {
-      checkSize(view);
+      checkSizes(view, nameOf(job.frame));
       if (!options_.mask.empty()) {
         stagePicture(files, options_.mask, view.mask);
       }
@@ -127,11 +137,12 @@ class Batch {
     first_ = view.frame;
   }
 
- private:
-  void checkSize(const View& view) const {
+  void checkSizes(const View& view, const std::string& frame) const {
     const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
     try {
-      requireFittingSize(renderer_.param, options_.camera, rendered, options_.force, messages_);
+      requireFrameSize(renderer_.camera, options_.camera, frame, view.frame, options_.force,
+                       messages_);
+      requireFittingSize(renderer_.camera, options_.camera, rendered, options_.force, messages_);
     } catch (const Failure& failure) {
       throw HopelessRun(failure.code(), failure.what());
     }
@@ -212,8 +223,8 @@ Command addCorrectCommand(CLI::App& app) {
       ->required();
   command
       ->add_option("--size", options->size,
-                   "size of the corrected picture: the camera's --corrected-size (default: the "
-                   "frame's size)")
+                   "size of the corrected picture (default: the one that the camera's file notes, "
+                   "otherwise the frame's size)")
       ->type_name("WxH");
   addPath(*command, "--mask", options->mask,
           "write where the picture has content (0) and where not (255); it is the same for all "

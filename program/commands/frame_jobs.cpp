@@ -22,7 +22,9 @@ std::vector<fs::path> picturesIn(const fs::path& folder, std::ostream& messages)
   for (const fs::directory_entry& entry : fs::directory_iterator(folder, error)) {
     const fs::path& path = entry.path();
     std::error_code ignored;
-    if (!entry.is_regular_file(ignored)) {
+    // A link to nothing is reported when its turn comes.
+    const bool dangling = entry.is_symlink(ignored) && !entry.exists(ignored);
+    if (!entry.is_regular_file(ignored) && !dangling) {
       continue;
     }
     if (hasPictureName(path) || isPicture(path)) {

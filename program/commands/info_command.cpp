@@ -7,10 +7,12 @@
 
 #include "base/failure.h"
 #include "base/file_path.h"
+#include "base/text.h"
 #include "checks/finding.h"
 #include "checks/record_checks.h"
 #include "commands/option_values.h"
 #include "files/camera_file.h"
+#include "files/camera_notes.h"
 #include "reports/calibration_report.h"
 
 namespace fisheye_calibration::program {
@@ -20,10 +22,27 @@ struct Options {
   std::filesystem::path camera;
 };
 
+// What `calibrate` noted along with the record, if anything.
+std::string describeNotes(const CameraNotes& notes) {
+  if (notes.outdated) {
+    return "The program's notes in it are about another record\n";
+  }
+  std::string text;
+  if (notes.corrected) {
+    text += "Made for a corrected picture of " + sizeText(*notes.corrected) + "\n";
+  }
+  if (notes.insideTarget && notes.onBed) {
+    text += "Bed error (95 %): " + roundedToTwo(*notes.insideTarget) + " mm inside the target, " +
+            roundedToTwo(*notes.onBed) + " mm on the bed\n";
+  }
+  return text;
+}
+
 int run(const Options& options, const Streams& streams) {
   const CameraFile camera = loadCamera(options.camera);
   const std::string name = nameOf(options.camera);
   streams.out << name << "\n" << describeRecord(camera.param, streams.verbose) << std::flush;
+  streams.out << describeNotes(loadNotes(options.camera));
   for (const std::string& complaint : camera.complaints) {
     streams.messages << complaint << "\n";
   }

@@ -154,13 +154,18 @@ void requireRightRecord(const Options& options, const Conversion& conversion) {
   }
 }
 
-Size correctedSize(const Options& options) {
-  if (options.correctedSize.empty()) {
+// The corrected picture's, from the command line or from the camera's file.
+Size correctedSize(const std::optional<Size>& wished, const CheckedCamera& loaded,
+                   const std::filesystem::path& camera, bool force, std::ostream& messages) {
+  if (!wished && !loaded.corrected) {
     failBadInput(
         "--corrected-size is missing: this conversion counts from the centre of the corrected "
-        "picture");
+        "picture, and " +
+        nameOf(camera) + " does not note its size");
   }
-  return parseImageSize("--corrected-size", options.correctedSize);
+  const Size size = wished.value_or(loaded.corrected.value_or(Size()));
+  requireFittingSize(loaded, camera, size, force, messages);
+  return size;
 }
 
 void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
@@ -173,9 +178,9 @@ void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
 
 std::vector<NamedMapper> mappersOf(const Options& options, const Conversion& conversion,
                                    std::ostream& messages) {
-  std::optional<Size> corrected;
-  if (conversion.needsCorrectedSize) {
-    corrected = correctedSize(options);
+  std::optional<Size> wished;
+  if (!options.correctedSize.empty()) {
+    wished = parseImageSize("--corrected-size", options.correctedSize);
   }
   if (!options.dual.empty()) {
     const auto dual = loadCheckedDual(options.dual, options.force, messages);
@@ -184,13 +189,13 @@ std::vector<NamedMapper> mappersOf(const Options& options, const Conversion& con
   }
   std::vector<NamedMapper> mappers;
   for (const std::filesystem::path& camera : options.cameras) {
-    const auto param = loadCheckedCamera(camera, options.force, messages);
-    if (corrected) {
-      requireFittingSize(param, camera, *corrected, options.force, messages);
+    const CheckedCamera loaded = loadCheckedCamera(camera, options.force, messages);
+    Size corrected;
+    if (conversion.needsCorrectedSize) {
+      corrected = correctedSize(wished, loaded, camera, options.force, messages);
     }
-    const cv::Point2f centre = corrected ? centreOf(*corrected) : cv::Point2f();
     mappers.push_back({.name = options.cameras.size() > 1 ? nameOf(camera) : "",
-                       .map = mapperFor(conversion, param, centre)});
+                       .map = mapperFor(conversion, loaded.param, corrected)});
   }
   return mappers;
 }
@@ -236,7 +241,8 @@ Command addMapCommand(CLI::App& app) {
       ->required();
   command
       ->add_option("--corrected-size", options->correctedSize,
-                   "size of the corrected picture; needed for corrected and second")
+                   "size of the corrected picture, for corrected and second (default: the one that "
+                   "the camera's file notes)")
       ->type_name("WxH");
   addForce(*command, options->force);
   command

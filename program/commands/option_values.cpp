@@ -1,8 +1,12 @@
 #include "commands/option_values.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "base/failure.h"
 #include "base/file_path.h"
@@ -71,6 +75,35 @@ Pair parsePair(const std::string& option, const std::string& text) {
     }
   }
   failOption(option, "give two numbers as X,Y", text);
+}
+
+cv::Rect2d parseArea(const std::string& option, const std::string& text) {
+  constexpr double kSmallestSide = 0.001;
+  constexpr double kFarthest = 1e6;
+  std::vector<double> values;
+  std::string_view rest = text;
+  for (const std::string_view separator : {",", ",", "xX", ""}) {
+    const std::size_t end = separator.empty() ? rest.size() : rest.find_first_of(separator);
+    const auto value =
+        end == std::string_view::npos ? std::nullopt : parseNumber(trimmed(rest.substr(0, end)));
+    if (!value || !(std::abs(*value) <= kFarthest)) {
+      break;
+    }
+    values.push_back(*value);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+  }
+  if (values.size() == 4 && values[2] >= kSmallestSide && values[3] >= kSmallestSide) {
+    return {values[0], values[1], values[2], values[3]};
+  }
+  failOption(option, "give a corner and a size of at most a million as X,Y,WIDTHxHEIGHT", text);
+}
+
+double parsePositiveNumber(const std::string& option, const std::string& text) {
+  const std::optional<double> value = parseNumber(trimmed(text));
+  if (value && *value > 0) {
+    return *value;
+  }
+  failOption(option, "give a number greater than 0", text);
 }
 
 float parsePositive(const std::string& option, const std::string& text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <opencv2/core/types.hpp>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,13 @@ struct Pair {
 // "39,-12.5"
 Pair parsePair(const std::string& option, const std::string& text);
 
+// "0,-10,400x300.5": the corner with the least X and Y, the width and the height. The sides are at
+// least 0.001.
+cv::Rect2d parseArea(const std::string& option, const std::string& text);
+
+double parsePositiveNumber(const std::string& option, const std::string& text);
+
+// As parsePositiveNumber, and within the range of a 32-bit float.
 float parsePositive(const std::string& option, const std::string& text);
 
 }  // namespace fisheye_calibration::program

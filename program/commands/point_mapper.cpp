@@ -36,7 +36,7 @@ std::string refusalOf(Sight sight) {
 }
 
 MappedPoint fromRaw(const Param& param, ImageFrame to, const cv::Point2d& raw,
-                    const cv::Point2f& centre) {
+                    const Size& corrected) {
   if (to == ImageFrame::kWorld) {
     const SeenPoint seen = bedPointAt(param, raw);
     if (seen.sight != Sight::kBed) {
@@ -44,16 +44,20 @@ MappedPoint fromRaw(const Param& param, ImageFrame to, const cv::Point2d& raw,
     }
     return checked(seen.bed);
   }
-  const std::optional<cv::Point2d> corrected = correctedPositionOf(param, raw, centre);
-  if (!corrected) {
+  // The second-corrected picture is rendered around another centre than the library maps by.
+  const bool toSecond = to == ImageFrame::kSecond;
+  const auto position =
+      correctedPositionOf(param, raw, toSecond ? renderedCentreOf(corrected) : centreOf(corrected));
+  if (!position) {
     return {.position = {}, .refusal = refusalOf(Sight::kBeyondLens)};
   }
-  return checked(to == ImageFrame::kCorrected ? *corrected : secondCorrected(param, *corrected));
+  return checked(toSecond ? secondCorrected(param, *position) : *position);
 }
 
 MappedPoint fromWorld(const Param& param, ImageFrame to, const cv::Point3f& world,
-                      const cv::Point2f& centre) {
+                      const Size& corrected) {
   const cv::Point2f bed(world.x, world.y);
+  const cv::Point2f centre = centreOf(corrected);
   if (to == ImageFrame::kSecond) {
     return checked(secondCorrectedPosition(param, bed, centre, world.z));
   }
@@ -66,16 +70,16 @@ MappedPoint fromWorld(const Param& param, ImageFrame to, const cv::Point3f& worl
 
 }  // namespace
 
-PointMapper mapperFor(const Conversion& conversion, const Param& param, const cv::Point2f& centre) {
+PointMapper mapperFor(const Conversion& conversion, const Param& param, const Size& corrected) {
   return [=](const cv::Point3f& point) {
     const cv::Point2f position(point.x, point.y);
     switch (conversion.from) {
       case ImageFrame::kRaw:
-        return fromRaw(param, conversion.to, position, centre);
+        return fromRaw(param, conversion.to, position, corrected);
       case ImageFrame::kSecond:
-        return checked(bedPositionAt(param, position, centre));
+        return checked(bedPositionAt(param, position, centreOf(corrected)));
       default:
-        return fromWorld(param, conversion.to, point, centre);
+        return fromWorld(param, conversion.to, point, corrected);
     }
   };
 }

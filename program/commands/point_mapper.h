@@ -5,6 +5,7 @@
 #include <opencv2/core/types.hpp>
 #include <string>
 
+#include "base/size.h"
 #include "commands/map_conversion.h"
 #include "fisheye_calibration.h"
 
@@ -19,9 +20,9 @@ struct MappedPoint {
 // A point in the world, or a position in a picture with z = 0.
 using PointMapper = std::function<MappedPoint(const cv::Point3f& point)>;
 
-// `centre` is that of the corrected picture, for conversions that need its size.
+// `corrected` is the size of the corrected picture, for conversions that need it.
 PointMapper mapperFor(const Conversion& conversion, const FishEyeCalibrationParam& param,
-                      const cv::Point2f& centre);
+                      const Size& corrected);
 
 // For a conversion of a stitched picture.
 PointMapper mapperFor(const Conversion& conversion, const DualFishEyeCalibrationParam& dual);

@@ -2,9 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <new>
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/failure.h"
@@ -73,10 +75,14 @@ void checkOutputs(const Options& options, const CameraFiles& left, const CameraF
 }
 
 StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& messages) {
+  FrameBuffer frame = toBuffer(readFrame(files.frame, messages));
+  const CheckedCamera camera = loadCheckedCamera(files.camera, force, messages);
+  requireFrameSize(camera, files.camera, nameOf(files.frame), frame.size, force, messages);
   return {.cameraName = nameOf(files.camera),
           .pointsName = nameOf(files.points),
-          .frame = toBuffer(readFrame(files.frame, messages)),
-          .param = loadCheckedCamera(files.camera, force, messages),
+          .frame = std::move(frame),
+          .param = camera.param,
+          .corrected = camera.corrected,
           .points = readPoints(files.points)};
 }
 
@@ -157,6 +163,8 @@ Stitched stitchedFrames(StitchPair& pair, const fs::path& left, const fs::path& 
     return stitched;
   } catch (const cv::Exception& error) {
     failJob(nameOf(left) + " and " + nameOf(right) + " cannot be stitched (" + error.err + ")");
+  } catch (const std::bad_alloc&) {
+    failJob(nameOf(left) + " and " + nameOf(right) + ": not enough memory to stitch them");
   }
 }
 

@@ -108,7 +108,7 @@ int run(const Options& options, const Streams& streams) {
   try {
     GetPerspectiveTransformationParam(points, unused.data(), unused[0], unused[1]);
   } catch (const cv::Exception& error) {
-    failJob(error.err);
+    failJob(nameOf(options.image) + " cannot be straightened (" + error.err + ")");
   }
   const std::optional<fs::file_time_type> after = writtenAt(kResultPicture);
   if (!after || after == before) {

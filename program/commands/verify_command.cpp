@@ -37,7 +37,8 @@ double toleranceOf(const Options& options) {
 }
 
 int run(const Options& options, const Streams& streams) {
-  const FishEyeCalibrationParam record = loadCheckedCamera(options.camera, false, streams.messages);
+  const FishEyeCalibrationParam record =
+      loadCheckedCamera(options.camera, false, streams.messages).param;
   const double tolerance = toleranceOf(options);
   OutputFiles files;
   const CalibrationInputs input = readInputs(options.input, files, streams);

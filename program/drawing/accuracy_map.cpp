@@ -16,7 +16,7 @@ namespace {
 
 constexpr double kLongSide = 1200;  // of the drawn bed, pixels
 constexpr int kMargin = 70;         // for the axes
-constexpr int kLegendWidth = 300;
+constexpr int kLegendWidth = 340;
 constexpr int kLowestHeight = 640;  // for the legend
 constexpr double kTextHeight = 15;
 constexpr std::size_t kMostLevels = 7;
@@ -90,7 +90,8 @@ void drawContours(cv::Mat& canvas, const Layout& layout, const cv::Mat1d& errors
       std::vector<cv::Point> run;
       for (const cv::Point& point : outline) {
         const bool onEdge = point.x == 0 || point.y == 0 || point.x == errors.cols - 1 ||
-                            point.y == errors.rows - 1;
+                            point.y == errors.rows - 1 ||
+                            !cv::checkRange(errors(cv::Rect(point.x - 1, point.y - 1, 3, 3)));
         if (!onEdge) {
           cv::circle(inside, point, 1, kInk, cv::FILLED, cv::LINE_AA);
           run.push_back(point);

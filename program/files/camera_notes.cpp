@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <iomanip>
+#include <sstream>
 
 #include "base/text.h"
 #include "files/ini_section.h"
@@ -12,6 +15,8 @@ namespace fisheye_calibration::program {
 namespace {
 
 constexpr std::string_view kSectionName = "FisheyeCalibrationProgram";
+constexpr std::string_view kDigestKey = "Record";
+constexpr std::string_view kRecordSection = "CalibraionParam";  // the library's spelling
 constexpr std::size_t kLensNumbers = 36;
 
 std::string_view valueOf(const IniSection& section, std::string_view key) {
@@ -74,6 +79,25 @@ std::string sectionText(const CameraNotes& notes) {
   return text;
 }
 
+// FNV-1a over the record's lines.
+std::string digestOfRecord(std::string_view text) {
+  std::uint64_t digest = 14695981039346656037ULL;
+  const auto add = [&](std::string_view part) {
+    for (const char c : part) {
+      digest = (digest ^ static_cast<unsigned char>(c)) * 1099511628211ULL;
+    }
+  };
+  for (const IniEntry& entry : readIniSection(text, kRecordSection).entries) {
+    add(entry.key);
+    add("=");
+    add(entry.value);
+    add("\n");
+  }
+  std::ostringstream hex;
+  hex << std::hex << std::setw(16) << std::setfill('0') << digest;
+  return hex.str();
+}
+
 bool isHeader(std::string_view line) { return trimmed(line).starts_with('['); }
 
 bool isOwnHeader(std::string_view line) {
@@ -101,12 +125,18 @@ std::string withNotes(std::string_view text, const CameraNotes& notes) {
   if (!kept.empty() && !kept.ends_with('\n')) {
     kept += "\r\n";
   }
-  return kept + sectionText(notes);
+  const std::string digest = digestOfRecord(kept);
+  return kept + sectionText(notes) + std::string(kDigestKey) + "=" + digest + "\r\n";
 }
 
 CameraNotes notesIn(std::string_view text) {
   const IniSection section = readIniSection(text, kSectionName);
   CameraNotes notes;
+  const std::string_view digest = valueOf(section, kDigestKey);
+  if (!digest.empty() && digest != digestOfRecord(text)) {
+    notes.outdated = true;
+    return notes;
+  }
   notes.image = sizeIn(section, "Image");
   notes.corrected = sizeIn(section, "Corrected");
   notes.insideTarget = parseNumber(valueOf(section, "BedErrorInsideTarget"));

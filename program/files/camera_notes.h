@@ -13,6 +13,9 @@
 namespace fisheye_calibration::program {
 
 struct CameraNotes {
+  // The notes in the file are about another record, which somebody has replaced since; nothing of
+  // them is here.
+  bool outdated = false;
   std::optional<Size> image;      // of the raw picture
   std::optional<Size> corrected;  // for which the second correction was made
   // Bounds on the error on the bed, world units.
@@ -24,7 +27,8 @@ struct CameraNotes {
   bool operator==(const CameraNotes&) const = default;
 };
 
-// The text of a camera file with these notes in place of those in it.
+// The text of a camera file with these notes in place of those in it, and with a digest of its
+// record, by which a record that is replaced later is recognised.
 std::string withNotes(std::string_view text, const CameraNotes& notes);
 
 // Notes that are missing, incomplete or not numbers are left out.

@@ -8,15 +8,28 @@ namespace fisheye_calibration::program {
 
 char separatorOf(std::string_view line) {
   bool quoted = false;
-  char found = ',';
+  bool tab = false;         // one between two values
+  bool tabPending = false;  // one after a value
+  bool afterComma = true;   // or at the start
   for (const char c : line) {
     quoted = quoted != (c == '"');
-    if (!quoted && (c == ';' || c == '\t')) {
-      // A tab next to a semicolon is a blank.
-      found = c == ';' || found == ';' ? ';' : '\t';
+    if (quoted) {
+      continue;
+    }
+    if (c == ';') {
+      return ';';
+    }
+    if (c == '\t') {
+      tabPending = !afterComma;
+    } else if (c == ',') {
+      afterComma = true;
+      tabPending = false;
+    } else if (c != ' ' && c != '\r') {
+      tab = tab || tabPending;
+      tabPending = afterComma = false;
     }
   }
-  return found;
+  return tab ? '\t' : ',';
 }
 
 std::vector<CsvValue> splitLine(std::string_view line, char separator, bool& closed) {
@@ -55,6 +68,14 @@ bool hasDecimalComma(std::string_view value) {
   std::string point(value);
   std::replace(point.begin(), point.end(), ',', '.');
   return parseNumber(point).has_value();
+}
+
+bool mayGroupThousands(std::string_view value) {
+  const bool sign = value.starts_with('-') || value.starts_with('+');
+  value.remove_prefix(sign ? 1 : 0);
+  const std::size_t comma = value.find(',');
+  return hasDecimalComma(value) && comma >= 1 && comma <= 3 && value[0] != '0' &&
+         value.size() == comma + 4 && value.find_first_not_of("0123456789,") == std::string::npos;
 }
 
 }  // namespace fisheye_calibration::program

@@ -14,8 +14,9 @@ struct CsvValue {
   std::size_t begin = 0;  // of the text in the line, bytes
 };
 
-// The separator of the values in the line: a semicolon or a tab if there is one outside quotation
-// marks, otherwise a comma.
+// The separator of the values in the line, outside quotation marks: a semicolon if there is one,
+// otherwise a tab if there is one, but not next to a comma or the end, where it is a blank;
+// otherwise a comma.
 char separatorOf(std::string_view line);
 
 // A value in double quotation marks may contain the separator, and "" for a quotation mark.
@@ -24,5 +25,8 @@ std::vector<CsvValue> splitLine(std::string_view line, char separator, bool& clo
 
 // True for a number with one comma in place of the decimal point.
 bool hasDecimalComma(std::string_view value);
+
+// True if that comma may group thousands instead, as in "1,200".
+bool mayGroupThousands(std::string_view value);
 
 }  // namespace fisheye_calibration::program

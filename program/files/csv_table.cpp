@@ -10,8 +10,6 @@
 namespace fisheye_calibration::program {
 namespace {
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 // Characters, not bytes: continuation bytes of UTF-8 do not count.
 int characters(std::string_view text) {
   return static_cast<int>(std::count_if(text.begin(), text.end(), [](char c) {
@@ -38,6 +36,10 @@ bool isNumber(const CsvField& field) {
 
 bool hasDecimalPoint(const CsvField& field) {
   return field.text.find('.') != std::string::npos && parseNumber(field.text).has_value();
+}
+
+bool isSurelyDecimal(const CsvField& field) {
+  return hasDecimalComma(field.text) && !mayGroupThousands(field.text);
 }
 
 const char* separatorName(char separator) {
@@ -105,7 +107,7 @@ void takeHeader(CsvTable& table, CsvRow first, const std::vector<std::string>& c
 
 // Spreadsheets name the separator in a first line of its own: "sep=;".
 bool namesSeparator(std::string_view line, char& separator) {
-  line = trimmed(line);
+  line.remove_suffix(line.ends_with('\r') ? 1 : 0);
   if (line.size() != 5 || !equalIgnoringCase(line.substr(0, 4), "sep=")) {
     return false;
   }
@@ -148,9 +150,12 @@ float CsvTable::floatAt(const CsvRow& row, std::size_t field) const {
   std::string text = value.text;
   std::string hint;
   if (hasDecimalComma(text)) {
-    // Where commas separate values or other numbers have points, a comma may group thousands.
-    if (separator != ',' && !decimalPoints) {
+    // Where other numbers have points, or nothing shows that commas are no points, one may group
+    // thousands.
+    if (separator != ',' && !decimalPoints && decimalCommas) {
       std::replace(text.begin(), text.end(), ',', '.');
+    } else if (separator != ',' && !decimalPoints) {
+      hint = "; the comma may stand for a decimal point or group thousands";
     } else {
       hint = decimalPoints ? "; other numbers have decimal points" : "; decimals follow a point";
     }
@@ -205,8 +210,11 @@ CsvTable parseCsv(const std::string& name, std::string_view text,
     failBadInput(located(name, 1, 1, "the file is empty"));
   }
   for (const CsvRow& row : table.rows) {
-    table.decimalPoints =
-        table.decimalPoints || std::any_of(row.fields.begin(), row.fields.end(), hasDecimalPoint);
+    const auto anyField = [&](auto holds) {
+      return std::any_of(row.fields.begin(), row.fields.end(), holds);
+    };
+    table.decimalPoints = table.decimalPoints || anyField(hasDecimalPoint);
+    table.decimalCommas = table.decimalCommas || anyField(isSurelyDecimal);
   }
   return table;
 }

@@ -26,6 +26,7 @@ struct CsvTable {
   std::vector<CsvRow> rows = {};  // each with as many fields as the header
   char separator = ',';
   bool decimalPoints = false;  // some number has one, so that a comma in another is none
+  bool decimalCommas = false;  // some number has a comma that cannot group thousands
 
   // The index of the column with that name (regardless of case), if there is one.
   std::optional<std::size_t> find(std::string_view columnName) const;

@@ -16,6 +16,8 @@ class DecoderMessages {
   DecoderMessages& operator=(const DecoderMessages&) = delete;
   ~DecoderMessages();
 
+  bool caught() const { return file_ != nullptr; }
+
   // Ends the redirection and returns what was printed, on one line.
   std::string take();
 

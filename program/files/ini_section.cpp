@@ -66,7 +66,6 @@ IniSection readIniSection(std::string_view text, std::string_view sectionName) {
 
 IniSection requireIniSection(const std::string& name, std::string_view text,
                              const std::string& sectionName, const std::string& wanted) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) {
     failBadInput(name + ": UTF-16 text; save the file as UTF-8 without a byte-order mark");
   }

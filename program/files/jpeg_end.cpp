@@ -17,16 +17,18 @@ bool standsAlone(unsigned code) {
 
 }  // namespace
 
+bool isJpeg(std::string_view bytes) { return bytes.starts_with("\xFF\xD8\xFF"); }
+
 // A file is a sequence of segments: FF, a code and, unless the code stands alone, a length of two
 // bytes that counts itself. After a scan's segment, coded data follows, in which FF is followed by
 // 00 or by a restart marker. Skipping all bytes up to the next marker passes over coded data.
 bool isTruncatedJpeg(std::string_view bytes) {
+  if (!isJpeg(bytes)) {
+    return false;
+  }
   const auto at = [&](std::size_t i) {
     return static_cast<unsigned>(static_cast<unsigned char>(bytes[i]));
   };
-  if (bytes.size() < 3 || at(0) != kMarker || at(1) != kStartOfImage || at(2) != kMarker) {
-    return false;
-  }
   std::size_t i = 2;
   while (i + 1 < bytes.size()) {
     const unsigned code = at(i + 1);

@@ -23,10 +23,10 @@ namespace {
 bool isDamage(const std::string& message) {
   const auto has = [&](const char* part) { return message.find(part) != std::string::npos; };
   return has("Premature end of JPEG file") || has("premature end of data segment") ||
-         has("bad Huffman code") || has("should be RST");
+         has("bad Huffman code") || has("bad arithmetic code") || has("instead of RST");
 }
 
-cv::Mat decoded(std::string& bytes, int kind, std::string& printed) {
+cv::Mat decoded(std::string& bytes, int kind, std::string& printed, bool& caught) {
   if (bytes.empty()) {
     return {};
   }
@@ -39,6 +39,7 @@ cv::Mat decoded(std::string& bytes, int kind, std::string& printed) {
     picture.release();
   }
   printed = messages.take();
+  caught = messages.caught();
   return picture;
 }
 
@@ -67,13 +68,18 @@ cv::Mat readAs(const std::filesystem::path& path, int kind, std::ostream& messag
     failBadInput(name + ": the file ends before the picture does");
   }
   std::string printed;
-  cv::Mat picture = decoded(bytes, kind, printed);
+  bool caught = false;
+  cv::Mat picture = decoded(bytes, kind, printed, caught);
   if (picture.empty()) {
     failBadInput(name + ": not a picture that can be read" +
                  (printed.empty() ? "" : " (" + printed + ")"));
   }
   if (isDamage(printed)) {
     failBadInput(name + ": the picture is damaged (" + printed + ")");
+  }
+  if (!caught && isJpeg(bytes)) {
+    messages << "warning: " << name
+             << ": without a temporary file, damage of the picture goes unnoticed\n";
   }
   if (!printed.empty()) {
     messages << "warning: " << name << ": " << printed << "\n";

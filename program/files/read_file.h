@@ -12,7 +12,7 @@ namespace fisheye_calibration::program {
 constexpr std::size_t kLongestText = std::size_t{1} << 26;
 
 // For pictures in files.
-constexpr std::size_t kLongestPicture = std::size_t{1} << 31;
+constexpr std::size_t kLongestPicture = (std::size_t{1} << 31) - 1;
 
 // Fails as bad input if there is no such file, if it cannot be read or if it is longer than
 // `longest` bytes; of devices and pipes, which may have no end, no more than kLongestText is read.

@@ -8,12 +8,12 @@
 
 namespace fisheye_calibration::program {
 
-SecondCorrectionError secondCorrectionError(const CalibrationResult& result,
-                                            const Size& corrected) {
-  const cv::Point2f centre = centreOf(corrected);
+SecondCorrectionError secondCorrectionError(const CalibrationResult& result) {
+  const cv::Point2f centre = centreOf(result.corrected);
   SecondCorrectionError worst;
   for (const CalibrationPoint& point : result.points) {
-    const cv::Point2d rendered = renderedPosition(result.param, bedPosition(point), corrected);
+    const cv::Point2d rendered =
+        renderedPosition(result.param, bedPosition(point), result.corrected);
     const cv::Point2d grid = secondCorrectedPosition(result.param, bedPosition(point), centre);
     const double error = std::hypot(rendered.x - grid.x, rendered.y - grid.y);
     if (std::isnan(error)) {

@@ -13,6 +13,7 @@ struct CalibrationResult {
   FishEyeCalibrationParam param{};
   std::vector<CalibrationPoint> points{};  // with the reprojection fields filled
   double rms = 0;                          // reprojection error, pixels
+  Size corrected;                          // for which the second correction was made
 };
 
 // How far the corrected picture is off the metric grid that it should become, over all points.
@@ -20,6 +21,6 @@ struct SecondCorrectionError {
   double worstPixels = 0;  // pixels of the second-corrected picture
   int pointId = 0;
 };
-SecondCorrectionError secondCorrectionError(const CalibrationResult& result, const Size& corrected);
+SecondCorrectionError secondCorrectionError(const CalibrationResult& result);
 
 }  // namespace fisheye_calibration::program

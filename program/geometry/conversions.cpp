@@ -9,6 +9,11 @@ cv::Point2f centreOf(const Size& view) {
   return {static_cast<float>(view.width * 0.5), static_cast<float>(view.height * 0.5)};
 }
 
+bool isInPicture(cv::Point2d position, const Size& picture) {
+  return position.x >= -0.5 && position.y >= -0.5 && position.x <= picture.width - 0.5 &&
+         position.y <= picture.height - 0.5;
+}
+
 cv::Point2f rawPosition(const Param& param, cv::Point2f bed, float Zw) {
   cv::Point2f position;
   WorldToRawImagePoint(bed.x, bed.y, Zw, param, position.x, position.y);

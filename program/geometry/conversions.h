@@ -12,6 +12,9 @@ namespace fisheye_calibration::program {
 // The centre of a corrected view as the conversions expect it: half of its width and height.
 cv::Point2f centreOf(const Size& view);
 
+// Whether a position lies within the picture, up to the outer edges of its pixels.
+bool isInPicture(cv::Point2d position, const Size& picture);
+
 cv::Point2f rawPosition(const FishEyeCalibrationParam& param, cv::Point2f bed, float Zw = 0);
 
 cv::Point2f correctedPosition(const FishEyeCalibrationParam& param, cv::Point2f bed,

@@ -73,6 +73,9 @@ double rootMeanSquare(const std::vector<Agreement>& agreement, double Agreement:
 double worstApart(const std::vector<Agreement>& agreement) {
   double worst = 0;
   for (const Agreement& at : agreement) {
+    if (std::isnan(at.apart)) {
+      return at.apart;
+    }
     worst = std::max(worst, at.apart);
   }
   return worst;

@@ -26,6 +26,7 @@ std::vector<Agreement> agreementAt(const StitchPair& pair, const SharedPoints& s
 
 double rootMeanSquare(const std::vector<Agreement>& agreement, double Agreement::*error);
 
+// NaN if one of them is.
 double worstApart(const std::vector<Agreement>& agreement);
 
 }  // namespace fisheye_calibration::program

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <opencv2/core.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ struct StitchCamera {
   std::string pointsName;
   FrameBuffer frame;
   FishEyeCalibrationParam param{};
+  std::optional<Size> corrected;  // of the view, if the camera's file notes it
   std::vector<CalibrationPoint> points;
 
   // The views that are stitched have twice the frame's size.

@@ -43,6 +43,22 @@ Json accuracyOf(const BedAccuracy& accuracy) {
             {"errors", std::move(values)}}}};
 }
 
+// The bed that was asked for and how the camera sees it; null if none was.
+Json bedOf(const CalibrationReport& report) {
+  if (!report.seen) {
+    return nullptr;
+  }
+  const cv::Rect2d& bed = *report.request.picture.bed;
+  return {{"x", number(bed.x)},
+          {"y", number(bed.y)},
+          {"width", number(bed.width)},
+          {"height", number(bed.height)},
+          {"unseen", number(report.seen->unseen)},
+          {"behind", number(report.seen->behind)},
+          {"leftOut", number(report.seen->leftOut)},
+          {"blurred", number(report.seen->blurred)}};
+}
+
 Json viewsOf(const CalibrationReport& report) {
   Json views = Json::array();
   const auto& wrongViews = report.robust.solved.wrongViews;
@@ -79,12 +95,13 @@ Json remediesOf(const std::vector<Remedy>& remedies) {
 
 std::string formatJson(const CalibrationReport& report) {
   const Json json = {{"image", sizeOf(report.request.image)},
-                     {"corrected", sizeOf(report.request.corrected)},
+                     {"corrected", sizeOf(report.chosen.result.corrected)},
+                     {"bed", bedOf(report)},
                      {"solver", report.chosen.fromLibrary ? "library" : "robust"},
                      {"reason", report.chosen.reason},
                      {"camera", recordOf(report.chosen.result.param)},
                      {"rms", number(report.chosen.result.rms)},
-                     {"noise", number(report.robust.solved.noise)},
+                     {"noise", number(report.robust.solved.noiseSigma)},
                      {"leavesOutWrong", !report.request.keepAll},
                      {"views", viewsOf(report)},
                      {"residuals", residualsOf(report.chosen.result.points)},

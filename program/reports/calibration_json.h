@@ -1,6 +1,7 @@
 // Everything that `calibrate` reports, for programs.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,8 @@ struct CalibrationReport {
   const ChosenCamera& chosen;
   const std::vector<Remedy>& remedies;
   const Verdict& verdict;
-  double tolerance = 0;  // world units; 0 if none was given
+  double tolerance = 0;                           // world units; 0 if none was given
+  std::optional<SeenShares> seen = std::nullopt;  // of the bed that was asked for
   std::vector<std::string> warnings;
 };
 

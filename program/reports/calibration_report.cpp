@@ -107,12 +107,12 @@ std::string describeRecord(const FishEyeCalibrationParam& param, bool verbose) {
          "  p1...p9 carries the corrected to the second-corrected picture.\n";
 }
 
-std::string describeResult(const CalibrationResult& result, const Size& corrected, bool verbose) {
+std::string describeResult(const CalibrationResult& result, bool verbose) {
   std::string text = "Camera\n" + describeRecord(result.param, verbose) +
                      "\nReprojection error: RMS " + readable(result.rms, 4) + " px over " +
                      std::to_string(result.points.size()) + " points\n";
   if (result.homographyFound) {
-    const SecondCorrectionError error = secondCorrectionError(result, corrected);
+    const SecondCorrectionError error = secondCorrectionError(result);
     text += "Second correction: fits these points to " + general(error.worstPixels, 3) +
             " px (worst: point " + std::to_string(error.pointId) +
             "); that is no measure of the accuracy on the bed\n";

@@ -14,6 +14,6 @@ namespace fisheye_calibration::program {
 std::string describeRecord(const FishEyeCalibrationParam& param, bool verbose);
 
 // describeRecord, the reprojection error and the five points with the largest residuals.
-std::string describeResult(const CalibrationResult& result, const Size& corrected, bool verbose);
+std::string describeResult(const CalibrationResult& result, bool verbose);
 
 }  // namespace fisheye_calibration::program

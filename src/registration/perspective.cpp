@@ -71,9 +71,15 @@ bool isWindowOpen() {
 // cv::waitKey(0) of some toolkits would not return any more once the window is closed.
 void waitForKeyOrClosing() {
   constexpr int kMilliseconds = 50;
-  if (!isWindowOpen()) {  // the toolkit does not tell
-    cv::waitKey(0);
-    return;
+  constexpr int kPatience = 20;  // steps until a window that does not show is none
+  for (int step = 0; !isWindowOpen(); ++step) {
+    if (step == kPatience) {  // the toolkit does not tell
+      cv::waitKey(0);
+      return;
+    }
+    if (cv::waitKey(kMilliseconds) >= 0) {
+      return;
+    }
   }
   while (cv::waitKey(kMilliseconds) < 0 && isWindowOpen()) {
   }

@@ -1,5 +1,6 @@
 #include "robust/arrow_matrix.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
@@ -16,6 +17,8 @@ PoseVector unitScale(const cv::Matx66d& A) {
   }
   return scale;
 }
+
+PoseVector diagonal(const cv::Matx66d& A) { return PoseVector(A.diag().val); }
 
 // diag(rows) A diag(columns)
 cv::Matx66d scaled(const cv::Matx66d& A, const PoseVector& rows, const PoseVector& columns) {
@@ -69,6 +72,7 @@ ArrowInverse::ArrowInverse(const ArrowMatrix& M, bool holdLens) {
   for (const ViewMatrix& view : M.views) {
     U += lensBlock(view);
   }
+  lensDiagonal_ = diagonal(U);
   // A unit diagonal of U, so that the subtraction below is between numbers of similar size.
   const PoseVector unit = unitScale(U);
   cv::Matx66d S = scaled(U, unit, unit);
@@ -78,6 +82,7 @@ ArrowInverse::ArrowInverse(const ArrowMatrix& M, bool holdLens) {
       return;
     }
     pose_.push_back(*pose);
+    poseDiagonal_.push_back(diagonal(poseBlock(view)));
     follow_.push_back(*pose * poseLensBlock(view));
     const cv::Matx66d eliminated = poseLensBlock(view).t() * follow_.back();
     S -= scaled(0.5 * (eliminated + eliminated.t()), unit, unit);
@@ -101,6 +106,20 @@ ArrowInverse::Tall ArrowInverse::lensToView(std::size_t j) const {
     }
   }
   return q;
+}
+
+double ArrowInverse::inflation() const {
+  double most = 0;
+  for (int i = 0; i < kLensUnknowns; ++i) {
+    most = std::max(most, lensDiagonal_[i] * lens_(i, i));
+  }
+  for (std::size_t j = 0; j < pose_.size(); ++j) {
+    const cv::Matx66d A = pose_[j] + follow_[j] * lens_ * follow_[j].t();
+    for (int i = 0; i < kPoseUnknowns; ++i) {
+      most = std::max(most, poseDiagonal_[j][i] * A(i, i));
+    }
+  }
+  return most;
 }
 
 ArrowVector ArrowInverse::times(const ArrowVector& b) const {

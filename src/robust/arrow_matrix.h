@@ -50,6 +50,15 @@ class ArrowInverse {
   // Whether M was numerically positive definite; otherwise nothing below may be used.
   bool exists() const { return exists_; }
 
+  // The largest M_ii A_ii: the factor by which the other unknowns inflate the variance of one. It
+  // is at most the condition number of M scaled to a unit diagonal, which is at most n^2 times
+  // larger for n unknowns.
+  double inflation() const;
+
+  // Whether A exists and rounding has left at least three digits of it. Steps of an iteration do
+  // not need that, covariances do.
+  bool isAccurate() const { return exists_ && inflation() <= kMostInflation; }
+
   ArrowVector times(const ArrowVector& b) const;
 
   // The rows and columns of the lens and of pose j in A, and in A C A.
@@ -66,8 +75,13 @@ class ArrowInverse {
  private:
   using Tall = cv::Matx<double, kViewUnknowns, kLensUnknowns>;
 
+  static constexpr double kMostInflation = 1e12;
+
   Tall lensToView(std::size_t j) const;
   cv::Matx66d reduced(const ArrowMatrix& C) const;  // Q^T C Q
+
+  LensVector lensDiagonal_;               // of U
+  std::vector<PoseVector> poseDiagonal_;  // of V_j
 
   cv::Matx66d lens_;                 // S^-1
   std::vector<cv::Matx66d> pose_;    // V_j^-1

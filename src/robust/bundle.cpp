@@ -31,6 +31,7 @@ void addView(const solver::ViewPoints& view, const std::vector<double>& weights,
     const PointRows rows = pointRows(posed, view.X[i], view.Y[i], view.Z[i]);
     const cv::Vec2d e = cv::Vec2d(view.image.x[i], view.image.y[i]) - rows.pixel;
     equations.allInFront = equations.allInFront && rows.depth > 0;
+    equations.largestTheta = std::max(equations.largestTheta, rows.theta);
     equations.rss += w * e.dot(e);
     addOuterProducts(M, rows, w);
     b += w * e[0] * rows.u + w * e[1] * rows.v;
@@ -107,21 +108,14 @@ double undampedGain(const BundleProblem& problem, const BundleResult& at, const 
   return A.exists() ? dot(A.times(b), b, problem.holdLens) : 0;
 }
 
-std::size_t countPoints(const std::vector<solver::ViewPoints>& views) {
-  std::size_t count = 0;
-  for (const solver::ViewPoints& view : views) {
-    count += view.size();
-  }
-  return count;
-}
-
 }  // namespace
 
 BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at) {
   BundleEquations equations;
   equations.allInFront = true;
-  for (std::size_t j = 0; j < problem.views.size(); ++j) {
-    addView(problem.views[j], problem.weights[j], PosedCamera(at.camera, at.poses[j]), equations);
+  for (std::size_t j = 0; j < problem.views->size(); ++j) {
+    addView((*problem.views)[j], problem.weights[j], PosedCamera(at.camera, at.poses[j]),
+            equations);
   }
   return equations;
 }
@@ -129,7 +123,7 @@ BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at) 
 BundleResult solveBundle(const BundleProblem& problem, const Bundle& start, int maxSteps) {
   BundleResult result{start, bundleEquations(problem, start), 0, false};
   double current = cost(problem, start, result.equations);
-  const double rounding = kRounding * static_cast<double>(countPoints(problem.views));
+  const double rounding = kRounding * static_cast<double>(solver::countPoints(*problem.views));
   double damping = kFirstDamping;
   while (std::isfinite(current) && result.steps < maxSteps && damping < kMostDamping) {
     const ArrowInverse A(damped(problem, result.bundle, result.equations, damping),

@@ -21,8 +21,8 @@ struct Bundle {
 using PointWeights = std::vector<std::vector<double>>;
 
 struct BundleProblem {
-  const std::vector<solver::ViewPoints>& views;
-  PointWeights weights;  // as many lists as views
+  const std::vector<solver::ViewPoints>* views = nullptr;  // not owned
+  PointWeights weights;                                    // as many lists as views
   LensPrior prior;
   double kappa = 1;  // weight of the prior, px^2
   bool holdLens = false;
@@ -35,6 +35,7 @@ struct BundleEquations {
   ArrowVector b;
   double rss = 0;
   bool allInFront = false;  // the points have positive depth
+  double largestTheta = 0;  // incidence angle, radians
 };
 
 BundleEquations bundleEquations(const BundleProblem& problem, const Bundle& at);

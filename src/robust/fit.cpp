@@ -27,7 +27,7 @@ std::optional<Bundle> startingBundle(const std::vector<solver::ViewPoints>& view
 
 Fit fitWithNoise(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
                  const Bundle& start) {
-  BundleProblem problem{views, PointWeights(views.size()), settings.prior, 1, settings.holdLens};
+  BundleProblem problem{&views, PointWeights(views.size()), settings.prior, 1, settings.holdLens};
   Fit fit;
   fit.bundle = start;
   for (int round = 0; round < kMostNoiseRounds; ++round) {
@@ -36,7 +36,7 @@ Fit fitWithNoise(const std::vector<solver::ViewPoints>& views, const FitSettings
     fit.equations = std::move(solved.equations);
     fit.steps += solved.steps;
     fit.converged = solved.converged;
-    fit.noise = fitNoise(problem, fit.bundle, fit.equations, settings.noise);
+    fit.noise = fitNoise(problem, fit.bundle, fit.equations, settings.noiseKind);
     const double change = std::abs(fit.noise.kappa - problem.kappa);
     problem.kappa = fit.noise.kappa;
     if (settings.holdLens || change <= kSameKappa * problem.kappa) {
@@ -48,7 +48,7 @@ Fit fitWithNoise(const std::vector<solver::ViewPoints>& views, const FitSettings
 
 std::optional<std::vector<ViewMatrix>> covarianceOf(const std::vector<solver::ViewPoints>& views,
                                                     const FitSettings& settings, const Fit& fit) {
-  const BundleProblem problem{views, PointWeights(views.size()), settings.prior, fit.noise.kappa,
+  const BundleProblem problem{&views, PointWeights(views.size()), settings.prior, fit.noise.kappa,
                               settings.holdLens};
   return covariance(problem, fit.bundle, fit.equations, fit.noise, settings.heldLensCovariance);
 }

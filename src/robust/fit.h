@@ -10,10 +10,14 @@
 
 namespace fisheye_calibration::robust {
 
+// Residuals below this say nothing about the noise: no detector is better, and exact points have
+// none.
+constexpr double kFinestNoise = 0.05;  // px
+
 // What does not change between the solutions of one calibration.
 struct FitSettings {
   LensPrior prior;
-  NoiseKind noise = NoiseKind::kSmooth;
+  NoiseKind noiseKind = NoiseKind::kSmooth;
   bool holdLens = false;
   cv::Matx66d heldLensCovariance;  // of the held lens, 0 if it is exact
 };
@@ -27,7 +31,8 @@ struct Fit {
 };
 
 // Solves with kappa = 1 px^2, then again with the kappa that the noise of the last solution gives
-// until it no longer changes (12 times at most), so that the start is forgotten.
+// until it no longer changes (12 times at most), so that the start is forgotten: after two times a
+// few measured views still remember it.
 Fit fitWithNoise(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
                  const Bundle& start);
 

@@ -15,7 +15,7 @@ namespace {
 constexpr int kRobustRounds = 5;
 constexpr int kSamples = 40;
 constexpr std::size_t kSampleSize = 5;
-constexpr double kSmallestScale = 1e-12;  // rad
+constexpr double kSmallestAngle = 1e-12;  // rad
 
 // Eigenvalues of the normal matrix below this share of the largest count as 0. Exact points have a
 // single such value; points that leave the pose undetermined have more.
@@ -86,14 +86,6 @@ std::optional<lens::Pose> poseOf(const cv::Matx33d& H) {
   return pose;
 }
 
-bool isFinite(const solver::ViewPoints& view) {
-  const auto finite = [](double x) { return std::isfinite(x); };
-  return std::all_of(view.X.begin(), view.X.end(), finite) &&
-         std::all_of(view.Y.begin(), view.Y.end(), finite) &&
-         std::all_of(view.image.x.begin(), view.image.x.end(), finite) &&
-         std::all_of(view.image.y.begin(), view.image.y.end(), finite);
-}
-
 std::vector<cv::Vec3d> viewingRays(const solver::ViewPoints& view, const lens::Camera& camera) {
   std::vector<cv::Vec3d> rays;
   for (std::size_t i = 0; i < view.size(); ++i) {
@@ -105,7 +97,7 @@ std::vector<cv::Vec3d> viewingRays(const solver::ViewPoints& view, const lens::C
 std::optional<lens::Pose> poseOfRays(const solver::ViewPoints& view,
                                      const std::vector<cv::Vec3d>& rays,
                                      const std::vector<double>& weights) {
-  if (view.size() < 4 || !isFinite(view)) {
+  if (view.size() < 4 || !solver::isFinite(view)) {
     return std::nullopt;
   }
   const Normalization normalized(view);
@@ -178,7 +170,7 @@ std::optional<lens::Pose> robustLinearPose(const solver::ViewPoints& view,
   std::optional<lens::Pose> pose = poseOfBestSample(view, rays);
   for (int round = 0; pose && round < kRobustRounds; ++round) {
     const std::vector<double> angles = anglesToRays(view, rays, *pose);
-    const double scale = std::max(median(angles), kSmallestScale);
+    const double scale = std::max(median(angles), kSmallestAngle);
     std::vector<double> weights;
     weights.reserve(angles.size());
     for (const double angle : angles) {

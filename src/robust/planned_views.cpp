@@ -1,16 +1,45 @@
 #include "robust/planned_views.h"
 
+#include <algorithm>
+#include <cmath>
 #include <opencv2/calib3d.hpp>
 
 #include "lens/rotation.h"
 #include "robust/bundle.h"
+#include "robust/point_rows.h"
+#include "robust/viewing_ray.h"
 
 namespace fisheye_calibration::robust {
 
+namespace {
+
+// Points may be this far outside the picture, of its longer side: those of a view that was taken
+// are measured inside, but their projections differ by a residual.
+constexpr double kBeyondEdge = 0.01;
+
+bool isInPicture(const solver::ViewPoints& view, const PosedCamera& posed,
+                 const cv::Size& imageSize) {
+  const double beyond = 0.5 + kBeyondEdge * std::max(imageSize.width, imageSize.height);
+  for (std::size_t i = 0; i < view.size(); ++i) {
+    const cv::Vec2d pixel = pointRows(posed, view.X[i], view.Y[i], view.Z[i]).pixel;
+    if (!(pixel[0] >= -beyond && pixel[0] <= imageSize.width - 1 + beyond && pixel[1] >= -beyond &&
+          pixel[1] <= imageSize.height - 1 + beyond)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
 std::optional<std::vector<ViewMatrix>> plannedCovariance(const lens::Camera& camera,
                                                          const std::vector<PlannedView>& views,
-                                                         const cv::Size& imageSize, double noise,
+                                                         const cv::Size& imageSize, double sigma,
                                                          const PlanOptions& options) {
+  if (views.empty() || imageSize.width <= 0 || imageSize.height <= 0 || !std::isfinite(sigma) ||
+      sigma < 0 || !(camera.fx > 0 && camera.fy > 0)) {
+    return std::nullopt;
+  }
   std::vector<solver::ViewPoints> points;
   Bundle bundle{camera, {}};
   for (const PlannedView& view : views) {
@@ -22,14 +51,18 @@ std::optional<std::vector<ViewMatrix>> plannedCovariance(const lens::Camera& cam
     points.push_back(
         {view.target.x, view.target.y, std::vector<double>(count), solver::PlanarPoints(count)});
     bundle.poses.push_back(view.pose);
+    if (!isInPicture(points.back(), PosedCamera(camera, view.pose), imageSize)) {
+      return std::nullopt;
+    }
   }
-  const BundleProblem problem{points, PointWeights(points.size()),
+  const BundleProblem problem{&points, PointWeights(points.size()),
                               LensPrior(imageSize, options.priors), 1, false};
   const BundleEquations equations = bundleEquations(problem, bundle);
-  if (points.empty() || !equations.allInFront || !(camera.fx > 0 && camera.fy > 0)) {
+  if (!equations.allInFront || !isOneToOneUpTo(camera, equations.largestTheta)) {
     return std::nullopt;
   }
-  const NoiseFit fit = noiseOfVariance(problem, bundle, equations, options.noise, noise * noise);
+  const NoiseFit fit =
+      noiseOfVariance(problem, bundle, equations, options.noiseKind, sigma * sigma);
   return covariance(problem, bundle, equations, fit, cv::Matx66d::zeros());
 }
 

@@ -20,16 +20,18 @@ struct PlannedView {
 
 struct PlanOptions {
   bool priors = true;
-  NoiseKind noise = NoiseKind::kSmooth;
+  NoiseKind noiseKind = NoiseKind::kSmooth;
 };
 
 // Covariances like those of RobustCalibration, one per view, that points with noise of standard
-// deviation `noise` (pixels) would give. To evaluate a remedy, pass the present views with it, or
-// instead of them: one view more, a larger target, five views. std::nullopt if a point is not in
-// front of the camera, the lists do not pair, or the views do not determine the lens.
+// deviation `sigma` (pixels per coordinate, at least 0) would give. To evaluate a remedy, pass the
+// present views with it, or instead of them: one view more, a larger target, five views.
+// std::nullopt if there is no view or image size, the lists do not pair, the views do not determine
+// the lens, or the camera does not see a point: not in front of it, beyond the angle at which the
+// lens stops being one to one, or outside the picture by more than a hundredth of its longer side.
 std::optional<std::vector<ViewMatrix>> plannedCovariance(const lens::Camera& camera,
                                                          const std::vector<PlannedView>& views,
-                                                         const cv::Size& imageSize, double noise,
+                                                         const cv::Size& imageSize, double sigma,
                                                          const PlanOptions& options = {});
 
 // The pose at which the camera sees a target that is turned by the rotation vector `turn` (target

@@ -71,6 +71,7 @@ PointRows pointRows(const PosedCamera& posed, double X, double Y, double Z) {
   const double xSkewed = d.x + camera.alpha * d.y;
   rows.pixel = {camera.fx * xSkewed + camera.cx, camera.fy * d.y + camera.cy};
   rows.depth = P.z;
+  rows.theta = d.theta;
   rows.u[0] = xSkewed;
   rows.v[1] = d.y;
   rows.u[2] = 1;

@@ -24,11 +24,12 @@ struct PosedCamera {
 
 // J: the derivatives of the pixel (u, v) with respect to fx, fy, cx, cy, k0, k1, rotation vector
 // and translation. `depth` is the third coordinate in the camera frame, positive in front of the
-// camera.
+// camera, and `theta` the incidence angle, radians.
 struct PointRows {
   ViewVector u, v;
   cv::Vec2d pixel;
   double depth = 0;
+  double theta = 0;
 };
 
 PointRows pointRows(const PosedCamera& posed, double X, double Y, double Z);

@@ -4,11 +4,10 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <numeric>
 
-#include "robust/fit.h"
+#include "robust/consistent_views.h"
 #include "robust/robust_input.h"
-#include "robust/wrong_points.h"
+#include "robust/viewing_ray.h"
 #include "robust/wrong_views.h"
 
 namespace fisheye_calibration::robust {
@@ -16,7 +15,7 @@ namespace {
 
 FitSettings settingsOf(const cv::Size& imageSize, const RobustOptions& options) {
   const bool held = options.heldLens.has_value();
-  return {LensPrior(imageSize, options.priors && !held), options.noise, held,
+  return {LensPrior(imageSize, options.priors && !held), options.noiseKind, held,
           held ? options.heldLens->covariance : cv::Matx66d::zeros()};
 }
 
@@ -47,53 +46,38 @@ std::optional<std::size_t> viewWithoutStart(const std::vector<solver::ViewPoints
   return std::nullopt;
 }
 
+bool isListed(const std::vector<std::size_t>& listed, std::size_t index) {
+  return std::binary_search(listed.begin(), listed.end(), index);
+}
+
+// The first view in use of whose points more than a fifth are wrong.
 std::optional<std::size_t> viewWithTooManyWrongPoints(const std::vector<solver::ViewPoints>& views,
-                                                      const PointLists& wrong) {
+                                                      const ConsistentViews& found) {
   for (std::size_t j = 0; j < views.size(); ++j) {
-    if (5 * wrong[j].size() > views[j].size()) {
+    if (!isListed(found.wrongViews, j) && 5 * found.wrongPoints[j].size() > views[j].size()) {
       return j;
     }
   }
   return std::nullopt;
 }
 
-bool anyListed(const PointLists& lists) {
-  return std::any_of(lists.begin(), lists.end(), [](const auto& list) { return !list.empty(); });
-}
-
-template <class T>
-std::vector<T> withoutListed(const std::vector<T>& all, const std::vector<std::size_t>& listed) {
-  std::vector<T> kept;
-  for (std::size_t j = 0; j < all.size(); ++j) {
-    if (!std::binary_search(listed.begin(), listed.end(), j)) {
-      kept.push_back(all[j]);
-    }
-  }
-  return kept;
-}
-
 ViewMatrix notANumber() { return ViewMatrix::all(std::numeric_limits<double>::quiet_NaN()); }
 
-std::size_t countPoints(const std::vector<solver::ViewPoints>& views) {
-  return std::accumulate(
-      views.begin(), views.end(), std::size_t{0},
-      [](std::size_t sum, const solver::ViewPoints& v) { return sum + v.size(); });
-}
-
 // Copies the solution of the views in use; a view left out gets the pose that the lens gives it.
-void store(const std::vector<solver::ViewPoints>& views,
-           const std::vector<solver::ViewPoints>& used, const FitSettings& settings, const Fit& fit,
-           const std::vector<ViewMatrix>& Sigma, const Bundle& ofAllViews,
-           const std::vector<std::size_t>& leftOut, RobustCalibration& result) {
+void store(const std::vector<solver::ViewPoints>& views, const ConsistentViews& solved,
+           const FitSettings& settings, const std::vector<ViewMatrix>& Sigma,
+           const Bundle& ofAllViews, RobustCalibration& result) {
+  const Fit& fit = solved.fit;
   result.camera = fit.bundle.camera;
-  result.rms = std::sqrt(fit.equations.rss / static_cast<double>(countPoints(used)));
-  result.noise = std::sqrt(fit.noise.variance);
+  result.rms = std::sqrt(fit.equations.rss / static_cast<double>(solver::countPoints(solved.used)));
+  result.noiseSigma = std::sqrt(fit.noise.variance);
   result.noiseAssumed = fit.noise.assumed;
   result.steps = fit.steps;
   std::size_t next = 0;
   for (std::size_t j = 0; j < views.size(); ++j) {
-    if (std::binary_search(leftOut.begin(), leftOut.end(), j)) {
-      result.poses.push_back(poseWithLens(views[j], settings, result.camera, ofAllViews.poses[j]));
+    if (isListed(solved.wrongViews, j)) {
+      result.poses.push_back(poseWithLens(without(views[j], solved.wrongPoints[j]), settings,
+                                          result.camera, ofAllViews.poses[j]));
       result.covariance.push_back(notANumber());
     } else {
       result.poses.push_back(fit.bundle.poses[next]);
@@ -108,6 +92,20 @@ RobustCalibration refused(RobustCalibration result, RobustStatus status,
   result.status = status;
   result.refusedView = view;
   return result;
+}
+
+// Why a solution is none, if so.
+std::optional<RobustStatus> refusalOf(const Fit& fit) {
+  if (!fit.converged) {
+    return RobustStatus::kNotConverged;
+  }
+  if (!fit.equations.allInFront) {
+    return RobustStatus::kBehindCamera;
+  }
+  if (!isOneToOneUpTo(fit.bundle.camera, fit.equations.largestTheta)) {
+    return RobustStatus::kFoldedLens;
+  }
+  return std::nullopt;
 }
 
 }  // namespace
@@ -125,45 +123,30 @@ RobustCalibration calibrateRobustly(const std::vector<solver::ViewPoints>& views
     return refused(result, RobustStatus::kDegenerate, viewWithoutStart(views, imageSize, options));
   }
 
-  Fit fit = fitWithNoise(views, settings, *start);
-  if (!std::isfinite(fit.equations.rss)) {
+  const Fit all = fitWithNoise(views, settings, *start);
+  if (!std::isfinite(all.equations.rss)) {
     return refused(result, RobustStatus::kNotConverged);
   }
-  const Bundle ofAllViews = fit.bundle;
-  result.wrongPoints = findWrongPoints(views, settings, fit, start->camera);
-  std::vector<solver::ViewPoints> used = views;
-  if (anyListed(result.wrongPoints) && !options.keepAll) {
-    if (const auto view = viewWithTooManyWrongPoints(views, result.wrongPoints)) {
-      return refused(result, RobustStatus::kTooManyWrongPoints, view);
-    }
-    used = without(views, result.wrongPoints);
-    const auto again = startingBundle(used, start->camera, false);
-    fit = fitWithNoise(used, settings, again ? *again : fit.bundle);
+  ConsistentViews found = findConsistentViews(views, settings, all, start->camera);
+  result.wrongPoints = found.wrongPoints;
+  result.wrongViews = found.wrongViews;
+  if (options.keepAll) {
+    found = {PointLists(views.size()), {}, views, all};
   }
-
-  result.wrongViews = findWrongViews(used, settings, fit);
-  std::vector<std::size_t> leftOut;
-  if (!result.wrongViews.empty() && !options.keepAll) {
-    leftOut = result.wrongViews;
-    if (leftOut.size() > std::max<std::size_t>(1, views.size() / 5)) {
-      return refused(result, RobustStatus::kTooManyWrongViews);
-    }
-    used = withoutListed(used, leftOut);
-    fit =
-        fitWithNoise(used, settings, {fit.bundle.camera, withoutListed(fit.bundle.poses, leftOut)});
+  if (const auto view = viewWithTooManyWrongPoints(views, found)) {
+    return refused(result, RobustStatus::kTooManyWrongPoints, view);
   }
-
-  if (!fit.converged) {
-    return refused(result, RobustStatus::kNotConverged);
+  if (found.wrongViews.size() > std::max<std::size_t>(1, views.size() / 5)) {
+    return refused(result, RobustStatus::kTooManyWrongViews);
   }
-  if (!fit.equations.allInFront) {
-    return refused(result, RobustStatus::kBehindCamera);
+  if (const auto status = refusalOf(found.fit)) {
+    return refused(result, *status);
   }
-  const auto Sigma = covarianceOf(used, settings, fit);
+  const auto Sigma = covarianceOf(found.used, settings, found.fit);
   if (!Sigma) {
     return refused(result, RobustStatus::kDegenerate);
   }
-  store(views, used, settings, fit, *Sigma, ofAllViews, leftOut, result);
+  store(views, found, settings, *Sigma, all.bundle, result);
   result.status = RobustStatus::kSolved;
   return result;
 }

@@ -23,7 +23,7 @@ struct HeldLens {
 struct RobustOptions {
   bool priors = true;  // LensPrior; without it a single view may leave the lens far off
   std::optional<HeldLens> heldLens;
-  NoiseKind noise = NoiseKind::kSmooth;
+  NoiseKind noiseKind = NoiseKind::kSmooth;
   bool keepAll = false;         // wrong points and views are listed, but used all the same
   double startFocalFactor = 1;  // of max(width, height)/pi
 };
@@ -31,11 +31,13 @@ struct RobustOptions {
 enum class RobustStatus {
   kSolved,
   kBadInput,      // no view or image size, lists that do not pair, numbers that are not finite,
-                  // target points with Z other than 0, a held lens without focal length
+                  // target points with Z other than 0, a held lens without focal length or
+                  // whose covariance is none (not symmetric, or a negative variance)
   kTooFewPoints,  // a view has fewer than four, a single one fewer than seven
   kDegenerate,    // a view's points do not determine its pose, or the views not the lens
   kNotConverged,
   kBehindCamera,        // the best solution has a point beyond 90 degrees, where the model ends
+  kFoldedLens,          // a point at or beyond the angle at which the lens stops being one to one
   kTooManyWrongPoints,  // more than a fifth of a view's points contradict the rest
   kTooManyWrongViews,   // more than a fifth of the views contradict the rest
 };
@@ -57,7 +59,7 @@ struct RobustCalibration {
   // Covariance of fx, fy, cx, cy, k0, k1 and the view's rotation vector and translation, one per
   // view; NaN for a wrong view that is left out.
   std::vector<ViewMatrix> covariance;
-  double noise = 0;           // s: standard deviation of a coordinate, pixels
+  double noiseSigma = 0;      // s: standard deviation of a coordinate, pixels
   bool noiseAssumed = false;  // too few points to estimate it: s is at least 0.5
   int steps = 0;              // of the iteration, for the final solution
 };
@@ -67,7 +69,7 @@ struct RobustCalibration {
 // points and views are found and left out first: never more than a fifth of a view's points, nor of
 // the views (but one of three or four), otherwise the calibration is refused. Views of fewer than
 // nine points are not searched for wrong points, nor fewer than three views for wrong ones.
-// Deterministic. Throws nothing but std::bad_alloc.
+// Deterministic. Throws only if memory runs out: std::bad_alloc or the image library's error.
 RobustCalibration calibrateRobustly(const std::vector<solver::ViewPoints>& views,
                                     const cv::Size& imageSize, const RobustOptions& options = {});
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 #include "robust/point_rows.h"
 
@@ -11,7 +12,7 @@ namespace {
 constexpr double kWhiteShare = 0.1;
 constexpr double kSmoothShare = 1 - kWhiteShare;
 constexpr double kCorrelationLength = 0.25;  // of the target's diagonal
-constexpr std::size_t kMostPoints = 2000;
+constexpr double kMostPoints = 2000;
 
 // A direction whose information is lost in rounding gets this much, of a unit diagonal, for the
 // trace: it contributes nothing to B, either.
@@ -26,6 +27,13 @@ double squaredDiagonal(const std::vector<double>& X, const std::vector<double>& 
   const auto [left, right] = std::minmax_element(X.begin(), X.end());
   const auto [top, bottom] = std::minmax_element(Y.begin(), Y.end());
   return (*right - *left) * (*right - *left) + (*bottom - *top) * (*bottom - *top);
+}
+
+// Whether point i of `count` is one of about kMostPoints. The multiples of the golden ratio are
+// spread evenly whatever the rows of the target are; every k-th point may be a single column of it.
+bool isSampled(std::size_t i, std::size_t count) {
+  const double multiple = static_cast<double>(i) * std::numbers::phi;
+  return (multiple - std::floor(multiple)) * static_cast<double>(count) < kMostPoints;
 }
 
 // sum_ij exp(-|X_i - X_j|^2/(2 l^2)) J_i^T J_j = C + C^T + sum_i J_i^T J_i with C the sum over j <
@@ -49,22 +57,14 @@ ViewMatrix smoothSum(const Sample& sample, double squaredLength) {
   return C + C.t();
 }
 
-std::size_t countRows(const BundleProblem& problem) {
-  std::size_t rows = 0;
-  for (const solver::ViewPoints& view : problem.views) {
-    rows += 2 * view.size();
-  }
-  return rows;
-}
-
 std::size_t countUnknowns(const BundleProblem& problem) {
-  return (problem.holdLens ? 0 : kLensUnknowns) + kPoseUnknowns * problem.views.size();
+  return (problem.holdLens ? 0 : kLensUnknowns) + kPoseUnknowns * problem.views->size();
 }
 
 // tr(M^-1 B)
 double trace(const ArrowMatrix& M, const ArrowMatrix& B, bool holdLens) {
   const ArrowInverse inverse(M, holdLens);
-  if (inverse.exists()) {
+  if (inverse.isAccurate()) {
     return inverse.traceWith(B);
   }
   ArrowMatrix ridged = M;
@@ -83,8 +83,8 @@ ArrowMatrix noiseProducts(const BundleProblem& problem, const Bundle& at,
     return equations.M;
   }
   ArrowMatrix B;
-  for (std::size_t j = 0; j < problem.views.size(); ++j) {
-    B.views.push_back(smoothProduct(problem.views[j], at.camera, at.poses[j]));
+  for (std::size_t j = 0; j < problem.views->size(); ++j) {
+    B.views.push_back(smoothProduct((*problem.views)[j], at.camera, at.poses[j]));
   }
   return B;
 }
@@ -97,13 +97,12 @@ ViewMatrix smoothProduct(const solver::ViewPoints& view, const lens::Camera& cam
     return {};
   }
   const PosedCamera posed(camera, pose);
-  const std::size_t step = (view.size() + kMostPoints - 1) / kMostPoints;
   Sample sample;
   ViewMatrix M;
   for (std::size_t i = 0; i < view.size(); ++i) {
     const PointRows rows = pointRows(posed, view.X[i], view.Y[i], view.Z[i]);
     addOuterProducts(M, rows, 1);
-    if (i % step == 0) {
+    if (isSampled(i, view.size())) {
       sample.X.push_back(view.X[i]);
       sample.Y.push_back(view.Y[i]);
       sample.rows.push_back(rows);
@@ -130,7 +129,7 @@ NoiseFit noiseOfVariance(const BundleProblem& problem, const Bundle& at,
 NoiseFit fitNoise(const BundleProblem& problem, const Bundle& at, const BundleEquations& equations,
                   NoiseKind kind) {
   NoiseFit noise = noiseOfVariance(problem, at, equations, kind, 1);
-  const double rows = static_cast<double>(countRows(problem));
+  const double rows = 2 * static_cast<double>(solver::countPoints(*problem.views));
   const auto unknowns = static_cast<double>(countUnknowns(problem));
   noise.variance = rows > unknowns ? equations.rss / (rows - noise.t) : 0;
   noise.assumed = rows < unknowns + kFewestSpareRows;
@@ -149,7 +148,7 @@ std::optional<std::vector<ViewMatrix>> covariance(const BundleProblem& problem, 
   ArrowMatrix M = equations.M;
   M.prior = noise.kappa * P;
   const ArrowInverse A(M, problem.holdLens);
-  if (!A.exists()) {
+  if (!A.isAccurate()) {
     return std::nullopt;
   }
   ArrowMatrix C = noise.B;
@@ -158,10 +157,13 @@ std::optional<std::vector<ViewMatrix>> covariance(const BundleProblem& problem, 
     view = noise.variance * view;
   }
   std::vector<ViewMatrix> sigma;
-  for (std::size_t j = 0; j < problem.views.size(); ++j) {
+  for (std::size_t j = 0; j < problem.views->size(); ++j) {
     sigma.push_back(A.product(C, j));
     if (problem.holdLens) {
       sigma.back() += A.followingLens(heldLensCovariance, j);
+    }
+    if (!cv::checkRange(sigma.back())) {
+      return std::nullopt;
     }
   }
   return sigma;

@@ -20,7 +20,7 @@ enum class NoiseKind {
 //   Omega_ij = 0.1 delta_ij + 0.9 exp(-|X_i - X_j|^2 / (2 (0.25 D)^2)),
 //
 // D the diagonal of the bounding box of the target points. Above 2000 points the second term is
-// summed over every k-th point only and scaled to the full number.
+// summed over about 2000 of them, spread evenly, and scaled to the full number.
 ViewMatrix smoothProduct(const solver::ViewPoints& view, const lens::Camera& camera,
                          const lens::Pose& pose);
 
@@ -48,7 +48,8 @@ NoiseFit noiseOfVariance(const BundleProblem& problem, const Bundle& at,
 
 // Sigma = A (s^2 B + kappa^2 P) A, A = (M + kappa P)^-1, for the lens and pose of each view.
 // With a held lens of covariance L, the poses follow it: pose = -Y lens. std::nullopt if a
-// direction is undetermined.
+// direction is undetermined or determined by rounding errors alone, or if the numbers
+// overflow.
 std::optional<std::vector<ViewMatrix>> covariance(const BundleProblem& problem, const Bundle& at,
                                                   const BundleEquations& equations,
                                                   const NoiseFit& noise,

@@ -40,6 +40,11 @@ double turningAngle(const lens::Camera& camera) {
   return denominator > 1 / kLargestAngle ? 1 / denominator : kLargestAngle;
 }
 
+bool isOneToOneUpTo(const lens::Camera& camera, double theta) {
+  const double end = turningAngle(camera);
+  return theta < end || end == kLargestAngle;
+}
+
 double incidenceAngle(const lens::Camera& camera, double thetaD) {
   double low = 0;
   double high = turningAngle(camera);

@@ -15,6 +15,10 @@ constexpr double kLargestAngle = 1.57;  // rad
 // kLargestAngle.
 double turningAngle(const lens::Camera& camera);
 
+// Whether the lens is one to one from the axis up to theta. If theta_d rises up to kLargestAngle,
+// it counts as rising up to 90 degrees.
+bool isOneToOneUpTo(const lens::Camera& camera, double theta);
+
 // The incidence angle theta in [0, turningAngle] with theta + k0 theta^2 + k1 theta^3 = thetaD, by
 // Newton's method within a shrinking bracket; the end of the range nearest to it if there is none.
 double incidenceAngle(const lens::Camera& camera, double thetaD);

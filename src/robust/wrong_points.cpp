@@ -5,15 +5,20 @@
 
 #include "robust/median.h"
 #include "robust/point_rows.h"
+#include "robust/without_listed.h"
 
 namespace fisheye_calibration::robust {
 namespace {
 
 // The median length of a vector of two independent normal errors of standard deviation 1.
 constexpr double kMedianLength = 1.17741;
-constexpr double kSmallestScale = 0.05;  // px; no detector is better, and exact points have none
 
 constexpr double kSuspicious = 4.5;  // robust standard deviations that start a search
+
+// A wrong point among fewer than these bends the solution so much that its own residual is not
+// conspicuous: the search runs in any case.
+constexpr std::size_t kFewPoints = 30;
+
 constexpr double kWrong = 6;
 constexpr double kUnpredicted = 5;
 
@@ -32,13 +37,16 @@ std::vector<double> lengths(const solver::ViewPoints& view, const lens::Camera& 
 }
 
 double robustScale(const std::vector<double>& e) {
-  return std::max(median(e) / kMedianLength, kSmallestScale);
+  return std::max(median(e) / kMedianLength, kFinestNoise);
 }
 
 bool isSuspicious(const std::vector<solver::ViewPoints>& views, const Bundle& at) {
   for (std::size_t j = 0; j < views.size(); ++j) {
+    if (views[j].size() < kFewestSearchedPoints) {
+      continue;
+    }
     const std::vector<double> e = lengths(views[j], at.camera, at.poses[j]);
-    if (views[j].size() >= kFewestSearchedPoints &&
+    if (views[j].size() < kFewPoints ||
         *std::max_element(e.begin(), e.end()) > kSuspicious * robustScale(e)) {
       return true;
     }
@@ -59,7 +67,7 @@ double weight(double e, double s, bool soft) {
 // Iteratively reweighted least squares; the poses start with wrong points down-weighted, too.
 Bundle reweighted(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
                   const Bundle& start) {
-  BundleProblem problem{views, PointWeights(views.size()), settings.prior, 1, settings.holdLens};
+  BundleProblem problem{&views, PointWeights(views.size()), settings.prior, 1, settings.holdLens};
   Bundle bundle = start;
   for (int round = 0; round < kRounds; ++round) {
     for (std::size_t j = 0; j < views.size(); ++j) {
@@ -102,18 +110,19 @@ bool isUnpredicted(const PointRows& rows, const cv::Vec2d& e, const ViewMatrix& 
   return e.dot(S.inv() * e) > kUnpredicted * kUnpredicted;
 }
 
-// The candidates that a fit without all of them does contradict.
+// The candidates that a fit without all of them does contradict. If the rest does not determine a
+// camera, nothing speaks for the candidates and the calibration is to be refused: all of them.
 PointLists confirmed(const std::vector<solver::ViewPoints>& views, const FitSettings& settings,
                      const PointLists& candidates, const Fit& rest) {
-  PointLists lists(views.size());
   const auto Sigma = covarianceOf(without(views, candidates), settings, rest);
   if (!Sigma) {
-    return lists;
+    return candidates;
   }
+  PointLists lists(views.size());
   for (std::size_t j = 0; j < views.size(); ++j) {
     const ViewRows rows = viewRows(views[j], PosedCamera(rest.bundle.camera, rest.bundle.poses[j]));
     for (const std::size_t i : candidates[j]) {
-      const double variance = std::max(rest.noise.variance, kSmallestScale * kSmallestScale);
+      const double variance = std::max(rest.noise.variance, kFinestNoise * kFinestNoise);
       if (isUnpredicted(rows.points[i], rows.e[i], (*Sigma)[j], variance)) {
         lists[j].push_back(i);
       }
@@ -126,18 +135,11 @@ PointLists confirmed(const std::vector<solver::ViewPoints>& views, const FitSett
 
 solver::ViewPoints without(const solver::ViewPoints& view, const std::vector<std::size_t>& wrong) {
   solver::ViewPoints kept;
-  auto next = wrong.begin();
-  for (std::size_t i = 0; i < view.size(); ++i) {
-    if (next != wrong.end() && *next == i) {
-      ++next;
-      continue;
-    }
-    kept.X.push_back(view.X[i]);
-    kept.Y.push_back(view.Y[i]);
-    kept.Z.push_back(view.Z[i]);
-    kept.image.x.push_back(view.image.x[i]);
-    kept.image.y.push_back(view.image.y[i]);
-  }
+  kept.X = withoutListed(view.X, wrong);
+  kept.Y = withoutListed(view.Y, wrong);
+  kept.Z = withoutListed(view.Z, wrong);
+  kept.image.x = withoutListed(view.image.x, wrong);
+  kept.image.y = withoutListed(view.image.y, wrong);
   return kept;
 }
 

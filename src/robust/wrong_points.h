@@ -24,6 +24,9 @@ std::vector<solver::ViewPoints> without(const std::vector<solver::ViewPoints>& v
 //   - 6 robust standard deviations of their view's residuals (median length/1.177, at least 0.05
 //   px)
 //   - 5 standard deviations of what the other points predict, e^T (s^2 I + J Sigma J^T)^-1 e > 25.
+// The search runs if a residual is conspicuous or a view has fewer than 30 points, among which a
+// wrong one bends the solution towards itself.
+//
 // `fit` is the solution of all points and `start` the lens to begin again from.
 PointLists findWrongPoints(const std::vector<solver::ViewPoints>& views,
                            const FitSettings& settings, const Fit& fit, const lens::Camera& start);

@@ -6,12 +6,12 @@
 
 #include "robust/median.h"
 #include "robust/point_rows.h"
+#include "robust/without_listed.h"
 
 namespace fisheye_calibration::robust {
 namespace {
 
-constexpr double kSmallestScale = 0.05;  // px
-constexpr double kSuspicious = 1.2;      // times the median rms of the views
+constexpr double kSuspicious = 1.2;  // times the median rms of the views
 constexpr double kWrong = 4;
 
 // A wrong view spoils the residuals of others, the more so the fewer they are, and the view with
@@ -47,7 +47,7 @@ double explainedVariance(const solver::ViewPoints& view, const lens::Camera& cam
   }
   mirrorLower(M);
   const ArrowInverse A({cv::Matx66d::zeros(), {M}}, true);
-  if (!A.exists()) {
+  if (!A.isAccurate()) {
     return std::numeric_limits<double>::infinity();
   }
   const ViewMatrix Sigma = A.followingLens(L, 0);
@@ -58,25 +58,19 @@ double explainedVariance(const solver::ViewPoints& view, const lens::Camera& cam
   return sum / static_cast<double>(2 * view.size());
 }
 
-// Views and poses without one of them.
-template <class T>
-std::vector<T> withoutOne(std::vector<T> all, std::size_t index) {
-  all.erase(all.begin() + static_cast<std::ptrdiff_t>(index));
-  return all;
-}
-
-// Indices of the views with the largest residuals, worst first; of a few views, all.
+// Indices of the views with the largest residuals, worst first and the first first among equals; of
+// a few views, all.
 std::vector<std::size_t> suspects(const std::vector<double>& rms) {
   const bool few = rms.size() <= kFewViews;
-  const double limit = few ? 0 : kSuspicious * std::max(median(rms), kSmallestScale);
+  const double limit = few ? 0 : kSuspicious * std::max(median(rms), kFinestNoise);
   std::vector<std::size_t> worst;
   for (std::size_t j = 0; j < rms.size(); ++j) {
     if (rms[j] > limit) {
       worst.push_back(j);
     }
   }
-  std::sort(worst.begin(), worst.end(),
-            [&](std::size_t a, std::size_t b) { return rms[a] > rms[b]; });
+  std::stable_sort(worst.begin(), worst.end(),
+                   [&](std::size_t a, std::size_t b) { return rms[a] > rms[b]; });
   worst.resize(std::min(worst.size(), few ? kFewViews : kMostSuspects));
   return worst;
 }
@@ -90,8 +84,9 @@ struct LeftOut {
 
 LeftOut leaveOut(const std::vector<solver::ViewPoints>& views, std::size_t index,
                  const FitSettings& settings, const Bundle& bundle) {
-  LeftOut left{withoutOne(views, index), {}, 0};
-  left.fit = fitWithNoise(left.others, settings, {bundle.camera, withoutOne(bundle.poses, index)});
+  LeftOut left{withoutListed(views, {index}), {}, 0};
+  left.fit =
+      fitWithNoise(left.others, settings, {bundle.camera, withoutListed(bundle.poses, {index})});
   const auto Sigma = covarianceOf(left.others, settings, left.fit);
   if (!Sigma) {
     return left;
@@ -99,7 +94,7 @@ LeftOut leaveOut(const std::vector<solver::ViewPoints>& views, std::size_t index
   const solver::ViewPoints& view = views[index];
   const lens::Camera& camera = left.fit.bundle.camera;
   const lens::Pose pose = poseWithLens(view, settings, camera, bundle.poses[index]);
-  const double usual = std::max(median(rmsOfAll(left.others, left.fit.bundle)), kSmallestScale);
+  const double usual = std::max(median(rmsOfAll(left.others, left.fit.bundle)), kFinestNoise);
   const double explained =
       left.fit.noise.variance + explainedVariance(view, camera, pose, lensBlock(Sigma->front()));
   left.contradiction = rmsOf(view, camera, pose) / std::max(usual, std::sqrt(explained));
@@ -111,7 +106,7 @@ LeftOut leaveOut(const std::vector<solver::ViewPoints>& views, std::size_t index
 lens::Pose poseWithLens(const solver::ViewPoints& view, const FitSettings& settings,
                         const lens::Camera& camera, const lens::Pose& start) {
   const std::vector<solver::ViewPoints> one{view};
-  const BundleProblem problem{one, PointWeights(1), settings.prior, 1, true};
+  const BundleProblem problem{&one, PointWeights(1), settings.prior, 1, true};
   const auto linear = startingBundle(one, camera, false);
   return solveBundle(problem, linear ? *linear : Bundle{camera, {start}}).bundle.poses.front();
 }
@@ -140,7 +135,7 @@ std::vector<std::size_t> findWrongViews(const std::vector<solver::ViewPoints>& v
     }
     wrong.push_back(indices[worst]);
     kept = std::move(best.others);
-    indices = withoutOne(indices, worst);
+    indices = withoutListed(indices, {worst});
     bundle = best.fit.bundle;
   }
   std::sort(wrong.begin(), wrong.end());

@@ -22,6 +22,11 @@ struct ViewPoints {
   std::size_t size() const { return X.size(); }
 };
 
+// Whether all coordinates are finite.
+bool isFinite(const ViewPoints& view);
+
+std::size_t countPoints(const std::vector<ViewPoints>& views);
+
 // Throws the image library's error unless the view has as many image points as target points.
 void requirePairs(const ViewPoints& view, const char* function);
 

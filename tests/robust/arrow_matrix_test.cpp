@@ -4,10 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <utility>
 
 #include "robust/views.h"
 
 using namespace fisheye_calibration;
+using robust_tests::dense;
 using robust_tests::ofView;
 
 namespace {
@@ -37,25 +39,6 @@ robust::ArrowMatrix randomArrow(std::uint64_t seed) {
     A.views.push_back(randomPositive(random));
   }
   return A;
-}
-
-cv::Mat dense(const robust::ArrowMatrix& A) {
-  const int unknowns = 6 + 6 * static_cast<int>(A.views.size());
-  cv::Mat full = cv::Mat::zeros(unknowns, unknowns, CV_64F);
-  for (int r = 0; r < 6; ++r) {
-    for (int c = 0; c < 6; ++c) {
-      full.at<double>(r, c) = A.prior(r, c);
-    }
-  }
-  for (std::size_t j = 0; j < A.views.size(); ++j) {
-    const auto at = [j](int k) { return k < 6 ? k : 6 * static_cast<int>(j) + k; };
-    for (int r = 0; r < 12; ++r) {
-      for (int c = 0; c < 12; ++c) {
-        full.at<double>(at(r), at(c)) += A.views[j](r, c);
-      }
-    }
-  }
-  return full;
 }
 
 // Only the poses, the lens's rows and columns 0.
@@ -125,6 +108,36 @@ TEST(ArrowMatrix, PosesFollowAHeldLens) {
         .copyTo(follow.rowRange(6, 12));
     const cv::Mat expected = follow * cv::Mat(L) * follow.t();
     EXPECT_LT(robust_tests::largestDifference(cv::Mat(A.followingLens(L, j)), expected), 1e-10);
+  }
+}
+
+// 11 rows for 12 unknowns: rounding makes about every other of these matrices positive definite.
+TEST(ArrowMatrix, InversesMadeOfRoundingErrorsAreNotAccurate) {
+  support::Random random(7);
+  int positive = 0;
+  for (int round = 0; round < 200; ++round) {
+    cv::Matx<double, 11, 12> R;
+    for (double& element : R.val) {
+      element = random.uniform(-1, 1);
+    }
+    const robust::ArrowInverse A({cv::Matx66d::zeros(), {R.t() * R}}, false);
+    positive += A.exists() ? 1 : 0;
+    EXPECT_FALSE(A.isAccurate()) << round;
+  }
+  EXPECT_GT(positive, 50);
+}
+
+// Unit diagonal, 1 - d off it for two unknowns: the variance of both is 1/(1 - (1 - d)^2).
+TEST(ArrowMatrix, InflationIsThatOfTwoUnknownsThatNearlyCoincide) {
+  for (const double d : {0.5, 1e-3, 1e-9}) {
+    for (const auto& [i, j] : {std::pair(0, 1), std::pair(2, 9), std::pair(7, 8)}) {
+      robust::ViewMatrix M = robust::ViewMatrix::eye();
+      M(i, j) = M(j, i) = 1 - d;
+      M = 1e6 * M;  // units do not matter
+      const robust::ArrowInverse A({cv::Matx66d::zeros(), {M}}, false);
+      ASSERT_TRUE(A.isAccurate());
+      EXPECT_NEAR(A.inflation() * d * (2 - d), 1, 1e-6);
+    }
   }
 }
 

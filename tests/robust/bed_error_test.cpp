@@ -140,13 +140,44 @@ TEST(PlannedViews, ViewsThatCannotBeAreRefused) {
   const robust::PlannedView good = frontalView(10, 0);
   robust::PlannedView behind = good;
   behind.pose.T[2] = -200;
+  robust::PlannedView outside = good;
+  outside.pose.T[0] = 400;  // at 63 degrees, 443 px right of the centre; the target reaches further
+  EXPECT_TRUE(robust::plannedCovariance(kFrontal, {good, outside}, {1280, 960}, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good, outside}, {1080, 960}, 0.3));
   robust::PlannedView unpaired = good;
   unpaired.target.y.pop_back();
   const cv::Size size(1280, 960);
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {}, size, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good}, {0, 960}, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good}, {1280, -960}, 0.3));
+  for (const double sigma : {-0.3, std::nan(""), HUGE_VAL}) {
+    EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good}, size, sigma)) << sigma;
+  }
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {good, behind}, size, 0.3));
+  lens::Camera folding = kFrontal;  // turns at 1 rad
+  folding.k1 = -1.0 / 3;
+  EXPECT_TRUE(robust::plannedCovariance(folding, {frontalView(40, 0)}, size, 0.3));
+  EXPECT_FALSE(robust::plannedCovariance(folding, {frontalView(80, 0)}, size, 0.3));
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {unpaired}, size, 0.3));
   EXPECT_FALSE(robust::plannedCovariance(kFrontal, {{kAbove, solver::PlanarPoints(0)}}, size, 0.3));
+}
+
+// From above, all points of a circle are at one angle: whatever the lens does elsewhere is open.
+TEST(PlannedViews, ACircleFromAboveDoesNotDetermineTheLens) {
+  robust::PlanOptions options;
+  options.priors = false;
+  for (int count = 8; count < 40; ++count) {
+    for (const double radius : {50.0, 100.0, 180.0}) {
+      robust::PlannedView circle{kAbove, solver::PlanarPoints(static_cast<std::size_t>(count))};
+      for (std::size_t i = 0; i < circle.target.size(); ++i) {
+        const double azimuth = 2 * CV_PI * static_cast<double>(i) / count;
+        circle.target.x[i] = radius * std::cos(azimuth);
+        circle.target.y[i] = radius * std::sin(azimuth);
+      }
+      EXPECT_FALSE(robust::plannedCovariance(kFrontal, {circle}, {1280, 960}, 0.3, options));
+      EXPECT_FALSE(robust::plannedCovariance(kFrontal, {circle}, {1280, 960}, 0.3));
+    }
+  }
 }
 
 // The turned target's centre stays where it was; a point at (d, 0) turned about Y by an angle a

@@ -222,7 +222,7 @@ TEST_F(RobustMeasuredViews, BoundCoversTheWorstErrorOfAtLeast95PercentOfTheViews
     const auto joint = robust::calibrateRobustly(views, size);
     for (std::size_t j = 0; j < views.size(); ++j) {
       const auto others = withoutOne(views, j);
-      const robust::BundleProblem problem{others, robust::PointWeights(others.size()),
+      const robust::BundleProblem problem{&others, robust::PointWeights(others.size()),
                                           robust::LensPrior(size, true), 1, false};
       const auto rest = robust::solveBundle(problem, {joint.camera, withoutOne(joint.poses, j)});
       robust::RobustOptions held;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "lens/camera.h"
+#include "robust/arrow_matrix.h"
 #include "solver/view_points.h"
 #include "support/measured_views.h"
 #include "support/plain_uncertainty.h"
@@ -82,6 +83,36 @@ inline plain::UncertainProblem plainProblem(const std::vector<solver::ViewPoints
     }
   }
   return problem;
+}
+
+// A view of one pose, with noise of `sigma` pixels.
+struct Scene {
+  support::RigCamera camera;
+  support::Bed bed;
+  support::RigPose pose = support::poseOver(bed, 190, 0.35, -0.25, 0.2);
+
+  solver::ViewPoints seen(double sigma, std::uint64_t seed) const {
+    return viewPoints(support::seen(camera, bed, pose, sigma, seed));
+  }
+};
+
+inline cv::Mat dense(const robust::ArrowMatrix& A) {
+  const int unknowns = 6 + 6 * static_cast<int>(A.views.size());
+  cv::Mat full = cv::Mat::zeros(unknowns, unknowns, CV_64F);
+  for (int r = 0; r < 6; ++r) {
+    for (int c = 0; c < 6; ++c) {
+      full.at<double>(r, c) = A.prior(r, c);
+    }
+  }
+  for (std::size_t j = 0; j < A.views.size(); ++j) {
+    const auto at = [j](int k) { return k < 6 ? k : 6 * static_cast<int>(j) + k; };
+    for (int r = 0; r < 12; ++r) {
+      for (int c = 0; c < 12; ++c) {
+        full.at<double>(at(r), at(c)) += A.views[j](r, c);
+      }
+    }
+  }
+  return full;
 }
 
 // The rows and columns of the lens and of pose j.

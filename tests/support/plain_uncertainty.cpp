@@ -48,7 +48,17 @@ cv::Mat inverseOf(const cv::Mat& A) {
   return scale * inverse * scale;
 }
 
-// dh/dp of the five prior deviations; the poses have none.
+// h: deviations of a lens from a usual one, in standard deviations.
+cv::Mat priorDeviations(const UncertainProblem& problem) {
+  const cv::Vec6d& p = problem.lens;
+  const double width = 0.03 * std::max(problem.imageSize.width, problem.imageSize.height);
+  const double centreX = (problem.imageSize.width - 1) / 2.0;
+  const double centreY = (problem.imageSize.height - 1) / 2.0;
+  return (cv::Mat_<double>(5, 1) << std::log(p[0] / p[1]) / 0.01, (p[2] - centreX) / width,
+          (p[3] - centreY) / width, p[4] / 0.05, p[5] / 0.10);
+}
+
+// dh/dp; the poses have none.
 cv::Mat priorRows(const UncertainProblem& problem, int unknowns) {
   cv::Mat rows = cv::Mat::zeros(5, unknowns, CV_64F);
   const double width = 0.03 * std::max(problem.imageSize.width, problem.imageSize.height);
@@ -102,6 +112,20 @@ DenseSystem denseSystem(const UncertainProblem& problem) {
   return system;
 }
 
+// The poses' own errors, and those by which they follow an error d of the lens: with the lens at p
+// + d the poses move by -V^-1 W^T d, M = [U W; W^T V].
+cv::Mat heldLensSigma(const UncertainProblem& problem, const Uncertainty& u, const cv::Mat& V,
+                      const cv::Mat& B) {
+  const cv::Mat A = inverseOf(V);
+  cv::Mat Sigma = cv::Mat::zeros(u.M.size(), CV_64F);
+  const cv::Mat ofPoses = u.variance * A * B * A;
+  ofPoses.copyTo(Sigma(cv::Range(6, u.M.rows), cv::Range(6, u.M.cols)));
+  cv::Mat follow = cv::Mat::eye(u.M.rows, 6, CV_64F);
+  const cv::Mat WT = u.M(cv::Range(6, u.M.rows), cv::Range(0, 6));
+  follow.rowRange(6, u.M.rows) = -A * WT;
+  return Sigma + follow * cv::Mat(problem.heldLensCovariance) * follow.t();
+}
+
 }  // namespace
 
 Uncertainty uncertainty(const UncertainProblem& problem) {
@@ -109,24 +133,23 @@ Uncertainty uncertainty(const UncertainProblem& problem) {
   Uncertainty u;
   u.M = system.J.t() * system.J;
   u.B = system.J.t() * system.Omega * system.J;
-  u.gradient = system.J.t() * system.residuals;
   u.rss = system.residuals.dot(system.residuals);
   const cv::Mat M = problem.holdLens ? posesOnly(u.M) : u.M;
   const cv::Mat B = problem.holdLens ? posesOnly(u.B) : u.B;
   u.t = cv::trace(cv::Mat(inverseOf(M) * B))[0];
   u.variance = problem.variance > 0 ? problem.variance : u.rss / (system.J.rows - u.t);
   u.kappa = u.variance * u.t / M.rows;
+  u.gradient = system.J.t() * system.residuals;
   if (problem.holdLens) {
-    const cv::Mat A = inverseOf(M);
-    u.Sigma = cv::Mat::zeros(u.M.size(), CV_64F);
-    const cv::Mat Sigma = u.variance * A * B * A;
-    Sigma.copyTo(u.Sigma(cv::Range(6, u.M.rows), cv::Range(6, u.M.cols)));
+    u.gradient.rowRange(0, 6) = 0;
+    u.Sigma = heldLensSigma(problem, u, M, B);
     return u;
   }
   cv::Mat P = cv::Mat::zeros(u.M.size(), CV_64F);
   if (problem.priors) {
     const cv::Mat rows = priorRows(problem, u.M.cols);
     P = rows.t() * rows;
+    u.gradient -= u.kappa * rows.t() * priorDeviations(problem);
   }
   const cv::Mat A = inverseOf(cv::Mat(M / u.kappa + P));
   u.Sigma = A * (u.variance / (u.kappa * u.kappa) * B + P) * A;

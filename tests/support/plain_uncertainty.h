@@ -17,14 +17,15 @@ struct UncertainProblem {
   std::vector<std::vector<cv::Point2d>> pixels;
   bool priors = true;
   bool whiteNoise = false;
-  bool holdLens = false;  // the covariance of the poses alone; rows and columns of the lens are 0
-  double variance = 0;    // 0: estimated from the residuals
+  bool holdLens = false;  // only the poses are solved, without priors
+  cv::Matx66d heldLensCovariance = cv::Matx66d::zeros();
+  double variance = 0;  // 0: estimated from the residuals
 };
 
 struct Uncertainty {
   cv::Mat M;         // J^T J
   cv::Mat B;         // J^T Omega J
-  cv::Mat gradient;  // J^T (measured - projected)
+  cv::Mat gradient;  // of what the solution minimises, -(rss + kappa |h|^2)/2; 0 there
   cv::Mat Sigma;
   double rss = 0;
   double t = 0;         // tr(M^-1 B)

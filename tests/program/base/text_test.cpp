@@ -64,6 +64,15 @@ TEST(Text, QuotedTextHasAtMostSixtyCharacters) {
   EXPECT_EQ(inQuotes(umlauts).size(), 2 * 57 + 5u);
 }
 
+TEST(Text, ShortenedTextEndsBetweenCharacters) {
+  std::string text;
+  for (int i = 0; i < 61; ++i) {
+    text += "\u00e4";
+  }
+  EXPECT_EQ(shortened(text), text.substr(0, 2 * 57) + "...");
+  EXPECT_EQ(shortened(text.substr(2)), text.substr(2));
+}
+
 TEST(Text, TheNearestNameIsOneOfFewEdits) {
   const std::vector<std::string> names = {"map", "crop", "correct"};
   EXPECT_EQ(nearest("corect", names), "correct");

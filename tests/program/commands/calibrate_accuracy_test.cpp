@@ -103,7 +103,11 @@ TEST_F(CalibrateAccuracy, BeyondTheToleranceNothingIsWritten) {
   EXPECT_FALSE(std::filesystem::exists(camera));
   EXPECT_EQ(calibrate({points}, {"--tolerance", "0.001", "--force"}).exitCode, 1);
   EXPECT_TRUE(std::filesystem::exists(camera));
-  const Outcome accepted = calibrate({points}, {"--tolerance", "100"});
+  // Around the target it is good enough, but nothing says that the bed ends there.
+  const Outcome larger = calibrate({points}, {"--tolerance", "100"});
+  EXPECT_EQ(larger.exitCode, 1);
+  EXPECT_THAT(larger.out, HasSubstr("\nnext: if the bed is smaller than the corrected picture"));
+  const Outcome accepted = calibrate({points}, {"--tolerance", "100", "--bed", "0,0,240x180"});
   EXPECT_EQ(accepted.exitCode, 0) << accepted.err;
   EXPECT_THAT(accepted.out, HasSubstr("\ngood for 100 mm work\n"));
 }
@@ -154,6 +158,32 @@ TEST_F(CalibrateAccuracy, SeveralViewsDetermineTheLensTogether) {
             report()["bedError"]["insideTarget"].get<double>());
 }
 
+TEST_F(CalibrateAccuracy, AViewOfAnotherLensIsLeftOutUnlessAllAreKept) {
+  const SyntheticCamera bed{.R = tilted(0.1, 0.05), .T = {-120, -90, 260}};
+  const SyntheticCamera leaning{.R = tilted(0.45, -0.1), .T = {-130, -100, 230}};
+  const SyntheticCamera other{.R = tilted(-0.3, 0.35), .T = {-110, -80, 240}};
+  const SyntheticCamera strange{.k1 = 0.3, .R = tilted(0.3, 0.3), .T = {-120, -90, 180}};
+  const std::vector<std::string> views = {write("bed.csv", noisyPoints(bed, 0.3, 7)),
+                                          write("tilted.csv", noisyPoints(leaning, 0.3, 8)),
+                                          write("strange.csv", noisyPoints(strange, 0.3, 9)),
+                                          write("other.csv", noisyPoints(other, 0.3, 10))};
+  const Outcome without = calibrate(views);
+  ASSERT_EQ(without.exitCode, 0) << without.err;
+  EXPECT_THAT(without.err, HasSubstr("strange.csv contradicts the other views (left out)\n"));
+  EXPECT_NEAR(valueOf(without.out, "fx"), 300, 2);
+  EXPECT_FALSE(report()["views"][2]["fits"].get<bool>());
+  EXPECT_TRUE(report()["leavesOutWrong"].get<bool>());
+  const double rms = report()["rms"].get<double>();
+  const double bound = report()["bedError"]["onBed"].get<double>();
+
+  const Outcome with = calibrate(views, {"--keep-all"});
+  EXPECT_THAT(with.err, HasSubstr("strange.csv contradicts the other views (used all the same)\n"));
+  EXPECT_FALSE(report()["views"][2]["fits"].get<bool>());
+  EXPECT_FALSE(report()["leavesOutWrong"].get<bool>());
+  EXPECT_GT(report()["rms"].get<double>(), 2 * rms);
+  EXPECT_GT(report()["bedError"]["onBed"].get<double>(), 2 * bound);
+}
+
 TEST_F(CalibrateAccuracy, TheBedMayBeAnotherThanTheFirstView) {
   const SyntheticCamera bed{.R = tilted(0.1, 0.05), .T = {-120, -90, 260}};
   const SyntheticCamera leaning{.R = tilted(0.45, -0.1), .T = {-130, -100, 230}};
@@ -201,12 +231,50 @@ TEST_F(CalibrateAccuracy, ALensOfUnknownAccuracyIsReported) {
   EXPECT_THAT(run.err, HasSubstr("lens.ini does not say how accurate its lens is"));
 }
 
+TEST_F(CalibrateAccuracy, ALensWithAnImpossibleCovarianceIsRefused) {
+  const std::string points = write("points.csv", noisyPoints({}, 0.2, 7));
+  ASSERT_EQ(calibrate({points}).exitCode, 0);
+  std::string text = support::bytesOf(camera);
+  text.insert(text.find("LensCovariance=") + 15, 1, '-');
+  const Outcome run = calibrate({points}, {"--lens", writeFile(folder, "lens.ini", text)});
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_THAT(run.err, HasSubstr("lens.ini: LensCovariance is not a covariance\n"));
+}
+
 TEST_F(CalibrateAccuracy, TheLibrarySolvesOneViewOnly) {
   const std::string points = write("points.csv", exactPoints({}, {}));
   const std::string more = write("more.csv", exactPoints({}, {}));
   const Outcome run = calibrate({points, more}, {"--solver", "library"});
   EXPECT_EQ(run.exitCode, 2);
   EXPECT_THAT(run.err, HasSubstr("--solver library takes one view and no lens"));
+}
+
+// A third of the points are off: the robust solver refuses, the library's averages them out.
+TEST_F(CalibrateAccuracy, TheLibrarysCameraIsWrittenWithoutItsAccuracyIfTheRobustSolverRefuses) {
+  std::vector<CalibrationPoint> points = noisyPoints({}, 0.1, 6);
+  for (std::size_t i = 0; i < points.size(); i += 3) {
+    points[i].ImagePtX += i % 2 == 0 ? 2.5f : -2.5f;
+  }
+  const std::string file = write("points.csv", points);
+  const Outcome robust = calibrate({file});
+  EXPECT_EQ(robust.exitCode, 1);
+  EXPECT_FALSE(std::filesystem::exists(camera));
+
+  const Outcome library = calibrate({file}, {"--solver", "library"});
+  EXPECT_EQ(library.exitCode, 0) << library.err;
+  EXPECT_TRUE(contains(library.err,
+                       "warning: no accuracy can be computed: [^\n]*points.csv: more than a fifth"))
+      << library.err;
+  EXPECT_THAT(library.out, HasSubstr("bed error (95 %): unknown"));
+  EXPECT_NEAR(valueOf(library.out, "fx"), 300, 20);
+  const std::string text = support::bytesOf(camera);
+  EXPECT_THAT(text, HasSubstr("[CalibraionParam]"));
+  EXPECT_THAT(text, Not(HasSubstr("LensCovariance")));
+  EXPECT_THAT(text, Not(HasSubstr("BedError")));
+  EXPECT_EQ(report()["solver"], "library");
+  EXPECT_TRUE(report()["bedError"]["onBed"].is_null());
+  EXPECT_TRUE(std::filesystem::exists(folder.file("accuracy.png")));
+  EXPECT_EQ(calibrate({file}, {"--solver", "library", "--tolerance", "100"}).exitCode, 1);
 }
 
 TEST_F(CalibrateAccuracy, WarningsStandInTheReportForPrograms) {

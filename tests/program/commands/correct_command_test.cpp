@@ -154,14 +154,27 @@ TEST_F(CorrectCommand, AFolderWithAFileThatCannotBeReadNamesItAndFails) {
   EXPECT_THAT(run.out, HasSubstr("1 of 3 frames corrected"));
 }
 
+TEST_F(CorrectCommand, ALinkToNothingInAFolderIsNamed) {
+  const support::TemporaryFolder frames;
+  std::filesystem::copy_file(frame, frames.file("a.png"));
+  std::error_code error;
+  std::filesystem::create_symlink(frames.file("nowhere.png"), frames.file("b.png"), error);
+  if (error) {
+    GTEST_SKIP() << "no links here: " << error.message();
+  }
+  const Outcome run = correct({frames.path().string(), "-o", folder.file("views")});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.err, HasSubstr("b.png: "));
+  EXPECT_THAT(run.out, HasSubstr("1 of 2 frames corrected"));
+}
+
 TEST_F(CorrectCommand, FramesOfExtremeShapesAreReportedByName) {
   for (const cv::Size& size : {cv::Size(1, 1), {20000, 2}, {2, 20000}}) {
     const std::string extreme = folder.file("extreme.png");
     ASSERT_TRUE(cv::imwrite(extreme, cv::Mat(size, CV_8UC1, cv::Scalar(200))));
     const Outcome run = correct({extreme, "-o", top, "--force"});
-    if (run.exitCode != 0) {
-      EXPECT_THAT(run.err, HasSubstr("extreme.png: ")) << size;
-    }
+    EXPECT_EQ(run.exitCode, 1) << size;
+    EXPECT_THAT(run.err, HasSubstr("extreme.png: ")) << size;
     EXPECT_THAT(run.err, Not(HasSubstr("OpenCV"))) << size;
   }
 }

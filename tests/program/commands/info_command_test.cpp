@@ -28,6 +28,17 @@ TEST_F(InfoCommand, AMissingFileAndAForeignOneAreToldApart) {
   EXPECT_THAT(foreign.err, HasSubstr("no section [CalibraionParam]"));
 }
 
+TEST_F(InfoCommand, WhatTheProgramNotedIsShown) {
+  const Outcome run = runProgram(
+      {"info", writeFile(folder, "c.ini",
+                         "[CalibraionParam]\nfx=300\n[FisheyeCalibrationProgram]\n"
+                         "CorrectedWidth=600\nCorrectedHeight=480\nBedErrorInsideTarget=0.412\n"
+                         "BedErrorOnBed=1.13\n")});
+  EXPECT_THAT(run.out,
+              HasSubstr("Made for a corrected picture of 600x480\n"
+                        "Bed error (95 %): 0.41 mm inside the target, 1.1 mm on the bed\n"));
+}
+
 TEST_F(InfoCommand, EverythingImpossibleIsReported) {
   const Outcome run =
       runProgram({"info", writeFile(folder, "c.ini", "[CalibraionParam]\nfx=-5\nu0=zero\n")});

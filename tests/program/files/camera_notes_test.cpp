@@ -24,7 +24,8 @@ TEST(CameraNotes, StandInASectionOfTheirOwn) {
             "[FisheyeCalibrationProgram]\r\n"
             "CorrectedWidth=640\r\n"
             "CorrectedHeight=480\r\n"
-            "BedErrorOnBed=1.5\r\n");
+            "BedErrorOnBed=1.5\r\n"
+            "Record=cbf29ce484222325\r\n");  // FNV-1a of nothing
 }
 
 TEST(CameraNotes, ReplaceEarlierOnesAndKeepEverythingElse) {
@@ -33,7 +34,20 @@ TEST(CameraNotes, ReplaceEarlierOnesAndKeepEverythingElse) {
       "Old=1\r\n[Other]\r\na=b";
   EXPECT_EQ(withNotes(before, {.onBed = 2}),
             "; mine\r\n[CalibraionParam]\r\nu0=1\r\n[Other]\r\na=b\r\n"
-            "[FisheyeCalibrationProgram]\r\nBedErrorOnBed=2\r\n");
+            "[FisheyeCalibrationProgram]\r\nBedErrorOnBed=2\r\nRecord=1744c56d32860ff8\r\n");
+}
+
+TEST(CameraNotes, OnesAboutAnotherRecordAreOutdated) {
+  const std::string text = withNotes("[CalibraionParam]\r\nu0=1\r\nv0=2\r\n", sample());
+  EXPECT_EQ(notesIn(text), sample());
+  for (const auto& [before, after] : {std::pair("u0=1", "u0=1.5"), {"v0=2\r\n", ""}}) {
+    std::string changed = text;
+    changed.replace(changed.find(before), std::string(before).size(), after);
+    EXPECT_TRUE(notesIn(changed).outdated) << before;
+    EXPECT_FALSE(notesIn(changed).corrected) << before;
+  }
+  // Line ends and further sections do not belong to the record.
+  EXPECT_EQ(notesIn("; comment\n[Other]\nu0=9\n" + text), sample());
 }
 
 TEST(CameraNotes, IncompleteOnesAreLeftOut) {

@@ -89,6 +89,28 @@ TEST(CsvTable, DecimalCommasThatMayBeSomethingElseAreReported) {
             "values by semicolons");
   const CsvTable table = parseCsv("t.csv", "a;b\n1,234;2.5\n");
   EXPECT_THROW(table.floatAt(table.rows.at(0), 0), Failure);
+  const CsvTable grouped = parseCsv("t.csv", "a;b\n1,234;-20,500\n");
+  EXPECT_THROW(grouped.floatAt(grouped.rows.at(0), 0), Failure);
+  EXPECT_THROW(grouped.floatAt(grouped.rows.at(0), 1), Failure);
+}
+
+// One number in which the comma cannot group thousands shows what the others mean.
+TEST(CsvTable, DecimalCommasAreRecognisedByTheOthers) {
+  for (const char* other : {"2,5", "0,250", "1234,500", "-1,2345", "1,23e2"}) {
+    const CsvTable table = parseCsv("t.csv", "a;b\n1,234;" + std::string(other) + "\n");
+    EXPECT_EQ(table.floatAt(table.rows.at(0), 0), 1.234f) << other;
+  }
+}
+
+TEST(CsvTable, ATabNextToACommaIsABlank) {
+  const CsvTable table = parseCsv("t.csv", "a,\tb, c\n1.5,\t2,3\n");
+  EXPECT_EQ(table.separator, ',');
+  EXPECT_EQ(table.integerAt(table.rows.at(0), table.require("b")), 2);
+  EXPECT_EQ(parseCsv("t.csv", "a\t,b\t\n1,2\n").separator, ',');
+  EXPECT_EQ(parseCsv("t.csv", "\"a\"\t\"b\"\n1\t2\n").separator, '\t');
+  EXPECT_EQ(parseCsv("t.csv", "a\tb\tc\n1\t2\t3\n").separator, '\t');
+  EXPECT_EQ(parseCsv("t.csv", "a;\tb\n1;\t2\n").separator, ';');
+  EXPECT_EQ(parseCsv("t.csv", "sep=\t\r\na\tb\r\n1\t2\r\n").separator, '\t');
 }
 
 TEST(CsvTable, NumbersInPlaceOfTheHeaderHaveTheGivenNames) {

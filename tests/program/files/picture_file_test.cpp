@@ -68,6 +68,22 @@ TEST_F(PictureFile, DamagedDataIsRefused) {
   EXPECT_THAT(failureOf("damaged.png", png), HasSubstr("damaged.png: not a picture"));
 }
 
+// Restart markers are numbered, so that the decoder notices a part that is missing.
+TEST_F(PictureFile, AJpegWithAPartMissingIsRefused) {
+  cv::Mat picture(120, 160, CV_8UC1);
+  cv::randu(picture, 0, 255);
+  std::vector<unsigned char> bytes;
+  ASSERT_TRUE(cv::imencode(".jpg", picture, bytes, {cv::IMWRITE_JPEG_RST_INTERVAL, 4}));
+  std::string jpeg(bytes.begin(), bytes.end());
+  const std::size_t second = jpeg.find("\xFF\xD1");
+  const std::size_t fourth = jpeg.find("\xFF\xD3");
+  ASSERT_LT(second, fourth);
+  ASSERT_NE(fourth, std::string::npos);
+  EXPECT_EQ(failureOf("whole.jpg", jpeg), "no failure");
+  jpeg.erase(second, fourth - second);
+  EXPECT_THAT(failureOf("gap.jpg", jpeg), HasSubstr("gap.jpg: the picture is damaged"));
+}
+
 TEST_F(PictureFile, BytesAfterTheEndOfAJpegDoNotCount) {
   const std::string path = writeFile(folder, "longer.jpg", bytesOf(".jpg") + std::string(99, '\0'));
   EXPECT_EQ(readFrame(path, messages).size(), cv::Size(160, 120));

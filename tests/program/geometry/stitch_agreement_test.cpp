@@ -2,6 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <limits>
+#include <vector>
+
 #include "program/support/overhead_pair.h"
 
 namespace fisheye_calibration::program {
@@ -41,6 +45,15 @@ TEST(StitchAgreement, AShiftedViewIsMeasuredInPixelsAndUnits) {
     EXPECT_NEAR(at.rightError, 3, 0.05);
     EXPECT_LT(at.leftError, 0.05);
   }
+}
+
+TEST(StitchAgreement, ADistanceThatIsNoNumberIsNoAgreement) {
+  std::vector<Agreement> agreement(3);
+  agreement[0].apart = 1;
+  agreement[1].apart = std::numeric_limits<double>::quiet_NaN();
+  agreement[2].apart = 2;
+  EXPECT_TRUE(std::isnan(worstApart(agreement)));
+  EXPECT_TRUE(std::isnan(rootMeanSquare(agreement, &Agreement::apart)));
 }
 
 TEST(StitchAgreement, AWrongMeasurementShowsInItsOwnCamera) {
