@@ -27,7 +27,14 @@ constexpr double kClearContrast = 0.15;   // of the usual one: low, as in glare,
 constexpr double kLargestContrast = 1.5;  // of the usual one; slopes of smooth edges pass for more
 constexpr double kLookAround = 0.25;      // of the spacing
 constexpr double kLargestUncertainty = 0.1;  // of the spacing, of a corner that cannot be measured
-constexpr double kFarthest = 0.6;            // of the spacing, from where a corner was expected
+// Of the spacing. Real boards behind fisheye lenses deviate by up to 0.14 from what the neighbours
+// expect; farther off, nothing is a corner, however much it looks like one.
+constexpr double kCertain = 0.15;
+constexpr double kFarthest = 0.6;  // of the spacing, from where a corner was expected
+
+constexpr double kExtrapolated =
+    2;  // times the neighbours' uncertainty: beyond a corner of the grid
+constexpr double kLargestMisfit = 0.2;  // of the spacing
 
 using Known = std::vector<std::optional<cv::Point2d>>;
 
@@ -56,7 +63,7 @@ class Refinement {
     }
     for (int pass = 0; pass < kPasses && mendOutliers(); ++pass) {
     }
-    return allKnown();
+    return allKnown() && allFit();
   }
 
  private:
@@ -181,8 +188,14 @@ class Refinement {
   std::vector<int> removeOutliers(Known& known) const {
     const double usual = usualDeviation(known);
     const auto excess = [&](int i) {
-      return known[index(i)] ? deviation(known, i, *known[index(i)]) / allowedDeviation(i, usual)
-                             : 0;
+      const auto expected =
+          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      if (!known[index(i)] || !expected) {
+        return 0.0;
+      }
+      const double distance = cv::norm(*known[index(i)] - expected->position);
+      return std::max(distance / expected->uncertainty / allowedDeviation(i, usual),
+                      distance / (kCertain * spacing(corners_, i)));
     };
     std::vector<double> excesses;
     excesses.reserve(corners_.size());
@@ -218,7 +231,22 @@ class Refinement {
       }
       const auto expected =
           expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
-      if (!expected || expected->uncertainty * usual > kLargestUncertainty * spacing(corners_, i)) {
+      if (!expected || expected->uncertainty > kExtrapolated ||
+          expected->uncertainty * usual > kLargestUncertainty * spacing(corners_, i)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  // True if no corner contradicts its neighbours.
+  bool allFit() const {
+    const Known known(corners_.begin(), corners_.end());
+    for (int i = 0; i < columns_ * rows_; ++i) {
+      const auto expected =
+          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      if (expected &&
+          cv::norm(*known[index(i)] - expected->position) > kLargestMisfit * spacing(corners_, i)) {
         return false;
       }
     }
@@ -226,7 +254,8 @@ class Refinement {
   }
 
   double allowedDeviation(int i, double usual) const {
-    return kTolerancePixels + kToleranceOfSpacing * spacing(corners_, i) + kUsualDeviations * usual;
+    const double near = spacing(corners_, i);
+    return kTolerancePixels + kToleranceOfSpacing * near + kUsualDeviations * usual;
   }
 
   bool mendOutliers() {
@@ -240,8 +269,12 @@ class Refinement {
       }
       const auto fit = fitAt(i, expected->position, corners_);
       CornerFit& old = fits_[index(i)];
-      const bool better = fit && isGood(*fit) && fit->explained > old.explained;
-      if (!better && isGood(old)) {
+      const double certain = kCertain * spacing(corners_, i);
+      const bool far = cv::norm(cv::Point2d(corners_[index(i)]) - expected->position) > certain;
+      const bool better = fit && isGood(*fit) &&
+                          (far ? cv::norm(fit->position - expected->position) < certain
+                               : fit->explained > old.explained);
+      if (!better && isGood(old) && !far) {
         continue;  // the corner is there, whatever its neighbours say
       }
       corners_[index(i)] = cv::Point2f(better ? fit->position : expected->position);

@@ -76,6 +76,37 @@ TEST_P(RealPhotos, ShowNoBoardOfOneColumnLess) {
   EXPECT_FALSE(detectTarget(grey, narrower, [](const std::string&) {}).detection.has_value());
 }
 
+// The edge of a shadow across a dark square looks like a corner. A board in shadow is found with
+// its own corners or not at all.
+TEST_P(RealPhotos, EdgesOfShadowsAreNoCorners) {
+  const Photo& photo = GetParam();
+  const std::filesystem::path folder = realData() / photo.folder;
+  const std::filesystem::path picture =
+      folder / "images" / (std::string(photo.name) + photo.ending);
+  if (!std::filesystem::exists(picture)) {
+    GTEST_SKIP() << "no photo " << picture;
+  }
+  const auto expected = parsePoints(
+      photo.name, support::bytesOf((folder / (std::string(photo.name) + ".csv")).string()));
+  const auto row = static_cast<int>(expected[expected.size() / 2].ImagePtY);
+  const auto column = static_cast<int>(expected[expected.size() / 2].ImagePtX);
+  const cv::Mat grey = readGreyPicture(picture.string(), std::cerr);
+  for (const cv::Rect& shadow :
+       {cv::Rect(0, 0, column - 10, grey.rows), cv::Rect(0, 0, grey.cols, row - 10)}) {
+    cv::Mat shaded = grey.clone();
+    shaded(shadow) *= 0.35;
+    const auto found = detectTarget(shaded, {TargetKind::kChessboard, photo.columns, photo.rows},
+                                    [](const std::string&) {})
+                           .detection;
+    for (std::size_t i = 0; found && i < expected.size(); ++i) {
+      EXPECT_LT(std::hypot(static_cast<double>(found->grid[i].image.x - expected[i].ImagePtX),
+                           static_cast<double>(found->grid[i].image.y - expected[i].ImagePtY)),
+                12)
+          << "point " << i + 1 << ", shadow of " << shadow.width << " columns";
+    }
+  }
+}
+
 std::string photoName(const testing::TestParamInfo<Photo>& info) {
   std::string name = std::string(info.param.folder).append("_").append(info.param.name);
   std::replace(name.begin(), name.end(), '-', '_');
