@@ -57,8 +57,7 @@ class Refinement {
     }
     for (int i = 0; i < columns_ * rows_; ++i) {
       const Known known(corners_.begin(), corners_.end());
-      const auto expected =
-          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      const auto expected = expectedAt(known, i);
       lookAround(i, expected ? expected->position : cv::Point2d(corners_[index(i)]));
     }
     for (int pass = 0; pass < kPasses && mendOutliers(); ++pass) {
@@ -122,10 +121,14 @@ class Refinement {
     return std::nullopt;
   }
 
+  std::optional<ExpectedCorner> expectedAt(const Known& known, int i) const {
+    return expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+  }
+
   // The distance of a position from the one that the known neighbours expect, in units of the
   // expectation's uncertainty.
   double deviation(const Known& known, int i, cv::Point2d position) const {
-    const auto expected = expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+    const auto expected = expectedAt(known, i);
     return expected ? cv::norm(position - expected->position) / expected->uncertainty : 0;
   }
 
@@ -188,8 +191,7 @@ class Refinement {
   std::vector<int> removeOutliers(Known& known) const {
     const double usual = usualDeviation(known);
     const auto excess = [&](int i) {
-      const auto expected =
-          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      const auto expected = expectedAt(known, i);
       if (!known[index(i)] || !expected) {
         return 0.0;
       }
@@ -229,8 +231,7 @@ class Refinement {
       if (isGood(fits_[index(i)])) {
         continue;
       }
-      const auto expected =
-          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      const auto expected = expectedAt(known, i);
       if (!expected || expected->uncertainty > kExtrapolated ||
           expected->uncertainty * usual > kLargestUncertainty * spacing(corners_, i)) {
         return false;
@@ -243,8 +244,7 @@ class Refinement {
   bool allFit() const {
     const Known known(corners_.begin(), corners_.end());
     for (int i = 0; i < columns_ * rows_; ++i) {
-      const auto expected =
-          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      const auto expected = expectedAt(known, i);
       if (expected &&
           cv::norm(*known[index(i)] - expected->position) > kLargestMisfit * spacing(corners_, i)) {
         return false;
@@ -262,8 +262,7 @@ class Refinement {
     Known known(corners_.begin(), corners_.end());
     bool changed = false;
     for (const int i : removeOutliers(known)) {
-      const auto expected =
-          expectedByNeighbours(known, columns_, rows_, i % columns_, i / columns_);
+      const auto expected = expectedAt(known, i);
       if (!expected) {
         continue;
       }
