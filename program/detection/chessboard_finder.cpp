@@ -102,6 +102,13 @@ Detection detection(const SeenBoard& board, const Attempt& attempt) {
   return {orientGrid(std::move(grid)), attempt.name};
 }
 
+// Whether a grid has the target as a part.
+bool isLarger(const CornerGrid& grid, const Target& target) {
+  const auto [least, most] = std::minmax(grid.columns, grid.rows);
+  const auto [wantedLeast, wantedMost] = std::minmax(target.columns, target.rows);
+  return least >= wantedLeast && most >= wantedMost && least + most > wantedLeast + wantedMost;
+}
+
 bool isBetter(const SeenBoard& a, const std::optional<SeenBoard>& b) {
   return !b || (a.whole() && !b->whole()) ||
          (a.whole() == b->whole() && a.grid.corners.size() > b->grid.corners.size());
@@ -114,18 +121,22 @@ Search findChessboard(const cv::Mat& grey, const Target& target, const Progress&
     return {};
   }
   std::optional<SeenBoard> other;  // a board, but not the one that is asked for
+  std::string larger;              // the size of a larger one that was seen, however well
   for (const Attempt& attempt : kAttempts) {
     const bool anySize = attempt.method == Method::kSaddlePoints;
     if (attempt.scale < 1 && attempt.scale * std::min(grey.cols, grey.rows) < kShortestSide) {
       continue;
     }
-    if (!anySize && other && other->whole()) {
+    if (!anySize && (!larger.empty() || (other && other->whole()))) {
       break;  // no need to look for a size that is not there
     }
     progress(std::string("looking for the chessboard by ") + attempt.name);
     CornerGrid grid = find(grey, target, attempt);
     if (grid.corners.empty()) {
       continue;
+    }
+    if (anySize && isLarger(grid, target)) {
+      larger = std::to_string(grid.columns) + " x " + std::to_string(grid.rows);
     }
     const SeenBoard board = settled(grey, std::move(grid), target);
     if (board.whole() && board.isSized(target.columns, target.rows)) {
@@ -135,7 +146,9 @@ Search findChessboard(const cv::Mat& grey, const Target& target, const Progress&
       other = board;
     }
   }
-  return {.detection = std::nullopt, .seen = other ? describeSeen(*other) : ""};
+  const std::string blurred =
+      larger.empty() ? "" : "something like a board with " + larger + " inner corners is there";
+  return {.detection = std::nullopt, .seen = other ? describeSeen(*other) : blurred};
 }
 
 }  // namespace fisheye_calibration::program

@@ -27,9 +27,8 @@ constexpr double kClearContrast = 0.15;   // of the usual one: low, as in glare,
 constexpr double kLargestContrast = 1.5;  // of the usual one; slopes of smooth edges pass for more
 constexpr double kLookAround = 0.25;      // of the spacing
 constexpr double kLargestUncertainty = 0.1;  // of the spacing, of a corner that cannot be measured
-// Of the spacing. Real boards behind fisheye lenses deviate by up to 0.14 from what the neighbours
-// expect; farther off, nothing is a corner, however much it looks like one.
-constexpr double kCertain = 0.15;
+// Of the spacing: off what the neighbours expect. Real boards deviate by up to 0.14.
+constexpr double kCertain = 0.17;
 constexpr double kFarthest = 0.6;  // of the spacing, from where a corner was expected
 
 constexpr double kExtrapolated =
@@ -67,7 +66,6 @@ class Refinement {
 
  private:
   static std::size_t index(int i) { return static_cast<std::size_t>(i); }
-
   cv::Point2d at(const std::vector<cv::Point2f>& corners, int c, int r) const {
     return cv::Point2d(corners[index(r * columns_ + c)]);
   }
@@ -223,7 +221,7 @@ class Refinement {
     return outliers;
   }
 
-  // True if each corner that cannot be measured is determined by its neighbours.
+  // Whether each corner that cannot be measured is determined by its neighbours.
   bool allKnown() const {
     const Known known(corners_.begin(), corners_.end());
     const double usual = usualDeviation(known);
