@@ -27,6 +27,9 @@ int run(const Options& options, const Streams& streams) {
   if (isSameFile(options.output, options.image)) {
     failBadInput("-o: " + nameOf(options.output) + " is the picture itself");
   }
+  if (!options.target.overlay.empty() && isSamePath(options.output, options.target.overlay)) {
+    failBadInput("-o and --overlay are the same file");
+  }
   OutputFiles files;
   const DetectedTarget found = detectInPicture(options.image, options.target, files, streams);
   for (const Finding& finding : checkInput(found.points, {found.grey.cols, found.grey.rows})) {

@@ -21,7 +21,7 @@ namespace fisheye_calibration::program {
 namespace {
 
 constexpr int kLargestBed = 100000;       // mm
-constexpr double kLargestPixels = 400e6;  // of the picture
+constexpr double kLargestPixels = 100e6;  // of the picture
 constexpr double kLargestSide = 20000;    // mm, of the sheet
 
 struct Options {
@@ -72,8 +72,13 @@ void checkSheet(const Sheet& sheet, double pixelsPerMm, bool drawn) {
   if (std::max(sheet.size.width, sheet.size.height) > kLargestSide) {
     failBadInput("--spacing: the sheet would be larger than 20 m");
   }
-  if (drawn && sheet.size.area() * pixelsPerMm * pixelsPerMm > kLargestPixels) {
-    failBadInput("--pixels-per-mm: the picture would have more than 400 million pixels");
+  const double longest = std::max(sheet.size.width, sheet.size.height) * pixelsPerMm;
+  const bool tooLarge = sheet.size.area() * pixelsPerMm * pixelsPerMm > kLargestPixels ||
+                        longest >= kLargestImageSide;
+  if (drawn && tooLarge) {
+    failBadInput(
+        "--pixels-per-mm: the picture would have more than 100 million pixels or more than " +
+        std::to_string(kLargestImageSide) + " a side");
   }
 }
 
@@ -81,6 +86,9 @@ int run(Options options, const Streams& streams) {
   checkOutputs(options);
   const double pixelsPerMm =
       static_cast<double>(parsePositive("--pixels-per-mm", options.pixelsPerMm));
+  if (pixelsPerMm < 0.1 || pixelsPerMm > 1000) {
+    failBadInput("--pixels-per-mm: give a number from 0.1 to 1000");
+  }
   const bool bedGiven = !options.bed.empty();
   const Size bed = bedGiven ? parseSize("--bed", options.bed, 1, kLargestBed) : Size();
   if (bedGiven && options.target.spacing.empty() && options.target.marker.empty()) {
@@ -91,7 +99,11 @@ int run(Options options, const Streams& streams) {
     options.target.spacing = shortest(advised);
   }
   const Target target = parseTarget(options.target);
-  const World world = parseWorld(options.target, target.columns * target.rows);
+  World world = parseWorld(options.target, target.columns * target.rows);
+  if (bedGiven && options.target.origin.empty()) {
+    const cv::Point2d middle = middleOrigin(target, static_cast<double>(world.spacing), bed);
+    world.origin = {static_cast<float>(middle.x), static_cast<float>(middle.y)};
+  }
   const TargetSheet laidOut = layOutTarget(target, world);
   const Sheet& sheet = laidOut.sheet;
   checkSheet(sheet, pixelsPerMm, !options.picture.empty());
@@ -124,8 +136,10 @@ Command addTargetCommand(CLI::App& app) {
       app.add_subcommand("target", "Draw a target to print or engrave and list its points");
   addTargetKindOptions(*command, options->target);
   command
-      ->add_option("--bed", options->bed,
-                   "size of the bed: advice on the target's place, and its spacing if not given")
+      ->add_option(
+          "--bed", options->bed,
+          "size of the bed: the target goes in its middle unless --origin is given, with a "
+          "spacing that suits the bed unless --spacing is")
       ->type_name("WxH");
   addPath(*command, "-o,--output", options->output, "the drawing, in millimetres")
       ->type_name("SVG")

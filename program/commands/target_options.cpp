@@ -76,15 +76,20 @@ void checkMarkers(const TargetOptions& options, const Target& target) {
 
 Target parseCharuco(const TargetOptions& options) {
   const Size size = parseSize("--charuco", options.charuco, 2, kLargestGridSide);
-  const std::optional<int> bits = parseInteger(options.markerBits);
+  constexpr int kUsualBits = 5;
+  const std::optional<int> bits =
+      options.markerBits.empty() ? kUsualBits : parseInteger(options.markerBits);
   if (!bits || *bits < 4 || *bits > 7) {
-    failBadInput("--marker-bits: give 4, 5, 6 or 7, not \"" + options.markerBits + "\"");
+    failBadInput("--marker-bits: give 4, 5, 6 or 7, not " + inQuotes(options.markerBits));
   }
   Target target = {.kind = TargetKind::kCharuco,
                    .columns = size.width,
                    .rows = size.height,
                    .markerBits = *bits};
   if (!options.marker.empty()) {
+    if (options.spacing.empty()) {
+      failBadInput("--marker needs --spacing");
+    }
     const double side = static_cast<double>(parsePositive("--marker", options.marker));
     target.markerShare = side / static_cast<double>(parsePositive("--spacing", options.spacing));
     if (!(target.markerShare > 0.2 && target.markerShare < 0.95)) {
@@ -116,8 +121,8 @@ Target parseTarget(const TargetOptions& options) {
   if (options.asymmetric && options.circles.empty()) {
     failBadInput("--asymmetric goes with --circles only");
   }
-  if (!options.marker.empty() && options.charuco.empty()) {
-    failBadInput("--marker goes with --charuco only");
+  if (!(options.marker.empty() && options.markerBits.empty()) && options.charuco.empty()) {
+    failBadInput("--marker and --marker-bits go with --charuco only");
   }
   if (!options.charuco.empty()) {
     return parseCharuco(options);
@@ -136,7 +141,7 @@ World parseWorld(const TargetOptions& options, int pointCount) {
     failBadInput("--spacing is missing: the distance in the world");
   }
   const float spacing = parsePositive("--spacing", options.spacing);
-  const Pair origin = parsePair("--origin", options.origin);
+  const Pair origin = options.origin.empty() ? Pair() : parsePair("--origin", options.origin);
   const std::optional<int> firstId = parseInteger(options.firstId);
   if (!firstId || *firstId < 1 || *firstId > std::numeric_limits<int>::max() - pointCount) {
     failBadInput("--first-id: give a whole number from 1, not " + inQuotes(options.firstId));
@@ -169,9 +174,10 @@ void addTargetKindOptions(CLI::App& command, TargetOptions& target) {
   command.add_option("--circles", target.circles, "circles of the grid")->type_name("COLUMNSxROWS");
   command.add_flag("--asymmetric", target.asymmetric,
                    "every second row of circles is shifted by half a step");
-  command.add_option("--marker-bits", target.markerBits, "modules on a marker's side, 4 to 7")
-      ->type_name("N")
-      ->capture_default_str();
+  command
+      .add_option("--marker-bits", target.markerBits,
+                  "modules on a marker's side, 4 to 7 (default: 5)")
+      ->type_name("N");
   command.add_option("--marker", target.marker, "side of a marker (default: 0.7 of the spacing)")
       ->type_name("MM");
   command
@@ -179,9 +185,10 @@ void addTargetKindOptions(CLI::App& command, TargetOptions& target) {
                   "distance of neighbouring corners or circles, world units; with --asymmetric the "
                   "distance of the rows (half that of the circles in a row)")
       ->type_name("MM");
-  command.add_option("--origin", target.origin, "world position of the first point (top left)")
-      ->type_name("X,Y")
-      ->capture_default_str();
+  command
+      .add_option("--origin", target.origin,
+                  "world position of the first point (top left; default: 0,0)")
+      ->type_name("X,Y");
   command.add_option("--first-id", target.firstId, "PointId of the first point")
       ->type_name("N")
       ->capture_default_str();

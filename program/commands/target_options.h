@@ -25,16 +25,17 @@ struct TargetOptions {
   std::string charuco;     // the same, with markers
   std::string circles;     // "11x4"
   bool asymmetric = false;
-  std::string markerBits = "5";
-  std::string marker;  // side of a marker, world units; empty: 0.7 of the spacing
+  std::string markerBits;  // empty: 5
+  std::string marker;      // side of a marker, world units; empty: 0.7 of the spacing
   std::string spacing;
-  std::string origin = "0,0";
+  std::string origin;  // empty: 0,0
   std::string firstId = "1";
   std::filesystem::path overlay;
 
   bool anyGiven() const {
     return !chessboard.empty() || !charuco.empty() || !circles.empty() || asymmetric ||
-           !marker.empty() || !spacing.empty() || !overlay.empty();
+           !marker.empty() || !markerBits.empty() || !spacing.empty() || !origin.empty() ||
+           !overlay.empty();
   }
 };
 

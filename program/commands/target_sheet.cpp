@@ -85,10 +85,12 @@ void addDiscs(Sheet& sheet, const Target& target, cv::Point2d first, double spac
   }
 }
 
+double idHeight(double spacing) { return std::min(kLargestIdHeight, 0.5 * spacing); }
+
 // The ids of the first and the last point of every row, outside the target.
 void addIds(Sheet& sheet, const Target& target, const std::vector<CalibrationPoint>& points,
             cv::Rect2d area, double spacing) {
-  const double height = std::min(kLargestIdHeight, 0.5 * spacing);
+  const double height = idHeight(spacing);
   for (int r = 0; r < target.rows; ++r) {
     const CalibrationPoint& left = points[static_cast<std::size_t>(r * target.columns)];
     const CalibrationPoint& right = points[static_cast<std::size_t>((r + 1) * target.columns - 1)];
@@ -140,7 +142,10 @@ cv::Size2d extentInSteps(const Target& target) {
 TargetSheet layOutTarget(const Target& target, const World& world) {
   const auto spacing = static_cast<double>(world.spacing);
   const cv::Size2d extent = extentInSteps(target) * spacing;
-  const double margin = std::max(kSmallestMargin, spacing / 2);
+  const std::size_t digits =
+      std::to_string(world.firstId + target.columns * target.rows - 1).size();
+  const double ids = idHeight(spacing) * (2 + 0.8 * static_cast<double>(digits));
+  const double margin = std::max({kSmallestMargin, spacing / 2, ids});
   TargetSheet result;
   Sheet& sheet = result.sheet;
   const std::string caption = captionOf(target, world);
@@ -188,29 +193,50 @@ float advisedSpacing(const Target& target, const Size& bed) {
   return static_cast<float>(std::max(0.0, std::floor(largest)));
 }
 
+cv::Point2d middleOrigin(const Target& target, double spacing, const Size& bed) {
+  const cv::Size2d points = pointsInSteps(target) * spacing;
+  return {(bed.width - points.width) / 2, (bed.height - points.height) / 2};
+}
+
 std::vector<std::string> adviceFor(const Target& target, const World& world, const Size& bed) {
   const auto spacing = static_cast<double>(world.spacing);
   const cv::Size2d extent = extentInSteps(target) * spacing;
   const cv::Size2d points = pointsInSteps(target) * spacing;
+  const float advised = advisedSpacing(target, bed);
   std::vector<std::string> lines;
   if (extent.width > bed.width || extent.height > bed.height) {
     lines.push_back("warning: the target is " + general(extent.width, 5) + " x " +
-                    general(extent.height, 5) + " mm and does not fit on the bed");
+                    general(extent.height, 5) + " mm and does not fit on the bed" +
+                    (advised >= 1 ? "; a spacing of " + shortest(advised) + " mm does" : ""));
     return lines;
   }
-  const double x = (bed.width - points.width) / 2;
-  const double y = (bed.height - points.height) / 2;
-  lines.push_back("in the middle of the bed, point " + std::to_string(world.firstId) +
-                  " lies at (" + general(x, 6) + ", " + general(y, 6) + "): detect with --origin " +
-                  general(x, 6) + "," + general(y, 6));
+  const std::string place = shortest(world.origin.first) + "," + shortest(world.origin.second);
+  lines.push_back("lay it down with point " + std::to_string(world.firstId) + " at (" +
+                  shortest(world.origin.first) + ", " + shortest(world.origin.second) +
+                  ") of the bed and detect with --origin " + place);
+  const double rim = outline(target) * spacing;
+  const cv::Point2d first(static_cast<double>(world.origin.first),
+                          static_cast<double>(world.origin.second));
+  if (first.x < rim || first.y < rim || first.x + points.width + rim > bed.width ||
+      first.y + points.height + rim > bed.height) {
+    lines.emplace_back("warning: there, the target reaches beyond a bed from (0, 0) on");
+  }
+  const cv::Size2d sheet = layOutTarget(target, world).sheet.size;
+  if (sheet.width > bed.width || sheet.height > bed.height) {
+    lines.push_back("the sheet is larger than the bed (" + general(sheet.width, 5) + " x " +
+                    general(sheet.height, 5) + " mm): cut it around the target");
+  }
   lines.push_back("the points span " + general(100 * points.width / bed.width, 2) +
                   " % of the bed's width and " + general(100 * points.height / bed.height, 2) +
                   " % of its height");
   if (points.width < kSmallestShare * bed.width || points.height < kSmallestShare * bed.height) {
+    const std::string remedy = advised > world.spacing
+                                   ? "a spacing of " + shortest(advised) + " mm suits this bed"
+                                   : "take more rows or columns, in the shape of the bed";
     lines.push_back(
         "warning: points that span less than half of the bed determine the rest of it "
-        "poorly; a spacing of " +
-        shortest(advisedSpacing(target, bed)) + " mm suits this bed");
+        "poorly; " +
+        remedy);
   }
   return lines;
 }

@@ -26,6 +26,9 @@ cv::Size2d extentInSteps(const Target& target);
 // is none.
 float advisedSpacing(const Target& target, const Size& bed);
 
+// The world position of the first point if the target lies in the middle of a bed from (0, 0) on.
+cv::Point2d middleOrigin(const Target& target, double spacing, const Size& bed);
+
 // Lines that say where the target goes on the bed and what to look out for.
 std::vector<std::string> adviceFor(const Target& target, const World& world, const Size& bed);
 

@@ -15,8 +15,9 @@ namespace fisheye_calibration::program {
 namespace {
 
 constexpr std::size_t kMostSaddlePoints = 2500;
-constexpr int kShortestSide = 60;         // pixels; pictures are not reduced below it
-constexpr int kNarrowestPicture = 16;     // pixels; a board has four squares or more on a side
+constexpr int kShortestSide = 60;      // pixels; pictures are not reduced below it
+constexpr int kNarrowestPicture = 16;  // pixels; a board has four squares or more on a side
+constexpr int kFewLines = 3;
 constexpr std::size_t kMuchLarger = 200;  // corners
 
 enum class Method { kSaddlePoints, kSectors, kEverySector };
@@ -102,11 +103,13 @@ Detection detection(const SeenBoard& board, const Attempt& attempt) {
   return {orientGrid(std::move(grid)), attempt.name};
 }
 
-// Whether a grid has the target as a part.
+// Whether a grid has the target as a part and only a few lines more. With many more, it may have
+// grown into the board's surroundings.
 bool isLarger(const CornerGrid& grid, const Target& target) {
   const auto [least, most] = std::minmax(grid.columns, grid.rows);
   const auto [wantedLeast, wantedMost] = std::minmax(target.columns, target.rows);
-  return least >= wantedLeast && most >= wantedMost && least + most > wantedLeast + wantedMost;
+  const int more = least + most - wantedLeast - wantedMost;
+  return least >= wantedLeast && most >= wantedMost && more > 0 && more <= kFewLines;
 }
 
 bool isBetter(const SeenBoard& a, const std::optional<SeenBoard>& b) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/features2d.hpp>
 #include <string>
@@ -16,6 +17,8 @@ namespace {
 
 using Points = std::vector<cv::Point2f>;
 
+constexpr int kMostPerCircle = 4;  // blobs
+constexpr int kMostOthers = 100;
 constexpr float kSmallestOfUsual = 0.5F;  // diameter of a circle, as a share of the usual one
 
 cv::Ptr<cv::Feature2D> circleDetector(const cv::Mat& grey, const Target& target, bool dark) {
@@ -29,33 +32,38 @@ cv::Ptr<cv::Feature2D> circleDetector(const cv::Mat& grey, const Target& target,
   return cv::SimpleBlobDetector::create(params);
 }
 
-// Leaves out blobs much smaller than the target's circles, such as the text next to them.
-class LargeBlobs : public cv::Feature2D {
- public:
-  LargeBlobs(cv::Ptr<cv::Feature2D> all, int count) : all_(std::move(all)), count_(count) {}
+using Blobs = std::vector<cv::KeyPoint>;
 
-  void detect(cv::InputArray image, std::vector<cv::KeyPoint>& blobs,
-              cv::InputArray mask) override {
-    all_->detect(image, blobs, mask);
-    if (blobs.empty()) {
-      return;
-    }
-    std::vector<float> sizes;
-    sizes.reserve(blobs.size());
-    for (const cv::KeyPoint& blob : blobs) {
-      sizes.push_back(blob.size);
-    }
-    std::sort(sizes.begin(), sizes.end(), std::greater<>());
-    const auto middle = std::min(sizes.size() - 1, static_cast<std::size_t>(count_ / 2));
-    const float smallest = kSmallestOfUsual * sizes[middle];
-    blobs.erase(std::remove_if(blobs.begin(), blobs.end(),
-                               [&](const cv::KeyPoint& blob) { return blob.size < smallest; }),
-                blobs.end());
+// Leaves out blobs much smaller than the target's circles, such as the text next to them.
+Blobs largeOnes(const Blobs& all, int count) {
+  if (all.empty()) {
+    return {};
+  }
+  std::vector<float> sizes;
+  sizes.reserve(all.size());
+  for (const cv::KeyPoint& blob : all) {
+    sizes.push_back(blob.size);
+  }
+  std::sort(sizes.begin(), sizes.end(), std::greater<>());
+  const auto middle = std::min(sizes.size() - 1, static_cast<std::size_t>(count / 2));
+  const float smallest = kSmallestOfUsual * sizes[middle];
+  Blobs large;
+  std::copy_if(all.begin(), all.end(), std::back_inserter(large),
+               [&](const cv::KeyPoint& blob) { return blob.size >= smallest; });
+  return large;
+}
+
+// Hands out blobs that were found before: finding them takes the most time.
+class FoundBlobs : public cv::Feature2D {
+ public:
+  explicit FoundBlobs(Blobs blobs) : blobs_(std::move(blobs)) {}
+
+  void detect(cv::InputArray /*image*/, Blobs& blobs, cv::InputArray /*mask*/) override {
+    blobs = blobs_;
   }
 
  private:
-  cv::Ptr<cv::Feature2D> all_;
-  int count_;
+  Blobs blobs_;
 };
 
 struct Attempt {
@@ -73,16 +81,18 @@ constexpr Attempt kAttempts[] = {{true, false, false, "dark blobs"},
                                  {false, false, true, "large bright blobs"}};
 
 bool findCircles(const cv::Mat& grey, const Target& target, const Attempt& attempt,
-                 Points& points) {
+                 const Blobs& all, Points& points) {
   const cv::Size size(target.columns, target.rows);
+  Blobs blobs = attempt.largeOnly ? largeOnes(all, size.area()) : all;
+  // Among far more blobs than circles, as on a honeycomb, the search takes minutes and finds none.
+  if (blobs.size() > static_cast<std::size_t>(kMostPerCircle * size.area() + kMostOthers)) {
+    return false;
+  }
   const bool asymmetric = target.kind == TargetKind::kAsymmetricCircles;
   const int flags = (asymmetric ? cv::CALIB_CB_ASYMMETRIC_GRID : cv::CALIB_CB_SYMMETRIC_GRID) |
                     (attempt.clustering ? cv::CALIB_CB_CLUSTERING : 0);
-  cv::Ptr<cv::Feature2D> detector = circleDetector(grey, target, attempt.dark);
-  if (attempt.largeOnly) {
-    detector = cv::makePtr<LargeBlobs>(detector, size.area());
-  }
-  const bool found = cv::findCirclesGrid(grey, size, points, flags, detector);
+  const bool found =
+      cv::findCirclesGrid(grey, size, points, flags, cv::makePtr<FoundBlobs>(std::move(blobs)));
   return found && points.size() == static_cast<std::size_t>(size.area()) &&
          isPlausibleGrid(points, target.columns, target.rows);
 }
@@ -108,11 +118,15 @@ Detection oriented(const Points& points, const Target& target, const std::string
 }  // namespace
 
 Search findCircleGrid(const cv::Mat& grey, const Target& target, const Progress& progress) {
-  for (const Attempt& attempt : kAttempts) {
-    progress(std::string("looking for the circles by ") + attempt.name);
-    Points points;
-    if (findCircles(grey, target, attempt, points)) {
-      return {.detection = oriented(points, target, attempt.name), .seen = {}};
+  for (const bool dark : {true, false}) {
+    Blobs blobs;
+    progress(std::string("looking for the circles by ") + (dark ? "dark" : "bright") + " blobs");
+    circleDetector(grey, target, dark)->detect(grey, blobs);
+    for (const Attempt& attempt : kAttempts) {
+      Points points;
+      if (attempt.dark == dark && findCircles(grey, target, attempt, blobs, points)) {
+        return {.detection = oriented(points, target, attempt.name), .seen = {}};
+      }
     }
   }
   return {};

@@ -1,6 +1,8 @@
 #include "detection/markers.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <opencv2/imgproc.hpp>
 
 // The module moved from the contributed ones into `objdetect` in version 4.7, with other classes.
 #define FISHEYE_CALIBRATION_NO_MARKERS 0
@@ -51,18 +53,62 @@ int dictionaryOf(int bits, int count) {
   return kNames[static_cast<std::size_t>(bits - 4)][length];
 }
 
+constexpr int kSmallestWindow = 3;  // of the adaptive thresholds, pixels
+constexpr int kLargestWindow = 53;
+constexpr double kStraightness = 0.05;  // of a quadrilateral's perimeter: the lens bends its sides
+
+// The perimeters of all quadrilaterals that may be markers, at two of the thresholds.
+std::vector<double> perimetersOfCandidates(const cv::Mat& grey) {
+  std::vector<double> perimeters;
+  for (const int window : {kSmallestWindow, kLargestWindow}) {
+    cv::Mat binary;
+    cv::adaptiveThreshold(grey, binary, 255, cv::ADAPTIVE_THRESH_MEAN_C, cv::THRESH_BINARY_INV,
+                          window, 7);
+    std::vector<std::vector<cv::Point> > outlines;
+    cv::findContours(binary, outlines, cv::RETR_LIST, cv::CHAIN_APPROX_NONE);
+    for (const std::vector<cv::Point>& outline : outlines) {
+      std::vector<cv::Point> corners;
+      cv::approxPolyDP(outline, corners, kStraightness * static_cast<double>(outline.size()), true);
+      if (corners.size() == 4 && cv::isContourConvex(corners)) {
+        perimeters.push_back(static_cast<double>(outline.size()));
+      }
+    }
+  }
+  return perimeters;
+}
+
+// The smallest perimeter of markers to look for, as a share of the picture's longer side. The image
+// library compares all candidates with each other, which takes minutes on noise or a honeycomb; so
+// small ones are left out where there are far more of them than markers.
+double smallestPerimeter(const cv::Mat& grey, int count) {
+  constexpr double kSmallest = 0.01;
+  constexpr double kLargest = 1;
+  constexpr int kMostOthers = 1500;
+  const std::vector<double> perimeters = perimetersOfCandidates(grey);
+  const double longer = std::max(grey.cols, grey.rows);
+  double rate = kSmallest;
+  while (rate < kLargest && std::count_if(perimeters.begin(), perimeters.end(), [&](double p) {
+                              return p >= rate * longer;
+                            }) > 8 * count + kMostOthers) {
+    rate *= 1.5;
+  }
+  return rate;
+}
+
 template <typename Parameters>
-void setParameters(Parameters& parameters) {
-  parameters.minMarkerPerimeterRate = 0.01;  // of the picture's longer side: small markers, too
-  parameters.polygonalApproxAccuracyRate = 0.05;  // the lens bends their sides
-  parameters.adaptiveThreshWinSizeMax = 53;
+void setParameters(Parameters& parameters, double smallestPerimeter) {
+  parameters.minMarkerPerimeterRate = smallestPerimeter;
+  parameters.polygonalApproxAccuracyRate = kStraightness;
+  parameters.adaptiveThreshWinSizeMin = kSmallestWindow;
+  parameters.adaptiveThreshWinSizeMax = kLargestWindow;
 }
 
 #if FISHEYE_CALIBRATION_MARKERS == FISHEYE_CALIBRATION_OBJDETECT_MARKERS
 
-void detect(const cv::Mat& grey, int dictionary, Corners& corners, std::vector<int>& ids) {
+void detect(const cv::Mat& grey, int dictionary, double smallest, Corners& corners,
+            std::vector<int>& ids) {
   cv::aruco::DetectorParameters parameters;
-  setParameters(parameters);
+  setParameters(parameters, smallest);
   const cv::aruco::ArucoDetector detector(cv::aruco::getPredefinedDictionary(dictionary),
                                           parameters);
   detector.detectMarkers(grey, corners, ids);
@@ -74,9 +120,10 @@ void draw(int dictionary, int id, int side, cv::Mat& pattern) {
 
 #else
 
-void detect(const cv::Mat& grey, int dictionary, Corners& corners, std::vector<int>& ids) {
+void detect(const cv::Mat& grey, int dictionary, double smallest, Corners& corners,
+            std::vector<int>& ids) {
   const auto parameters = cv::aruco::DetectorParameters::create();
-  setParameters(*parameters);
+  setParameters(*parameters, smallest);
   cv::aruco::detectMarkers(grey, cv::aruco::getPredefinedDictionary(dictionary), corners, ids,
                            parameters);
 }
@@ -94,7 +141,7 @@ bool markersAvailable() { return true; }
 std::vector<Marker> findMarkers(const cv::Mat& grey, int bits, int count) {
   Corners corners;
   std::vector<int> ids;
-  detect(grey, dictionaryOf(bits, count), corners, ids);
+  detect(grey, dictionaryOf(bits, count), smallestPerimeter(grey, count), corners, ids);
   std::vector<Marker> markers;
   for (std::size_t i = 0; i < ids.size(); ++i) {
     markers.push_back(

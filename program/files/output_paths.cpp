@@ -28,7 +28,13 @@ bool isSameFile(const fs::path& a, const fs::path& b) {
 }
 
 bool isSamePath(const fs::path& a, const fs::path& b) {
-  return a.native() == b.native() || isSameFile(a, b);
+  // Neither needs to be there yet.
+  std::error_code failedA;
+  std::error_code failedB;
+  const fs::path wholeA = fs::weakly_canonical(fs::absolute(a), failedA);
+  const fs::path wholeB = fs::weakly_canonical(fs::absolute(b), failedB);
+  const bool same = failedA || failedB ? a.native() == b.native() : wholeA == wholeB;
+  return same || isSameFile(a, b);
 }
 
 }  // namespace fisheye_calibration::program

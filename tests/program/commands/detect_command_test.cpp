@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 #include <string>
 
@@ -35,6 +36,16 @@ TEST_F(DetectCommand, PointsAreNumberedFromTheGivenIdAndOrigin) {
   EXPECT_EQ(found[10].PointId, 110);
   EXPECT_EQ(found[10].Xw, 25.0f);
   EXPECT_EQ(found[10].Yw, 37.5f);
+}
+
+TEST_F(DetectCommand, OutputsMustDiffer) {
+  const std::string one = folder.file("one.png");
+  const Outcome run =
+      runProgram({"detect", folder.file("photo.png"), "--chessboard", "9x7", "--spacing", "30",
+                  "-o", one, "--overlay", folder.file(".") + "/one.png"});
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_THAT(run.err, HasSubstr("-o and --overlay are the same file"));
+  EXPECT_FALSE(std::filesystem::exists(one));
 }
 
 TEST_F(DetectCommand, AMissingTargetIsReportedAndNothingIsWritten) {

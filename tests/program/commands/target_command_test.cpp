@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <regex>
 #include <string>
@@ -17,6 +18,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 class TargetCommand : public testing::Test {
  protected:
@@ -139,6 +141,55 @@ TEST_F(TargetCommand, ABedGivesTheSpacingAndThePlace) {
   EXPECT_THAT(run.out, HasSubstr("spacing 36 mm"));
   // (600 - 7 x 36) / 2 and (300 - 5 x 36) / 2
   EXPECT_THAT(run.out, HasSubstr("--origin 174,60"));
+  // The drawing and the list are of that place, too.
+  const std::string svg = folder.file("board.svg");
+  const std::string list = folder.file("board.csv");
+  ASSERT_EQ(
+      runProgram({"target", "--chessboard", "8x6", "--bed", "600x300", "-o", svg, "--points", list})
+          .exitCode,
+      0);
+  EXPECT_THAT(support::bytesOf(svg), HasSubstr("point 1 (top left) at (174, 60)"));
+  EXPECT_EQ(readPoints(list).front().Xw, 174);
+  EXPECT_EQ(readPoints(list).back().Yw, 60 + 5 * 36);
+}
+
+TEST_F(TargetCommand, AGivenPlaceIsKeptAndCheckedAgainstTheBed) {
+  const auto target = [&](const std::string& origin) {
+    return runProgram({"target", "--chessboard", "8x6", "--spacing", "30", "--bed", "400x300",
+                       "--origin", origin, "-o", folder.file("board.svg")});
+  };
+  EXPECT_THAT(target("40,35").out, HasSubstr("detect with --origin 40,35"));
+  EXPECT_THAT(target("40,35").err, Not(HasSubstr("reaches beyond")));
+  // The first square begins 30 mm before the first point.
+  EXPECT_THAT(target("29,35").err, HasSubstr("the target reaches beyond"));
+  EXPECT_THAT(target("170,35").err, HasSubstr("the target reaches beyond"));
+}
+
+TEST_F(TargetCommand, SmallTargetsAreWarnedOfWithARemedyThatHelps) {
+  const auto target = [&](const std::string& size, const std::string& bed,
+                          const std::string& spacing) {
+    return runProgram({"target", "--chessboard", size, "--spacing", spacing, "--bed", bed, "-o",
+                       folder.file("board.svg")})
+        .err;
+  };
+  EXPECT_THAT(target("8x6", "400x300", "10"), HasSubstr("a spacing of 36 mm suits this bed"));
+  // 3 x 3 points span half of the bed at most, whatever the spacing: 2 of 4 squares.
+  EXPECT_THAT(target("3x3", "400x400", "85"), HasSubstr("take more rows or columns"));
+}
+
+TEST_F(TargetCommand, LongIdsFitOnTheSheet) {
+  const std::string svg = folder.file("board.svg");
+  ASSERT_EQ(runProgram({"target", "--chessboard", "8x6", "--spacing", "20", "--first-id", "1000000",
+                        "-o", svg})
+                .exitCode,
+            0);
+  // The left ids end 3 mm before the board and are seven digits of about 2.4 mm wide.
+  const auto squares = numbersOf(support::bytesOf(svg), "rect", {"x", "width"});
+  double first = 1e9;
+  for (const auto& square : squares) {
+    first = square[1] == 20 ? std::min(first, square[0]) : first;
+  }
+  EXPECT_GT(first, 3 + 7 * 2.3);
 }
 
 TEST_F(TargetCommand, ATargetLargerThanTheBedIsReported) {
@@ -158,6 +209,28 @@ TEST_F(TargetCommand, BadUsageWritesNothing) {
             2);
   EXPECT_EQ(runProgram({"target", "--chessboard", "8x6", "--spacing", "10", "-o",
                         folder.file("board.png")})
+                .exitCode,
+            2);
+  const std::string other = folder.file(".") + "/board.svg";
+  EXPECT_EQ(
+      runProgram({"target", "--chessboard", "8x6", "--spacing", "10", "-o", svg, "--points", other})
+          .exitCode,
+      2);
+  for (const char* const density : {"1e-9", "1e38", "2000"}) {
+    EXPECT_EQ(runProgram({"target", "--chessboard", "8x6", "--spacing", "10", "-o", svg, "--points",
+                          folder.file("p.csv"), "--pixels-per-mm", density})
+                  .exitCode,
+              2);
+  }
+  EXPECT_EQ(runProgram({"target", "--chessboard", "200x3", "--spacing", "90", "-o", svg,
+                        "--picture", folder.file("p.png"), "--pixels-per-mm", "3"})
+                .exitCode,
+            2);
+  const Outcome marker =
+      runProgram({"target", "--charuco", "8x6", "--bed", "600x400", "--marker", "20", "-o", svg});
+  EXPECT_EQ(marker.exitCode, 2);
+  EXPECT_EQ(runProgram({"target", "--chessboard", "8x6", "--spacing", "10", "--marker-bits", "6",
+                        "-o", svg})
                 .exitCode,
             2);
   EXPECT_THAT(namesIn(folder), ElementsAre());

@@ -6,6 +6,7 @@
 #include <opencv2/imgproc.hpp>
 #include <utility>
 
+#include "detection/markers.h"
 #include "program/support/synthetic_target.h"
 
 namespace fisheye_calibration::program {
@@ -73,6 +74,23 @@ TEST(TargetDetection, CirclesAreFound) {
   ASSERT_TRUE(found.has_value());
   // The centre of a circle's picture is not the picture of its centre, so the tolerance is larger.
   EXPECT_LT(rmsError(*found, camera, target), 0.7);
+}
+
+// Thousands of discs, among which the image library would search for minutes.
+TEST(TargetDetection, AHoneycombHoldsNoTarget) {
+  cv::Mat grey(900, 1200, CV_8UC1, cv::Scalar(40));
+  for (int row = 0; row * 12 < grey.rows; ++row) {
+    for (int x = row % 2 * 7; x < grey.cols; x += 14) {
+      cv::circle(grey, {x, row * 12}, 4, cv::Scalar(200), cv::FILLED);
+    }
+  }
+  EXPECT_FALSE(detectTarget(grey, {TargetKind::kCircles, 11, 7}, kSilent).detection.has_value());
+  EXPECT_FALSE(
+      detectTarget(grey, {TargetKind::kAsymmetricCircles, 4, 11}, kSilent).detection.has_value());
+  EXPECT_FALSE(detectTarget(grey, {TargetKind::kChessboard, 9, 6}, kSilent).detection.has_value());
+  if (markersAvailable()) {
+    EXPECT_FALSE(detectTarget(grey, {TargetKind::kCharuco, 9, 6}, kSilent).detection.has_value());
+  }
 }
 
 TEST(TargetDetection, BrightCirclesAreFound) {
