@@ -83,7 +83,7 @@ constexpr Attempt kAttempts[] = {{true, false, false, "dark blobs"},
 bool findCircles(const cv::Mat& grey, const Target& target, const Attempt& attempt,
                  const Blobs& all, Points& points) {
   const cv::Size size(target.columns, target.rows);
-  Blobs blobs = attempt.largeOnly ? largeOnes(all, size.area()) : all;
+  const Blobs blobs = attempt.largeOnly ? largeOnes(all, size.area()) : all;
   // Among far more blobs than circles, as on a honeycomb, the search takes minutes and finds none.
   if (blobs.size() > static_cast<std::size_t>(kMostPerCircle * size.area() + kMostOthers)) {
     return false;
@@ -91,8 +91,7 @@ bool findCircles(const cv::Mat& grey, const Target& target, const Attempt& attem
   const bool asymmetric = target.kind == TargetKind::kAsymmetricCircles;
   const int flags = (asymmetric ? cv::CALIB_CB_ASYMMETRIC_GRID : cv::CALIB_CB_SYMMETRIC_GRID) |
                     (attempt.clustering ? cv::CALIB_CB_CLUSTERING : 0);
-  const bool found =
-      cv::findCirclesGrid(grey, size, points, flags, cv::makePtr<FoundBlobs>(std::move(blobs)));
+  const bool found = cv::findCirclesGrid(grey, size, points, flags, cv::makePtr<FoundBlobs>(blobs));
   return found && points.size() == static_cast<std::size_t>(size.area()) &&
          isPlausibleGrid(points, target.columns, target.rows);
 }
