@@ -7,7 +7,7 @@
 
 #include "calibration/seen_bed.h"
 #include "geometry/conversions.h"
-#include "geometry/target_points.h"
+#include "geometry/point_spread.h"
 #include "single/record.h"
 
 namespace fisheye_calibration::program {
@@ -40,14 +40,7 @@ std::vector<double> errorsAt(const robust::BedView& robust, const FishEyeCalibra
 }  // namespace
 
 cv::Rect2d targetBox(const std::vector<CalibrationPoint>& points) {
-  cv::Point2d least = bedPosition(points.front());
-  cv::Point2d most = least;
-  for (const CalibrationPoint& point : points) {
-    const cv::Point2d bed = bedPosition(point);
-    least = {std::min(least.x, bed.x), std::min(least.y, bed.y)};
-    most = {std::max(most.x, bed.x), std::max(most.y, bed.y)};
-  }
-  return {least, most};
+  return boxAround(bedPositions(points));
 }
 
 cv::Rect2d shownArea(const FishEyeCalibrationParam& record, const Size& corrected) {
@@ -72,9 +65,7 @@ BedAccuracy unknownAccuracy(const cv::Rect2d& target) {
 JudgedBed judgedBed(const CalibrationResult& result) {
   JudgedBed bed;
   bed.grid = gridOver(shownArea(result.param, result.corrected), kBedCells);
-  for (const cv::Point2d& point : bed.grid.points()) {
-    bed.shown.push_back(canShow(result.param, result.corrected, point));
-  }
+  bed.shown = shownAmong(result.param, result.corrected, bed.grid.points());
   return bed;
 }
 

@@ -73,11 +73,13 @@ CalibrationResult solveByLibrary(const TargetView& view, const std::vector<std::
 
 ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
                           const RobustRequest& request, double tolerance) {
-  if (!isSolved(robust)) {
-    ChosenCamera library{.fromLibrary = true};
-    library.result = withChosenPicture(request.picture, request.image, [&](const Size& corrected) {
-      return solveByLibrary(request.views[request.bedView], {}, request.image, corrected);
+  const auto solvedByLibrary = [&](const std::vector<std::size_t>& leftOut) {
+    return withChosenPicture(request.picture, request.image, [&](const Size& corrected) {
+      return solveByLibrary(request.views[request.bedView], leftOut, request.image, corrected);
     });
+  };
+  if (!isSolved(robust)) {
+    ChosenCamera library{.result = solvedByLibrary({}), .fromLibrary = true};
     library.accuracy = unknownAccuracy(targetBox(library.result.points));
     return library;
   }
@@ -92,9 +94,7 @@ ChosenCamera chooseCamera(SolverChoice choice, const RobustCamera& robust,
       request.keepAll ? std::vector<std::size_t>() : robust.solved.wrongPoints[request.bedView];
   ChosenCamera library{.fromLibrary = true};
   try {
-    library.result = withChosenPicture(request.picture, request.image, [&](const Size& corrected) {
-      return solveByLibrary(request.views[request.bedView], leftOut, request.image, corrected);
-    });
+    library.result = solvedByLibrary(leftOut);
   } catch (const Failure& failure) {
     if (choice == SolverChoice::kLibrary) {
       throw;

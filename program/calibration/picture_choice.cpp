@@ -9,6 +9,7 @@
 #include "base/failure.h"
 #include "base/text.h"
 #include "calibration/bed_accuracy.h"
+#include "geometry/bed_grid.h"
 #include "single/placed_view.h"
 
 namespace fisheye_calibration::program {
@@ -27,16 +28,6 @@ constexpr std::int64_t kMostPixels = (std::int64_t{1} << 31) / 4 - 1;  // 32 bit
 bool isTooLarge(double width, double height) {
   return !(width <= kLargestImageSide && height <= kLargestImageSide &&
            width * height <= static_cast<double>(kMostPixels));
-}
-
-cv::Rect2d boxAround(const std::vector<cv::Point2d>& points) {
-  cv::Point2d least = points.front();
-  cv::Point2d most = least;
-  for (const cv::Point2d& point : points) {
-    least = {std::min(least.x, point.x), std::min(least.y, point.y)};
-    most = {std::max(most.x, point.x), std::max(most.y, point.y)};
-  }
-  return {least, most};
 }
 
 std::vector<cv::Point2d> cornersOf(const cv::Rect2d& box) {

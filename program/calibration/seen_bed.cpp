@@ -141,6 +141,17 @@ bool canShow(const FishEyeCalibrationParam& record, const Size& corrected, cv::P
   return Overhead(record).canShow(corrected, bed);
 }
 
+std::vector<bool> shownAmong(const FishEyeCalibrationParam& record, const Size& corrected,
+                             const std::vector<cv::Point2d>& bed) {
+  const Overhead overhead(record);
+  std::vector<bool> shown;
+  shown.reserve(bed.size());
+  for (const cv::Point2d& point : bed) {
+    shown.push_back(overhead.canShow(corrected, point));
+  }
+  return shown;
+}
+
 SeenShares seenShares(const FishEyeCalibrationParam& record, const Size& image,
                       const Size& corrected, const cv::Rect2d& area) {
   const Overhead overhead(record);

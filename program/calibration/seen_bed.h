@@ -31,6 +31,10 @@ cv::Point2d reachFromAxis(const FishEyeCalibrationParam& record,
 // Whether a corrected picture of this size, wherever it is placed, can show the point.
 bool canShow(const FishEyeCalibrationParam& record, const Size& corrected, cv::Point2d bed);
 
+// The same for each of many points.
+std::vector<bool> shownAmong(const FishEyeCalibrationParam& record, const Size& corrected,
+                             const std::vector<cv::Point2d>& bed);
+
 // Shares of an area of the bed, 0 ... 1.
 struct SeenShares {
   double unseen = 0;   // not in the raw picture

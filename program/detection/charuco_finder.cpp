@@ -14,6 +14,7 @@
 #include "detection/corner_model.h"
 #include "detection/grid_completion.h"
 #include "detection/markers.h"
+#include "detection/median.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -183,14 +184,8 @@ struct Measured {
 };
 using Corners = std::map<int, Measured>;  // by their places, row by row
 
-double medianOf(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 template <typename Value>
-double medianOf(const Corners& corners, const Value& value) {
+double medianAmong(const Corners& corners, const Value& value) {
   std::vector<double> values;
   values.reserve(corners.size());
   for (const auto& [place, corner] : corners) {
@@ -205,9 +200,9 @@ void removeUnclear(Corners& corners) {
     return;
   }
   const double explained =
-      medianOf(corners, [](const Measured& corner) { return corner.fit.explained; });
+      medianAmong(corners, [](const Measured& corner) { return corner.fit.explained; });
   const double contrast =
-      medianOf(corners, [](const Measured& corner) { return corner.fit.contrast; });
+      medianAmong(corners, [](const Measured& corner) { return corner.fit.contrast; });
   std::erase_if(corners, [&](const auto& entry) {
     const CornerFit& fit = entry.second.fit;
     return fit.explained < kClearExplained * explained ||

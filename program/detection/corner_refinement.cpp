@@ -4,9 +4,11 @@
 #include <cmath>
 #include <cstddef>
 #include <optional>
+#include <utility>
 
 #include "detection/corner_model.h"
 #include "detection/grid_completion.h"
+#include "detection/median.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -49,8 +51,8 @@ class Refinement {
       corners_[index(i)] = fit ? cv::Point2f(fit->position) : coarse[index(i)];
       fits_.push_back(fit.value_or(CornerFit{}));
     }
-    usualContrast_ = medianOf(&CornerFit::contrast);
-    usualExplained_ = medianOf(&CornerFit::explained);
+    usualContrast_ = medianAmongFits(&CornerFit::contrast);
+    usualExplained_ = medianAmongFits(&CornerFit::explained);
     for (int i = 0; i < columns_ * rows_; ++i) {
       lookAround(i, cv::Point2d(coarse[index(i)]));
     }
@@ -159,19 +161,13 @@ class Refinement {
     }
   }
 
-  double medianOf(double CornerFit::*value) const {
+  double medianAmongFits(double CornerFit::*value) const {
     std::vector<double> values;
     values.reserve(fits_.size());
     for (const CornerFit& fit : fits_) {
       values.push_back(fit.*value);
     }
-    return median(values);
-  }
-
-  static double median(std::vector<double>& values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
+    return medianOf(std::move(values));
   }
 
   // Half of the corners deviate by less: what the lens's bending and noise make.
@@ -181,7 +177,7 @@ class Refinement {
     for (int i = 0; i < columns_ * rows_; ++i) {
       deviations.push_back(deviation(known, i, cv::Point2d(corners_[index(i)])));
     }
-    return median(deviations);
+    return medianOf(std::move(deviations));
   }
 
   // Removes corners that deviate too much from `known`, the worst first, as it misleads its

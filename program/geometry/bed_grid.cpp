@@ -14,6 +14,16 @@ BedGrid gridOver(const cv::Rect2d& area, int cells) {
   return {.area = area, .columns = along(area.width), .rows = along(area.height)};
 }
 
+cv::Rect2d boxAround(const std::vector<cv::Point2d>& points) {
+  cv::Point2d least = points.front();
+  cv::Point2d most = least;
+  for (const cv::Point2d& point : points) {
+    least = {std::min(least.x, point.x), std::min(least.y, point.y)};
+    most = {std::max(most.x, point.x), std::max(most.y, point.y)};
+  }
+  return {least, most};
+}
+
 double largestOf(const std::vector<double>& values) {
   double largest = std::numeric_limits<double>::quiet_NaN();
   for (const double value : values) {

@@ -33,6 +33,9 @@ struct BedGrid {
 // A grid of about `cells` squares along the longer side of the area.
 BedGrid gridOver(const cv::Rect2d& area, int cells);
 
+// The smallest box with all of the points, of which there is at least one.
+cv::Rect2d boxAround(const std::vector<cv::Point2d>& points);
+
 // The largest value that is a number; NaN if there is none.
 double largestOf(const std::vector<double>& values);
 
