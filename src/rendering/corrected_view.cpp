@@ -51,25 +51,30 @@ bool CorrectedView::showsAnything() const {
 
 void CorrectedView::render(const images::Target& view, unsigned char* mask) const {
   platform::forRowRanges(size_.height, [&](int begin, int end) {
-    ExactPositions exact(positions_.rays(), size_.width);
+    Rows rows(*this);
+    const images::Target maskView{mask, view.width, view.height, 1};
     for (int y = begin; y < end; ++y) {
-      renderRow(y, exact, view, mask);
+      rows.render(y, view.pictureRow(y), mask != nullptr ? maskView.pictureRow(y) : nullptr);
     }
   });
 }
 
-void CorrectedView::renderRow(int y, ExactPositions& exact, const images::Target& view,
+CorrectedView::Rows::Rows(const CorrectedView& view)
+    : view_(view), exact_(view.positions_.rays(), view.size_.width) {}
+
+void CorrectedView::Rows::render(int y, unsigned char* pixels, unsigned char* mask) {
+  view_.renderRow(y, exact_, pixels, mask);
+}
+
+void CorrectedView::renderRow(int y, ExactPositions& exact, unsigned char* pixels,
                               unsigned char* mask) const {
-  unsigned char* const pixels = view.pictureRow(y);
-  unsigned char* const maskRow =
-      mask != nullptr ? images::Target{mask, view.width, view.height, 1}.pictureRow(y) : nullptr;
-  const auto bytes = static_cast<std::size_t>(view.bytes);
+  const auto bytes = static_cast<std::size_t>(frame_.bytes);
   Run run;
   for (int r = 0; r < runsOfRow(); ++r) {
     const int x = r * static_cast<int>(kRun);
     const auto first = static_cast<std::size_t>(x);
     const std::size_t count = std::min(kRun, static_cast<std::size_t>(size_.width) - first);
-    unsigned char* const runMask = maskRow != nullptr ? maskRow + first : nullptr;
+    unsigned char* const runMask = mask != nullptr ? mask + first : nullptr;
     if (sourcePixelsOfRun(warp_, x, y, run.column, run.row)) {
       positionsOfRun(positions_, exact, run.column, run.row, count, run.u, run.v);
       sampleRun(frame_, run.u, run.v, count, pixels + first * bytes, runMask);

@@ -27,11 +27,26 @@ class CorrectedView {
   // image library's threads; the bytes do not depend on how.
   void render(const images::Target& view, unsigned char* mask) const;
 
+  const cv::Size& size() const { return size_; }
+
+  // Renders single rows in any order, for one thread. The view must outlive it.
+  class Rows {
+   public:
+    explicit Rows(const CorrectedView& view);
+
+    // Row y of the picture, counted from the top: the view's width in pixels and, unless `mask` is
+    // null, in mask bytes.
+    void render(int y, unsigned char* pixels, unsigned char* mask);
+
+   private:
+    const CorrectedView& view_;
+    ExactPositions exact_;
+  };
+
  private:
   struct Run;
 
-  void renderRow(int y, ExactPositions& exact, const images::Target& view,
-                 unsigned char* mask) const;
+  void renderRow(int y, ExactPositions& exact, unsigned char* pixels, unsigned char* mask) const;
   int runsOfRow() const;
   bool showsAnythingIn(int row, const int* columns, ExactPositions& exact) const;
   bool isFrameBlack() const;
