@@ -13,7 +13,7 @@ using namespace fisheye_calibration;
 
 namespace {
 
-class DebugBitmap : public DebugDriveTest {
+class DebugBitmap : public WorkingDirectoryTest {
  protected:
   static std::vector<unsigned char> ascending(std::size_t count) {
     std::vector<unsigned char> bytes(count);
