@@ -1,6 +1,5 @@
 #include "commands/calibrate_command.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -19,6 +18,7 @@
 #include "commands/calibration_inputs.h"
 #include "commands/calibration_outputs.h"
 #include "commands/calibration_warnings.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "commands/picture_options.h"
 #include "files/camera_file.h"
@@ -206,31 +206,30 @@ int run(const Options& options, const Streams& streams) {
 
 Command addCalibrateCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command =
-      app.add_subcommand("calibrate", "Calibrate the camera from views of a target");
+  CLI::App* command = addCommand(app, "calibrate", "Calibrate the camera from views of a target");
   addInputOptions(*command, options->inputs);
   addOutputOptions(*command, options->outputs);
   addPictureOptions(*command, options->picture);
-  command
-      ->add_option("--tolerance", options->tolerance,
-                   "largest error on the bed; beyond it nothing is written and the exit code is 1")
-      ->type_name("MM");
-  static const std::map<std::string, SolverChoice> kSolvers = {{"auto", SolverChoice::kAuto},
-                                                               {"library", SolverChoice::kLibrary},
-                                                               {"robust", SolverChoice::kRobust}};
-  command
-      ->add_option("--solver", options->solver,
-                   "library: SingleCamCalibration; robust: also for difficult and several views; "
-                   "auto: the library's unless the robust one is clearly better")
-      ->transform(CLI::CheckedTransformer(kSolvers))
-      ->type_name("auto|library|robust");
+  addOption(*command, "--tolerance", options->tolerance,
+            "largest error on the bed; beyond it nothing is written and the exit code is 1")
+      .typeName("MM");
+  addChoice(
+      *command, "--solver",
+      {{"auto", static_cast<int>(SolverChoice::kAuto)},
+       {"library", static_cast<int>(SolverChoice::kLibrary)},
+       {"robust", static_cast<int>(SolverChoice::kRobust)}},
+      [options](int solver) { options->solver = static_cast<SolverChoice>(solver); },
+      "library: SingleCamCalibration; robust: also for difficult and several views; auto: "
+      "the library's unless the robust one is clearly better")
+      .typeName("auto|library|robust");
   addPath(*command, "--lens", options->lens,
           "keep the lens of this camera file and measure only where the bed is")
-      ->type_name("INI");
-  command->add_flag("--keep-all", options->keepAll,
-                    "use points and views that contradict the others, too");
-  command->add_flag("--force", options->force, "write the camera even if it is not to be trusted");
-  command->footer(
+      .typeName("INI");
+  addFlag(*command, "--keep-all", options->keepAll,
+          "use points and views that contradict the others, too");
+  addFlag(*command, "--force", options->force, "write the camera even if it is not to be trusted");
+  setFooter(
+      *command,
       "Examples:\n"
       "  fisheye-calibration calibrate points.csv --image-size 1920x1208 -o camera.ini\n"
       "  fisheye-calibration calibrate photo.png --chessboard 8x6 --spacing 39 -o camera.ini\n"

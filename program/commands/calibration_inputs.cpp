@@ -1,12 +1,12 @@
 #include "commands/calibration_inputs.h"
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <optional>
 #include <utility>
 
 #include "base/failure.h"
 #include "base/file_path.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "files/output_paths.h"
 #include "files/picture_file.h"
@@ -71,14 +71,13 @@ Size commonSize(const InputOptions& options, const std::vector<ReadView>& views)
 void addInputOptions(CLI::App& command, InputOptions& options) {
   addPaths(command, "views", options.views,
            "points (CSV) or pictures of the target; the first one's lies on the bed")
-      ->required();
+      .required();
   addPath(command, "--bed-view", options.bedView,
           "the view whose target lies on the bed (default: the first)")
-      ->type_name("FILE");
-  command
-      .add_option("--image-size", options.imageSize,
-                  "size of the camera's picture; needed with points")
-      ->type_name("WxH");
+      .typeName("FILE");
+  addOption(command, "--image-size", options.imageSize,
+            "size of the camera's picture; needed with points")
+      .typeName("WxH");
   addTargetOptions(command, options.target);
 }
 

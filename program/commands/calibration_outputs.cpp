@@ -1,12 +1,11 @@
 #include "commands/calibration_outputs.h"
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <utility>
 
 #include "base/failure.h"
 #include "base/file_path.h"
-#include "commands/option_values.h"
+#include "commands/declared_options.h"
 #include "drawing/accuracy_map.h"
 #include "drawing/residual_plot.h"
 #include "files/output_paths.h"
@@ -39,19 +38,19 @@ cv::Mat accuracyMap(const ChosenCamera& chosen) {
 
 void addOutputOptions(CLI::App& command, OutputOptions& options) {
   addPath(command, "-o,--output", options.camera, "the camera's parameter file")
-      ->type_name("INI")
-      ->required();
+      .typeName("INI")
+      .required();
   addPath(command, "--residual-plot", options.residualPlot,
           "picture of the residuals (default: residuals.png beside the output)")
-      ->type_name("PICTURE");
+      .typeName("PICTURE");
   addPath(command, "--residual-table", options.residualTable,
           "the residuals (default: residuals.csv beside the output)")
-      ->type_name("CSV");
+      .typeName("CSV");
   addPath(command, "--accuracy-map", options.accuracyMap,
           "picture of the error on the bed (default: accuracy.png beside the output)")
-      ->type_name("PICTURE");
+      .typeName("PICTURE");
   addPath(command, "--json", options.json, "everything that is reported, for programs")
-      ->type_name("FILE");
+      .typeName("FILE");
 }
 
 OutputOptions checkedOutputs(const OutputOptions& options,

@@ -1,6 +1,5 @@
 #include "commands/correct_command.h"
 
-#include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstddef>
 #include <memory>
@@ -15,6 +14,7 @@
 #include "base/frame_buffer.h"
 #include "base/text.h"
 #include "checks/checked_camera.h"
+#include "commands/declared_options.h"
 #include "commands/frame_jobs.h"
 #include "commands/option_values.h"
 #include "drawing/grid_overlay.h"
@@ -210,30 +210,30 @@ int run(const Options& options, const Streams& streams) {
 Command addCorrectCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
-      app.add_subcommand("correct", "Render frames as seen from straight above the bed");
+      addCommand(app, "correct", "Render frames as seen from straight above the bed");
   addPath(*command, "--camera", options->camera, "the camera's parameter file")
-      ->type_name("INI")
-      ->required();
+      .typeName("INI")
+      .required();
   addPaths(*command, "frames", options->frames, "pictures of the camera, or a folder of them")
-      ->type_name("FRAME")
-      ->required();
+      .typeName("FRAME")
+      .required();
   addPath(*command, "-o,--output", options->output,
           "the corrected picture; a folder for several frames (made if it is missing)")
-      ->type_name("PATH")
-      ->required();
-  command
-      ->add_option("--size", options->size,
-                   "size of the corrected picture (default: the one that the camera's file notes, "
-                   "otherwise the frame's size)")
-      ->type_name("WxH");
+      .typeName("PATH")
+      .required();
+  addOption(*command, "--size", options->size,
+            "size of the corrected picture (default: the one that the camera's file notes, "
+            "otherwise the frame's size)")
+      .typeName("WxH");
   addPath(*command, "--mask", options->mask,
           "write where the picture has content (0) and where not (255); it is the same for all "
           "frames")
-      ->type_name("PICTURE");
+      .typeName("PICTURE");
   addForce(*command, options->force);
-  command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
-      ->type_name("MM");
-  command->footer(
+  addOption(*command, "--grid", options->grid, "draw the bed's lines at multiples of this distance")
+      .typeName("MM");
+  setFooter(
+      *command,
       "Grey frames give grey pictures, colour frames give colour.\n\nExamples:\n"
       "  fisheye-calibration correct --camera camera.ini frame.png -o top.png --grid 50\n"
       "  fisheye-calibration correct --camera camera.ini frames -o corrected --mask mask.png");

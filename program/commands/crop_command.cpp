@@ -1,12 +1,12 @@
 #include "commands/crop_command.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <ostream>
 
 #include "base/failure.h"
 #include "base/file_path.h"
 #include "base/frame_buffer.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "files/output_files.h"
 #include "files/output_paths.h"
@@ -49,15 +49,13 @@ int run(const Options& options, const Streams& streams) {
 
 Command addCropCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand("crop", "Cut the centre out of a picture");
-  addPath(*command, "image", options->image, "the picture")->required();
-  command->add_option("--size", options->size, "size of what is kept")
-      ->type_name("WxH")
-      ->required();
+  CLI::App* command = addCommand(app, "crop", "Cut the centre out of a picture");
+  addPath(*command, "image", options->image, "the picture").required();
+  addOption(*command, "--size", options->size, "size of what is kept").typeName("WxH").required();
   addPath(*command, "-o,--output", options->output, "the cut picture")
-      ->type_name("PICTURE")
-      ->required();
-  command->footer("Example:\n  fisheye-calibration crop top.png --size 1200x800 -o bed.png");
+      .typeName("PICTURE")
+      .required();
+  setFooter(*command, "Example:\n  fisheye-calibration crop top.png --size 1200x800 -o bed.png");
   return {command, [options](const Streams& streams) { return run(*options, streams); }};
 }
 

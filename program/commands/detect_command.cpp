@@ -1,13 +1,12 @@
 #include "commands/detect_command.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <ostream>
 
 #include "base/failure.h"
 #include "base/file_path.h"
 #include "checks/input_checks.h"
-#include "commands/option_values.h"
+#include "commands/declared_options.h"
 #include "commands/target_options.h"
 #include "files/output_files.h"
 #include "files/output_paths.h"
@@ -46,14 +45,15 @@ int run(const Options& options, const Streams& streams) {
 
 Command addDetectCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand(
-      "detect", "Find the target in a picture and write its numbered points as CSV");
-  addPath(*command, "image", options->image, "picture of the target")->required();
+  CLI::App* command = addCommand(
+      app, "detect", "Find the target in a picture and write its numbered points as CSV");
+  addPath(*command, "image", options->image, "picture of the target").required();
   addTargetOptions(*command, options->target);
   addPath(*command, "-o,--output", options->output, "the points: PointId,Xw,Yw,ImagePtX,ImagePtY")
-      ->type_name("CSV")
-      ->required();
-  command->footer(
+      .typeName("CSV")
+      .required();
+  setFooter(
+      *command,
       "Points are numbered row by row; +Xw runs right and +Yw down in the picture.\n\nExample:\n"
       "  fisheye-calibration detect photo.png --chessboard 8x6 --spacing 39 -o points.csv "
       "--overlay found.png");

@@ -1,6 +1,5 @@
 #include "commands/hand_eye_command.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -11,7 +10,7 @@
 
 #include "base/failure.h"
 #include "base/file_path.h"
-#include "commands/option_values.h"
+#include "commands/declared_options.h"
 #include "drawing/affine_plot.h"
 #include "files/output_files.h"
 #include "files/output_paths.h"
@@ -99,14 +98,15 @@ int run(const Options& options, const Streams& streams) {
 Command addHandEyeCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
-      app.add_subcommand("hand-eye", "Fit the affine map from raw-image pixels to the work plane");
-  addPath(*command, "points", options->points, "points (CSV), at least three")->required();
+      addCommand(app, "hand-eye", "Fit the affine map from raw-image pixels to the work plane");
+  addPath(*command, "points", options->points, "points (CSV), at least three").required();
   addPath(*command, "-o,--output", options->output, "the coefficients: a,b,c,d,e,f")
-      ->type_name("CSV")
-      ->required();
+      .typeName("CSV")
+      .required();
   addPath(*command, "--plot", options->plot, "picture of the residuals on the work plane")
-      ->type_name("PICTURE");
-  command->footer(
+      .typeName("PICTURE");
+  setFooter(
+      *command,
       "Xw = a x + b y + e, Yw = c x + d y + f. The lens's distortion is not taken into account.\n\n"
       "Example:\n  fisheye-calibration hand-eye points.csv -o affine.csv --plot residuals.png");
   return {command, [options](const Streams& streams) { return run(*options, streams); }};

@@ -1,6 +1,5 @@
 #include "commands/info_command.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -10,7 +9,7 @@
 #include "base/text.h"
 #include "checks/finding.h"
 #include "checks/record_checks.h"
-#include "commands/option_values.h"
+#include "commands/declared_options.h"
 #include "files/camera_file.h"
 #include "files/camera_notes.h"
 #include "reports/calibration_report.h"
@@ -63,9 +62,9 @@ int run(const Options& options, const Streams& streams) {
 Command addInfoCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
-      app.add_subcommand("info", "Show a camera's parameter file and what in it is impossible");
-  addPath(*command, "camera", options->camera, "the camera's parameter file")->required();
-  command->footer("Example:\n  fisheye-calibration info camera.ini");
+      addCommand(app, "info", "Show a camera's parameter file and what in it is impossible");
+  addPath(*command, "camera", options->camera, "the camera's parameter file").required();
+  setFooter(*command, "Example:\n  fisheye-calibration info camera.ini");
   return {command, [options](const Streams& streams) { return run(*options, streams); }, true};
 }
 

@@ -1,6 +1,5 @@
 #include "commands/map_command.h"
 
-#include <CLI/CLI.hpp>
 #include <cstddef>
 #include <filesystem>
 #include <istream>
@@ -14,6 +13,7 @@
 #include "base/file_path.h"
 #include "base/text.h"
 #include "checks/checked_camera.h"
+#include "commands/declared_options.h"
 #include "commands/map_conversion.h"
 #include "commands/option_values.h"
 #include "commands/point_mapper.h"
@@ -104,7 +104,8 @@ std::string resultHeader(const Task& task) {
   }
   std::vector<std::string> names;
   for (std::size_t i = 1; i <= task.mappers.size(); ++i) {
-    names.push_back("x" + std::to_string(i) + ",y" + std::to_string(i));
+    const std::string number = std::to_string(i);
+    names.push_back("x" + number + ",y" + number);
   }
   return joined(names, ",") + "\n";
 }
@@ -223,34 +224,32 @@ int run(const Options& options, const Streams& streams) {
 
 Command addMapCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand(
-      "map", "Carry points between the frames of a camera or a stitched picture");
+  CLI::App* command =
+      addCommand(app, "map", "Carry points between the frames of a camera or a stitched picture");
   addPaths(*command, "--camera", options->cameras,
            "the camera's parameter file; for world to raw, those of several cameras")
-      ->type_name("INI")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+      .typeName("INI")
+      .oneValueEachTime();
   addPath(*command, "--dual", options->dual,
           "instead of it, the parameter file of a stitched picture")
-      ->type_name("INI");
-  command->add_option("--from", options->from, "world, raw, second or stitched")
-      ->type_name("FRAME")
-      ->required();
-  command->add_option("--to", options->to, "raw, corrected, second, stitched or world")
-      ->type_name("FRAME")
-      ->required();
-  command
-      ->add_option("--corrected-size", options->correctedSize,
-                   "size of the corrected picture, for corrected and second (default: the one that "
-                   "the camera's file notes)")
-      ->type_name("WxH");
+      .typeName("INI");
+  addOption(*command, "--from", options->from, "world, raw, second or stitched")
+      .typeName("FRAME")
+      .required();
+  addOption(*command, "--to", options->to, "raw, corrected, second, stitched or world")
+      .typeName("FRAME")
+      .required();
+  addOption(*command, "--corrected-size", options->correctedSize,
+            "size of the corrected picture, for corrected and second (default: the one that "
+            "the camera's file notes)")
+      .typeName("WxH");
   addForce(*command, options->force);
-  command
-      ->add_option("point", options->point,
-                   "Xw Yw [Zw] in the world, or x y in a picture; without it, a CSV with a header "
-                   "(Xw,Yw[,Zw] or x,y, PointId is kept) is read from standard input")
-      ->type_name("NUMBER");
-  command->footer(
+  addOption(*command, "point", options->point,
+            "Xw Yw [Zw] in the world, or x y in a picture; without it, a CSV with a header "
+            "(Xw,Yw[,Zw] or x,y, PointId is kept) is read from standard input")
+      .typeName("NUMBER");
+  setFooter(
+      *command,
       "World goes to raw, corrected and second; raw to world (on the bed), corrected and second; "
       "second to world. With --dual, world goes to stitched and back. In a stitched picture y is "
       "the row from the top; for a crop a note says what to add to it.\n"

@@ -1,6 +1,5 @@
 #include "commands/option_values.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -9,7 +8,6 @@
 #include <vector>
 
 #include "base/failure.h"
-#include "base/file_path.h"
 #include "base/text.h"
 
 namespace fisheye_calibration::program {
@@ -21,28 +19,6 @@ namespace {
 }
 
 }  // namespace
-
-CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
-                     const std::string& description) {
-  const auto assign = [&path](const std::string& text) { path = pathOf(text); };
-  return command.add_option_function<std::string>(name, assign, description);
-}
-
-CLI::Option* addPaths(CLI::App& command, const std::string& name,
-                      std::vector<std::filesystem::path>& paths, const std::string& description) {
-  const auto assign = [&paths](const std::vector<std::string>& texts) {
-    paths.clear();
-    for (const std::string& text : texts) {
-      paths.push_back(pathOf(text));
-    }
-  };
-  return command.add_option_function<std::vector<std::string>>(name, assign, description);
-}
-
-CLI::Option* addForce(CLI::App& command, bool& force) {
-  return command.add_flag("--force", force,
-                          "use a parameter file that is impossible or made for another size");
-}
 
 Size parseSize(const std::string& option, const std::string& text, int smallest, int largest) {
   const std::size_t cross = text.find_first_of("xX");

@@ -1,28 +1,12 @@
 // Values of command-line options. Failures name the option and the text.
 #pragma once
 
-#include <filesystem>
 #include <opencv2/core/types.hpp>
 #include <string>
-#include <vector>
 
 #include "base/size.h"
 
-namespace CLI {
-class App;
-class Option;
-}  // namespace CLI
-
 namespace fisheye_calibration::program {
-
-// Declares an option or a positional argument that names a file or a folder, or several.
-CLI::Option* addPath(CLI::App& command, const std::string& name, std::filesystem::path& path,
-                     const std::string& description);
-CLI::Option* addPaths(CLI::App& command, const std::string& name,
-                      std::vector<std::filesystem::path>& paths, const std::string& description);
-
-// --force: use parameter files in which something is impossible.
-CLI::Option* addForce(CLI::App& command, bool& force);
 
 // "1920x1208"; both from `smallest` to `largest`.
 Size parseSize(const std::string& option, const std::string& text, int smallest, int largest);

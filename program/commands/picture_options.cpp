@@ -1,25 +1,22 @@
 #include "commands/picture_options.h"
 
-#include <CLI/CLI.hpp>
-
 #include "base/failure.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 
 namespace fisheye_calibration::program {
 
 void addPictureOptions(CLI::App& command, PictureOptions& options) {
-  command
-      .add_option("--corrected-size", options.correctedSize,
-                  "size of the corrected picture, around the optical axis (default: chosen such "
-                  "that the whole target is in it, and the bed where it is seen sharply)")
-      ->type_name("WxH");
-  command
-      .add_option("--bed", options.bed,
-                  "the rectangle of the bed that the corrected picture shows: its corner with the "
-                  "least X and Y, and its size")
-      ->type_name("X,Y,WxH");
-  command.add_option("--resolution", options.resolution, "size of a pixel with --bed")
-      ->type_name("MM");
+  addOption(command, "--corrected-size", options.correctedSize,
+            "size of the corrected picture, around the optical axis (default: chosen such "
+            "that the whole target is in it, and the bed where it is seen sharply)")
+      .typeName("WxH");
+  addOption(command, "--bed", options.bed,
+            "the rectangle of the bed that the corrected picture shows: its corner with the "
+            "least X and Y, and its size")
+      .typeName("X,Y,WxH");
+  addOption(command, "--resolution", options.resolution, "size of a pixel with --bed")
+      .typeName("MM");
 }
 
 PictureWish pictureOf(const PictureOptions& options) {

@@ -1,6 +1,5 @@
 #include "commands/stitch_command.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <new>
 #include <optional>
@@ -16,6 +15,7 @@
 #include "checks/agreement_checks.h"
 #include "checks/checked_camera.h"
 #include "checks/stitch_checks.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "commands/stitch_values.h"
 #include "commands/stitched_canvas.h"
@@ -245,35 +245,33 @@ int run(const Options& options, const Streams& streams) {
 Command addStitchCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
-      app.add_subcommand("stitch", "Join the frames of two cameras over one bed in one picture");
-  command
-      ->add_option("--left", options->left,
-                   "the first camera: its frame, parameter file and measured points")
-      ->type_name("FRAME,INI,CSV")
-      ->required();
-  command->add_option("--right", options->right, "the second camera, which sees what lies right")
-      ->type_name("FRAME,INI,CSV")
-      ->required();
+      addCommand(app, "stitch", "Join the frames of two cameras over one bed in one picture");
+  addOption(*command, "--left", options->left,
+            "the first camera: its frame, parameter file and measured points")
+      .typeName("FRAME,INI,CSV")
+      .required();
+  addOption(*command, "--right", options->right, "the second camera, which sees what lies right")
+      .typeName("FRAME,INI,CSV")
+      .required();
   addPath(*command, "-o,--output", options->output, "the stitched picture")
-      ->type_name("PICTURE")
-      ->required();
+      .typeName("PICTURE")
+      .required();
   addPath(*command, "--dual", options->dual, "the stitched picture's parameter file")
-      ->type_name("INI")
-      ->required();
-  command
-      ->add_option("--crop", options->crop,
-                   "keep only this part, by its left column, top row and size (multiples of 4)")
-      ->type_name("X,Y,WxH");
-  command->add_option("--grid", options->grid, "draw the bed's lines at multiples of this distance")
-      ->type_name("MM");
-  command->add_flag(
-      "--force", options->force,
-      "write a picture that is not to be trusted, use camera files in which something "
-      "is impossible");
+      .typeName("INI")
+      .required();
+  addOption(*command, "--crop", options->crop,
+            "keep only this part, by its left column, top row and size (multiples of 4)")
+      .typeName("X,Y,WxH");
+  addOption(*command, "--grid", options->grid, "draw the bed's lines at multiples of this distance")
+      .typeName("MM");
+  addFlag(*command, "--force", options->force,
+          "write a picture that is not to be trusted, use camera files in which something "
+          "is impossible");
   addPath(*command, "--seam", options->seam,
           "write the picture with the blended strip and the shared points")
-      ->type_name("PICTURE");
-  command->footer(
+      .typeName("PICTURE");
+  setFooter(
+      *command,
       "Points with the same PointId in both lists are the same point of the bed; at least four of "
       "them, well spread, align the views. Calibrate both cameras in one world with coordinates "
       "within 0 ... 10000 and a --corrected-size of twice the frame's size.\n\nExample:\n"

@@ -1,6 +1,5 @@
 #include "commands/straighten_command.h"
 
-#include <CLI/CLI.hpp>
 #include <array>
 #include <memory>
 #include <opencv2/core.hpp>
@@ -12,7 +11,7 @@
 
 #include "base/failure.h"
 #include "base/file_path.h"
-#include "commands/option_values.h"
+#include "commands/declared_options.h"
 #include "files/output_files.h"
 #include "files/output_paths.h"
 #include "files/picture_file.h"
@@ -122,15 +121,17 @@ int run(const Options& options, const Streams& streams) {
 
 Command addStraightenCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
-  CLI::App* command = app.add_subcommand(
-      "straighten", "Show a corrected picture straightened by four points, and keep the result");
+  CLI::App* command =
+      addCommand(app, "straighten",
+                 "Show a corrected picture straightened by four points, and keep the result");
   addPath(*command, "points", options->points,
           "four points (CSV) in the corrected picture; the first and the last lie on a diagonal")
-      ->required();
-  addPath(*command, "image", options->image, "the corrected picture")->required();
+      .required();
+  addPath(*command, "image", options->image, "the corrected picture").required();
   addPath(*command, "-o,--output", options->output, "write the result to this file, too")
-      ->type_name("PICTURE");
-  command->footer(
+      .typeName("PICTURE");
+  setFooter(
+      *command,
       "The library works on fixed files on drive D: (elsewhere than on Windows a folder named D: "
       "in the working directory, made if it is missing): the picture is copied to "
       "D:/CorrectedImage.bmp and the result is D:/CorrectedImage2.bmp. The window waits for a "

@@ -1,6 +1,5 @@
 #include "commands/target_command.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -9,6 +8,7 @@
 #include "base/failure.h"
 #include "base/file_path.h"
 #include "base/text.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "commands/target_options.h"
 #include "commands/target_sheet.h"
@@ -133,25 +133,24 @@ int run(Options options, const Streams& streams) {
 Command addTargetCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
-      app.add_subcommand("target", "Draw a target to print or engrave and list its points");
+      addCommand(app, "target", "Draw a target to print or engrave and list its points");
   addTargetKindOptions(*command, options->target);
-  command
-      ->add_option(
-          "--bed", options->bed,
-          "size of the bed: the target goes in its middle unless --origin is given, with a "
-          "spacing that suits the bed unless --spacing is")
-      ->type_name("WxH");
+  addOption(*command, "--bed", options->bed,
+            "size of the bed: the target goes in its middle unless --origin is given, with a "
+            "spacing that suits the bed unless --spacing is")
+      .typeName("WxH");
   addPath(*command, "-o,--output", options->output, "the drawing, in millimetres")
-      ->type_name("SVG")
-      ->required();
-  addPath(*command, "--picture", options->picture, "the same as a picture")->type_name("PICTURE");
-  command->add_option("--pixels-per-mm", options->pixelsPerMm, "resolution of the picture")
-      ->type_name("N")
-      ->capture_default_str();
+      .typeName("SVG")
+      .required();
+  addPath(*command, "--picture", options->picture, "the same as a picture").typeName("PICTURE");
+  addOption(*command, "--pixels-per-mm", options->pixelsPerMm, "resolution of the picture")
+      .typeName("N")
+      .showDefault();
   addPath(*command, "--points", options->points,
           "the points: PointId,Xw,Yw and their positions in the picture")
-      ->type_name("CSV");
-  command->footer(
+      .typeName("CSV");
+  setFooter(
+      *command,
       "Print at 100 % and check the ruler.\n\nExamples:\n"
       "  fisheye-calibration target --charuco 14x9 --bed 600x400 -o board.svg --points board.csv\n"
       "  fisheye-calibration target --chessboard 8x6 --spacing 39 -o board.svg");

@@ -1,6 +1,5 @@
 #include "commands/target_options.h"
 
-#include <CLI/CLI.hpp>
 #include <limits>
 #include <optional>
 #include <ostream>
@@ -8,6 +7,7 @@
 #include "base/failure.h"
 #include "base/file_path.h"
 #include "base/text.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "detection/charuco_board.h"
 #include "detection/markers.h"
@@ -165,39 +165,35 @@ std::string describeTarget(const Target& target) {
 }
 
 void addTargetKindOptions(CLI::App& command, TargetOptions& target) {
-  command.add_option("--chessboard", target.chessboard, "inner corners of the chessboard")
-      ->type_name("COLUMNSxROWS");
-  command
-      .add_option("--charuco", target.charuco,
-                  "inner corners of a chessboard with markers, which may be in view in part")
-      ->type_name("COLUMNSxROWS");
-  command.add_option("--circles", target.circles, "circles of the grid")->type_name("COLUMNSxROWS");
-  command.add_flag("--asymmetric", target.asymmetric,
-                   "every second row of circles is shifted by half a step");
-  command
-      .add_option("--marker-bits", target.markerBits,
-                  "modules on a marker's side, 4 to 7 (default: 5)")
-      ->type_name("N");
-  command.add_option("--marker", target.marker, "side of a marker (default: 0.7 of the spacing)")
-      ->type_name("MM");
-  command
-      .add_option("--spacing", target.spacing,
-                  "distance of neighbouring corners or circles, world units; with --asymmetric the "
-                  "distance of the rows (half that of the circles in a row)")
-      ->type_name("MM");
-  command
-      .add_option("--origin", target.origin,
-                  "world position of the first point (top left; default: 0,0)")
-      ->type_name("X,Y");
-  command.add_option("--first-id", target.firstId, "PointId of the first point")
-      ->type_name("N")
-      ->capture_default_str();
+  addOption(command, "--chessboard", target.chessboard, "inner corners of the chessboard")
+      .typeName("COLUMNSxROWS");
+  addOption(command, "--charuco", target.charuco,
+            "inner corners of a chessboard with markers, which may be in view in part")
+      .typeName("COLUMNSxROWS");
+  addOption(command, "--circles", target.circles, "circles of the grid").typeName("COLUMNSxROWS");
+  addFlag(command, "--asymmetric", target.asymmetric,
+          "every second row of circles is shifted by half a step");
+  addOption(command, "--marker-bits", target.markerBits,
+            "modules on a marker's side, 4 to 7 (default: 5)")
+      .typeName("N");
+  addOption(command, "--marker", target.marker, "side of a marker (default: 0.7 of the spacing)")
+      .typeName("MM");
+  addOption(command, "--spacing", target.spacing,
+            "distance of neighbouring corners or circles, world units; with --asymmetric the "
+            "distance of the rows (half that of the circles in a row)")
+      .typeName("MM");
+  addOption(command, "--origin", target.origin,
+            "world position of the first point (top left; default: 0,0)")
+      .typeName("X,Y");
+  addOption(command, "--first-id", target.firstId, "PointId of the first point")
+      .typeName("N")
+      .showDefault();
 }
 
 void addTargetOptions(CLI::App& command, TargetOptions& target) {
   addTargetKindOptions(command, target);
   addPath(command, "--overlay", target.overlay, "write the picture with the numbered points")
-      ->type_name("PICTURE");
+      .typeName("PICTURE");
 }
 
 DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetOptions& options,

@@ -1,6 +1,5 @@
 #include "commands/verify_command.h"
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -12,6 +11,7 @@
 #include "checks/checked_camera.h"
 #include "checks/finding.h"
 #include "commands/calibration_inputs.h"
+#include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "files/camera_notes.h"
 
@@ -66,16 +66,16 @@ int run(const Options& options, const Streams& streams) {
 Command addVerifyCommand(CLI::App& app) {
   const auto options = std::make_shared<Options>();
   CLI::App* command =
-      app.add_subcommand("verify", "Check with one photo whether a camera file is still true");
+      addCommand(app, "verify", "Check with one photo whether a camera file is still true");
   addInputOptions(*command, options->input);
   addPath(*command, "--camera", options->camera, "the camera's parameter file")
-      ->type_name("INI")
-      ->required();
-  command
-      ->add_option("--tolerance", options->tolerance,
-                   "largest error on the bed (default: the file's own inside the target)")
-      ->type_name("MM");
-  command->footer(
+      .typeName("INI")
+      .required();
+  addOption(*command, "--tolerance", options->tolerance,
+            "largest error on the bed (default: the file's own inside the target)")
+      .typeName("MM");
+  setFooter(
+      *command,
       "The target must lie where its world coordinates say.\n"
       "Example:\n"
       "  fisheye-calibration verify photo.png --camera camera.ini --chessboard 8x6 --spacing 39 "
