@@ -48,4 +48,7 @@ void forRowRanges(int rows, const Work& work) {
   ranges.acquire();
 }
 
+// How many threads share the rows.
+inline int rowThreads() { return cv::getNumThreads(); }
+
 }  // namespace fisheye_calibration::platform

@@ -5,7 +5,9 @@
 #include <opencv2/core.hpp>
 
 #include "images/view.h"
+#include "rendering/corrected_view.h"
 #include "stitching/doubled_view.h"
+#include "stitching/row_budget.h"
 
 namespace fisheye_calibration::stitching {
 
@@ -25,5 +27,17 @@ std::int64_t verticalOffset(std::int32_t canvasHeight, std::int32_t viewHeight);
 // the result does not depend on how they are split.
 void compose(const DoubledView& first, const DoubledView& second, const cv::Matx33d& M,
              const images::Target& canvas);
+
+// A doubled view that does not exist as a whole. Without a `view` it has no content.
+struct ViewOnDemand {
+  std::int32_t height = 0;
+  const rendering::CorrectedView* view = nullptr;
+};
+
+// The same with views that are rendered row by row, where the canvas shows them; their frames must
+// not overlap the canvas. Each thread holds one row of the first view and `budget.ring` rows of the
+// second, pixels and mask.
+void composeOnDemand(const ViewOnDemand& first, const ViewOnDemand& second, const cv::Matx33d& M,
+                     const images::Target& canvas, const RowBudget& budget);
 
 }  // namespace fisheye_calibration::stitching

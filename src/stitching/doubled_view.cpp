@@ -65,12 +65,6 @@ void writeDebugBitmaps(const DoubledView& view, Side side) {
   WriteDebugBitmap(view.mask.get(), view.width, view.height, 8, paths.mask);
 }
 
-bool canWriteDebugBitmaps(Side side) {
-  const DebugPaths paths = debugPaths(side);
-  return images::kWritesDebugFiles &&
-         (CanWriteDebugBitmap(paths.view) || CanWriteDebugBitmap(paths.mask));
-}
-
 }  // namespace
 
 std::int32_t doubledWidth(const CameraInput& camera) {
@@ -79,6 +73,14 @@ std::int32_t doubledWidth(const CameraInput& camera) {
 
 std::int32_t doubledHeight(const CameraInput& camera) {
   return saturated(2 * std::int64_t{camera.height});
+}
+
+void requireAddressable(const CameraInput& camera) { bufferSizes(camera); }
+
+bool canWriteDebugBitmaps(Side side) {
+  const DebugPaths paths = debugPaths(side);
+  return images::kWritesDebugFiles &&
+         (CanWriteDebugBitmap(paths.view) || CanWriteDebugBitmap(paths.mask));
 }
 
 DoubledView renderDoubledView(const CameraInput& camera, Side side) {

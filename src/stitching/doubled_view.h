@@ -42,6 +42,12 @@ struct DoubledView {
   images::Target validity() const { return {mask.get(), width, height, 1}; }
 };
 
+// Throws std::bad_alloc if the view or its mask would exceed 2^31 - 1 bytes.
+void requireAddressable(const CameraInput& camera);
+
+// Whether any debug bitmap of that side can be written.
+bool canWriteDebugBitmaps(Side side);
+
 // Corrects the camera's frame and writes the view and its mask as debug bitmaps. A frame that
 // cannot be corrected gives a black view without content. Throws std::bad_alloc if a buffer would
 // exceed 2^31 - 1 bytes.

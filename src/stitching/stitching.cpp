@@ -1,7 +1,15 @@
+#include <opencv2/core.hpp>
+#include <optional>
+
 #include "fisheye_calibration.h"
 #include "images/debug_bitmap.h"
 #include "images/debug_files.h"
+#include "images/overlap.h"
 #include "images/pixel_format.h"
+#include "images/view.h"
+#include "platform/parallel_rows.h"
+#include "rendering/corrected_view.h"
+#include "single/corrected_view_of.h"
 #include "stitching/canvas.h"
 #include "stitching/doubled_view.h"
 #include "stitching/rig_alignment.h"
@@ -17,11 +25,58 @@ bool canCompose(const CameraInput& first, const CameraInput& second, const image
   return canvas.pixels != nullptr && canvas.bytes != 0 && first.bits == bits && second.bits == bits;
 }
 
+images::Frame frameOf(const CameraInput& camera) {
+  return {camera.image, camera.width, camera.height, images::bytesPerPixel(camera.bits)};
+}
+
+// Whether writing the canvas changes the camera's frame. The sizes must be addressable.
+bool overlaps(const CameraInput& camera, const images::Target& canvas) {
+  if (camera.image == nullptr || camera.width <= 0 || camera.height <= 0 || canvas.width <= 0 ||
+      canvas.height <= 0) {
+    return false;
+  }
+  const images::Frame frame = frameOf(camera);
+  return images::overlap({frame.pixels, frame.size()}, {canvas.pixels, canvas.size()});
+}
+
+std::optional<rendering::CorrectedView> doubledViewOnDemand(const CameraInput& camera) {
+  if (camera.image == nullptr || camera.width <= 0 || camera.height <= 0) {
+    return std::nullopt;
+  }
+  return single::correctedViewOf(frameOf(camera), camera.param,
+                                 cv::Size(doubledWidth(camera), doubledHeight(camera)));
+}
+
+// Whole views are needed for debug bitmaps, and where the canvas overwrites a frame.
+std::optional<RowBudget> budgetOnDemand(const CameraInput& first, const CameraInput& second,
+                                        const cv::Matx33d& M, const images::Target& canvas) {
+  if (canWriteDebugBitmaps(Side::kLeft) || canWriteDebugBitmaps(Side::kRight)) {
+    return std::nullopt;
+  }
+  requireAddressable(first);
+  requireAddressable(second);
+  if (overlaps(first, canvas) || overlaps(second, canvas)) {
+    return std::nullopt;
+  }
+  return rowBudget(M, cv::Size(doubledWidth(second), doubledHeight(second)),
+                   cv::Size(canvas.width, canvas.height),
+                   verticalOffset(canvas.height, doubledHeight(first)), platform::rowThreads());
+}
+
 void composeViews(const CameraInput& first, const CameraInput& second, const CornerPairs& pairs,
                   const images::Target& canvas) {
+  const cv::Matx33d M = firstToSecond(pairs, first, second, Rows::kBuffer);
+  if (const auto budget = budgetOnDemand(first, second, M, canvas)) {
+    const auto firstView = doubledViewOnDemand(first);
+    const auto secondView = doubledViewOnDemand(second);
+    composeOnDemand({doubledHeight(first), firstView ? &*firstView : nullptr},
+                    {doubledHeight(second), secondView ? &*secondView : nullptr}, M, canvas,
+                    *budget);
+    return;
+  }
   const DoubledView firstView = renderDoubledView(first, Side::kLeft);
   const DoubledView secondView = renderDoubledView(second, Side::kRight);
-  compose(firstView, secondView, firstToSecond(pairs, first, second, Rows::kBuffer), canvas);
+  compose(firstView, secondView, M, canvas);
 }
 
 // The canvas is a metric image with the first camera's scale and its datum in the first view's

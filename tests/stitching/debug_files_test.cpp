@@ -117,14 +117,25 @@ TEST_F(StitchingDebugFiles, ACanvasThatCannotBeWrittenDoesNotChangeTheResult) {
   EXPECT_TRUE(rigs::same(unwritten.dual, written.dual));
 }
 
+// With the drive, both views are rendered as a whole.
 TEST_F(StitchingDebugFiles, ResultsAreTheSameWithAndWithoutTheDrive) {
-  const auto without = rigs::stitch(rig(24), 92, 56, 24, 3);
-  const auto sizeWithout = rigs::sizeOf(rig(24));
+  std::vector<rigs::Rig> rigsToTry;
+  support::Random random(43);
+  for (int i = 0; i < 30; ++i) {
+    rigsToTry.push_back(rigs::randomRig(random, i % 3 == 0 ? 8 : i % 3 == 1 ? 24 : 32));
+  }
+  std::vector<rigs::Stitched> without;
+  for (const rigs::Rig& rig : rigsToTry) {
+    without.push_back(rigs::stitch(rig, 92, 56, rig.first.bits, 3));
+  }
+  const auto sizeWithout = rigs::sizeOf(rigsToTry[0]);
   SKIP_WITHOUT_DEBUG_DRIVE();
-  const auto with = rigs::stitch(rig(24), 92, 56, 24, 3);
-  const auto sizeWith = rigs::sizeOf(rig(24));
-  EXPECT_EQ(with.canvas, without.canvas);
-  EXPECT_TRUE(rigs::same(with.dual, without.dual));
+  for (std::size_t i = 0; i < rigsToTry.size(); ++i) {
+    const auto with = rigs::stitch(rigsToTry[i], 92, 56, rigsToTry[i].first.bits, 3);
+    EXPECT_EQ(with.canvas, without[i].canvas);
+    EXPECT_TRUE(rigs::same(with.dual, without[i].dual));
+  }
+  const auto sizeWith = rigs::sizeOf(rigsToTry[0]);
   EXPECT_EQ(sizeWith.width, sizeWithout.width);
   EXPECT_EQ(sizeWith.height, sizeWithout.height);
 }

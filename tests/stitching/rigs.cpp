@@ -1,5 +1,6 @@
 #include "stitching/rigs.h"
 
+#include <cmath>
 #include <cstring>
 
 namespace rigs {
@@ -109,6 +110,20 @@ Rig randomRig(Random& random, int bits) {
     point.Xw += static_cast<float>(random.uniform(-jitter, jitter));
     point.Yw += static_cast<float>(random.uniform(-jitter, jitter));
     rig.second.points.push_back(point);
+  }
+  return rig;
+}
+
+Rig turned(Rig rig, double degrees) {
+  cv::Point2d centre;
+  for (const CalibrationPoint& point : rig.second.points) {
+    centre += cv::Point2d(point.Xw, point.Yw) / static_cast<double>(rig.second.points.size());
+  }
+  const double angle = degrees * CV_PI / 180;
+  for (CalibrationPoint& point : rig.second.points) {
+    const cv::Point2d p = cv::Point2d(point.Xw, point.Yw) - centre;
+    point.Xw = static_cast<float>(centre.x + std::cos(angle) * p.x - std::sin(angle) * p.y);
+    point.Yw = static_cast<float>(centre.y + std::sin(angle) * p.x + std::cos(angle) * p.y);
   }
   return rig;
 }

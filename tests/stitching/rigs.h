@@ -25,6 +25,10 @@ struct Rig {
 };
 Rig randomRig(support::Random& random, int bits);
 
+// The rig with the second camera's points turned about their centre, as if that camera were
+// mounted turned.
+Rig turned(Rig rig, double degrees);
+
 // A random integer of low...high.
 int whole(support::Random& random, int low, int high);
 
