@@ -6,6 +6,14 @@ function(fisheye_calibration_compile_settings target)
   if(WIN32)
     target_compile_definitions(${target} PRIVATE NOMINMAX)
   endif()
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64|ARM64)$")
+    # Every 64-bit ARM processor has NEON. The vectors of SVE cannot be members, as those of NEON are.
+    # Without run-time dispatch, which needs the header named here, Highway compiles for the compiler's
+    # own target; otherwise code outside of Highway's namespaces could not call inline code inside.
+    target_compile_definitions(
+      ${target} PRIVATE "HWY_DISABLED_TARGETS=(HWY_SVE|HWY_SVE2|HWY_SVE_256|HWY_SVE2_128)"
+                        TOOLCHAIN_MISS_SYS_AUXV_H)
+  endif()
   # OpenCV's headers are system headers: their warnings are not ours.
   if(MSVC)
     # Results must not depend on the compiler's fusing or reordering of floating-point operations.

@@ -40,7 +40,15 @@ struct RowSums {
   T A[kElements];
   T b[N];
 
-  HWY_INLINE RowSums() : A(), b() {}
+  // Not A(), b(): where Highway's vectors have a constructor, GCC leaves them uninitialised then.
+  HWY_INLINE RowSums() {
+    for (T& sum : A) {
+      sum = T(0.0);
+    }
+    for (T& sum : b) {
+      sum = T(0.0);
+    }
+  }
 
   // Adds a row whose only non-zero derivatives are those of `columns`, in ascending order.
   template <std::size_t Count>

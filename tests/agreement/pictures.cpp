@@ -69,8 +69,9 @@ void addMaps(Results& results) {
     const cv::Matx33d K(p.fx, 0, p.u0, 0, p.fy, p.v0, 0, 0, 1);
     const double zoom = random.uniform(0.3, 1);
     const cv::Matx33d P(p.fx * zoom, 0, 0, 0, p.fy * zoom, 0, 0, 0, 1);
-    const cv::Vec3d turn(random.uniform(-0.3, 0.3), random.uniform(-0.3, 0.3),
-                         random.uniform(-3, 3));
+    // In braces: compilers evaluate the arguments of calls in different orders.
+    const cv::Vec3d turn{random.uniform(-0.3, 0.3), random.uniform(-0.3, 0.3),
+                         random.uniform(-3, 3)};
     const cv::Matx33d straight = cv::Matx33d::eye();
     const bool turned = i % 2 != 0;
     cv::Mat whole;

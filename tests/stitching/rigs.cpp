@@ -88,9 +88,12 @@ Rig randomRig(Random& random, int bits) {
   const int width = whole(random, 4, 40);
   const int height = whole(random, 4, 30);
   const bool equal = whole(random, 0, 1) == 0;
-  Rig rig{randomCamera(random, width, height, bits),
-          randomCamera(random, equal ? width : whole(random, 4, 40),
-                       equal ? height : whole(random, 4, 30), bits)};
+  Rig rig;
+  rig.first = randomCamera(random, width, height, bits);
+  // Not as arguments of the call: compilers evaluate these in different orders.
+  const int secondHeight = equal ? height : whole(random, 4, 30);
+  const int secondWidth = equal ? width : whole(random, 4, 40);
+  rig.second = randomCamera(random, secondWidth, secondHeight, bits);
   if (whole(random, 0, 3) != 0) {  // most rigs have cameras of one scale side by side
     rig.second.param.Pixel = rig.first.param.Pixel;
     const auto step = static_cast<float>(random.uniform(-0.5, 2.5) * width);
