@@ -2,11 +2,14 @@
 // whole Jacobian in every step, on one noisy view of a tilted target. One thread.
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
+#include <string>
 
 #include "fisheye_calibration.h"
+#include "instruction_sets.h"
+#include "program.h"
 #include "support/plain_single.h"
 #include "support/synthetic_rig.h"
+#include "table.h"
 #include "timing.h"
 
 namespace {
@@ -25,8 +28,8 @@ std::vector<CalibrationPoint> viewOf(const support::RigCamera& camera, int colum
   return support::calibrationPoints(support::seen(camera, bed, pose, kNoise));
 }
 
-// Prints one line; returns false if the two solutions differ.
-bool compareOn(int columns, int rows) {
+// Prints a line; returns false if the two solutions differ.
+bool compareOn(int columns, int rows, const bench::Table& table, bench::Report& report) {
   const support::RigCamera camera;
   const cv::Size size = camera.imageSize;
   const std::vector<CalibrationPoint> points = viewOf(camera, columns, rows);
@@ -46,19 +49,22 @@ bool compareOn(int columns, int rows) {
         work = points;
         plain::singleCamCalibration(size, work, size, plain, plainRms);
       });
-  std::printf("%6zu %12.3f %12.3f %9.1f\n", points.size(), result.ours, result.theirs,
-              result.ratio);
+  report.add(std::to_string(points.size()) + " points, plain/ours", bench::Better::kHigher,
+             bench::nameOfBestInstructionSet(), result.ratio);
+  table.add({std::to_string(points.size()), bench::fixed(result.ours, 3),
+             bench::fixed(result.theirs, 3), bench::fixed(result.ratio, 1)});
   return std::abs(rms - plainRms) < 1e-6 && std::abs(ours.fx - plain.fx) < 1e-3F;
+}
+
+bool compareAll(bench::Report& report) {
+  std::puts("plain/ours: above 1 the library is faster");
+  const bench::Table table({"points", "   ours/ms", "  plain/ms", "plain/ours"});
+  return compareOn(10, 10, table, report) && compareOn(25, 20, table, report) &&
+         compareOn(50, 40, table, report);
 }
 
 }  // namespace
 
-int main() {
-  cv::setNumThreads(1);
-  std::printf("points      ours/ms     plain/ms     ratio\n");
-  const bool agree = compareOn(10, 10) && compareOn(25, 20) && compareOn(50, 40);
-  if (!agree) {
-    std::fprintf(stderr, "the two solutions differ\n");
-  }
-  return agree ? EXIT_SUCCESS : EXIT_FAILURE;
+int main(int argc, char** argv) {
+  return bench::runBenchmark(argc, argv, "calibration", compareAll);
 }

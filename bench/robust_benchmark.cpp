@@ -3,7 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <string>
 
+#include "instruction_sets.h"
+#include "program.h"
 #include "robust/bundle.h"
 #include "robust/robust_calibration.h"
 #include "support/synthetic_rig.h"
@@ -18,8 +21,10 @@ namespace solver = fisheye_calibration::solver;
 constexpr int kPointsPerSide = 10;
 constexpr double kNoise = 0.3;  // px
 
-// The exit code: the library prints what went wrong and returns as if nothing had.
+// The benchmark library prints what went wrong and returns as if nothing had.
 bool anyFailed = false;
+
+bench::Report* report = nullptr;
 
 void fail(benchmark::State& state, const char* reason) {
   anyFailed = true;
@@ -118,15 +123,19 @@ void stepOfTheIteration(benchmark::State& state) {
     fail(state, "the two solutions differ");
   }
   state.counters["ratio"] = plain / ours;
+  report->add(std::to_string(state.range(0)) + " views, dense/ours", bench::Better::kHigher,
+              bench::nameOfBestInstructionSet(), plain / ours);
 }
 BENCHMARK(stepOfTheIteration)->Arg(1)->Arg(5)->Arg(50)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  cv::setNumThreads(1);
-  benchmark::Initialize(&argc, argv);
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return anyFailed ? 1 : 0;
+  benchmark::Initialize(&argc, argv);  // takes its own options out of the arguments
+  return bench::runBenchmark(argc, argv, "robust", [](bench::Report& ratios) {
+    report = &ratios;
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return !anyFailed;
+  });
 }

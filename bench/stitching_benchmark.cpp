@@ -1,18 +1,25 @@
-// FishEyeImageStitching against the plain derivation of the same canvas: corrections step by step
-// and the canvas loop pixel by pixel. Two 1280 x 960 cameras, so the views have 2560 x 1920 pixels.
-// One thread, no debug files.
+// A whole call of FishEyeImageStitching, by instruction set, against the plain derivation of the
+// same canvas: corrections step by step and the canvas loop pixel by pixel. Two 1280 x 960 cameras,
+// so the views have 2560 x 1920 pixels. One thread, no debug files.
 #include <cstdio>
-#include <opencv2/core/utility.hpp>
 #include <random>
+#include <string>
 #include <vector>
 
+#include "allocation_peak.h"
 #include "fisheye_calibration.h"
+#include "instruction_sets.h"
+#include "program.h"
+#include "support/chosen_instruction_set.h"
 #include "support/plain_stitching.h"
+#include "table.h"
 #include "timing.h"
 
 namespace {
 
-constexpr int kRounds = 7;
+using Canvas = std::vector<unsigned char>;
+
+constexpr int kRounds = 5;
 constexpr int kWidth = 1280;
 constexpr int kHeight = 960;
 constexpr float kPixel = 0.1F;           // world units
@@ -55,46 +62,89 @@ plain::StitchCamera camera(int bits, float datumX, unsigned seed) {
   return result;
 }
 
-bool stitch(plain::StitchCamera& first, plain::StitchCamera& second,
-            std::vector<unsigned char>& canvas, int width, int height,
-            DualFishEyeCalibrationParam& dual) {
-  return FishEyeImageStitching(first.image.data(), first.width, first.height, first.bits,
-                               first.param, first.points, second.image.data(), second.width,
-                               second.height, second.bits, second.param, second.points,
-                               canvas.data(), width, height, first.bits, dual);
-}
+// The canvas that both cameras share, and the calls that fill it.
+struct Pair {
+  explicit Pair(int bits)
+      : first(camera(bits, 128, 1)), second(camera(bits, 128 + kShiftOfSecond, 2)) {
+    for (CalibrationPoint& point : second.points) point.Xw += 0.01F * point.Yw;  // not just a shift
+    plain::stitchedImageSize(first, second, width, height);
+  }
 
-// Prints one line for the whole call; returns false if the canvases differ.
-bool compareAt(int bits) {
-  plain::StitchCamera first = camera(bits, 128, 1);
-  plain::StitchCamera second = camera(bits, 128 + kShiftOfSecond, 2);
-  for (CalibrationPoint& point : second.points) point.Xw += 0.01F * point.Yw;  // not just a shift
+  Canvas canvas() const {
+    return Canvas(
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(height * (first.bits / 8)),
+        0xa5);
+  }
+
+  bool stitch(Canvas& canvas) {
+    return FishEyeImageStitching(first.image.data(), first.width, first.height, first.bits,
+                                 first.param, first.points, second.image.data(), second.width,
+                                 second.height, second.bits, second.param, second.points,
+                                 canvas.data(), width, height, first.bits, dual);
+  }
+
+  void stitchPlainly(Canvas& canvas) {
+    plain::fishEyeImageStitching(first, second, canvas.data(), width, height, first.bits, dual);
+  }
+
+  bool givesPlainBytes(const std::vector<std::int64_t>& sets) {
+    Canvas theirs = canvas();
+    stitchPlainly(theirs);
+    bool agree = true;
+    for (const std::int64_t set : sets) {
+      const support::ChosenInstructionSet chosen(set);
+      Canvas ours = canvas();
+      if (!stitch(ours) || ours != theirs) {
+        std::fprintf(stderr, "%d bits, %s: the canvases differ\n", first.bits,
+                     bench::nameOf(set).c_str());
+        agree = false;
+      }
+    }
+    return agree;
+  }
+
+  plain::StitchCamera first;
+  plain::StitchCamera second;
   int width = 0;
   int height = 0;
-  plain::stitchedImageSize(first, second, width, height);
-  std::vector<unsigned char> ours(static_cast<std::size_t>(width) *
-                                  static_cast<std::size_t>(height * (bits / 8)));
-  std::vector<unsigned char> theirs = ours;
   DualFishEyeCalibrationParam dual{};
-  const auto whole = bench::compare(
-      kRounds, [&] { stitch(first, second, ours, width, height, dual); },
-      [&] {
-        plain::fishEyeImageStitching(first, second, theirs.data(), width, height, bits, dual);
-      });
-  std::printf("%4d  %4d x %d  %10.2f %12.2f %9.1f\n", bits, width, height, whole.ours, whole.theirs,
-              whole.ratio);
-  return ours == theirs;
+};
+
+// Prints a line for each instruction set; returns false if a canvas is not the plain one.
+bool compareAt(int bits, const bench::Table& table, bench::Report& report) {
+  const std::vector<std::int64_t> sets = bench::instructionSets();
+  Pair pair(bits);
+  const bool agree = pair.givesPlainBytes(sets);
+  Canvas canvas = pair.canvas();
+  const long bytes = bench::AllocationPeak::of([&] { pair.stitch(canvas); });
+  std::vector<bench::Contestant> contestants = {{[&] { pair.stitchPlainly(canvas); }}};
+  bench::addOnEach(
+      sets, [&] { pair.stitch(canvas); }, contestants);
+  const auto times = bench::timesInTurn(kRounds, contestants);
+  for (std::size_t i = 0; i < sets.size(); ++i) {
+    const bench::Times& ours = times[1 + i];
+    const double ratio = bench::medianRatio(times[0], ours);
+    report.add(std::to_string(bits) + " bits, plain/ours", bench::Better::kHigher,
+               bench::nameOf(sets[i]), ratio);
+    table.add({std::to_string(pair.width) + " x " + std::to_string(pair.height),
+               std::to_string(bits), bench::nameOf(sets[i]), bench::fixed(bench::median(ours), 2),
+               bench::fixed(bench::median(times[0]), 2), bench::fixed(ratio, 1),
+               bench::kilobytes(bytes)});
+  }
+  return agree;
+}
+
+bool compareAll(bench::Report& report) {
+  std::puts("plain/ours: above 1 the library is faster");
+  const bench::Table table(
+      {"canvas     ", "bits", "  vectors", "   ours/ms", "  plain/ms", "plain/ours", "memory/KB"});
+  bool agree = true;
+  for (const int bits : {8, 24, 32}) {
+    agree = compareAt(bits, table, report) && agree;
+  }
+  return agree;
 }
 
 }  // namespace
 
-int main() {
-  cv::setNumThreads(1);
-  std::printf("bits  canvas          ours/ms     plain/ms     ratio\n");
-  const bool agree = compareAt(8) && compareAt(24) && compareAt(32);
-  if (!agree) {
-    std::printf("The canvases differ.\n");
-    return 1;
-  }
-  return 0;
-}
+int main(int argc, char** argv) { return bench::runBenchmark(argc, argv, "stitching", compareAll); }

@@ -69,7 +69,8 @@ bool takenByImageLibrary(const cv::Size& size) {
 }  // namespace
 
 void undistortRectifyMap(const cv::Mat& K, const cv::Mat& D, const cv::Mat& R, const cv::Mat& P,
-                         const cv::Size& size, cv::Mat& map1, cv::Mat& map2) {
+                         const cv::Size& size, cv::Mat& map1, cv::Mat& map2,
+                         const cv::Range& rows) {
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   const double fx = K.at<double>(0, 0);
   const double fy = K.at<double>(1, 1);
@@ -79,11 +80,12 @@ void undistortRectifyMap(const cv::Mat& K, const cv::Mat& D, const cv::Mat& R, c
   const double k1 = D.empty() ? 0.0 : D.at<double>(1);
   const cv::Matx33d iR = rayMatrix(R, P, size);
 
-  map1.create(size, CV_16SC2);
-  map2.create(size, CV_16UC1);
-  for (int i = 0; i < size.height; ++i) {
-    short* const m1 = map1.ptr<short>(i);
-    unsigned short* const m2 = map2.ptr<unsigned short>(i);
+  const cv::Range wanted = rows == cv::Range::all() ? cv::Range(0, size.height) : rows;
+  map1.create(wanted.size(), size.width, CV_16SC2);
+  map2.create(wanted.size(), size.width, CV_16UC1);
+  for (int i = wanted.start; i < wanted.end; ++i) {
+    short* const m1 = map1.ptr<short>(i - wanted.start);
+    unsigned short* const m2 = map2.ptr<unsigned short>(i - wanted.start);
     double X = i * iR(0, 1) + iR(0, 2);
     double Y = i * iR(1, 1) + iR(1, 2);
     double W = i * iR(2, 1) + iR(2, 2);
@@ -144,6 +146,13 @@ bool isImageBlack(const cv::Mat& image) {
   return true;
 }
 
+cv::Point nearestSource(const cv::Matx33d& h, double x, double y) {
+  const double w = h(2, 0) * x + h(2, 1) * y + h(2, 2);
+  const float sx = static_cast<float>((h(0, 0) * x + h(0, 1) * y + h(0, 2)) / w);
+  const float sy = static_cast<float>((h(1, 0) * x + h(1, 1) * y + h(1, 2)) / w);
+  return {truncated(static_cast<double>(sx) + 0.5), truncated(static_cast<double>(sy) + 0.5)};
+}
+
 cv::Mat warpByInverseHomography(const cv::Mat& source, const cv::Mat& Hinv, double dx, double dy,
                                 unsigned char fill) {
   const cv::Matx33d h = Hinv;
@@ -152,15 +161,9 @@ cv::Mat warpByInverseHomography(const cv::Mat& source, const cv::Mat& Hinv, doub
   for (int y = 0; y < source.rows; ++y) {
     unsigned char* to = result.ptr(y);
     for (int x = 0; x < source.cols; ++x) {
-      const double px = x - dx;
-      const double py = y - dy;
-      const double w = h(2, 0) * px + h(2, 1) * py + h(2, 2);
-      const float sx = static_cast<float>((h(0, 0) * px + h(0, 1) * py + h(0, 2)) / w);
-      const float sy = static_cast<float>((h(1, 0) * px + h(1, 1) * py + h(1, 2)) / w);
-      const int ix = truncated(static_cast<double>(sx) + 0.5);
-      const int iy = truncated(static_cast<double>(sy) + 0.5);
-      const bool inside = ix >= 0 && ix < source.cols && iy >= 0 && iy < source.rows;
-      const unsigned char* const from = inside ? source.ptr(iy) + ix * channels : nullptr;
+      const cv::Point at = nearestSource(h, x - dx, y - dy);
+      const bool inside = at.x >= 0 && at.x < source.cols && at.y >= 0 && at.y < source.rows;
+      const unsigned char* const from = inside ? source.ptr(at.y) + at.x * channels : nullptr;
       for (int c = 0; c < channels; ++c) *to++ = inside ? from[c] : fill;
     }
   }

@@ -11,14 +11,19 @@ namespace plain {
 
 // Fixed-point maps (CV_16SC2 and CV_16UC1) from a corrected image to the raw image. K is 3x3, D has
 // two elements or none, R is empty, 3x3 or a rotation vector, P is empty, 3x3 or 3x4; all CV_64F.
+// With `rows`, only these rows of the maps.
 void undistortRectifyMap(const cv::Mat& K, const cv::Mat& D, const cv::Mat& R, const cv::Mat& P,
-                         const cv::Size& size, cv::Mat& map1, cv::Mat& map2);
+                         const cv::Size& size, cv::Mat& map1, cv::Mat& map2,
+                         const cv::Range& rows = cv::Range::all());
 
 // Host buffers (rows bottom-up, no padding) to images and back; one, three or four bytes a pixel.
 cv::Mat imageOfBuffer(const unsigned char* buffer, int width, int height, int bitCount);
 void storeInBuffer(const cv::Mat& image, unsigned char* buffer);
 
 bool isImageBlack(const cv::Mat& image);
+
+// The pixel nearest to Hinv (x, y); a coordinate that is NaN or beyond 32 bits becomes -1.
+cv::Point nearestSource(const cv::Matx33d& Hinv, double x, double y);
 
 // Result pixel (x, y) shows the source pixel nearest to Hinv (x - dx, y - dy), else `fill`.
 cv::Mat warpByInverseHomography(const cv::Mat& source, const cv::Mat& Hinv, double dx, double dy,
