@@ -5,8 +5,9 @@
 
 #include "images/view.h"
 #include "lens/camera.h"
-#include "rendering/fast_positions.h"
-#include "rendering/warped_pixels.h"
+#include "rendering/careful_positions.h"
+#include "rendering/row_renderer.h"
+#include "rendering/view_geometry.h"
 
 namespace fisheye_calibration::rendering {
 
@@ -27,7 +28,7 @@ class CorrectedView {
   // image library's threads; the bytes do not depend on how.
   void render(const images::Target& view, unsigned char* mask) const;
 
-  const cv::Size& size() const { return size_; }
+  const cv::Size& size() const { return geometry_.warp().size; }
 
   // Renders single rows in any order, for one thread. The view must outlive it.
   class Rows {
@@ -40,22 +41,17 @@ class CorrectedView {
 
    private:
     const CorrectedView& view_;
-    ExactPositions exact_;
+    CarefulPositions positions_;
+    int lastRow_ = -1;
   };
 
  private:
-  struct Run;
-
-  void renderRow(int y, ExactPositions& exact, unsigned char* pixels, unsigned char* mask) const;
-  int runsOfRow() const;
-  bool showsAnythingIn(int row, const int* columns, ExactPositions& exact) const;
+  bool showsAnythingIn(CarefulPositions& positions, int row) const;
+  bool showsAnythingAnywhere() const;
   bool isFrameBlack() const;
-  bool showsAnythingAnywhere(ExactPositions& exact) const;
 
   images::Frame frame_;
-  cv::Size size_;
-  FastPositions positions_;
-  InverseWarp warp_;
+  ViewGeometry geometry_;
 };
 
 }  // namespace fisheye_calibration::rendering

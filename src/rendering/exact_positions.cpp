@@ -1,15 +1,13 @@
 #include "rendering/exact_positions.h"
 
-#include <bit>
-
-#include "rendering/run.h"
 #include "rendering/stepped_sum.h"
 
 namespace fisheye_calibration::rendering {
 namespace {
 
 constexpr int kFewestBits = 3;
-constexpr int kMostKept = 1024;
+constexpr int kMostKept = 512;
+constexpr int kFewSteps = 6;
 
 int spacingBitsOf(int width) {
   int bits = kFewestBits;
@@ -21,11 +19,24 @@ int spacingBitsOf(int width) {
 
 }  // namespace
 
-// No sums are kept on the first request for a start, which may be the only one.
 double ExactPositions::Sums::at(double start, int count) {
   if (step_ == 0) {
-    return steppedSum(start, step_, count);
+    return count > 0 ? start + step_ : start;
   }
+  if (start == lastStart_ && count >= lastCount_ && count - lastCount_ <= kFewSteps) {
+    for (; lastCount_ < count; ++lastCount_) {
+      lastSum_ += step_;
+    }
+    return lastSum_;
+  }
+  lastSum_ = keptAt(start, count);
+  lastStart_ = start;
+  lastCount_ = count;
+  return lastSum_;
+}
+
+// No sums are kept on the first request for a start, which may be the only one.
+double ExactPositions::Sums::keptAt(double start, int count) {
   if (!(start == start_)) {
     start_ = start;
     kept_.assign(1, start);
@@ -52,23 +63,6 @@ RawPosition ExactPositions::at(int column, int row) {
         sums_[static_cast<std::size_t>(k)].at(row * iR(k, 1) + iR(k, 2), column);
   }
   return rawPosition(rays_.camera, ray[0], ray[1], ray[2]);
-}
-
-std::size_t ExactPositions::recompute(std::uint64_t pixels, std::size_t count, const int* column,
-                                      const int* row, int* u, int* v) {
-  static_assert(kRun == 64, "a bit a pixel of a run");
-  std::size_t recomputed = 0;
-  for (; pixels != 0; pixels &= pixels - 1) {
-    const auto k = static_cast<std::size_t>(std::countr_zero(pixels));
-    if (k >= count) {
-      break;
-    }
-    const RawPosition p = at(column[k], row[k]);
-    u[k] = p.u == kNowhere && p.v == kNowhere ? -1 : p.u;  // the same low 21 bits
-    v[k] = p.v;
-    ++recomputed;
-  }
-  return recomputed;
 }
 
 }  // namespace fisheye_calibration::rendering

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -20,11 +19,6 @@ class ExactPositions {
 
   RawPosition at(int column, int row);
 
-  // Computes the positions of those among the first `count` pixels of a run whose bits are set, and
-  // returns their number. Never writes kNowhere.
-  std::size_t recompute(std::uint64_t pixels, std::size_t count, const int* column, const int* row,
-                        int* u, int* v);
-
  private:
   // start, start + step, start + step + step ...
   class Sums {
@@ -34,10 +28,16 @@ class ExactPositions {
     double at(double start, int count);
 
    private:
+    double keptAt(double start, int count);
+
     double step_;
     int spacingBits_;  // one sum in 2^spacingBits is kept
     double start_ = std::numeric_limits<double>::quiet_NaN();
     std::vector<double> kept_;
+    // The latest sum, from which the next ones along a row are a few steps away.
+    double lastStart_ = std::numeric_limits<double>::quiet_NaN();
+    int lastCount_ = 0;
+    double lastSum_ = 0;
   };
 
   RectifyingRays rays_;

@@ -1,111 +1,172 @@
 #include "rendering/lens_table.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+
+#include "rendering/power_series.h"
 
 namespace fisheye_calibration::rendering {
 namespace {
 
-// Power series in t, one term more than the table keeps because the node at r = 0 divides by t.
-constexpr std::size_t kTerms = LensTable::kDegree + 2;
-using Series = std::array<double, kTerms>;
+constexpr double kHalfSpacing = 0.5 / LensTable::kNodesPerUnit;
+constexpr double kFloat = 0x1p-24;  // relative error of one operation
+constexpr double kDouble = 0x1p-53;
+constexpr double kDisc = 0.85;            // of the radius of convergence
+constexpr double kFurthestShare = 0.7;    // of the disc
+constexpr double kLargestError = 0.02;    // more would leave too many doubtful pixels
+constexpr double kLargestOffset = 30000;  // 1/32 pixels; offsets are kept in 16 bits
 
-Series product(const Series& a, const Series& b) {
-  Series c{};
-  for (std::size_t i = 0; i < kTerms; ++i) {
-    for (std::size_t j = 0; i + j < kTerms; ++j) {
-      c[i + j] += a[i] * b[j];
-    }
-  }
-  return c;
+// |p| <= reach in every block whose middle is nearest to node r.
+double reachAbout(double r, const BlockSpread& spread) {
+  const double off = spread.reach + kHalfSpacing;
+  return off * (2 * r + off);
 }
 
-// atan(r0 + t). Its derivative g = 1/(1 + (r0 + t)^2) follows from
-// (1 + r0^2) g_n + 2 r0 g_(n-1) + g_(n-2) = 0, g_0 = 1/(1 + r0^2).
-Series arcTangentSeries(double r0) {
-  const double d = 1 + r0 * r0;
-  Series g{};
-  for (std::size_t n = 0; n < kTerms; ++n) {
-    const double before = n > 0 ? 2 * r0 * g[n - 1] : -1;
-    g[n] = -(before + (n > 1 ? g[n - 2] : 0)) / d;
+using Coefficients = std::array<double, LensNode::kDegree>;
+
+// Sum of (k + 1) |a_k| reach^k: bounds the polynomial, its partial sums and, if it is multiplied by
+// p, its slope.
+double weightedSum(const Coefficients& a, double reach) {
+  double sum = 0;
+  for (std::size_t k = a.size(); k-- > 0;) {
+    sum = sum * reach + static_cast<double>(k + 1) * std::abs(a[k]);
   }
-  Series a{};
-  a[0] = std::atan(r0);
-  for (std::size_t n = 1; n < kTerms; ++n) {
-    a[n] = g[n - 1] / static_cast<double>(n);
-  }
-  return a;
+  return sum;
 }
 
-// Expansion of theta_d/r about r0.
-Series radialFactorSeries(const lens::Camera& camera, double r0) {
-  const Series theta = arcTangentSeries(r0);
-  const Series theta2 = product(theta, theta);
-  const Series theta3 = product(theta2, theta);
-  Series s{};
-  for (std::size_t n = 0; n < kTerms; ++n) {
-    s[n] = theta[n] + camera.k0 * theta2[n] + camera.k1 * theta3[n];
+// Sum of k |a_k| reach^(k - 1): bounds the polynomial's slope.
+double slopeSum(const Coefficients& a, double reach) {
+  double sum = 0;
+  for (std::size_t k = a.size() - 1; k > 0; --k) {
+    sum = sum * reach + static_cast<double>(k) * std::abs(a[k]);
   }
-  if (r0 == 0) {
-    std::rotate(s.begin(), s.begin() + 1, s.end());  // divided by t
-    return s;
-  }
-  for (std::size_t n = 0; n < kTerms; ++n) {
-    s[n] = (s[n] - (n > 0 ? s[n - 1] : 0)) / r0;
-  }
-  return s;
+  return sum;
 }
 
-// s is analytic except at the branch points +-i. On a disc of radius rho = 0.9 about a node,
-// |Im z| <= 0.9 and |z + i|/|z - i| lies between 1/19 and 19, so there
-//   |Re atan z| <= pi/2 and |Im atan z| <= ln(19)/2 < 1.48, which gives |theta| < 2.16,
-//   |atan(z)/z| <= atanh(0.9)/0.9 < 1.64 for |z| <= 0.9, and <= 2.16/0.9 = 2.4 beyond,
-//   |s| <= 2.4 (1 + 2.16 |k0| + 4.67 |k1|).
-constexpr double kRho = 0.9;
+// What the bounds are made of, see docs/rendering.md. Sums over powers of p are at |p| = reach.
+struct Sizes {
+  double focal;    // max(|fx|, |fy|)
+  double largest;  // r of any pixel of the block
+  double A;        // |fx x| and |fy y|, in pixels
+  double P;        // |p|
+  double H;        // sum of k |c_k| P^(k - 1)
+  double O;        // sum of (k + 1) |o_k| P^k
+  double slopeO;   // sum of k |o_k| P^(k - 1)
+};
 
-double boundOnDiscs(const lens::Camera& camera) {
-  return 2.4 * (1 + 2.16 * std::abs(camera.k0) + 4.67 * std::abs(camera.k1));
+// Roundings in float, 2^-24 each, of the terms of a position, counted in docs/rendering.md.
+struct Roundings {
+  double even;    // of A H P
+  double odd;     // of A largest O
+  double linear;  // of S0 times the offset from the middle
+  double rest = 3 * 32;
+};
+
+Roundings countRoundings(bool near, const BlockSpread& spread) {
+  const double product = spread.fused ? 0 : 1;            // of one that is added to something
+  const double skewed = spread.skewed ? 2 + product : 0;  // of X with the skew added
+  const double p = 4 + 2 * product + 2 * skewed;
+  const double position = 1 + product + (spread.skewed ? 2 + skewed : 0);
+  return {.even = 3 + p + position + (near ? 1 : 0),
+          .odd = (p + 2) + 2 + p + (1 + product) + position,
+          .linear = 3 + product + skewed};
 }
 
-// Bound on |ds/dr| within kLargestReach of a node.
-double slopeNear(const Series& s) {
-  double slope = 0;
-  double power = 1;
-  for (std::size_t k = 1; k <= LensTable::kDegree; ++k) {
-    slope += static_cast<double>(k) * std::abs(s[k]) * power;
-    power *= LensTable::kLargestReach;
+// Of positions computed in float, without the remainder of the polynomial.
+double floatError(const LensNode& node, const Sizes& z, const BlockSpread& spread) {
+  const Roundings count = countRoundings(node.near, spread);
+  const double extent = std::max(spread.across, spread.down);
+  return kFloat * (count.even * z.A * z.H * z.P + count.odd * z.A * z.largest * z.O +
+                   count.linear * std::abs(node.value) * extent + count.rest);
+}
+
+// Of anything computed in double: the steps of the maps' rays and the operations after them.
+double doubleError(const LensNode& node, const Sizes& z, const BlockSpread& spread,
+                   const lens::Camera& camera) {
+  const double S = std::abs(node.value) + z.H * z.P + z.largest * z.O;
+  // r |dS/dr|, where dq/dr = 2 r
+  const double slope = z.largest * (2 * z.largest * (z.H + z.largest * z.slopeO) + z.O);
+  const double centre = 32 * std::max(std::abs(camera.cx), std::abs(camera.cy));
+  return z.focal * (S + slope) * spread.rayError + 32 * kDouble * (z.A * S + centre);
+}
+
+void setBounds(LensNode& node, const Sizes& z, double remainder, const BlockSpread& spread,
+               const lens::Camera& camera) {
+  const double always = z.A * remainder + doubleError(node, z, spread, camera);
+  const double error = always + floatError(node, z, spread);
+  const double offset = std::max(spread.across, spread.down) * std::abs(node.value) +
+                        z.A * (z.H * z.P + z.largest * z.O);
+  if (error < kLargestError && offset < kLargestOffset) {
+    node.safe = static_cast<float>(0.5 - error - 0x1p-25);  // and its own rounding
+    node.sure = 0.5 - always;
+    node.extent = static_cast<int>(offset / 32) + 2;
   }
-  return slope;
+}
+
+LensNode nodeAt(const lens::Camera& camera, double r, bool near, const BlockSpread& spread) {
+  const double q = r * r;
+  const double P = reachAbout(r, spread);
+  const double rho = kDisc * (near ? 1 + q : q);
+  LensNode node;
+  node.near = near;
+  node.radius = r;
+  if (!(P <= kFurthestShare * rho)) {
+    return node;
+  }
+  // theta_d/r = G + k0 r G^2 + k1 q G^3
+  const Expansion G = arcTangentRatio(q, rho);
+  const Expansion G2 = G * G;
+  Expansion odd = 32 * camera.k0 * G2;
+  Expansion even = 32.0 * G + 32 * camera.k1 * (identity(q, rho) * (G2 * G));
+  Sizes z{.focal = std::max(std::abs(camera.fx), std::abs(camera.fy)),
+          .largest = r + kHalfSpacing + spread.reach,
+          .A = 0,
+          .P = P,
+          .H = 0,
+          .O = 0,
+          .slopeO = 0};
+  z.A = z.focal * z.largest;
+  double remainder = 0;
+  if (near) {
+    remainder = z.largest * economise(odd, LensNode::kDegree - 1, P, rho);
+    std::copy_n(odd.terms.begin(), LensNode::kDegree, node.o.begin());
+  } else {
+    even = even + squareRoot(q, rho) * odd;
+  }
+  remainder += economise(even, LensNode::kDegree, P, rho);
+  node.value = even.terms[0];
+  std::copy_n(even.terms.begin() + 1, LensNode::kDegree, node.c.begin());
+  const auto rounded = [](double a) { return static_cast<float>(a); };
+  std::transform(node.c.begin(), node.c.end(), node.cFloat.begin(), rounded);
+  std::transform(node.o.begin(), node.o.end(), node.oFloat.begin(), rounded);
+  z.H = weightedSum(node.c, P);
+  z.O = weightedSum(node.o, P);
+  z.slopeO = slopeSum(node.o, P);
+  setBounds(node, z, remainder, spread, camera);
+  return node;
+}
+
+// The form without square roots where it is about as precise as the other.
+LensNode betterNode(const lens::Camera& camera, double r, const BlockSpread& spread) {
+  constexpr float kPrecise = 0.499F;
+  const LensNode far = nodeAt(camera, r, false, spread);
+  if (far.safe > kPrecise) {
+    return far;
+  }
+  const LensNode near = nodeAt(camera, r, true, spread);
+  return near.safe > far.safe ? near : far;
 }
 
 }  // namespace
 
-LensTable::LensTable(const lens::Camera& camera, double radius)
-    : factorBound_(boundOnDiscs(camera)) {
+LensTable::LensTable(const lens::Camera& camera, double radius, const BlockSpread& spread) {
   const double covered = radius < kLargestRadius ? radius : kLargestRadius;
   const auto count = static_cast<std::size_t>(std::ceil(covered * kNodesPerUnit)) + 1;
-  nodes_.resize(count);
+  nodes_.reserve(count + 1);
   for (std::size_t n = 0; n < count; ++n) {
-    const double r0 = static_cast<double>(n) / kNodesPerUnit;
-    const Series s = radialFactorSeries(camera, r0);
-    nodes_[n].value = s[0];
-    std::transform(s.begin() + 1, s.begin() + 1 + kDegree, nodes_[n].c.begin(),
-                   [](double c) { return static_cast<float>(c); });
-    const double slope = slopeNear(s);
-    slopeBound_ = std::max(slopeBound_, (r0 + kLargestReach) * slope);
-    largestFactor_ = std::max(largestFactor_, std::abs(s[0]) + kLargestReach * slope);
+    nodes_.push_back(betterNode(camera, static_cast<double>(n) / kNodesPerUnit, spread));
   }
-  // By Cauchy's estimate, the remainders add far less than this.
-  slopeBound_ += 1e-3 * factorBound_;
-  largestFactor_ += 1e-3 * factorBound_;
-}
-
-double LensTable::remainderBound(double reach) const {
-  // Cauchy's estimate: with |s| <= M on the disc, the terms from degree n on add up to at most
-  // M q^n/(1 - q), q = |t|/rho. Rounding of the value stays far below 1e-14 M.
-  const double q = reach / kRho;
-  return factorBound_ * (std::pow(q, static_cast<double>(kDegree + 1)) / (1 - q) + 1e-14);
+  nodes_.push_back(LensNode());
 }
 
 }  // namespace fisheye_calibration::rendering

@@ -1,4 +1,4 @@
-// The lens's radial factor as a table of polynomials with a proven error bound.
+// The lens's radial factor as a table of polynomials with proven error bounds.
 #pragma once
 
 #include <array>
@@ -9,38 +9,57 @@
 
 namespace fisheye_calibration::rendering {
 
-// s(r) = theta_d(atan r)/r, expanded about r_n = n/64: s(r_n + t) = value + c_1 t + ... + c_6 t^6.
+// How far the pixels of any block of the view spread, and what is lost before the polynomials are
+// evaluated.
+struct BlockSpread {
+  double reach = 0;   // from the block's middle, in normalised coordinates
+  double across = 0;  // |fx x - fx x_m| at most, in pixels
+  double down = 0;    // |fy y - fy y_m| at most, in pixels
+  bool skewed = false;
+  bool fused = false;   // float products are added without being rounded first
+  double rayError = 0;  // of the rays that the undistortion maps step, in normalised coordinates
+};
+
+// S(q) = 32 theta_d(atan r)/r, q = r^2, about q_n = r_n^2, with p = q - q_n:
+//   away from the axis  S = value + c_1 p + ... + c_5 p^5
+//   near it             S = value + c_1 p + ... + c_5 p^5 + r (o_0 + o_1 p + ... + o_4 p^4)
+// A raw position, in 1/32 pixel, is (fx x S + 32 cx, fy y S + 32 cy).
+struct LensNode {
+  static constexpr std::size_t kDegree = 5;
+
+  bool near = false;
+  double radius = 0;  // r_n
+  double value = 0;
+  std::array<double, kDegree> c{};
+  std::array<double, kDegree> o{};
+  std::array<float, kDegree> cFloat{};  // the same, rounded
+  std::array<float, kDegree> oFloat{};
+
+  // A position computed in float (safe) or double (sure) is rounded correctly if it is closer than
+  // this to a whole number of 1/32 pixels. 0 if blocks about this node cannot be computed in float.
+  float safe = 0;
+  double sure = 0;
+  // Raw pixels that a block can extend from the position of its middle, at most.
+  int extent = 0;
+};
+
 class LensTable {
  public:
-  static constexpr std::size_t kDegree = 6;
-  static constexpr double kNodesPerUnit = 64;
-  static constexpr double kLargestReach = 0.05;  // |t| for which the bounds hold
-  static constexpr double kLargestRadius = 8;    // beyond this no camera shows anything well
+  static constexpr double kNodesPerUnit = 32;
+  static constexpr double kLargestRadius = 8;  // beyond this no camera shows anything well
 
-  struct Node {
-    double value;
-    std::array<float, kDegree> c;  // c_1 ... c_6
-  };
+  LensTable() = default;  // empty
 
   // Covers 0 <= r <= min(radius, kLargestRadius).
-  LensTable(const lens::Camera& camera, double radius);
+  // The last node stands for all radii beyond and is not safe.
+  LensTable(const lens::Camera& camera, double radius, const BlockSpread& spread);
 
   std::size_t size() const { return nodes_.size(); }
-  const Node& operator[](std::size_t n) const { return nodes_[n]; }
-
-  // |s(r_n + t) - polynomial with exact coefficients| stays below this for |t| <= reach.
-  double remainderBound(double reach) const;
-
-  // Bounds on |s| for every r, and on |s| and r |ds/dr| within kLargestReach of the nodes.
-  double factorBound() const { return factorBound_; }
-  double largestFactor() const { return largestFactor_; }
-  double slopeBound() const { return slopeBound_; }
+  const LensNode& operator[](std::size_t n) const { return nodes_[n]; }
+  const LensNode* nodes() const { return nodes_.data(); }
 
  private:
-  std::vector<Node> nodes_;
-  double factorBound_;
-  double largestFactor_ = 0;
-  double slopeBound_ = 0;
+  std::vector<LensNode> nodes_;
 };
 
 }  // namespace fisheye_calibration::rendering

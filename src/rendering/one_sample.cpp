@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "images/pixel_format.h"
-#include "rendering/run.h"
 
 namespace fisheye_calibration::rendering {
 namespace {
@@ -12,30 +11,19 @@ namespace {
 struct Position {
   int sx, sy;  // integer parts: the low 16 bits, signed (compatibility 39)
   int a, b;    // fractions, 1/32 pixels
-  bool nowhere;
 
   Position(int u, int v)
       : sx(static_cast<std::int16_t>(static_cast<std::uint32_t>(u) >> 5)),
         sy(static_cast<std::int16_t>(static_cast<std::uint32_t>(v) >> 5)),
         a(u & 31),
-        b(v & 31),
-        nowhere(u == kNowhere && v == kNowhere) {}
+        b(v & 31) {}
 };
 
 bool beginsIn(const images::Frame& frame, const Position& at) {
-  return !at.nowhere && at.sx >= 0 && at.sy >= 0 && at.sx < frame.width && at.sy < frame.height;
-}
-
-bool endsIn(const images::Frame& frame, const Position& at) {
-  return at.sx < frame.width - 1 && at.sy < frame.height - 1;
+  return at.sx >= 0 && at.sy >= 0 && at.sx < frame.width && at.sy < frame.height;
 }
 
 }  // namespace
-
-bool beginsOnBorder(const images::Frame& frame, int u, int v) {
-  const Position at(u, v);
-  return beginsIn(frame, at) && !endsIn(frame, at);
-}
 
 // The last column and row are repeated outwards (compatibility 32), which gives the same bytes as
 // the image library's weighted mean of the existing pixels: in the last column both weights have
@@ -64,8 +52,8 @@ void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
 // 127 (compatibility 31).
 unsigned char validityOfOne(const images::Frame& frame, int u, int v) {
   const Position at(u, v);
-  if (at.nowhere) {
-    return images::kNoContent;
+  if (at.sx >= 0 && at.sy >= 0 && at.sx < frame.width - 1 && at.sy < frame.height - 1) {
+    return 0;
   }
   const auto insideX = [&](int x) { return x >= 0 && x < frame.width; };
   const auto insideY = [&](int y) { return y >= 0 && y < frame.height; };

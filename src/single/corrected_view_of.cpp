@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "rendering/warped_pixels.h"
+#include "rendering/inverse_warp.h"
 #include "single/record.h"
 
 namespace fisheye_calibration::single {

@@ -5,8 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
-#include <opencv2/core.hpp>
+#include <limits>
 
 #include "support/dice.h"
 
@@ -14,193 +13,277 @@ using namespace fisheye_calibration;
 
 namespace {
 
+using rendering::BlockSpread;
+using rendering::LensNode;
 using rendering::LensTable;
 using support::Dice;
 
-lens::Camera lens(double k0, double k1) {
-  lens::Camera camera;
-  camera.k0 = k0;
-  camera.k1 = k1;
-  return camera;
-}
+constexpr double kPi = 3.14159265358979323846;
+constexpr double kHalfSpacing = 0.5 / LensTable::kNodesPerUnit;
 
-// s(r) = theta_d/r with theta_d = theta + k0 theta^2 + k1 theta^3, theta = atan r. Also for r < 0.
+// theta_d/r with theta_d = theta + k0 theta^2 + k1 theta^3, theta = atan r.
 long double radialFactor(const lens::Camera& camera, long double r) {
+  if (r == 0) return 1;
   const long double theta = std::atan(r);
   return theta * (1 + theta * (camera.k0 + theta * camera.k1)) / r;
 }
 
-// ds/dr = (d theta_d/dr - s)/r, d theta_d/dr = (1 + 2 k0 theta + 3 k1 theta^2)/(1 + r^2).
-long double radialSlope(const lens::Camera& camera, long double r) {
-  const long double theta = std::atan(r);
-  const long double rise = (1 + theta * (2 * camera.k0 + theta * 3 * camera.k1)) / (1 + r * r);
-  return (rise - radialFactor(camera, r)) / r;
-}
-
-struct Polynomial {
-  long double value;
-  long double rounding;  // what the coefficients' rounding to float may add up to
-};
-
-Polynomial evaluate(const LensTable::Node& node, long double t) {
-  Polynomial sum{node.value, 0};
-  long double power = 1;
-  for (const float c : node.c) {
-    power *= t;
-    const long double term = static_cast<long double>(c) * power;
-    sum.value += term;
-    sum.rounding += std::abs(term) * 0x1p-24L;
-  }
+double horner(const std::array<double, LensNode::kDegree>& c, double p) {
+  double sum = 0;
+  for (std::size_t k = c.size(); k-- > 0;) sum = sum * p + c[k];
   return sum;
 }
 
-void expectWithinBound(const lens::Camera& camera, double reach, Dice& dice) {
-  const LensTable table(camera, LensTable::kLargestRadius);
-  const long double bound = table.remainderBound(reach);
-  for (int i = 0; i < 5000; ++i) {
-    const int n = dice.whole(0, static_cast<int>(table.size()) - 1);
-    const long double t = dice.number(reach);
-    const long double r = n / static_cast<long double>(LensTable::kNodesPerUnit) + t;
-    if (r == 0) continue;
-    const Polynomial sum = evaluate(table[static_cast<std::size_t>(n)], t);
-    ASSERT_LE(std::abs(sum.value - radialFactor(camera, r)), bound + sum.rounding)
-        << "node " << n << ", t " << static_cast<double>(t);
+double radiusOf(std::size_t n) { return static_cast<double>(n) / LensTable::kNodesPerUnit; }
+
+// The node's S at q, by the formula in lens_table.h.
+double factorByNode(const LensTable& table, std::size_t n, double q) {
+  const LensNode& node = table[n];
+  const double p = q - radiusOf(n) * radiusOf(n);
+  const double even = node.value + horner(node.c, p) * p;
+  return node.near ? even + std::sqrt(q) * horner(node.o, p) : even;
+}
+
+struct View {
+  lens::Camera camera;
+  BlockSpread spread;
+};
+
+View viewOf(const lens::Camera& camera, double across, double down) {
+  View view{camera, {}};
+  view.spread.across = across;
+  view.spread.down = down;
+  view.spread.reach = std::hypot(across / camera.fx, down / camera.fy);
+  return view;
+}
+
+View ordinaryView() { return viewOf({410, 408, 645, 474, 0.02, -0.03, 0}, 18, 3); }
+
+View randomView(Dice& dice) {
+  const double distortion = dice.oneIn(2) ? 0.2 : dice.magnitude(0.1, 3);
+  const double fx = dice.magnitude(150, 8000) * (dice.oneIn(4) ? -1 : 1);
+  const double fy = fx * dice.uniform(0.8, 1.2) * (dice.oneIn(4) ? -1 : 1);
+  View view = viewOf({fx, fy, dice.uniform(-100, 5000), dice.uniform(-100, 4000),
+                      dice.number(distortion), dice.number(distortion), 0},
+                     dice.uniform(1, 60), dice.uniform(1, 60));
+  view.spread.skewed = dice.oneIn(3);
+  view.spread.rayError = dice.oneIn(2) ? 0 : dice.magnitude(1e-13, 1e-11);
+  return view;
+}
+
+// A pixel of a block whose middle is nearest to node n.
+struct Pixel {
+  double middleX, middleY;
+  double x, y;
+};
+
+Pixel randomPixel(Dice& dice, const View& view, std::size_t n) {
+  const double off = dice.oneIn(3) ? (dice.oneIn(2) ? -1 : 1) : dice.number(1);
+  const double r = std::max(radiusOf(n) + off * kHalfSpacing, 0.0);
+  const double phi = dice.oneIn(4) ? kPi / 2 * dice.whole(0, 3) : dice.number(kPi);
+  const auto share = [&] { return dice.oneIn(3) ? (dice.oneIn(2) ? -1 : 1) : dice.number(1); };
+  Pixel pixel{r * std::cos(phi), r * std::sin(phi), 0, 0};
+  pixel.x = pixel.middleX + share() * view.spread.across / view.camera.fx;
+  pixel.y = pixel.middleY + share() * view.spread.down / view.camera.fy;
+  return pixel;
+}
+
+struct Position {
+  long double u, v;
+};
+
+// In 1/32 pixels.
+Position positionOf(const lens::Camera& camera, long double x, long double y) {
+  const long double S = 32 * radialFactor(camera, std::sqrt(x * x + y * y));
+  return {camera.fx * x * S + 32.0L * camera.cx, camera.fy * y * S + 32.0L * camera.cy};
+}
+
+Position positionByNode(const View& view, const LensTable& table, std::size_t n, double x,
+                        double y) {
+  const lens::Camera& camera = view.camera;
+  const double S = factorByNode(table, n, x * x + y * y);
+  return {camera.fx * x * S + 32 * camera.cx, camera.fy * y * S + 32 * camera.cy};
+}
+
+long double distance(const Position& a, const Position& b) {
+  return std::max(std::abs(a.u - b.u), std::abs(a.v - b.v));
+}
+
+// Calls test(node number, pixel) for pixels about the safe nodes of random views.
+template <class Test>
+void forPixelsOfRandomViews(std::uint64_t seed, const Test& test) {
+  Dice dice(seed);
+  int safe = 0;
+  int near = 0;
+  for (int i = 0; i < 150; ++i) {
+    const View view = randomView(dice);
+    const LensTable table(view.camera, 3, view.spread);
+    for (std::size_t n = 0; n < table.size(); ++n) {
+      if (table[n].safe == 0) continue;
+      ++safe;
+      near += table[n].near ? 1 : 0;
+      for (int k = 0; k < 30; ++k) test(dice, view, table, n, randomPixel(dice, view, n));
+      if (testing::Test::HasFatalFailure()) return;
+    }
+  }
+  EXPECT_GT(safe, 5000);
+  EXPECT_GT(near, 200);
+  EXPECT_GT(safe - near, 200);
+}
+
+TEST(LensTable, PositionsStayWithinThePromisedError) {
+  forPixelsOfRandomViews(
+      1, [](Dice&, const View& view, const LensTable& table, std::size_t n, const Pixel& pixel) {
+        const Position wanted = positionOf(view.camera, pixel.x, pixel.y);
+        const Position got = positionByNode(view, table, n, pixel.x, pixel.y);
+        ASSERT_LE(distance(got, wanted), 0.5 - table[n].sure) << "node " << n;
+      });
+}
+
+// The maps' rays are off by so much.
+TEST(LensTable, PromisedErrorIncludesThatOfTheRays) {
+  forPixelsOfRandomViews(2, [](Dice& dice, const View& view, const LensTable& table, std::size_t n,
+                               const Pixel& pixel) {
+    const double phi = dice.number(kPi);
+    const double error = view.spread.rayError;
+    const Position wanted =
+        positionOf(view.camera, static_cast<long double>(pixel.x) + error * std::cos(phi),
+                   static_cast<long double>(pixel.y) + error * std::sin(phi));
+    const Position got = positionByNode(view, table, n, pixel.x, pixel.y);
+    ASSERT_LE(distance(got, wanted), 0.5 - table[n].sure) << "node " << n;
+  });
+}
+
+// Positions of a block are relative to the whole pixel that the node's value gives for its middle.
+TEST(LensTable, ExtentBoundsTheOffsetsOfBlocks) {
+  forPixelsOfRandomViews(
+      3, [](Dice&, const View& view, const LensTable& table, std::size_t n, const Pixel& pixel) {
+        const lens::Camera& c = view.camera;
+        const double S0 = table[n].value;
+        const Position p = positionOf(c, pixel.x, pixel.y);
+        const double baseU = std::floor((c.fx * pixel.middleX * S0 + 32 * c.cx) / 32);
+        const double baseV = std::floor((c.fy * pixel.middleY * S0 + 32 * c.cy) / 32);
+        const Position offset{std::round(p.u) - 32 * baseU, std::round(p.v) - 32 * baseV};
+        ASSERT_LT(distance(offset, {0, 0}), 32 * table[n].extent) << "node " << n;
+        ASSERT_LT(distance(offset, {0, 0}), 32767) << "node " << n;
+      });
+}
+
+TEST(LensTable, FloatIsNeverTrustedMoreThanDouble) {
+  forPixelsOfRandomViews(
+      4, [](Dice&, const View&, const LensTable& table, std::size_t n, const Pixel&) {
+        ASSERT_GT(table[n].safe, 0.4);
+        ASSERT_LT(static_cast<double>(table[n].safe), table[n].sure);
+        ASSERT_LT(table[n].sure, 0.5);
+      });
+}
+
+TEST(LensTable, FloatCoefficientsAreTheRoundedOnes) {
+  forPixelsOfRandomViews(
+      5, [](Dice&, const View&, const LensTable& table, std::size_t n, const Pixel&) {
+        for (std::size_t k = 0; k < LensNode::kDegree; ++k) {
+          ASSERT_EQ(table[n].cFloat[k], static_cast<float>(table[n].c[k]));
+          ASSERT_EQ(table[n].oFloat[k], static_cast<float>(table[n].o[k]));
+        }
+      });
+}
+
+// Loose bounds would be correct, but would have most positions computed twice.
+TEST(LensTable, BoundsOfAnOrdinaryLensAreClose) {
+  const View view = ordinaryView();
+  const LensTable table(view.camera, 3, view.spread);
+  for (std::size_t n = 0; n + 1 < table.size(); ++n) {
+    EXPECT_GT(table[n].safe, 0.495) << n;
+    EXPECT_GT(table[n].sure, 0.499) << n;
+    EXPECT_LE(table[n].extent, 25) << n;
   }
 }
 
-TEST(LensTable, PolynomialsStayWithinTheRemainderBound) {
-  Dice dice(1);
-  for (int i = 0; i < 40; ++i) {
-    const double reach = LensTable::kLargestReach * dice.magnitude(1e-3, 1);
-    expectWithinBound(lens(dice.number(0.2), dice.number(0.2)), reach, dice);
-  }
-}
-
-TEST(LensTable, PolynomialsOfUnusualLensesStayWithinTheRemainderBound) {
-  Dice dice(2);
-  for (int i = 0; i < 20; ++i) {
-    const double reach = dice.magnitude(1e-3, 1);
-    expectWithinBound(lens(dice.number(100), dice.number(100)), LensTable::kLargestReach * reach,
-                      dice);
-  }
-}
-
-TEST(LensTable, PolynomialsOfAnUndistortedLensStayWithinTheRemainderBound) {
-  Dice dice(3);
-  expectWithinBound(lens(0, 0), LensTable::kLargestReach, dice);
-}
-
-// What six terms leave at the node on the axis is -44/105 k0 r^7 and, with k0 = 1 and k1 = 1/3,
-// hardly anything of rounding: the coefficients of r and r^2 are 1 and 0.
-TEST(LensTable, RemainderWorkedOutByHandIsWithinItsBound) {
-  const lens::Camera camera = lens(1, 1.0 / 3);
-  const LensTable table(camera, 1);
-  const long double t = LensTable::kLargestReach;
-  const long double error = radialFactor(camera, t) - evaluate(table[0], t).value;
-  const double remainder = -44.0 / 105 * std::pow(LensTable::kLargestReach, 7);
-  EXPECT_NEAR(static_cast<double>(error), remainder, -0.2 * remainder);
-  EXPECT_LT(std::abs(error), table.remainderBound(LensTable::kLargestReach));
-}
-
-// About r = 0: atan r = r - r^3/3 + r^5/5 - r^7/7, so that
-//   theta^2 = r^2 - 2/3 r^4 + 23/45 r^6, theta^3 = r^3 - r^5 + 14/15 r^7,
-//   theta_d/r = 1 + k0 r + (k1 - 1/3) r^2 - 2/3 k0 r^3 + (1/5 - k1) r^4 + 23/45 k0 r^5
-//               + (14/15 k1 - 1/7) r^6.
+// About r = 0, p = r^2: G = atan r/r = 1 - p/3 + p^2/5 - p^3/7,
+//   G^2 = 1 - 2/3 p + 23/45 p^2, G^3 = 1 - p + 14/15 p^2,
+//   S/32 = G + k1 p G^3 + r k0 G^2
+//        = 1 + (k1 - 1/3) p + (1/5 - k1) p^2 + (14/15 k1 - 1/7) p^3 + r k0 (1 - 2/3 p + 23/45 p^2).
+// Economisation moves terms by little in a short reach, most of all the last ones.
 TEST(LensTable, NodeOnTheAxisHoldsTheSeriesWorkedOutByHand) {
   const double k0 = 0.25;
   const double k1 = -0.5;
-  const LensTable table(lens(k0, k1), 1);
-  const LensTable::Node& node = table[0];
-  EXPECT_EQ(node.value, 1);
-  EXPECT_FLOAT_EQ(node.c[0], 0.25F);
-  EXPECT_FLOAT_EQ(node.c[1], -5.0F / 6);
-  EXPECT_FLOAT_EQ(node.c[2], -1.0F / 6);
-  EXPECT_FLOAT_EQ(node.c[3], 0.7F);
-  EXPECT_FLOAT_EQ(node.c[4], 23.0F / 180);
-  EXPECT_FLOAT_EQ(node.c[5], -7.0F / 15 - 1.0F / 7);
+  const View view = viewOf({410, 408, 645, 474, k0, k1, 0}, 0.01, 0.01);
+  const LensTable table(view.camera, 1, view.spread);
+  const LensNode& node = table[0];
+  ASSERT_TRUE(node.near);
+  EXPECT_NEAR(node.value, 32, 1e-12);
+  EXPECT_NEAR(node.c[0], 32 * (-5.0 / 6), 1e-9);
+  EXPECT_NEAR(node.c[1], 32 * 0.7, 1e-6);
+  EXPECT_NEAR(node.c[2], 32 * (-7.0 / 15 - 1.0 / 7), 1e-3);
+  EXPECT_NEAR(node.o[0], 32 * 0.25, 1e-9);
+  EXPECT_NEAR(node.o[1], 32 * (-1.0 / 6), 1e-6);
+  EXPECT_NEAR(node.o[2], 32 * (23.0 / 180), 1e-3);
 }
 
-// Samples |s| and r |ds/dr| within the reach of all nodes.
-struct Largest {
-  long double factor = 0;
-  long double slope = 0;
-};
+// --- nodes that cannot be used ---
 
-Largest sampled(const lens::Camera& camera, const LensTable& table) {
-  Largest largest;
-  const double end =
-      static_cast<double>(table.size() - 1) / LensTable::kNodesPerUnit + LensTable::kLargestReach;
-  constexpr int kSteps = 4000;
-  for (int i = 1; i <= kSteps; ++i) {
-    const long double r = static_cast<long double>(end) * i / kSteps;
-    largest.factor = std::max(largest.factor, std::abs(radialFactor(camera, r)));
-    largest.slope = std::max(largest.slope, r * std::abs(radialSlope(camera, r)));
+testing::AssertionResult hasNoSafeNode(const View& view) {
+  const LensTable table(view.camera, 3, view.spread);
+  for (std::size_t n = 0; n < table.size(); ++n) {
+    if (!(table[n].safe == 0 && table[n].sure == 0)) {
+      return testing::AssertionFailure() << "node " << n << " is safe";
+    }
   }
-  return largest;
+  return testing::AssertionSuccess();
 }
 
-TEST(LensTable, BoundsHoldForSampledRadii) {
-  Dice dice(4);
-  for (int i = 0; i < 300; ++i) {
-    const double reach = dice.oneIn(2) ? 0.2 : dice.magnitude(0.1, 100);
-    const lens::Camera camera = lens(dice.number(reach), dice.number(reach));
-    const LensTable table(camera, dice.magnitude(0.01, 20));
-    const Largest largest = sampled(camera, table);
-    ASSERT_LE(largest.factor, table.largestFactor()) << camera.k0 << ", " << camera.k1;
-    ASSERT_LE(largest.slope, table.slopeBound()) << camera.k0 << ", " << camera.k1;
-  }
-}
-
-// Loose bounds would be right, but would have most positions computed twice.
-TEST(LensTable, BoundsOfAnOrdinaryLensAreClose) {
-  const lens::Camera camera = lens(0.02, -0.03);
-  const LensTable table(camera, 2);
-  const Largest largest = sampled(camera, table);
-  EXPECT_LT(table.largestFactor(), 1.1 * largest.factor);
-  EXPECT_LT(table.slopeBound(), 1.2 * largest.slope);
-  EXPECT_LT(table.remainderBound(LensTable::kLargestReach), 1e-8);
-}
-
-TEST(LensTable, FactorBoundHoldsForEveryRadius) {
-  Dice dice(5);
-  for (int i = 0; i < 100; ++i) {
-    const lens::Camera camera = lens(dice.number(10), dice.number(10));
-    const LensTable table(camera, 0.1);
-    for (int k = 0; k < 200; ++k) {
-      const double r = dice.magnitude(1e-6, 1e12);
-      ASSERT_LE(std::abs(radialFactor(camera, r)), table.factorBound()) << r;
+// Other numbers that are not finite have no table (ViewGeometry::hasBlocks).
+TEST(LensTable, OfDistortionsThatAreNotFiniteHasNoSafeNode) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (double lens::Camera::*const field : {&lens::Camera::k0, &lens::Camera::k1}) {
+    for (const double value : {kInfinity, -kInfinity, std::nan("")}) {
+      View view = ordinaryView();
+      view.camera.*field = value;
+      EXPECT_TRUE(hasNoSafeNode(view)) << value;
     }
   }
 }
 
-// The remainder's bound rests on this: Cauchy's estimate on discs of radius 0.9 about the nodes.
-// The largest value lies on their edges.
-TEST(LensTable, FactorBoundHoldsOnDiscsAboutTheNodes) {
-  using Complex = std::complex<double>;
-  Dice dice(6);
-  for (int i = 0; i < 100; ++i) {
-    const double reach = dice.magnitude(1e-3, 100);
-    const lens::Camera camera = lens(dice.number(reach), dice.number(reach));
-    const LensTable table(camera, 2);
-    for (int k = 0; k < 500; ++k) {
-      const double node = dice.oneIn(4) ? 0 : dice.whole(0, 128) / LensTable::kNodesPerUnit;
-      const Complex z = node + std::polar(0.9, dice.number(CV_PI));
-      const Complex theta = std::atan(z);
-      const Complex s = theta * (1.0 + theta * (camera.k0 + theta * camera.k1)) / z;
-      ASSERT_LE(std::abs(s), table.factorBound()) << z;
+TEST(LensTable, OfHugeNumbersHasNoSafeNode) {
+  for (double lens::Camera::*const field :
+       {&lens::Camera::fx, &lens::Camera::fy, &lens::Camera::cx, &lens::Camera::cy,
+        &lens::Camera::k0, &lens::Camera::k1}) {
+    for (const double value : {1e15, -1e200, 1e308}) {
+      View view = ordinaryView();
+      view.camera.*field = value;
+      EXPECT_TRUE(hasNoSafeNode(view)) << value;
     }
   }
 }
 
-TEST(LensTable, CoversTheRequestedRadius) {
-  EXPECT_EQ(LensTable(lens(0, 0), 0).size(), 1U);
-  EXPECT_EQ(LensTable(lens(0, 0), 1).size(), 65U);
-  EXPECT_EQ(LensTable(lens(0, 0), 1.001).size(), 66U);
+TEST(LensTable, OfBlocksThatSpreadTooFarHasNoSafeNode) {
+  View view = ordinaryView();
+  view.spread.reach = 1;
+  EXPECT_TRUE(hasNoSafeNode(view));
+  view.spread.reach = std::nan("");
+  EXPECT_TRUE(hasNoSafeNode(view));
 }
 
-TEST(LensTable, EndsAtTheLargestRadius) {
-  EXPECT_EQ(LensTable(lens(0, 0), 1e300).size(), 513U);
-  EXPECT_EQ(LensTable(lens(0, 0), std::nan("")).size(), 513U);
+TEST(LensTable, OfRaysThatAreTooFarOffHasNoSafeNode) {
+  View view = ordinaryView();
+  view.spread.rayError = 1e-5;  // 410 px * 32 * 1e-5 = 0.13
+  EXPECT_TRUE(hasNoSafeNode(view));
+}
+
+TEST(LensTable, CoversTheRequestedRadiusAndEndsWithANodeThatIsNotSafe) {
+  const View view = ordinaryView();
+  const auto sizeFor = [&](double radius) {
+    const LensTable table(view.camera, radius, view.spread);
+    EXPECT_EQ(table[table.size() - 1].safe, 0) << radius;
+    EXPECT_EQ(table[table.size() - 1].sure, 0) << radius;
+    return table.size();
+  };
+  EXPECT_EQ(sizeFor(0), 2U);
+  EXPECT_EQ(sizeFor(1), 34U);
+  EXPECT_EQ(sizeFor(1.001), 35U);
+  EXPECT_EQ(sizeFor(8), 258U);
+  EXPECT_EQ(sizeFor(1e300), 258U);
+  EXPECT_EQ(sizeFor(std::nan("")), 258U);
 }
 
 }  // namespace

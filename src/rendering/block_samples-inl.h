@@ -1,0 +1,202 @@
+// Samples a block of output pixels and its mask. Compiled once per instruction set.
+#if defined(FISHEYE_BLOCK_SAMPLES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef FISHEYE_BLOCK_SAMPLES_INL_H_
+#undef FISHEYE_BLOCK_SAMPLES_INL_H_
+#else
+#define FISHEYE_BLOCK_SAMPLES_INL_H_
+#endif
+
+#include <algorithm>
+#include <cstring>
+
+#include "images/pixel_format.h"
+#include "rendering/colour_samples-inl.h"
+#include "rendering/grey_samples-inl.h"
+#include "rendering/one_sample.h"
+
+#if FISHEYE_HAS_BLOCKS
+
+HWY_BEFORE_NAMESPACE();
+namespace fisheye_calibration::rendering {
+namespace HWY_NAMESPACE {
+
+// A block that is ready to be sampled.
+struct SampledBlock {
+  const BlockPositions* positions;
+  std::int32_t baseU, baseV;
+  int extent;             // see LensNode
+  bool edge;              // not all pixels are shown
+  bool isLast;            // nothing may be written behind it
+  bool isUpwards;         // the next block below in the view was sampled before
+  unsigned char* pixels;  // of the block
+  unsigned char* mask;    // may be null
+};
+
+// Columns to the right of a sample's first one, and rows below, that are read along with it.
+template <int kBytes>
+constexpr int kColumnsRead = kBytes == 1 ? kWindowColumns : (kPairBytes + kBytes - 1) / kBytes;
+template <int kBytes>
+constexpr int kRowsRead = kBytes == 1 ? kWindowRows : 2;
+
+// Lanes with x0 <= x <= x1 and y0 <= y <= y1.
+HWY_INLINE hn::Mask<D16> between(V16 x, int x0, int x1, V16 y, int y0, int y1) {
+  const auto limit = [](int value)
+                         HWY_ATTR { return broadcast16(std::clamp(value, -32768, 32767)); };
+  return hn::And(hn::And(hn::Gt(x, limit(x0 - 1)), hn::Lt(x, limit(x1 + 1))),
+                 hn::And(hn::Gt(y, limit(y0 - 1)), hn::Lt(y, limit(y1 + 1))));
+}
+
+// Whether everything that is read for any position of the block lies in the frame.
+template <int kBytes>
+HWY_INLINE bool isDeepInside(const images::Frame& frame, const SampledBlock& block) {
+  return block.baseU >= block.extent && block.baseV >= block.extent &&
+         block.baseU + block.extent + kColumnsRead<kBytes> <= frame.width &&
+         block.baseV + block.extent + kRowsRead<kBytes> <= frame.height;
+}
+
+template <int kBytes>
+HWY_INLINE Samples samplesAt(const images::Frame& frame, const SampledBlock& block, int k) {
+  const auto stride = static_cast<std::ptrdiff_t>(frame.stride());
+  return {frame.pixels,
+          (frame.height - 1 - block.baseV) * stride + std::ptrdiff_t{block.baseU} * kBytes,
+          stride,
+          block.isUpwards ? kRowsAhead * stride : -kRowsAhead * stride,
+          hn::Load(D16(), block.positions->u + k),
+          hn::Load(D16(), block.positions->v + k)};
+}
+
+template <int kBytes, bool kMasked>
+HWY_INLINE void sampleInside(const Samples& samples, V16 shown, bool windows, bool isLast,
+                             unsigned char* pixels) {
+  if constexpr (kBytes == 1) {
+    V16 values;
+    if (HWY_UNLIKELY(!windows || !sampleWindows(samples, values))) {
+      values = sampleScattered(samples);
+    }
+    storeGrey(kMasked ? hn::And(values, shown) : values, pixels);
+  } else {
+    const ColourValues values = sampleColour<kBytes, kMasked>(samples, shown);
+    if (kBytes == 3) {
+      storeTriples(values, pixels, isLast);
+    } else {
+      storeQuads(values, pixels);
+    }
+  }
+}
+
+HWY_INLINE void storeMask(V16 shown, unsigned char* mask) {
+  const hn::Rebind<std::int8_t, D16> d;
+  hn::StoreU(hn::DemoteTo(d, hn::Not(shown)), d, reinterpret_cast<std::int8_t*>(mask));
+}
+
+// One by one, the samples that lie partly in the frame or too close to its end.
+template <int kBytes>
+HWY_INLINE void sampleOneByOne(const images::Frame& frame, const SampledBlock& block, int k,
+                               hn::Mask<D16> which) {
+  alignas(64) std::int16_t chosen[kWide];
+  hn::Store(hn::VecFromMask(D16(), which), D16(), chosen);
+  for (int i = 0; i < kWide; ++i) {
+    if (chosen[i] != 0) {
+      const int u = kFractions * block.baseU + block.positions->u[k + i];
+      const int v = kFractions * block.baseV + block.positions->v[k + i];
+      sampleOne(frame, u, v, block.pixels + (k + i) * kBytes);
+      if (block.mask != nullptr) {
+        block.mask[k + i] = validityOfOne(frame, u, v);
+      }
+    }
+  }
+}
+
+// kWide pixels of a block at the frame's border. Samples that are read safely are computed
+// together; the others take the place of one of them meanwhile.
+template <int kBytes>
+HWY_NOINLINE void sampleBorder(const images::Frame& frame, const SampledBlock& block, int k) {
+  constexpr int kColumns = kBytes == 1 ? 2 : kColumnsRead<kBytes>;
+  const D16 d;
+  Samples samples = samplesAt<kBytes>(frame, block, k);
+  V16 shown = block.edge ? hn::Load(d, block.positions->shown + k) : broadcast16(-1);
+  const V16 x = wholePixels(samples.u);
+  const V16 y = wholePixels(samples.v);
+  const int baseU = block.baseU;
+  const int baseV = block.baseV;
+  const auto wanted = hn::Ne(shown, hn::Zero(d));
+  const auto safe = hn::And(wanted, between(x, -baseU, frame.width - kColumns - baseU, y, -baseV,
+                                            frame.height - 2 - baseV));
+  const auto touching = hn::And(wanted, between(x, -1 - baseU, frame.width - 1 - baseU, y,
+                                                -1 - baseV, frame.height - 1 - baseV));
+  shown = hn::VecFromMask(d, safe);
+  alignas(64) std::int16_t lanes[kWide];
+  hn::Store(shown, d, lanes);
+  const auto first = std::find(lanes, lanes + kWide, -1) - lanes;
+  if (first < kWide) {
+    samples.u = hn::IfThenElse(safe, samples.u, broadcast16(block.positions->u[k + first]));
+    samples.v = hn::IfThenElse(safe, samples.v, broadcast16(block.positions->v[k + first]));
+    sampleInside<kBytes, true>(samples, shown, false, block.isLast && k + kWide == kBlock,
+                               block.pixels + k * kBytes);
+  } else {
+    std::memset(block.pixels + k * kBytes, 0, static_cast<std::size_t>(kWide * kBytes));
+  }
+  if (block.mask != nullptr) {
+    storeMask(shown, block.mask + k);
+  }
+  sampleOneByOne<kBytes>(frame, block, k, hn::AndNot(safe, touching));
+}
+
+template <int kBytes, bool kMasked>
+HWY_INLINE void sampleDeepInside(const images::Frame& frame, const SampledBlock& block, int k) {
+  const V16 shown = kMasked ? hn::Load(D16(), block.positions->shown + k) : broadcast16(-1);
+  sampleInside<kBytes, kMasked>(samplesAt<kBytes>(frame, block, k), shown, true,
+                                block.isLast && k + kWide == kBlock, block.pixels + k * kBytes);
+  if (block.mask == nullptr) {
+    return;
+  }
+  if (kMasked) {
+    storeMask(shown, block.mask + k);
+  } else {
+    std::memset(block.mask + k, 0, kWide);
+  }
+}
+
+// Whether everything that is read for kWide pixels lies in the frame.
+template <int kBytes>
+HWY_NOINLINE bool isInside(const images::Frame& frame, const SampledBlock& block, int k) {
+  const V16 x = wholePixels(hn::Load(D16(), block.positions->u + k));
+  const V16 y = wholePixels(hn::Load(D16(), block.positions->v + k));
+  return hn::AllTrue(D16(),
+                     between(x, -block.baseU, frame.width - kColumnsRead<kBytes> - block.baseU, y,
+                             -block.baseV, frame.height - kRowsRead<kBytes> - block.baseV));
+}
+
+template <int kBytes, bool kMasked>
+HWY_INLINE void sampleParts(const images::Frame& frame, const SampledBlock& block) {
+  const bool deep = isDeepInside<kBytes>(frame, block);
+  HWY_UNROLL(4)
+  for (int k = 0; k < kBlock; k += kWide) {
+    if (HWY_LIKELY(deep || isInside<kBytes>(frame, block, k))) {
+      sampleDeepInside<kBytes, kMasked>(frame, block, k);
+    } else {
+      sampleBorder<kBytes>(frame, block, k);
+    }
+  }
+}
+
+template <int kBytes>
+HWY_NOINLINE void sampleEdgeBlock(const images::Frame& frame, const SampledBlock& block) {
+  sampleParts<kBytes, true>(frame, block);
+}
+
+template <int kBytes>
+HWY_INLINE void sampleBlock(const images::Frame& frame, const SampledBlock& block) {
+  if (HWY_UNLIKELY(block.edge)) {
+    sampleEdgeBlock<kBytes>(frame, block);
+  } else {
+    sampleParts<kBytes, false>(frame, block);
+  }
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace fisheye_calibration::rendering
+HWY_AFTER_NAMESPACE();
+
+#endif  // FISHEYE_HAS_BLOCKS
+#endif  // per-target include guard

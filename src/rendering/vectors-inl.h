@@ -1,0 +1,98 @@
+// The vectors that blocks are computed in. Compiled once per instruction set.
+#include <hwy/highway.h>
+
+#if defined(FISHEYE_VECTORS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef FISHEYE_VECTORS_INL_H_
+#undef FISHEYE_VECTORS_INL_H_
+#else
+#define FISHEYE_VECTORS_INL_H_
+#endif
+
+#include <cstddef>
+#include <cstdint>
+
+#include "rendering/block_batch.h"
+
+// Blocks are computed in vectors of a known number of bytes. Without those, or without doubles,
+// every pixel is computed as the plain steps do.
+#undef FISHEYE_HAS_BLOCKS
+#if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE || !HWY_HAVE_FLOAT64 || \
+    (HWY_TARGET & (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)) != 0
+#define FISHEYE_HAS_BLOCKS 0
+#else
+#define FISHEYE_HAS_BLOCKS 1
+#endif
+
+#if FISHEYE_HAS_BLOCKS
+
+HWY_BEFORE_NAMESPACE();
+namespace fisheye_calibration::rendering {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using DF = hn::CappedTag<float, 16>;
+using D32 = hn::Rebind<std::int32_t, DF>;
+using DU32 = hn::Rebind<std::uint32_t, DF>;
+using D16 = hn::Repartition<std::int16_t, DF>;
+using DU8 = hn::Repartition<std::uint8_t, DF>;
+using VF = hn::Vec<DF>;
+using V32 = hn::Vec<D32>;
+using V16 = hn::Vec<D16>;
+using VU8 = hn::Vec<DU8>;
+
+constexpr int kLanes = static_cast<int>(hn::MaxLanes(DF()));
+constexpr int kWide = 2 * kLanes;          // 16-bit lanes
+constexpr int kVectors = kBlock / kLanes;  // of floats per block
+constexpr int kParts = kWide / 8;          // 16-byte parts per vector, of 8 pixels in 16-bit lanes
+
+HWY_INLINE VF broadcast(float x) { return hn::Set(DF(), x); }
+HWY_INLINE V16 broadcast16(int x) { return hn::Set(D16(), static_cast<std::int16_t>(x)); }
+
+// Joins kParts vectors of 16 bytes, each from its own address.
+using Part = hn::Full128<std::uint8_t>;
+
+HWY_INLINE VU8 join(const hn::Vec<Part>* parts) {
+#if HWY_MAX_BYTES >= 64
+  const hn::Full256<std::uint8_t> d256;
+  return hn::Combine(DU8(), hn::Combine(d256, parts[3], parts[2]),
+                     hn::Combine(d256, parts[1], parts[0]));
+#elif HWY_MAX_BYTES == 32
+  return hn::Combine(DU8(), parts[1], parts[0]);
+#else
+  return parts[0];
+#endif
+}
+
+// Half of the lanes of each part, sign-extended to 32 bits: pixels 0 ... 3 or 4 ... 7 of every 8.
+HWY_INLINE V32 lowerHalves(V16 x) {
+  return hn::ShiftRight<16>(hn::BitCast(D32(), hn::InterleaveLower(D16(), x, x)));
+}
+HWY_INLINE V32 upperHalves(V16 x) {
+  return hn::ShiftRight<16>(hn::BitCast(D32(), hn::InterleaveUpper(D16(), x, x)));
+}
+// The reverse: lower and upper halves of each part, in order.
+HWY_INLINE V16 fromHalves(V32 lower, V32 upper) {
+  return hn::ReorderDemote2To(D16(), lower, upper);
+}
+
+// Pixel offsets from a block's middle in the order in which fromHalves puts them right.
+struct LaneOffsets {
+  alignas(64) float k[kBlock];
+  alignas(64) int pixel[kBlock];
+  constexpr LaneOffsets() : k(), pixel() {
+    for (int i = 0; i < kBlock; ++i) {
+      const int lane = i % kLanes;
+      pixel[i] = i / kWide * kWide + lane / 4 * 8 + i / kLanes % 2 * 4 + lane % 4;
+      k[i] = static_cast<float>(pixel[i] - kBlock / 2);
+    }
+  }
+};
+constexpr LaneOffsets kOffsets;
+
+}  // namespace HWY_NAMESPACE
+}  // namespace fisheye_calibration::rendering
+HWY_AFTER_NAMESPACE();
+
+#endif  // FISHEYE_HAS_BLOCKS
+#endif  // per-target include guard

@@ -1,0 +1,88 @@
+// What all blocks of a corrected view share: the geometry and its error bounds.
+#pragma once
+
+#include <cstdint>
+
+#include "rendering/inverse_warp.h"
+#include "rendering/lens_table.h"
+#include "rendering/raw_position.h"
+
+namespace fisheye_calibration::rendering {
+
+// Blocks are rows of so many output pixels. Positions of a block are first computed in 32-bit float
+// relative to its middle pixel. Where the error of that could change a rounding, the pixel is
+// computed again in double and, if that does not suffice, as the plain steps compute it.
+constexpr int kBlock = 32;
+
+class ViewGeometry {
+ public:
+  ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp);
+
+  const RectifyingRays& rays() const { return rays_; }
+  const InverseWarp& warp() const { return warp_; }
+
+  // The lens about a node of the table for all blocks or, if that is given by its index plus kFine,
+  // of the one for blocks that extend no farther than fineReachX and fineReachY. Most blocks do;
+  // only views with large steps have two tables.
+  const LensNode& node(std::int32_t index) const {
+    return index < kFine ? table_[static_cast<std::size_t>(index)]
+                         : fine_[static_cast<std::size_t>(index - kFine)];
+  }
+  static constexpr std::int32_t kFine = 1024;
+  const LensTable& table() const { return table_; }
+  const LensTable& finestTable() const { return fineReachX_ > 0 ? fine_ : table_; }
+  double fineReachX() const { return fineReachX_; }
+  double fineReachY() const { return fineReachY_; }
+
+  // Whether blocks can be computed in float at all.
+  bool hasBlocks() const { return hasBlocks_; }
+
+  // x = xx column + xy row + x0, y = yy row + y0: the normalised coordinates of an undistorted
+  // pixel.
+  double xx() const { return xx_; }
+  double xy() const { return xy_; }
+  double x0() const { return x0_; }
+  double yy() const { return yy_; }
+  double y0() const { return y0_; }
+
+  // Source pixels from the middle of a block to its other pixels, at most; blocks that reach
+  // farther are not computed in float.
+  double reachX() const { return reachX_; }
+  double reachY() const { return reachY_; }
+
+  // Blocks with a larger 1/|w| at their middle are too close to the horizon for float.
+  double largestPerW() const { return largestPerW_; }
+
+  // A source pixel computed in float is rounded correctly if it is closer to a whole number than
+  // this minus kPlainRounding times the larger of the middle's coordinates.
+  double clear() const { return clear_; }
+  static constexpr double kPlainRounding = 0x1.01p-24;
+
+  // The numerator of a source pixel advances by at most kSteepOffsets steps within a block if the
+  // denominator changes by less than kSteep per pixel, and by kGentleOffsets if by less than
+  // kGentle.
+  static constexpr double kGentle = 1e-3;
+  static constexpr double kGentleOffsets = 16.5;
+  static constexpr double kSteep = 0.02;
+  static constexpr double kSteepOffsets = 24;
+
+ private:
+  BlockSpread spreadOf(double reachX, double reachY) const;
+  LensTable tableFor(double reachX, double reachY) const;
+  double radiusBound() const;
+
+  RectifyingRays rays_;
+  InverseWarp warp_;
+  double xx_, xy_, x0_, yy_, y0_;
+  double reachX_;
+  double reachY_;
+  double largestPerW_ = 0;
+  double clear_ = 0;
+  double fineReachX_ = 0;
+  double fineReachY_ = 0;
+  LensTable table_;
+  LensTable fine_;
+  bool hasBlocks_;
+};
+
+}  // namespace fisheye_calibration::rendering

@@ -1,0 +1,132 @@
+#include "rendering/block_access.h"
+
+#include <algorithm>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "rendering/block_access.cpp"
+#include <hwy/foreach_target.h>  // IWYU pragma: keep
+#include <hwy/highway.h>
+
+#include "rendering/block_positions-inl.h"
+#include "rendering/block_samples-inl.h"
+#include "rendering/block_setup-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace fisheye_calibration::rendering {
+namespace HWY_NAMESPACE {
+namespace {
+
+#if FISHEYE_HAS_BLOCKS
+
+bool AreComputed() { return true; }
+
+void Prepare(const ViewGeometry& view, const RowPart& part, int first, BlockBatch& batch) {
+  prepareBatch(view, part, first, batch);
+}
+
+void TraceBlock(const ViewGeometry& view, const BlockBatch& batch, int i, blocks::Trace& trace) {
+  const LensNode& node = view.node(batch.node[i]);
+  const BlockKind kind{view.xy() != 0, (batch.gentle >> i & 1) == 0, node.near,
+                       (batch.inside >> i & 1) == 0};
+  detailedBlock(view, batch, i, kind, trace.positions, trace.detail);
+  std::copy_n(kOffsets.pixel, kBlock, trace.order.begin());
+}
+
+void Sample(const images::Frame& frame, const blocks::Request& request, unsigned char* pixels,
+            unsigned char* mask) {
+  const SampledBlock block{&request.positions,
+                           request.baseU,
+                           request.baseV,
+                           request.extent,
+                           request.edge,
+                           request.isLast,
+                           false,
+                           pixels,
+                           mask};
+  switch (frame.bytes) {
+    case 1:
+      return sampleBlock<1>(frame, block);
+    case 3:
+      return sampleBlock<3>(frame, block);
+    default:
+      return sampleBlock<4>(frame, block);
+  }
+}
+
+bool SumsOfPairsAgree(const std::uint8_t* x, const std::uint8_t* weights) {
+  const DU8 d;
+  const auto own = sumsOfPairs(hn::LoadU(d, x), hn::LoadU(d, weights));
+  const auto portable = sumsOfPairsPortable(hn::LoadU(d, x), hn::LoadU(d, weights));
+  return hn::AllTrue(D16(), hn::Eq(own, portable));
+}
+
+bool NarrowingAgrees(const std::uint8_t* a, const std::uint8_t* b) {
+  const DU8 d;
+  const auto values = [&](const std::uint8_t* bytes) HWY_ATTR {
+    return hn::And(hn::BitCast(D16(), hn::LoadU(d, bytes)), hn::Set(D16(), 0xFF));
+  };
+  const auto own = narrow(values(a), values(b));
+  return hn::AllTrue(d, hn::Eq(own, narrowPortable(values(a), values(b))));
+}
+
+#else
+
+bool AreComputed() { return false; }
+void Prepare(const ViewGeometry&, const RowPart&, int, BlockBatch&) {}
+void TraceBlock(const ViewGeometry&, const BlockBatch&, int, blocks::Trace&) {}
+void Sample(const images::Frame&, const blocks::Request&, unsigned char*, unsigned char*) {}
+bool SumsOfPairsAgree(const std::uint8_t*, const std::uint8_t*) { return false; }
+bool NarrowingAgrees(const std::uint8_t*, const std::uint8_t*) { return false; }
+
+#endif  // FISHEYE_HAS_BLOCKS
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace fisheye_calibration::rendering
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace fisheye_calibration::rendering {
+namespace {
+
+HWY_EXPORT(AreComputed);
+HWY_EXPORT(Prepare);
+HWY_EXPORT(TraceBlock);
+HWY_EXPORT(Sample);
+HWY_EXPORT(SumsOfPairsAgree);
+HWY_EXPORT(NarrowingAgrees);
+
+}  // namespace
+}  // namespace fisheye_calibration::rendering
+
+namespace blocks {
+
+using namespace fisheye_calibration::rendering;
+
+bool areComputed() { return HWY_DYNAMIC_DISPATCH(AreComputed)(); }
+
+void prepare(const ViewGeometry& view, const RowPart& part, int first, BlockBatch& batch) {
+  HWY_DYNAMIC_DISPATCH(Prepare)(view, part, first, batch);
+}
+
+Trace trace(const ViewGeometry& view, const BlockBatch& batch, int i) {
+  Trace trace;
+  HWY_DYNAMIC_DISPATCH(TraceBlock)(view, batch, i, trace);
+  return trace;
+}
+
+void sample(const images::Frame& frame, const Request& request, unsigned char* pixels,
+            unsigned char* mask) {
+  HWY_DYNAMIC_DISPATCH(Sample)(frame, request, pixels, mask);
+}
+
+bool sumsOfPairsAgree(const Bytes64& x, const Bytes64& weights) {
+  return HWY_DYNAMIC_DISPATCH(SumsOfPairsAgree)(x.data(), weights.data());
+}
+
+bool narrowingAgrees(const Bytes64& a, const Bytes64& b) {
+  return HWY_DYNAMIC_DISPATCH(NarrowingAgrees)(a.data(), b.data());
+}
+
+}  // namespace blocks
+#endif  // HWY_ONCE

@@ -1,0 +1,186 @@
+// SingleCamCorrected against the plain pipeline, byte for byte, where the renderer's blocks of 32
+// pixels begin, end and meet the borders of frames and views.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "fisheye_calibration.h"
+#include "support/dice.h"
+#include "support/instruction_sets.h"
+#include "support/plain_correction.h"
+
+namespace {
+
+using support::Dice;
+using Bytes = std::vector<unsigned char>;
+
+constexpr unsigned char kUntouched = 0xA5;
+constexpr std::size_t kGuard = 64;
+
+#ifdef __OPTIMIZE__
+constexpr std::uint64_t kScenes = 4000;  // of each part
+#else
+constexpr std::uint64_t kScenes = 400;
+#endif
+
+struct Scene {
+  int srcWidth, srcHeight, bitCount;
+  int dstWidth, dstHeight;
+  FishEyeCalibrationParam param{};
+  Bytes src;
+};
+
+void setHomography(FishEyeCalibrationParam& param, const cv::Matx33d& H) {
+  double* const p[] = {&param.p1, &param.p2, &param.p3, &param.p4, &param.p5,
+                       &param.p6, &param.p7, &param.p8, &param.p9};
+  for (int i = 0; i < 9; ++i) *p[i] = H.val[i];
+}
+
+cv::Matx33d shift(double x, double y) { return {1, 0, x, 0, 1, y, 0, 0, 1}; }
+
+// Turned, zoomed and tilted about the view's middle.
+cv::Matx33d viewOf(Dice& dice, const Scene& scene) {
+  const double turn = dice.oneIn(3) ? dice.number(4) : dice.number(0.2);
+  const double scale = dice.magnitude(0.4, 3);
+  const double tilt = dice.oneIn(4) ? 1.5 : 0.3;
+  const cv::Matx33d turned(scale * std::cos(turn), -scale * std::sin(turn), 0,
+                           scale * std::sin(turn), scale * std::cos(turn), 0,
+                           dice.number(tilt) / scene.dstWidth, dice.number(tilt) / scene.dstHeight,
+                           1);
+  const double x = scene.dstWidth * 0.5;
+  const double y = scene.dstHeight * 0.5;
+  return shift(x, y) * turned * shift(-x, -y);
+}
+
+void setCamera(Dice& dice, Scene& scene) {
+  FishEyeCalibrationParam& param = scene.param;
+  const double focal = std::max(scene.srcWidth, scene.dstWidth) * dice.magnitude(0.1, 1.5);
+  param.fx = static_cast<float>(focal);
+  param.fy = static_cast<float>(focal * dice.uniform(0.95, 1.05));
+  param.u0 = static_cast<float>(scene.srcWidth * dice.uniform(0.3, 0.7));
+  param.v0 = static_cast<float>(scene.srcHeight * dice.uniform(0.3, 0.7));
+  param.k0 = dice.number(0.1);
+  param.k1 = dice.number(0.1);
+  if (dice.oneIn(4)) param.skewness = dice.numberF(0.2F * param.fx);
+  setHomography(param, viewOf(dice, scene));
+  param.ImageDx = dice.numberF(3);
+  param.ImageDy = dice.numberF(3);
+  if (dice.oneIn(5)) {  // source pixels and positions on ties
+    param.fx = param.fy = 1e6F;
+    param.u0 = static_cast<float>(dice.whole(-200, 2000)) / 64;
+    param.v0 = static_cast<float>(dice.whole(-200, 2000)) / 64;
+    param.k0 = param.k1 = 0;
+    setHomography(param, cv::Matx33d::diag({dice.oneIn(2) ? 1.0 : 0.5, 1, 1}));
+    param.ImageDx = static_cast<float>(dice.whole(-80, 80)) / 4;
+    param.ImageDy = static_cast<float>(dice.whole(-80, 80)) / 4;
+  }
+  if (dice.oneIn(12)) param.u0 = dice.numberF(4e4);  // far from the frame, up to wrapping around
+}
+
+void fill(Dice& dice, Scene& scene) {
+  scene.src.resize(static_cast<std::size_t>(scene.srcWidth * scene.srcHeight * scene.bitCount / 8));
+  const int kind = dice.whole(0, 3);
+  for (unsigned char& byte : scene.src) {
+    byte = static_cast<unsigned char>(kind == 0 ? 255 * dice.whole(0, 1) : dice.whole(0, 255));
+  }
+}
+
+// Sizes around whole blocks, and frames around the least that can be read in vectors.
+Scene sceneAroundBlocks(std::uint64_t seed) {
+  Dice dice(seed);
+  const int bitCounts[] = {8, 24, 32};
+  const int widths[] = {31, 32, 33, 63, 64, 65, 96, 255, 256, 257, 288, 289};
+  Scene scene{};
+  scene.bitCount = bitCounts[dice.whole(0, 2)];
+  scene.srcWidth = dice.oneIn(3) ? dice.whole(1, 40) : dice.whole(40, 200);
+  scene.srcHeight = dice.oneIn(3) ? dice.whole(1, 9) : dice.whole(9, 60);
+  scene.dstWidth = dice.oneIn(2) ? widths[dice.whole(0, 11)] : dice.whole(30, 140);
+  scene.dstHeight = dice.whole(1, 7);
+  setCamera(dice, scene);
+  if (dice.oneIn(2)) {  // views that look at the frame's middle even if they are low
+    scene.param.ImageDy += static_cast<float>(dice.whole(-3, 3));
+  }
+  fill(dice, scene);
+  return scene;
+}
+
+// Rows of about 32767 bytes.
+Scene sceneWithLongRows(std::uint64_t seed) {
+  Dice dice(seed);
+  Scene scene{};
+  switch (dice.whole(0, 2)) {
+    case 0:
+      scene.bitCount = 8;
+      scene.srcWidth = 32767 + dice.whole(-2, 2);
+      break;
+    case 1:
+      scene.bitCount = 24;
+      scene.srcWidth = 10922 + dice.whole(-1, 1);
+      break;
+    default:
+      scene.bitCount = 32;
+      scene.srcWidth = 8191 + dice.whole(-1, 2);
+  }
+  scene.srcHeight = dice.whole(2, 12);
+  scene.dstWidth = dice.whole(32, 200);
+  scene.dstHeight = dice.whole(1, 5);
+  setCamera(dice, scene);
+  scene.param.u0 = static_cast<float>(scene.srcWidth * dice.uniform(0, 1));
+  if (dice.oneIn(2)) scene.param.fx = scene.param.fy = static_cast<float>(dice.uniform(50, 500));
+  fill(dice, scene);
+  return scene;
+}
+
+struct View {
+  bool shown = false;
+  Bytes dst;
+  Bytes mask;
+
+  bool operator==(const View&) const = default;
+};
+
+// With guard bytes around both outputs.
+template <class Renderer>
+View render(const Renderer& renderer, Scene& scene) {
+  const auto pixels = static_cast<std::size_t>(scene.dstWidth * scene.dstHeight);
+  View view;
+  view.dst.assign(pixels * static_cast<std::size_t>(scene.bitCount / 8) + 2 * kGuard, kUntouched);
+  view.mask.assign(pixels + 2 * kGuard, kUntouched);
+  view.shown = renderer(scene.src.data(), scene.srcWidth, scene.srcHeight, scene.bitCount,
+                        scene.param, view.dst.data() + kGuard, scene.dstWidth, scene.dstHeight,
+                        view.mask.data() + kGuard);
+  return view;
+}
+
+template <class Generator>
+void expectPlain(const Generator& generator, std::uint64_t first, std::uint64_t count) {
+  long shown = 0;
+  for (std::uint64_t seed = first; seed < first + count; ++seed) {
+    Scene scene = generator(seed);
+    const View expected = render(plain::singleCamCorrected, scene);
+    shown += expected.shown ? 1 : 0;
+    support::onEveryInstructionSet([&] {
+      ASSERT_TRUE(render(SingleCamCorrected, scene) == expected)
+          << "scene " << seed << ": " << scene.srcWidth << "x" << scene.srcHeight << " to "
+          << scene.dstWidth << "x" << scene.dstHeight << ", " << scene.bitCount << " bits";
+    });
+    if (testing::Test::HasFatalFailure()) return;
+  }
+  EXPECT_GT(shown, static_cast<long>(count) / 3);
+}
+
+class CorrectedBlocks : public testing::TestWithParam<std::uint64_t> {};
+
+TEST_P(CorrectedBlocks, EqualThePlainPipelineOnEveryInstructionSet) {
+  expectPlain(sceneAroundBlocks, GetParam() * kScenes, kScenes);
+}
+
+INSTANTIATE_TEST_SUITE_P(Parts, CorrectedBlocks, testing::Range<std::uint64_t>(0, 10));
+
+TEST(CorrectedLongRows, EqualThePlainPipelineOnEveryInstructionSet) {
+  expectPlain(sceneWithLongRows, 0, kScenes / 4);
+}
+
+}  // namespace
