@@ -105,7 +105,7 @@ std::string resultHeader(const Task& task) {
   std::vector<std::string> names;
   for (std::size_t i = 1; i <= task.mappers.size(); ++i) {
     const std::string number = std::to_string(i);
-    names.push_back("x" + number + ",y" + number);
+    names.push_back(std::string("x").append(number).append(",y").append(number));
   }
   return joined(names, ",") + "\n";
 }

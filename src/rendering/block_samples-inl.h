@@ -38,6 +38,9 @@ constexpr int kColumnsRead = kBytes == 1 ? kWindowColumns : (kPairBytes + kBytes
 template <int kBytes>
 constexpr int kRowsRead = kBytes == 1 ? kWindowRows : 2;
 
+// Whole positions fit 16 bits, so larger sizes make no difference.
+HWY_INLINE int sizeThatMatters(int size) { return std::min(size, 1 << 17); }
+
 // Lanes with x0 <= x <= x1 and y0 <= y <= y1.
 HWY_INLINE hn::Mask<D16> between(V16 x, int x0, int x1, V16 y, int y0, int y1) {
   const auto limit = [](int value)
@@ -54,15 +57,23 @@ HWY_INLINE bool isDeepInside(const images::Frame& frame, const SampledBlock& blo
          block.baseV + block.extent + kRowsRead<kBytes> <= frame.height;
 }
 
+// Addresses start from (baseU, baseV) or, if that lies outside the frame, the nearest pixel in it,
+// so that 32 bits hold the offset of every position in the frame. Positions outside give any
+// address.
 template <int kBytes>
-HWY_INLINE Samples samplesAt(const images::Frame& frame, const SampledBlock& block, int k) {
+HWY_INLINE Samples samplesAt(const images::Frame& frame, const SampledBlock& block,
+                             std::ptrdiff_t k) {
+  const int u0 = std::clamp(block.baseU, 0, frame.width - 1);
+  const int v0 = std::clamp(block.baseV, 0, frame.height - 1);
   const auto stride = static_cast<std::ptrdiff_t>(frame.stride());
+  const auto shifted = [](V16 position, int pixels)
+                           HWY_ATTR { return hn::Sub(position, broadcast16(kFractions * pixels)); };
   return {frame.pixels,
-          (frame.height - 1 - block.baseV) * stride + std::ptrdiff_t{block.baseU} * kBytes,
+          (std::ptrdiff_t{frame.height} - 1 - v0) * stride + std::ptrdiff_t{u0} * kBytes,
           stride,
           block.isUpwards ? kRowsAhead * stride : -kRowsAhead * stride,
-          hn::Load(D16(), block.positions->u + k),
-          hn::Load(D16(), block.positions->v + k)};
+          shifted(hn::Load(D16(), block.positions->u + k), u0 - block.baseU),
+          shifted(hn::Load(D16(), block.positions->v + k), v0 - block.baseV)};
 }
 
 template <int kBytes, bool kMasked>
@@ -91,11 +102,11 @@ HWY_INLINE void storeMask(V16 shown, unsigned char* mask) {
 
 // One by one, the samples that lie partly in the frame or too close to its end.
 template <int kBytes>
-HWY_INLINE void sampleOneByOne(const images::Frame& frame, const SampledBlock& block, int k,
-                               hn::Mask<D16> which) {
+HWY_INLINE void sampleTouching(const images::Frame& frame, const SampledBlock& block,
+                               std::ptrdiff_t k, hn::Mask<D16> which) {
   alignas(64) std::int16_t chosen[kWide];
   hn::Store(hn::VecFromMask(D16(), which), D16(), chosen);
-  for (int i = 0; i < kWide; ++i) {
+  for (std::ptrdiff_t i = 0; i < kWide; ++i) {
     if (chosen[i] != 0) {
       const int u = kFractions * block.baseU + block.positions->u[k + i];
       const int v = kFractions * block.baseV + block.positions->v[k + i];
@@ -110,27 +121,34 @@ HWY_INLINE void sampleOneByOne(const images::Frame& frame, const SampledBlock& b
 // kWide pixels of a block at the frame's border. Samples that are read safely are computed
 // together; the others take the place of one of them meanwhile.
 template <int kBytes>
-HWY_NOINLINE void sampleBorder(const images::Frame& frame, const SampledBlock& block, int k) {
+HWY_NOINLINE void sampleBorder(const images::Frame& frame, const SampledBlock& block,
+                               std::ptrdiff_t k) {
   constexpr int kColumns = kBytes == 1 ? 2 : kColumnsRead<kBytes>;
   const D16 d;
   Samples samples = samplesAt<kBytes>(frame, block, k);
   V16 shown = block.edge ? hn::Load(d, block.positions->shown + k) : broadcast16(-1);
-  const V16 x = wholePixels(samples.u);
-  const V16 y = wholePixels(samples.v);
+  const V16 x = wholePixels(hn::Load(d, block.positions->u + k));
+  const V16 y = wholePixels(hn::Load(d, block.positions->v + k));
   const int baseU = block.baseU;
   const int baseV = block.baseV;
+  const int width = sizeThatMatters(frame.width);
+  const int height = sizeThatMatters(frame.height);
   const auto wanted = hn::Ne(shown, hn::Zero(d));
-  const auto safe = hn::And(wanted, between(x, -baseU, frame.width - kColumns - baseU, y, -baseV,
-                                            frame.height - 2 - baseV));
-  const auto touching = hn::And(wanted, between(x, -1 - baseU, frame.width - 1 - baseU, y,
-                                                -1 - baseV, frame.height - 1 - baseV));
+  const auto safe =
+      hn::And(wanted, between(x, -baseU, width - kColumns - baseU, y, -baseV, height - 2 - baseV));
+  const auto touching =
+      hn::And(wanted, between(x, -1 - baseU, width - 1 - baseU, y, -1 - baseV, height - 1 - baseV));
   shown = hn::VecFromMask(d, safe);
   alignas(64) std::int16_t lanes[kWide];
   hn::Store(shown, d, lanes);
   const auto first = std::find(lanes, lanes + kWide, -1) - lanes;
   if (first < kWide) {
-    samples.u = hn::IfThenElse(safe, samples.u, broadcast16(block.positions->u[k + first]));
-    samples.v = hn::IfThenElse(safe, samples.v, broadcast16(block.positions->v[k + first]));
+    alignas(64) std::int16_t u[kWide];
+    alignas(64) std::int16_t v[kWide];
+    hn::Store(samples.u, d, u);
+    hn::Store(samples.v, d, v);
+    samples.u = hn::IfThenElse(safe, samples.u, broadcast16(u[first]));
+    samples.v = hn::IfThenElse(safe, samples.v, broadcast16(v[first]));
     sampleInside<kBytes, true>(samples, shown, false, block.isLast && k + kWide == kBlock,
                                block.pixels + k * kBytes);
   } else {
@@ -139,11 +157,12 @@ HWY_NOINLINE void sampleBorder(const images::Frame& frame, const SampledBlock& b
   if (block.mask != nullptr) {
     storeMask(shown, block.mask + k);
   }
-  sampleOneByOne<kBytes>(frame, block, k, hn::AndNot(safe, touching));
+  sampleTouching<kBytes>(frame, block, k, hn::AndNot(safe, touching));
 }
 
 template <int kBytes, bool kMasked>
-HWY_INLINE void sampleDeepInside(const images::Frame& frame, const SampledBlock& block, int k) {
+HWY_INLINE void sampleDeepInside(const images::Frame& frame, const SampledBlock& block,
+                                 std::ptrdiff_t k) {
   const V16 shown = kMasked ? hn::Load(D16(), block.positions->shown + k) : broadcast16(-1);
   sampleInside<kBytes, kMasked>(samplesAt<kBytes>(frame, block, k), shown, true,
                                 block.isLast && k + kWide == kBlock, block.pixels + k * kBytes);
@@ -159,19 +178,22 @@ HWY_INLINE void sampleDeepInside(const images::Frame& frame, const SampledBlock&
 
 // Whether everything that is read for kWide pixels lies in the frame.
 template <int kBytes>
-HWY_NOINLINE bool isInside(const images::Frame& frame, const SampledBlock& block, int k) {
+HWY_NOINLINE bool isInside(const images::Frame& frame, const SampledBlock& block,
+                           std::ptrdiff_t k) {
   const V16 x = wholePixels(hn::Load(D16(), block.positions->u + k));
   const V16 y = wholePixels(hn::Load(D16(), block.positions->v + k));
-  return hn::AllTrue(D16(),
-                     between(x, -block.baseU, frame.width - kColumnsRead<kBytes> - block.baseU, y,
-                             -block.baseV, frame.height - kRowsRead<kBytes> - block.baseV));
+  return hn::AllTrue(
+      D16(),
+      between(x, -block.baseU, sizeThatMatters(frame.width) - kColumnsRead<kBytes> - block.baseU, y,
+              -block.baseV, sizeThatMatters(frame.height) - kRowsRead<kBytes> - block.baseV));
 }
 
 template <int kBytes, bool kMasked>
 HWY_INLINE void sampleParts(const images::Frame& frame, const SampledBlock& block) {
-  const bool deep = isDeepInside<kBytes>(frame, block);
+  // Pixels that are not shown were moved and may lie farther away than `extent`.
+  const bool deep = !kMasked && isDeepInside<kBytes>(frame, block);
   HWY_UNROLL(4)
-  for (int k = 0; k < kBlock; k += kWide) {
+  for (std::ptrdiff_t k = 0; k < kBlock; k += kWide) {
     if (HWY_LIKELY(deep || isInside<kBytes>(frame, block, k))) {
       sampleDeepInside<kBytes, kMasked>(frame, block, k);
     } else {

@@ -17,6 +17,7 @@ namespace HWY_NAMESPACE {
 
 using DD = hn::CappedTag<double, kBatch>;
 using VD = hn::Vec<DD>;
+constexpr double kHalfBlock = 0.5 * kBlock;
 constexpr int kDoubles = static_cast<int>(hn::MaxLanes(DD()));
 
 HWY_INLINE VD broadcastDouble(double x) { return hn::Set(DD(), x); }
@@ -26,7 +27,7 @@ HWY_INLINE void store(VD value, float* to) {
   hn::Store(hn::DemoteTo(d, value), d, to);
 }
 
-// Of whole numbers; those beyond 32 bits give any.
+// Of whole numbers; the result is undefined beyond 32 bits, where no block is computed.
 HWY_INLINE void store(VD value, std::int32_t* to) {
   const hn::Rebind<std::int32_t, DD> d;
   hn::Store(hn::DemoteTo(d, value), d, to);
@@ -89,8 +90,8 @@ HWY_INLINE BatchMasks prepareSource(const ViewGeometry& view, const RowPart& par
   const VD h20 = broadcastDouble(H(2, 0));
   const VD block = hn::Add(hn::Iota(d, g), broadcastDouble(first));
   const VD middle =
-      hn::Min(hn::MulAdd(block, broadcastDouble(kBlock), broadcastDouble(part.begin + kBlock / 2)),
-              broadcastDouble(part.end - kBlock / 2));
+      hn::Min(hn::MulAdd(block, broadcastDouble(kBlock), broadcastDouble(part.begin + kHalfBlock)),
+              broadcastDouble(part.end - kHalfBlock));
   const VD px = hn::Sub(middle, broadcastDouble(warp.dx));
   const VD w = hn::MulAdd(h20, px, broadcastDouble(H(2, 1) * py + H(2, 2)));
   const VD perW = hn::Div(broadcastDouble(1), w);

@@ -42,7 +42,7 @@ HWY_INLINE VU8 loadPairs(const Samples& samples, const std::int32_t* offsets,
   const hn::Half<Part> half;
   hn::Vec<Part> parts[kParts];
   HWY_UNROLL(4)
-  for (int j = 0; j < kParts; ++j) {
+  for (std::ptrdiff_t j = 0; j < kParts; ++j) {
     const auto left = hn::LoadU(half, samples.at(offsets[4 * j] + shift));
     const auto right = hn::LoadU(half, samples.at(offsets[4 * j + 1] + shift));
     parts[j] = hn::Combine(Part(), right, left);
@@ -62,7 +62,7 @@ HWY_INLINE ColourValues sampleColour(const Samples& samples, V16 shown) {
   const D16 d;
   SampleOffsets offsets;
   locate<kBytes>(samples, offsets);
-  for (int j = 0; j < kParts; ++j) {
+  for (std::ptrdiff_t j = 0; j < kParts; ++j) {
     hwy::Prefetch(samples.at(offsets.half[0][4 * j] + samples.ahead));
   }
   const VU8 columns = hn::BitCast(du8, columnWeights(samples.u));
@@ -70,7 +70,7 @@ HWY_INLINE ColourValues sampleColour(const Samples& samples, V16 shown) {
   const VU8 sides = tableOf(kBytes == 3 ? kSidesOfTriples : kSidesOfQuads);
   V16 mixed[4];
   HWY_UNROLL(4)
-  for (int g = 0; g < 4; ++g) {
+  for (std::ptrdiff_t g = 0; g < 4; ++g) {
     const std::int32_t* const pair = offsets.half[g / 2] + 2 * (g % 2);
     const VU8 lanes = tableOf(kLaneOfPixel[g]);
     const VU8 a = hn::TableLookupBytes(columns, lanes);
@@ -92,7 +92,7 @@ HWY_INLINE void storeQuads(const ColourValues& values, unsigned char* pixels) {
   alignas(64) std::uint8_t upper[hn::MaxLanes(DU8())];
   hn::Store(values.lower, DU8(), lower);
   hn::Store(values.upper, DU8(), upper);
-  for (int j = 0; j < kParts; ++j) {
+  for (std::ptrdiff_t j = 0; j < kParts; ++j) {
     std::memcpy(pixels + 32 * j, lower + 16 * j, 16);
     std::memcpy(pixels + 32 * j + 16, upper + 16 * j, 16);
   }
@@ -104,7 +104,7 @@ HWY_INLINE void storeTriples(const ColourValues& values, unsigned char* pixels, 
   alignas(64) std::uint8_t upper[hn::MaxLanes(DU8())];
   hn::Store(hn::TableLookupBytesOr0(values.lower, tableOf(kTriples)), DU8(), lower);
   hn::Store(hn::TableLookupBytesOr0(values.upper, tableOf(kTriples)), DU8(), upper);
-  for (int j = 0; j < kParts; ++j) {
+  for (std::ptrdiff_t j = 0; j < kParts; ++j) {
     std::memcpy(pixels + 24 * j, lower + 16 * j, 16);
     if (isLast && j + 1 == kParts) {
       std::memcpy(pixels + 24 * j + 12, upper + 16 * j, 12);

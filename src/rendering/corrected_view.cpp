@@ -10,8 +10,8 @@
 namespace fisheye_calibration::rendering {
 namespace {
 
-constexpr int kSpread = 64;     // samples across the undistorted image
-constexpr int kScanned = 2048;  // columns that are scanned at once
+constexpr std::int64_t kSpread = 64;  // samples across the undistorted image
+constexpr int kScanned = 2048;        // columns that are scanned at once
 
 bool isAnythingIn(const unsigned char* bytes, std::size_t count) {
   return std::any_of(bytes, bytes + count, [](unsigned char byte) { return byte != 0; });
@@ -26,8 +26,8 @@ CorrectedView::CorrectedView(const images::Frame& frame, const lens::Camera& cam
 // A few samples usually suffice.
 bool CorrectedView::showsAnything() const {
   CarefulPositions positions(geometry_);
-  for (const int part : {3, 1, 5, 0, 2, 4, 6}) {
-    const std::int64_t row = (2 * part + 1) * std::int64_t{size().height} / 14;
+  for (const std::int64_t part : {3, 1, 5, 0, 2, 4, 6}) {
+    const std::int64_t row = (2 * part + 1) * size().height / 14;
     if (showsAnythingIn(positions, static_cast<int>(row))) {
       return true;
     }
@@ -55,8 +55,8 @@ void CorrectedView::Rows::render(int y, unsigned char* pixels, unsigned char* ma
 
 // Checks undistorted pixels of one row.
 bool CorrectedView::showsAnythingIn(CarefulPositions& positions, int row) const {
-  for (int k = 0; k < kSpread; ++k) {
-    const std::int64_t column = (2 * k + 1) * std::int64_t{size().width} / (2 * kSpread);
+  for (std::int64_t k = 0; k < kSpread; ++k) {
+    const std::int64_t column = (2 * k + 1) * size().width / (2 * kSpread);
     const RawPosition raw = positions.at({static_cast<int>(column), row});
     unsigned char pixel[4];
     sampleOne(frame_, raw.u, raw.v, pixel);
@@ -81,7 +81,8 @@ bool CorrectedView::showsAnythingAnywhere() const {
     for (int end = size().width; end > 0; end -= kScanned) {
       const RowPart part{y, std::max(end - kScanned, 0), end};
       renderRow(frame_, undistorted, positions, part, pixels, nullptr);
-      if (isAnythingIn(pixels, static_cast<std::size_t>(part.count() * frame_.bytes))) {
+      if (isAnythingIn(pixels, static_cast<std::size_t>(part.count()) *
+                                   static_cast<std::size_t>(frame_.bytes))) {
         return true;
       }
     }

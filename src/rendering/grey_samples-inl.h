@@ -34,7 +34,7 @@ struct Windows {
 
   HWY_INLINE VU8 row(std::ptrdiff_t offset) const {
     hn::Vec<Part> parts[kParts];
-    for (int j = 0; j < kParts; ++j) {
+    for (std::ptrdiff_t j = 0; j < kParts; ++j) {
       parts[j] = hn::LoadU(Part(), from[j] + offset);
     }
     return join(parts);
@@ -49,7 +49,7 @@ HWY_INLINE Windows windowsOf(const Samples& samples, V16 leastX, V16 leastY) {
   hn::Store(leastY, d, y);
   Windows windows;
   HWY_UNROLL(4)
-  for (int j = 0; j < kParts; ++j) {
+  for (std::ptrdiff_t j = 0; j < kParts; ++j) {
     windows.from[j] = samples.at(x[8 * j] - y[8 * j] * samples.stride);
     hwy::Prefetch(windows.from[j] + samples.ahead);
   }
@@ -100,8 +100,8 @@ HWY_INLINE V32 mixQuads(const Samples& samples, const std::int32_t* offsets, V16
   const DU32 d;
   alignas(64) std::uint32_t quads[kLanes];  // bytes P00, P01, P10, P11
   for (int k = 0; k < kLanes; ++k) {
-    std::uint16_t top;
-    std::uint16_t bottom;
+    std::uint16_t top = 0;
+    std::uint16_t bottom = 0;
     std::memcpy(&top, samples.at(offsets[k]), 2);
     std::memcpy(&bottom, samples.at(offsets[k] - samples.stride), 2);
     quads[k] = top | static_cast<std::uint32_t>(bottom) << 16;

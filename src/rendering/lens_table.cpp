@@ -96,7 +96,8 @@ void setBounds(LensNode& node, const Sizes& z, double remainder, const BlockSpre
   const double error = always + floatError(node, z, spread);
   const double offset = std::max(spread.across, spread.down) * std::abs(node.value) +
                         z.A * (z.H * z.P + z.largest * z.O);
-  if (error < kLargestError && offset < kLargestOffset) {
+  // Beyond 2^23 whole pixels and halves do not fit float.
+  if (error < kLargestError && offset < kLargestOffset && z.A < 0x1p23) {
     node.safe = static_cast<float>(0.5 - error - 0x1p-25);  // and its own rounding
     node.sure = 0.5 - always;
     node.extent = static_cast<int>(offset / 32) + 2;
@@ -166,7 +167,7 @@ LensTable::LensTable(const lens::Camera& camera, double radius, const BlockSprea
   for (std::size_t n = 0; n < count; ++n) {
     nodes_.push_back(betterNode(camera, static_cast<double>(n) / kNodesPerUnit, spread));
   }
-  nodes_.push_back(LensNode());
+  nodes_.emplace_back();
 }
 
 }  // namespace fisheye_calibration::rendering

@@ -46,7 +46,8 @@ struct LensNode {
 class LensTable {
  public:
   static constexpr double kNodesPerUnit = 32;
-  static constexpr double kLargestRadius = 8;  // beyond this no camera shows anything well
+  static constexpr double kLargestRadius =
+      8;  // farther from the axis, cameras hardly show anything
 
   LensTable() = default;  // empty
 
@@ -56,7 +57,6 @@ class LensTable {
 
   std::size_t size() const { return nodes_.size(); }
   const LensNode& operator[](std::size_t n) const { return nodes_[n]; }
-  const LensNode* nodes() const { return nodes_.data(); }
 
  private:
   std::vector<LensNode> nodes_;

@@ -13,10 +13,11 @@
 
 #include "rendering/block_batch.h"
 
-// Blocks are computed in vectors of a known number of bytes. Without those, or without doubles,
-// every pixel is computed as the plain steps do.
+// Blocks are computed in vectors of a known number of bytes, the lowest first. Without those, or
+// without doubles, every pixel is computed as the plain steps do.
 #undef FISHEYE_HAS_BLOCKS
-#if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE || !HWY_HAVE_FLOAT64 || \
+#if HWY_TARGET == HWY_SCALAR || HWY_HAVE_SCALABLE || !HWY_HAVE_FLOAT64 ||  \
+    (defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__) || \
     (HWY_TARGET & (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)) != 0
 #define FISHEYE_HAS_BLOCKS 0
 #else
@@ -41,10 +42,11 @@ using V32 = hn::Vec<D32>;
 using V16 = hn::Vec<D16>;
 using VU8 = hn::Vec<DU8>;
 
-constexpr int kLanes = static_cast<int>(hn::MaxLanes(DF()));
-constexpr int kWide = 2 * kLanes;          // 16-bit lanes
-constexpr int kVectors = kBlock / kLanes;  // of floats per block
-constexpr int kParts = kWide / 8;          // 16-byte parts per vector, of 8 pixels in 16-bit lanes
+constexpr auto kLanes = static_cast<std::ptrdiff_t>(hn::MaxLanes(DF()));
+constexpr std::ptrdiff_t kWide = 2 * kLanes;          // 16-bit lanes
+constexpr std::ptrdiff_t kVectors = kBlock / kLanes;  // of floats per block
+constexpr std::ptrdiff_t kParts =
+    kWide / 8;  // 16-byte parts per vector, of 8 pixels in 16-bit lanes
 
 HWY_INLINE VF broadcast(float x) { return hn::Set(DF(), x); }
 HWY_INLINE V16 broadcast16(int x) { return hn::Set(D16(), static_cast<std::int16_t>(x)); }
@@ -78,13 +80,13 @@ HWY_INLINE V16 fromHalves(V32 lower, V32 upper) {
 
 // Pixel offsets from a block's middle in the order in which fromHalves puts them right.
 struct LaneOffsets {
-  alignas(64) float k[kBlock];
-  alignas(64) int pixel[kBlock];
-  constexpr LaneOffsets() : k(), pixel() {
-    for (int i = 0; i < kBlock; ++i) {
-      const int lane = i % kLanes;
-      pixel[i] = i / kWide * kWide + lane / 4 * 8 + i / kLanes % 2 * 4 + lane % 4;
-      k[i] = static_cast<float>(pixel[i] - kBlock / 2);
+  alignas(64) float k[kBlock] = {};
+  alignas(64) int pixel[kBlock] = {};
+  constexpr LaneOffsets() {
+    for (std::ptrdiff_t i = 0; i < kBlock; ++i) {
+      const std::ptrdiff_t lane = i % kLanes;
+      pixel[i] = static_cast<int>(i / kWide * kWide + lane / 4 * 8 + i / kLanes % 2 * 4 + lane % 4);
+      k[i] = static_cast<float>(pixel[i]) - 0.5F * kBlock;
     }
   }
 };

@@ -111,8 +111,10 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp)
 BlockSpread ViewGeometry::spreadOf(double reachX, double reachY) const {
   BlockSpread spread;
   const double lean = std::abs(xy_ / xx_);
-  spread.across = reachX + lean * reachY;
-  spread.down = reachY;
+  // Column and row -1 show the first ones (compatibility 40).
+  constexpr double kFirstPixel = 1;
+  spread.across = reachX + kFirstPixel + lean * (reachY + kFirstPixel);
+  spread.down = reachY + kFirstPixel;
   spread.reach = std::hypot(spread.across * xx_, spread.down * yy_);
   spread.skewed = xy_ != 0;
   spread.fused = addsProductsUnrounded();

@@ -21,14 +21,14 @@ using Integers = hn::RebindToSigned<Floats>;
 using Bytes = hn::Rebind<std::uint8_t, Floats>;
 using Pack = hn::Vec<Floats>;
 
-HWY_INLINE Pack LoadBytes(const unsigned char* from) {
+HWY_INLINE Pack loadBytes(const unsigned char* from) {
   return hn::ConvertTo(Floats(), hn::PromoteTo(Integers(), hn::LoadU(Bytes(), from)));
 }
 
 // The pixel of lane i is (i + lane) / kBytes; the product is exact for as many bytes as vectors
 // have.
 template <int kBytes>
-HWY_INLINE hn::Vec<Integers> PixelOfByte(int i) {
+HWY_INLINE hn::Vec<Integers> pixelOfByte(int i) {
   constexpr std::int32_t kReciprocal = ((1 << 16) + kBytes - 1) / kBytes;
   const Integers d;
   return hn::ShiftRight<16>(hn::Mul(hn::Iota(d, i), hn::Set(d, kReciprocal)));
@@ -36,24 +36,24 @@ HWY_INLINE hn::Vec<Integers> PixelOfByte(int i) {
 
 // As many pixels as a vector has lanes; `ahead` is the first one's distance to the seam.
 template <int kBytes>
-HWY_INLINE void BlendPack(std::int32_t ahead, Pack length, const unsigned char* first,
+HWY_INLINE void blendPack(std::int32_t ahead, Pack length, const unsigned char* first,
                           const unsigned char* second, unsigned char* out) {
   const Floats d;
   const Integers di;
   const Pack one = hn::Set(d, 1.0F);
   const int lanes = static_cast<int>(hn::Lanes(d));
   for (int i = 0; i < kBytes * lanes; i += lanes) {
-    const auto distance = hn::Sub(hn::Set(di, ahead), PixelOfByte<kBytes>(i));
+    const auto distance = hn::Sub(hn::Set(di, ahead), pixelOfByte<kBytes>(i));
     const Pack t = hn::Div(hn::ConvertTo(d, distance), length);
-    const auto a = hn::ConvertTo(di, hn::Mul(LoadBytes(first + i), t));
-    const auto b = hn::ConvertTo(di, hn::Mul(LoadBytes(second + i), hn::Sub(one, t)));
+    const auto a = hn::ConvertTo(di, hn::Mul(loadBytes(first + i), t));
+    const auto b = hn::ConvertTo(di, hn::Mul(loadBytes(second + i), hn::Sub(one, t)));
     hn::StoreU(hn::DemoteTo(Bytes(), hn::Add(a, b)), Bytes(), out + i);
   }
 }
 
 // The last pixels, which do not fill a vector, take a detour over buffers that do.
 template <int kBytes>
-HWY_NOINLINE void BlendLast(std::int32_t ahead, Pack length, std::int32_t count,
+HWY_NOINLINE void blendLast(std::int32_t ahead, Pack length, std::int32_t count,
                             const unsigned char* first, const unsigned char* second,
                             unsigned char* out) {
   constexpr std::size_t kMostBytes = hn::MaxLanes(Floats()) * kBytes;
@@ -63,12 +63,12 @@ HWY_NOINLINE void BlendLast(std::int32_t ahead, Pack length, std::int32_t count,
   const std::size_t size = static_cast<std::size_t>(count) * kBytes;
   std::memcpy(a, first, size);
   std::memcpy(b, second, size);
-  BlendPack<kBytes>(ahead, length, a, b, blended);
+  blendPack<kBytes>(ahead, length, a, b, blended);
   std::memcpy(out, blended, size);
 }
 
 template <int kBytes>
-HWY_INLINE void BlendAlongRamp(std::int32_t ahead, std::int32_t length, std::int32_t count,
+HWY_INLINE void blendAlongRamp(std::int32_t ahead, std::int32_t length, std::int32_t count,
                                const unsigned char* first, const unsigned char* second,
                                unsigned char* out) {
   const Floats d;
@@ -77,11 +77,11 @@ HWY_INLINE void BlendAlongRamp(std::int32_t ahead, std::int32_t length, std::int
   std::int32_t k = 0;
   for (; lanes <= count - k; k += lanes) {
     const std::size_t offset = static_cast<std::size_t>(k) * kBytes;
-    BlendPack<kBytes>(ahead - k, whole, first + offset, second + offset, out + offset);
+    blendPack<kBytes>(ahead - k, whole, first + offset, second + offset, out + offset);
   }
   if (k < count) {
     const std::size_t offset = static_cast<std::size_t>(k) * kBytes;
-    BlendLast<kBytes>(ahead - k, whole, count - k, first + offset, second + offset, out + offset);
+    blendLast<kBytes>(ahead - k, whole, count - k, first + offset, second + offset, out + offset);
   }
 }
 
@@ -90,13 +90,13 @@ void BlendRun(const Ramp& ramp, std::int32_t column, std::int32_t count, int byt
   const std::int32_t ahead = ramp.seam - column;
   switch (bytes) {
     case 1:
-      BlendAlongRamp<1>(ahead, ramp.length, count, first, second, out);
+      blendAlongRamp<1>(ahead, ramp.length, count, first, second, out);
       break;
     case 3:
-      BlendAlongRamp<3>(ahead, ramp.length, count, first, second, out);
+      blendAlongRamp<3>(ahead, ramp.length, count, first, second, out);
       break;
     default:
-      BlendAlongRamp<4>(ahead, ramp.length, count, first, second, out);
+      blendAlongRamp<4>(ahead, ramp.length, count, first, second, out);
       break;
   }
 }

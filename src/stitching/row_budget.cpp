@@ -55,7 +55,7 @@ std::optional<RowBudget> rowBudget(const cv::Matx33d& M, const cv::Size& second,
   if (threads > 1 && canvas.height / fewest < threads) {
     return std::nullopt;
   }
-  const std::int32_t ring = std::max(kFewestRows, shown);
+  const std::int32_t ring = std::min(std::max(kFewestRows, shown), std::max(second.height, 1));
   return RowBudget{static_cast<std::int32_t>(std::bit_ceil(static_cast<std::uint32_t>(ring))),
                    std::max(fewest, canvas.height / kRangesOfAThread / std::max(threads, 1))};
 }

@@ -9,7 +9,7 @@
 
 namespace fisheye_calibration::stitching {
 
-// Bounds memory and repeated work; any positive numbers give the same bytes.
+// Bounds memory and repeated work; any numbers give the same bytes.
 struct RowBudget {
   std::int32_t ring;       // rows of the second view that a thread keeps, a power of two
   std::int32_t rangeRows;  // rows of the canvas that a thread takes at once

@@ -17,7 +17,7 @@ std::int32_t alike(const unsigned char* mask, std::int32_t count) {
   static_assert(images::kNoContent == 255, "all bits are set");
   std::int32_t k = 1;
   for (; kWord <= count - k; k += kWord) {
-    std::uint64_t word;
+    std::uint64_t word = 0;
     std::memcpy(&word, mask + k, sizeof word);
     if (word != std::numeric_limits<std::uint64_t>::max()) {
       break;

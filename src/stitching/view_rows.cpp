@@ -19,6 +19,7 @@ ViewRow RenderedRows::bufferRow(std::int32_t row) {
   unsigned char* const pixels = pixels_.get() + place * stride_;
   unsigned char* const mask = masks_.get() + place * width_;
   if (kept_[place] != row) {
+    kept_[place] = -1;  // until it is complete
     rows_->render(size_.height - 1 - row, pixels, mask);
     kept_[place] = row;
   }

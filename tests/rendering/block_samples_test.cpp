@@ -6,6 +6,7 @@
 
 #include "rendering/block_access.h"
 #include "rendering/block_sets.h"
+#include "rendering/one_sample.h"
 #include "rendering/sample_blocks.h"
 #include "rendering/sample_formula.h"
 #include "support/dice.h"
@@ -234,6 +235,37 @@ TEST_P(BlockSamples, FarFromTheirBaseFollowTheFormula) {
       if (dice.oneIn(2)) block = scattered(dice, dice.whole(0, 600), dice.whole(0, 800), 90, 90);
       placeBase(dice, block);
       ASSERT_TRUE(followsTheFormula(frame, block, anyCall(dice))) << i;
+    }
+  });
+}
+
+// A row of almost 2^31 pixels, of which only the first ones are there to be read.
+TEST(BlockSamplesOfTheLongestRow, AreThoseOfOnePixelEach) {
+  blocks::onEverySet([] {
+    Dice dice(10);
+    std::vector<unsigned char> row(2048);
+    for (unsigned char& byte : row) byte = static_cast<unsigned char>(dice.whole(0, 255));
+    const images::Frame frame{row.data(), 2147483647, 1, 1};
+    for (int i = 0; i < 200; ++i) {
+      Block block;
+      block.baseU = dice.whole(-40, 2);
+      block.baseV = dice.whole(-2, 1);
+      for (int k = 0; k < rendering::kBlock; ++k) {
+        block.u[k] = dice.whole(-64, 32 * 900);
+        block.v[k] = dice.whole(-40, 40);
+      }
+      const rendering::BlockPositions positions = block.positions();
+      unsigned char pixels[rendering::kBlock];
+      unsigned char mask[rendering::kBlock];
+      blocks::sample(frame, {positions, block.baseU, block.baseV, block.extent(), false, true},
+                     pixels, mask);
+      for (int k = 0; k < rendering::kBlock; ++k) {
+        unsigned char pixel = 0;
+        rendering::sampleOne(frame, block.u[k], block.v[k], &pixel);
+        ASSERT_EQ(pixels[k], pixel) << i << ", " << k;
+        ASSERT_EQ(mask[k], rendering::validityOfOne(frame, block.u[k], block.v[k]))
+            << i << ", " << k;
+      }
     }
   });
 }

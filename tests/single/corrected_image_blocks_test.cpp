@@ -183,4 +183,47 @@ TEST(CorrectedLongRows, EqualThePlainPipelineOnEveryInstructionSet) {
   expectPlain(sceneWithLongRows, 0, kScenes / 4);
 }
 
+// Rows of three million bytes, and blocks whose middle lies a thousand rows above the frame while
+// their last pixels show its first row.
+TEST(CorrectedLongRows, OffsetsFarFromTheFrameDoNotWrapAround) {
+  Scene scene{};
+  scene.srcWidth = 1000000;
+  scene.srcHeight = 2;
+  scene.bitCount = 24;
+  scene.dstWidth = 64;
+  scene.dstHeight = 1000;
+  scene.param.fx = scene.param.fy = 1e6F;
+  scene.param.u0 = 132;
+  scene.param.v0 = -430;
+  setHomography(scene.param, cv::Matx33d(0, 1.0 / 30, 0, 1, 0, 0, 0, 0, 1));
+  Dice dice(1);
+  fill(dice, scene);
+  const View expected = render(plain::singleCamCorrected, scene);
+  ASSERT_TRUE(expected.shown);
+  support::onEveryInstructionSet(
+      [&] { EXPECT_TRUE(render(SingleCamCorrected, scene) == expected); });
+}
+
+// Pixels that are not shown lie on the undistorted image's border, farther from the others than
+// shown ones can. They must not be read from outside the frame.
+TEST(CorrectedBlocksOnBorders, PixelsThatAreNotShownAreNotReadOutsideTheFrame) {
+  Dice dice(3);
+  for (int i = 0; i < 300; ++i) {
+    Scene scene{};
+    scene.bitCount = 8 * dice.whole(3, 4);
+    scene.srcWidth = 480;
+    scene.srcHeight = dice.whole(8, 12);
+    scene.dstWidth = 480;
+    scene.dstHeight = 480;
+    scene.param.fx = scene.param.fy = 8000;
+    scene.param.u0 = static_cast<float>(dice.uniform(230, 250));
+    scene.param.v0 = static_cast<float>(-239 + dice.uniform(-1, 1));
+    setHomography(scene.param, shift(240, 478) * cv::Matx33d(0, -10, 0, 10, 0, 0, 0, 0, 1) *
+                                   shift(-240 - dice.number(20), -478 - dice.number(2)));
+    fill(dice, scene);
+    const View expected = render(plain::singleCamCorrected, scene);
+    ASSERT_TRUE(render(SingleCamCorrected, scene) == expected) << i;
+  }
+}
+
 }  // namespace

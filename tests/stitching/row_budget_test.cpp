@@ -124,7 +124,12 @@ TEST(RowBudget, CanvasesWithoutPixelsNeedNone) {
   for (const cv::Size& canvas : {cv::Size(0, highest), cv::Size(-4, highest), cv::Size(4, -4)}) {
     EXPECT_EQ(stitching::rowBudget(turn(3), {2560, 1920}, canvas, 0, 1)->ring, 16);
   }
-  EXPECT_EQ(stitching::rowBudget(turn(3), {0, 0}, {10, 10}, 0, 1)->ring, 16);
+  EXPECT_EQ(stitching::rowBudget(turn(3), {0, 0}, {10, 10}, 0, 1)->ring, 1);
+}
+
+// More would only cost memory: a view of a few very long rows has no more.
+TEST(RowBudget, RingIsNoLargerThanTheViewNeeds) {
+  EXPECT_EQ(stitching::rowBudget(turn(3), {2560, 5}, {10, 10}, 0, 1)->ring, 8);
 }
 
 }  // namespace
