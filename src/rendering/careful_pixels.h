@@ -11,10 +11,9 @@ namespace fisheye_calibration::rendering {
 
 // The raw positions of a block's pixels, in 1/32 pixel.
 struct CarefulBlock {
-  RawPosition raw[kBlock];
-  std::int16_t
-      shown[kBlock];  // 0 where the pixel shows nothing, else -1; then there is no position
-  int first;          // the first pixel that shows something, kBlock if there is none
+  RawPosition raw[kBlock];     // only where the pixel shows something
+  std::int16_t shown[kBlock];  // -1 there, else 0
+  int first;                   // the first pixel that shows something, kBlock if there is none
 };
 
 // Computes `count` pixels of a block that starts at output pixel (x, y); the others show nothing.

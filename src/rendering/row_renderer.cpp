@@ -92,7 +92,7 @@ class RowOfBlocks {
                 batch.baseV[i],
                 node.extent,
                 kind.edge,
-                offset + kBlock + 2 > part_.count(),
+                isLast(offset),
                 part_.isAfterNext,
                 pixels_ + offset * kBytes,
                 mask_ != nullptr ? mask_ + offset : nullptr};
@@ -135,8 +135,7 @@ class RowOfBlocks {
     int baseV = 0;
     if (makeRelative(block, baseU, baseV, positions)) {
       constexpr int kUnknownExtent = 1 << 16;
-      const bool isLast = offset + kBlock + 2 > part_.count();
-      sampleBlock<kBytes>(frame_, {&positions, baseU, baseV, kUnknownExtent, true, isLast,
+      sampleBlock<kBytes>(frame_, {&positions, baseU, baseV, kUnknownExtent, true, isLast(offset),
                                    part_.isAfterNext, pixels, mask});
     } else {
       sampleOneByOne(frame_, block, kBlock, pixels, mask);
@@ -155,6 +154,9 @@ class RowOfBlocks {
       settle(view_.warp(), careful_, place, doubtful, kOffsets.pixel, detail, positions);
     }
   }
+
+  // The four bytes that storing a block may write behind it belong to up to two pixels.
+  bool isLast(std::ptrdiff_t offset) const { return offset + kBlock + 2 > part_.count(); }
 
   int columnAt(std::ptrdiff_t offset) const { return part_.begin + static_cast<int>(offset); }
 

@@ -18,14 +18,10 @@ constexpr double kMuchLarger = 1.3;
 // Rounding a middle pixel and the pixels around it to whole numbers moves them by 1/2 each.
 constexpr double kWholePixels = 1;
 
-struct Steps {
-  double x = kLeastStep;
-  double y = kLeastStep;
-};
-
-// The steps of the source pixel along output rows, |d(sx, sy)/dx|, where the view shows something.
-// Samples: blocks with larger steps are possible and are computed otherwise.
-Steps largestSteps(const InverseWarp& warp) {
+// ViewGeometry::reachX and reachY, from the largest steps of the source pixel along output rows,
+// |d(sx, sy)/dx|, where the view shows something. Samples: blocks with larger steps are possible
+// and are computed otherwise.
+cv::Vec2d largestReach(const InverseWarp& warp) {
   constexpr int kSamples = 8;
   constexpr double kSlack = 1.05;
   constexpr double kAround = 0.15;  // of the size, beyond the source's sides
@@ -35,7 +31,8 @@ Steps largestSteps(const InverseWarp& warp) {
   const auto isNear = [](double s, double size) {
     return s > -kAround * size && s < (1 + kAround) * size;
   };
-  Steps steps;
+  double stepX = kLeastStep;
+  double stepY = kLeastStep;
   for (int i = 0; i <= kSamples; ++i) {
     for (int j = 0; j <= kSamples; ++j) {
       const cv::Vec3d n =
@@ -43,12 +40,15 @@ Steps largestSteps(const InverseWarp& warp) {
       const double sx = n[0] / n[2];
       const double sy = n[1] / n[2];
       if (isNear(sx, width) && isNear(sy, height)) {
-        steps.x = std::max(steps.x, kSlack * std::abs((H(0, 0) - sx * H(2, 0)) / n[2]));
-        steps.y = std::max(steps.y, kSlack * std::abs((H(1, 0) - sy * H(2, 0)) / n[2]));
+        stepX = std::max(stepX, kSlack * std::abs((H(0, 0) - sx * H(2, 0)) / n[2]));
+        stepY = std::max(stepY, kSlack * std::abs((H(1, 0) - sy * H(2, 0)) / n[2]));
       }
     }
   }
-  return {std::min(steps.x, kLargestStep), std::min(steps.y, kLargestStep)};
+  const auto reach = [](double step) {
+    return kWholePixels + ViewGeometry::kGentleOffsets * std::min(step, kLargestStep);
+  };
+  return {reach(stepX), reach(stepY)};
 }
 
 // Sum of the absolute terms of a row of Hinv over the output.
@@ -74,6 +74,10 @@ constexpr double kQuotientError = 0x1p-20 + 4.9e-6;
 }  // namespace
 
 ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp)
+    : ViewGeometry(rays, warp, largestReach(warp)) {}
+
+ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
+                           const cv::Vec2d& blockReach)
     : rays_(rays),
       warp_(warp),
       xx_(rays.iR(0, 0) / rays.iR(2, 2)),
@@ -81,8 +85,8 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp)
       x0_(rays.iR(0, 2) / rays.iR(2, 2)),
       yy_(rays.iR(1, 1) / rays.iR(2, 2)),
       y0_(rays.iR(1, 2) / rays.iR(2, 2)),
-      reachX_(kWholePixels + kGentleOffsets * largestSteps(warp).x),
-      reachY_(kWholePixels + kGentleOffsets * largestSteps(warp).y),
+      reachX_(blockReach[0]),
+      reachY_(blockReach[1]),
       table_(tableFor(reachX_, reachY_)) {
   const lens::Camera& camera = rays.camera;
   const cv::Matx33d& iR = rays.iR;

@@ -67,6 +67,8 @@ class ViewGeometry {
   static constexpr double kSteepOffsets = 24;
 
  private:
+  ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp, const cv::Vec2d& blockReach);
+
   BlockSpread spreadOf(double reachX, double reachY) const;
   LensTable tableFor(double reachX, double reachY) const;
   double radiusBound() const;

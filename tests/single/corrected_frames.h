@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <opencv2/core.hpp>
 #include <vector>
 
 #include "fisheye_calibration.h"
@@ -24,6 +25,14 @@ inline FishEyeCalibrationParam flatCamera(int dstWidth, int dstHeight, float shi
   param.p1 = param.p5 = param.p9 = 1;
   return param;
 }
+
+inline void setHomography(FishEyeCalibrationParam& param, const cv::Matx33d& H) {
+  double* const p[] = {&param.p1, &param.p2, &param.p3, &param.p4, &param.p5,
+                       &param.p6, &param.p7, &param.p8, &param.p9};
+  for (int i = 0; i < 9; ++i) *p[i] = H.val[i];
+}
+
+inline cv::Matx33d shift(double x, double y) { return {1, 0, x, 0, 1, y, 0, 0, 1}; }
 
 // A host's frame. Pictures are written top row first.
 struct Frame {

@@ -7,12 +7,15 @@
 #include <vector>
 
 #include "fisheye_calibration.h"
+#include "single/corrected_frames.h"
 #include "support/dice.h"
 #include "support/instruction_sets.h"
 #include "support/plain_correction.h"
 
 namespace {
 
+using frames::setHomography;
+using frames::shift;
 using support::Dice;
 using Bytes = std::vector<unsigned char>;
 
@@ -31,14 +34,6 @@ struct Scene {
   FishEyeCalibrationParam param{};
   Bytes src;
 };
-
-void setHomography(FishEyeCalibrationParam& param, const cv::Matx33d& H) {
-  double* const p[] = {&param.p1, &param.p2, &param.p3, &param.p4, &param.p5,
-                       &param.p6, &param.p7, &param.p8, &param.p9};
-  for (int i = 0; i < 9; ++i) *p[i] = H.val[i];
-}
-
-cv::Matx33d shift(double x, double y) { return {1, 0, x, 0, 1, y, 0, 0, 1}; }
 
 // Turned, zoomed and tilted about the view's middle.
 cv::Matx33d viewOf(Dice& dice, const Scene& scene) {
