@@ -27,8 +27,9 @@ struct BlockSpread {
 struct LensNode {
   static constexpr std::size_t kDegree = 5;
 
-  bool near = false;
-  double radius = 0;  // r_n
+  bool odd = false;    // has odd terms: near the axis
+  bool usual = false;  // safe and without odd terms
+  double radius = 0;   // r_n
   double value = 0;
   std::array<double, kDegree> c{};
   std::array<double, kDegree> o{};
@@ -49,14 +50,14 @@ class LensTable {
   static constexpr double kLargestRadius =
       8;  // farther from the axis, cameras hardly show anything
 
-  LensTable() = default;  // empty
-
   // Covers 0 <= r <= min(radius, kLargestRadius).
   // The last node stands for all radii beyond and is not safe.
   LensTable(const lens::Camera& camera, double radius, const BlockSpread& spread);
 
   std::size_t size() const { return nodes_.size(); }
   const LensNode& operator[](std::size_t n) const { return nodes_[n]; }
+  std::vector<LensNode>::const_iterator begin() const { return nodes_.begin(); }
+  std::vector<LensNode>::const_iterator end() const { return nodes_.end(); }
 
  private:
   std::vector<LensNode> nodes_;

@@ -85,9 +85,11 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
       x0_(rays.iR(0, 2) / rays.iR(2, 2)),
       yy_(rays.iR(1, 1) / rays.iR(2, 2)),
       y0_(rays.iR(1, 2) / rays.iR(2, 2)),
+      squareXx_(static_cast<float>(xx_ * xx_)),
+      squareYy_(static_cast<float>(yy_ * yy_)),
+      lean_(static_cast<float>(xy_ / xx_)),
       reachX_(blockReach[0]),
-      reachY_(blockReach[1]),
-      table_(tableFor(reachX_, reachY_)) {
+      reachY_(blockReach[1]) {
   const lens::Camera& camera = rays.camera;
   const cv::Matx33d& iR = rays.iR;
   const bool finite =
@@ -97,11 +99,13 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
     return std::abs(focal * perFocal - 1) < 1e-12;
   };
   const double reach = std::max(reachX_, reachY_);
+  addTableFor(reachX_, reachY_);
+  firstFineNode_ = nodeCount();
   constexpr double kFineReach = kWholePixels + kGentleOffsets * kFineStep;
   if (reach > kMuchLarger * kFineReach) {
     fineReachX_ = std::min(reachX_, kFineReach);
     fineReachY_ = std::min(reachY_, kFineReach);
-    fine_ = tableFor(fineReachX_, fineReachY_);
+    addTableFor(fineReachX_, fineReachY_);
   }
   const double size = std::max(warp.size.width, warp.size.height) + reach;
   largestPerW_ = largestReciprocal(warp, size);
@@ -109,7 +113,7 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
   // coordinate that is up to `reach` larger than the middle's.
   clear_ = 0.5 - (6 * 0x1p-24 + kPlainRounding) * reach - kQuotientError;
   hasBlocks_ = finite && pinhole && isInverse(camera.fx, xx_) && isInverse(camera.fy, yy_) &&
-               largestPerW_ > 0;
+               largestPerW_ > 0 && size + kWholePixels < kFarthestSource;
 }
 
 BlockSpread ViewGeometry::spreadOf(double reachX, double reachY) const {
@@ -129,9 +133,15 @@ BlockSpread ViewGeometry::spreadOf(double reachX, double reachY) const {
 }
 
 // The middles of blocks may lie outside the undistorted image, as far as blocks reach.
-LensTable ViewGeometry::tableFor(double reachX, double reachY) const {
+void ViewGeometry::addTableFor(double reachX, double reachY) {
   const BlockSpread spread = spreadOf(reachX, reachY);
-  return {rays_.camera, radiusBound() + 2 * spread.reach, spread};
+  const LensTable table(rays_.camera, radiusBound() + 2 * spread.reach, spread);
+  nodes_.insert(nodes_.end(), table.begin(), table.end());
+}
+
+std::span<const LensNode> ViewGeometry::finestNodes() const {
+  const std::span<const LensNode> nodes = nodes_;
+  return nodes.subspan(firstFineNode_ < nodeCount() ? static_cast<std::size_t>(firstFineNode_) : 0);
 }
 
 // The largest radius in the undistorted image.

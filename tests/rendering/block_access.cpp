@@ -21,12 +21,12 @@ namespace {
 bool AreComputed() { return true; }
 
 void Prepare(const ViewGeometry& view, const RowPart& part, int first, BlockBatch& batch) {
-  prepareBatch(view, part, first, batch);
+  prepareBatch(view, RowGeometry(view, part.y), part, first, batch);
 }
 
 void TraceBlock(const ViewGeometry& view, const BlockBatch& batch, int i, blocks::Trace& trace) {
   const LensNode& node = view.node(batch.node[i]);
-  const BlockKind kind{view.xy() != 0, (batch.gentle >> i & 1) == 0, node.near,
+  const BlockKind kind{view.xy() != 0, (batch.gentle >> i & 1) == 0, node.odd,
                        (batch.inside >> i & 1) == 0};
   detailedBlock(view, batch, i, kind, trace.positions, trace.detail);
   std::copy_n(kOffsets.pixel, kBlock, trace.order.begin());

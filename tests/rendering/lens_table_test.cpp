@@ -41,7 +41,7 @@ double factorByNode(const LensTable& table, std::size_t n, double q) {
   const LensNode& node = table[n];
   const double p = q - radiusOf(n) * radiusOf(n);
   const double even = node.value + horner(node.c, p) * p;
-  return node.near ? even + std::sqrt(q) * horner(node.o, p) : even;
+  return node.odd ? even + std::sqrt(q) * horner(node.o, p) : even;
 }
 
 struct View {
@@ -121,7 +121,7 @@ void forPixelsOfRandomViews(std::uint64_t seed, const Test& test) {
     for (std::size_t n = 0; n < table.size(); ++n) {
       if (table[n].safe == 0) continue;
       ++safe;
-      near += table[n].near ? 1 : 0;
+      near += table[n].odd ? 1 : 0;
       for (int k = 0; k < 30; ++k) test(dice, view, table, n, randomPixel(dice, view, n));
       if (testing::Test::HasFatalFailure()) return;
     }
@@ -210,7 +210,7 @@ TEST(LensTable, NodeOnTheAxisHoldsTheSeriesWorkedOutByHand) {
   const View view = viewOf({410, 408, 645, 474, k0, k1, 0}, 0.01, 0.01);
   const LensTable table(view.camera, 1, view.spread);
   const LensNode& node = table[0];
-  ASSERT_TRUE(node.near);
+  ASSERT_TRUE(node.odd);
   EXPECT_NEAR(node.value, 32, 1e-12);
   EXPECT_NEAR(node.c[0], 32 * (-5.0 / 6), 1e-9);
   EXPECT_NEAR(node.c[1], 32 * 0.7, 1e-6);
