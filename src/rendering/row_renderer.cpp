@@ -35,6 +35,7 @@ void renderOneByOne(const images::Frame& frame, const InverseWarp& warp, Careful
 #include "rendering/block_positions-inl.h"
 #include "rendering/block_samples-inl.h"
 #include "rendering/block_setup-inl.h"
+#include "rendering/careful_block-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace fisheye_calibration::rendering {
@@ -165,8 +166,7 @@ class RowOfBlocks {
     unsigned char* const pixels = pixels_ + offset * kBytes;
     unsigned char* const mask = mask_ != nullptr ? mask_ + offset : nullptr;
     CarefulBlock block;
-    computeCarefully(view_.warp(), careful_, columnAt(offset), part_.y, kBlock, block);
-    if (block.first == kBlock) {
+    if (!computeBlockCarefully(view_, careful_, columnAt(offset), part_.y, block)) {
       clear(offset);
       return;
     }
