@@ -161,11 +161,14 @@ LensNode betterNode(const lens::Camera& camera, double r, const BlockSpread& spr
 
 }  // namespace
 
-LensTable::LensTable(const lens::Camera& camera, double radius, const BlockSpread& spread) {
+std::size_t LensTable::sizeFor(double radius) {
   const double covered = radius < kLargestRadius ? radius : kLargestRadius;
-  const auto count = static_cast<std::size_t>(std::ceil(covered * kNodesPerUnit)) + 1;
-  nodes_.reserve(count + 1);
-  for (std::size_t n = 0; n < count; ++n) {
+  return static_cast<std::size_t>(std::ceil(covered * kNodesPerUnit)) + 2;
+}
+
+void LensTable::append(const lens::Camera& camera, double radius, const BlockSpread& spread) {
+  const std::size_t last = sizeFor(radius) - 1;
+  for (std::size_t n = 0; n < last; ++n) {
     nodes_.push_back(betterNode(camera, static_cast<double>(n) / kNodesPerUnit, spread));
   }
   nodes_.emplace_back();

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <vector>
 
 #include "lens/camera.h"
@@ -44,20 +45,24 @@ struct LensNode {
   int extent = 0;
 };
 
+// One table or several, one after the other.
 class LensTable {
  public:
   static constexpr double kNodesPerUnit = 32;
   static constexpr double kLargestRadius =
       8;  // farther from the axis, cameras hardly show anything
 
-  // Covers 0 <= r <= min(radius, kLargestRadius).
-  // The last node stands for all radii beyond and is not safe.
-  LensTable(const lens::Camera& camera, double radius, const BlockSpread& spread);
+  // Makes room for `nodes` nodes in all, so that appending needs no more memory than they take.
+  void reserve(std::size_t nodes) { nodes_.reserve(nodes); }
+
+  // The nodes of a table that covers 0 <= r <= min(radius, kLargestRadius).
+  static std::size_t sizeFor(double radius);
+  // Appends such a table. Its last node stands for all radii beyond and is not safe.
+  void append(const lens::Camera& camera, double radius, const BlockSpread& spread);
 
   std::size_t size() const { return nodes_.size(); }
   const LensNode& operator[](std::size_t n) const { return nodes_[n]; }
-  std::vector<LensNode>::const_iterator begin() const { return nodes_.begin(); }
-  std::vector<LensNode>::const_iterator end() const { return nodes_.end(); }
+  std::span<const LensNode> nodes() const { return nodes_; }
 
  private:
   std::vector<LensNode> nodes_;

@@ -99,14 +99,7 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
     return std::abs(focal * perFocal - 1) < 1e-12;
   };
   const double reach = std::max(reachX_, reachY_);
-  addTableFor(reachX_, reachY_);
-  firstFineNode_ = nodeCount();
-  constexpr double kFineReach = kWholePixels + kGentleOffsets * kFineStep;
-  if (reach > kMuchLarger * kFineReach) {
-    fineReachX_ = std::min(reachX_, kFineReach);
-    fineReachY_ = std::min(reachY_, kFineReach);
-    addTableFor(fineReachX_, fineReachY_);
-  }
+  makeTables(reach);
   const double size = std::max(warp.size.width, warp.size.height) + reach;
   largestPerW_ = largestReciprocal(warp, size);
   // Six operations in float on at most `reach`, and the plain steps' own rounding to float of a
@@ -133,14 +126,29 @@ BlockSpread ViewGeometry::spreadOf(double reachX, double reachY) const {
 }
 
 // The middles of blocks may lie outside the undistorted image, as far as blocks reach.
-void ViewGeometry::addTableFor(double reachX, double reachY) {
-  const BlockSpread spread = spreadOf(reachX, reachY);
-  const LensTable table(rays_.camera, radiusBound() + 2 * spread.reach, spread);
-  nodes_.insert(nodes_.end(), table.begin(), table.end());
+double ViewGeometry::coveredRadius(const BlockSpread& spread) const {
+  return radiusBound() + 2 * spread.reach;
+}
+
+void ViewGeometry::makeTables(double reach) {
+  constexpr double kFineReach = kWholePixels + kGentleOffsets * kFineStep;
+  if (reach > kMuchLarger * kFineReach) {
+    fineReachX_ = std::min(reachX_, kFineReach);
+    fineReachY_ = std::min(reachY_, kFineReach);
+  }
+  const BlockSpread spread = spreadOf(reachX_, reachY_);
+  const BlockSpread fineSpread = spreadOf(fineReachX_, fineReachY_);
+  const std::size_t size = LensTable::sizeFor(coveredRadius(spread));
+  table_.reserve(size + (fineReachX_ > 0 ? LensTable::sizeFor(coveredRadius(fineSpread)) : 0));
+  table_.append(rays_.camera, coveredRadius(spread), spread);
+  firstFineNode_ = nodeCount();
+  if (fineReachX_ > 0) {
+    table_.append(rays_.camera, coveredRadius(fineSpread), fineSpread);
+  }
 }
 
 std::span<const LensNode> ViewGeometry::finestNodes() const {
-  const std::span<const LensNode> nodes = nodes_;
+  const std::span<const LensNode> nodes = table_.nodes();
   return nodes.subspan(firstFineNode_ < nodeCount() ? static_cast<std::size_t>(firstFineNode_) : 0);
 }
 

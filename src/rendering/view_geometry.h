@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 #include "rendering/inverse_warp.h"
 #include "rendering/lens_table.h"
@@ -26,8 +25,8 @@ class ViewGeometry {
   // Nodes of the lens: those of the table for all blocks and, from firstFineNode() on, of the one
   // for blocks that reach no farther than fineReachX and fineReachY. Most blocks do; only views
   // with large steps have two tables.
-  const LensNode& node(std::int32_t index) const { return nodes_[static_cast<std::size_t>(index)]; }
-  std::int32_t nodeCount() const { return static_cast<std::int32_t>(nodes_.size()); }
+  const LensNode& node(std::int32_t index) const { return table_[static_cast<std::size_t>(index)]; }
+  std::int32_t nodeCount() const { return static_cast<std::int32_t>(table_.size()); }
   std::int32_t firstFineNode() const { return firstFineNode_; }  // nodeCount() if there is none
   // The last nodes of both tables, counted from their first ones.
   std::int32_t lastNode() const { return firstFineNode_ - 1; }
@@ -80,7 +79,8 @@ class ViewGeometry {
   ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp, const cv::Vec2d& blockReach);
 
   BlockSpread spreadOf(double reachX, double reachY) const;
-  void addTableFor(double reachX, double reachY);
+  double coveredRadius(const BlockSpread& spread) const;
+  void makeTables(double reach);
   double radiusBound() const;
 
   RectifyingRays rays_;
@@ -95,7 +95,7 @@ class ViewGeometry {
   double clear_ = 0;
   double fineReachX_ = 0;
   double fineReachY_ = 0;
-  std::vector<LensNode> nodes_;
+  LensTable table_;
   std::int32_t firstFineNode_ = 0;
   bool hasBlocks_;
 };
