@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstddef>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "stitching/second_positions.cpp"
@@ -124,7 +125,7 @@ HWY_INLINE void findNeighbours(const BlockEnds& ends, int blocks, double slopeOf
     const Pack position = hn::IfThenElseZero(found, hn::MulAdd(row, broadcast(size.width), column));
     hn::Store(hn::DemoteTo(Integers(), position), Integers(), first);
     for (int k = 0; k < lanes; ++k) {
-      positions.at[kPositionBlock * (b + k)] = first[k];
+      positions.at[std::ptrdiff_t{kPositionBlock} * (b + k)] = first[k];
     }
   }
 }
@@ -139,8 +140,8 @@ double marginOf(const cv::Matx33d& M, double row, double column, const cv::Size&
   return 100 * std::abs(M(2, 0)) + terms * 0x1p-45;
 }
 
-void SecondPositionsOf(const cv::Matx33d& M, double row, std::int32_t column, int count,
-                       const cv::Size& size, SecondPositions& positions) {
+void FindSecondPositions(const cv::Matx33d& M, double row, std::int32_t column, int count,
+                         const cv::Size& size, SecondPositions& positions) {
   const RowTerms terms(M, row);
   const int blocks = count / kPositionBlock;
   positions.neighbours = 0;
@@ -166,11 +167,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace fisheye_calibration::stitching {
 
-HWY_EXPORT(SecondPositionsOf);
+HWY_EXPORT(FindSecondPositions);
 
 void secondPositions(const cv::Matx33d& M, double row, std::int32_t column, int count,
                      const cv::Size& size, SecondPositions& positions) {
-  HWY_DYNAMIC_DISPATCH(SecondPositionsOf)(M, row, column, count, size, positions);
+  HWY_DYNAMIC_DISPATCH(FindSecondPositions)(M, row, column, count, size, positions);
 }
 
 }  // namespace fisheye_calibration::stitching

@@ -230,7 +230,7 @@ INSTANTIATE_TEST_SUITE_P(Random, CorrectedImageParts, testing::Range(0, support:
 TEST(CorrectedImageRandom, LargeViewsEqualThePlainPipelineOnEveryInstructionSet) {
   for (const int bitCount : {8, 24, 32}) {
     scenes::compareWithPlain([=](std::uint64_t seed) { return largeScene(seed, bitCount); }, 0,
-                             4 * support::kSceneFactor);
+                             std::uint64_t{4} * support::kSceneFactor);
   }
 }
 
