@@ -50,8 +50,8 @@ struct Middles {
   hn::Mask<DD> fine[kGroups];        // blocks that the finest table serves
 };
 
-// Sets the bits of blocks g kDoubles ... of the batch, whose source pixels advance by (bx, by) per
-// pixel.
+// Sets the bits of the blocks of group g, whose middles' 1/w^2 is given, and finds those that the
+// finest table serves.
 HWY_INLINE void classify(const InverseWarp& warp, const RowGeometry& row, VD squarePerW, int g,
                          Middles& middles, BlockBatch& batch) {
   constexpr double kRounding = 2.5;  // of middles and pixels, and column -1 that counts as 0
@@ -61,8 +61,8 @@ HWY_INLINE void classify(const InverseWarp& warp, const RowGeometry& row, VD squ
   const VD offsets =
       hn::Mul(squarePerW, hn::IfThenElse(gentle, broadcastDouble(ViewGeometry::kGentleOffsets),
                                          broadcastDouble(ViewGeometry::kSteepOffsets)));
-  const VD reachX = hn::Mul(offsets, broadcastDouble(std::abs(row.slopeX)));
-  const VD reachY = hn::Mul(offsets, broadcastDouble(std::abs(row.slopeY)));
+  const VD reachX = hn::Mul(offsets, broadcastDouble(std::abs(row.stepX)));
+  const VD reachY = hn::Mul(offsets, broadcastDouble(std::abs(row.stepY)));
   const auto beyondSide = [](VD middle, int size) HWY_ATTR {
     const VD half = broadcastDouble(0.5 * size);
     return hn::Sub(hn::Abs(hn::Sub(middle, half)), half);
@@ -100,8 +100,8 @@ HWY_INLINE void prepareSource(const ViewGeometry& view, const RowGeometry& row, 
   const VD line = hn::Round(sy);
   store(hn::Sub(sx, column), batch.ax + i);
   store(hn::Sub(sy, line), batch.ay + i);
-  store(hn::Mul(squarePerW, broadcastDouble(row.slopeX)), batch.bx + i);
-  store(hn::Mul(squarePerW, broadcastDouble(row.slopeY)), batch.by + i);
+  store(hn::Mul(squarePerW, broadcastDouble(row.stepX)), batch.bx + i);
+  store(hn::Mul(squarePerW, broadcastDouble(row.stepY)), batch.by + i);
   store(hn::Mul(perW, broadcastDouble(-H(2, 0))), batch.t1 + i);
   store(column, batch.column + i);
   store(line, batch.row + i);

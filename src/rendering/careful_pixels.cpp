@@ -27,6 +27,7 @@ int wrapped(std::int32_t position) {
 bool computeCarefully(const InverseWarp& warp, CarefulPositions& positions, int x, int y, int count,
                       CarefulBlock& block) {
   std::fill_n(block.column, kBlock, -1);
+  std::fill_n(block.row, kBlock, -1);
   for (int k = 0; k < count; ++k) {
     const SourcePixel source = sourcePixel(warp, x + k, y);
     block.column[k] = source.column;
@@ -128,7 +129,8 @@ void settle(const InverseWarp& warp, CarefulPositions& positions, const BlockPla
       source.column = std::clamp(source.column, 0, warp.size.width - 1);
       source.row = std::clamp(source.row, 0, warp.size.height - 1);
     }
-    const RawPosition raw = exactly ? positions.exactlyAt(source) : positions.at(source);
+    const RawPosition raw =
+        exactly ? positions.exact().at(source.column, source.row) : positions.at(source);
     out.u[pixel[k]] = static_cast<std::int16_t>(raw.u - kFractions * batch.baseU[i]);
     out.v[pixel[k]] = static_cast<std::int16_t>(raw.v - kFractions * batch.baseV[i]);
   }

@@ -1,4 +1,4 @@
-// Output pixels one at a time.
+// Output pixels that float cannot decide.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ bool computeCarefully(const InverseWarp& warp, CarefulPositions& positions, int 
 // another. Returns false if none shows anything.
 bool completeSources(CarefulBlock& block);
 
-// theta = atan r by the standard library, whose rounding is part of the result, of a block.
+// The arctangents of a block's r by the standard library, whose rounding is part of the result.
 void arcTangents(const double* r, double* theta);
 
 // The positions relative to the raw pixel (baseU, baseV) that the first one lies in. Returns false

@@ -10,13 +10,16 @@ double square(double x) { return x * x; }
 
 // The largest 1/w^2 of blocks that reach no farther than so many source pixels.
 double largestReaching(const RowGeometry& row, double reachX, double reachY) {
-  if (!std::isfinite(row.slopeX + row.slopeY)) {
+  if (!std::isfinite(row.stepX + row.stepY)) {
     return 0;
   }
-  const double reach = std::min(reachX / std::abs(row.slopeX), reachY / std::abs(row.slopeY));
+  // Divided by the steps last, which may take the limit beyond the largest number.
+  const auto limit = [&](double offsets) {
+    return std::min(reachX / offsets / std::abs(row.stepX), reachY / offsets / std::abs(row.stepY));
+  };
   // Gentle blocks and others have limits of their own, the first being the larger one.
-  return std::max(std::min(reach / ViewGeometry::kGentleOffsets, row.gentle),
-                  reach / ViewGeometry::kSteepOffsets);
+  return std::max(std::min(limit(ViewGeometry::kGentleOffsets), row.gentle),
+                  limit(ViewGeometry::kSteepOffsets));
 }
 
 }  // namespace
@@ -28,8 +31,8 @@ RowGeometry::RowGeometry(const ViewGeometry& view, int y) {
   for (int i = 0; i < 3; ++i) {
     numerators[i] = H(i, 1) * py + H(i, 2);
   }
-  slopeX = H(0, 0) * numerators[2] - numerators[0] * H(2, 0);
-  slopeY = H(1, 0) * numerators[2] - numerators[1] * H(2, 0);
+  stepX = H(0, 0) * numerators[2] - numerators[0] * H(2, 0);
+  stepY = H(1, 0) * numerators[2] - numerators[1] * H(2, 0);
   const double lean = std::abs(H(2, 0));
   certain = square(std::min(view.largestPerW(), ViewGeometry::kSteep / lean));
   gentle = square(ViewGeometry::kGentle / lean);

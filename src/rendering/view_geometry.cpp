@@ -99,14 +99,14 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
     return std::abs(focal * perFocal - 1) < 1e-12;
   };
   const double reach = std::max(reachX_, reachY_);
-  makeTables(reach);
+  makeTables();
   const double size = std::max(warp.size.width, warp.size.height) + reach;
-  largestPerW_ = largestReciprocal(warp, size);
+  largestPerW_ = size + kWholePixels < kFarthestSource ? largestReciprocal(warp, size) : 0;
   // Six operations in float on at most `reach`, and the plain steps' own rounding to float of a
   // coordinate that is up to `reach` larger than the middle's.
   clear_ = 0.5 - (6 * 0x1p-24 + kPlainRounding) * reach - kQuotientError;
   hasBlocks_ = finite && pinhole && isInverse(camera.fx, xx_) && isInverse(camera.fy, yy_) &&
-               largestPerW_ > 0 && size + kWholePixels < kFarthestSource;
+               largestPerW_ > 0;
 }
 
 BlockSpread ViewGeometry::spreadOf(double reachX, double reachY) const {
@@ -130,7 +130,8 @@ double ViewGeometry::coveredRadius(const BlockSpread& spread) const {
   return radiusBound() + 2 * spread.reach;
 }
 
-void ViewGeometry::makeTables(double reach) {
+void ViewGeometry::makeTables() {
+  const double reach = std::max(reachX_, reachY_);
   constexpr double kFineReach = kWholePixels + kGentleOffsets * kFineStep;
   if (reach > kMuchLarger * kFineReach) {
     fineReachX_ = std::min(reachX_, kFineReach);

@@ -56,7 +56,8 @@ class ViewGeometry {
   double reachX() const { return reachX_; }
   double reachY() const { return reachY_; }
 
-  // Blocks with a larger 1/|w| at their middle are too close to the horizon for float.
+  // Blocks with a larger 1/|w| at their middle are too close to the horizon for float. 0 if the
+  // undistorted image is too large for it.
   double largestPerW() const { return largestPerW_; }
 
   // A source pixel computed in float is rounded correctly if it is closer to a whole number than
@@ -80,7 +81,7 @@ class ViewGeometry {
 
   BlockSpread spreadOf(double reachX, double reachY) const;
   double coveredRadius(const BlockSpread& spread) const;
-  void makeTables(double reach);
+  void makeTables();
   double radiusBound() const;
 
   RectifyingRays rays_;

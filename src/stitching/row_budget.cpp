@@ -8,7 +8,7 @@ namespace fisheye_calibration::stitching {
 namespace {
 
 constexpr std::int32_t kLongestRing = 256;  // 2.6 MB for frames of 1280 pixels with 24 bits
-constexpr std::int32_t kFewestRows = 16;    // in a ring and in a range
+constexpr std::int32_t kShortestRange = 16;
 constexpr std::int32_t kRangesOfAThread = 8;
 
 }  // namespace
@@ -51,12 +51,12 @@ std::optional<RowBudget> rowBudget(const cv::Matx33d& M, const cv::Size& second,
   if (shown > kLongestRing) {
     return std::nullopt;
   }
-  const std::int32_t fewest = std::max(kFewestRows, 2 * shown);
+  const std::int32_t fewest = std::max(kShortestRange, 2 * shown);
   if (threads > 1 && canvas.height / fewest < threads) {
     return std::nullopt;
   }
-  const std::int32_t ring = std::min(std::max(kFewestRows, shown), std::max(second.height, 1));
-  return RowBudget{static_cast<std::int32_t>(std::bit_ceil(static_cast<std::uint32_t>(ring))),
+  const auto ring = static_cast<std::uint32_t>(std::max(shown, 1));
+  return RowBudget{static_cast<std::int32_t>(std::bit_ceil(ring)),
                    std::max(fewest, canvas.height / kRangesOfAThread / std::max(threads, 1))};
 }
 

@@ -1,7 +1,6 @@
 #include "stitching/second_positions.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -89,13 +88,13 @@ HWY_INLINE void computeEnds(const RowTerms& terms, std::int32_t column, int bloc
   }
 }
 
-// Finds blocks whose columns certainly show neighbours, and their first positions. Within a block,
-// w must change by so little that it keeps its sign and that x and y are monotonic: then x - c
-// deviates from its chord by less than 16^2/8 |x''| = 64 |x' m20/w|, where x' is close to 1.
-// `margin` bounds that and the rounding of x and y, here and in positionsOfColumns, times |w|.
-HWY_INLINE void findNeighbours(const BlockEnds& ends, int blocks, double slopeOfW, double margin,
+// Finds blocks whose columns certainly show neighbours, and their first positions. `margin` times
+// the larger 1/|w| of a block's ends, which must be below 1/2, bounds the rounding of x and y, here
+// and in positionsOfColumns, and how far x - c is from its chord: with 100 |m20| in the margin, w
+// changes by less than 8 % within a block, so that x and y are monotonic and that distance is at
+// most 16^2/8 |x''| = 64 |x' m20/w| < 74 |m20/w|, because x' is 17/16 on average at most.
+HWY_INLINE void findNeighbours(const BlockEnds& ends, int blocks, double margin,
                                const cv::Size& size, SecondPositions& positions) {
-  constexpr double kLargestChange = 1e-3;  // of w, per column
   const Doubles d;
   const Pack length = broadcast(kPositionBlock);
   const int lanes = static_cast<int>(hn::Lanes(d));
@@ -116,9 +115,7 @@ HWY_INLINE void findNeighbours(const BlockEnds& ends, int blocks, double slopeOf
     const auto inside = hn::And(hn::And(hn::Ge(column, hn::Zero(d)), hn::Ge(row, hn::Zero(d))),
                                 hn::And(hn::Le(column, broadcast(size.width - kPositionBlock)),
                                         hn::Lt(row, broadcast(size.height))));
-    const auto steady =
-        hn::Lt(hn::Mul(largest, broadcast(std::abs(slopeOfW))), broadcast(kLargestChange));
-    const auto found = hn::And(hn::And(same, inside), steady);
+    const auto found = hn::And(same, inside);
     std::uint8_t bits[8] = {};
     hn::StoreMaskBits(d, found, bits);
     positions.neighbours |= std::uint32_t{bits[0]} << b;
@@ -147,8 +144,8 @@ void FindSecondPositions(const cv::Matx33d& M, double row, std::int32_t column, 
   positions.neighbours = 0;
   BlockEnds ends;
   computeEnds(terms, column, blocks, ends);
-  findNeighbours(ends, blocks, M(2, 0), marginOf(M, row, static_cast<double>(column) + count, size),
-                 size, positions);
+  findNeighbours(ends, blocks, marginOf(M, row, static_cast<double>(column) + count, size), size,
+                 positions);
   positions.neighbours &= blocks < kBlocksAtOnce ? (1U << blocks) - 1 : ~0U;
   for (int b = 0; kPositionBlock * b < count; ++b) {
     if (!positions.areNeighbours(b)) {

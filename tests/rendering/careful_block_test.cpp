@@ -122,7 +122,7 @@ void expectPlainBlock(const ViewGeometry& geometry, int x, int y, Counts& counts
     ++(source.column < 0 ? counts.hidden : counts.shown);
     if (source.column < 0) continue;
     ASSERT_EQ(cv::Point(block.column[k], block.row[k]), cv::Point(source.column, source.row)) << k;
-    const RawPosition raw = single.exactlyAt(source);
+    const RawPosition raw = single.exact().at(source.column, source.row);
     ASSERT_EQ(cv::Point(block.u[k], block.v[k]), cv::Point(raw.u, raw.v)) << k;
     counts.atInfinity += raw.u == std::numeric_limits<int>::min() ? 1 : 0;
   }

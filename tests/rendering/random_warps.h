@@ -44,7 +44,7 @@ inline InverseWarp tiltedWarp(Dice& dice, const cv::Size& size, int x, int y, do
   h(0, 2) = atX * w - (h(0, 0) * px + h(0, 1) * py);
   h(1, 2) = atY * w - (h(1, 0) * px + h(1, 1) * py);
   if (dice.oneIn(8)) {  // the same warp
-    h = h * dice.magnitude(1e-100, 1e100) * (dice.oneIn(2) ? -1.0 : 1.0);
+    h = h * dice.magnitude(1e-160, 1e160) * (dice.oneIn(2) ? -1.0 : 1.0);
   }
   return warp;
 }

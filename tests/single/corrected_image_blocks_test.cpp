@@ -10,6 +10,7 @@
 #include "single/corrected_frames.h"
 #include "single/corrected_scenes.h"
 #include "support/dice.h"
+#include "support/scene_factor.h"
 
 namespace {
 
@@ -19,11 +20,7 @@ using scenes::Scene;
 using scenes::View;
 using support::Dice;
 
-#ifdef __OPTIMIZE__
-constexpr std::uint64_t kScenes = 4000;  // of each part
-#else
-constexpr std::uint64_t kScenes = 400;
-#endif
+constexpr std::uint64_t kScenes = std::uint64_t{400} * support::kSceneFactor;  // of each part
 
 // Turned, zoomed and tilted about the view's middle.
 cv::Matx33d viewOf(Dice& dice, const Scene& scene) {

@@ -86,7 +86,7 @@ TEST(RowBudget, KeepsAsManyRowsAsOneRowOfTheCanvasShows) {
   const std::optional<RowBudget> oblique = stitching::rowBudget(turn(1), view, canvas, 0, 1);
   const std::optional<RowBudget> most = stitching::rowBudget(turn(5), view, canvas, 0, 1);
   ASSERT_TRUE(straight && oblique && most);
-  EXPECT_EQ(straight->ring, 16);
+  EXPECT_EQ(straight->ring, 4);
   EXPECT_EQ(oblique->ring, 64);
   EXPECT_EQ(most->ring, 256);
   EXPECT_FALSE(stitching::rowBudget(turn(8), view, canvas, 0, 1));
@@ -122,14 +122,9 @@ TEST(RowBudget, RangesRenderAtMostHalfAViewAgain) {
 TEST(RowBudget, CanvasesWithoutPixelsNeedNone) {
   constexpr int highest = std::numeric_limits<int>::max();
   for (const cv::Size& canvas : {cv::Size(0, highest), cv::Size(-4, highest), cv::Size(4, -4)}) {
-    EXPECT_EQ(stitching::rowBudget(turn(3), {2560, 1920}, canvas, 0, 1)->ring, 16);
+    EXPECT_EQ(stitching::rowBudget(turn(3), {2560, 1920}, canvas, 0, 1)->ring, 1);
   }
   EXPECT_EQ(stitching::rowBudget(turn(3), {0, 0}, {10, 10}, 0, 1)->ring, 1);
-}
-
-// More would only cost memory: a view of a few very long rows has no more.
-TEST(RowBudget, RingIsNoLargerThanTheViewNeeds) {
-  EXPECT_EQ(stitching::rowBudget(turn(3), {2560, 5}, {10, 10}, 0, 1)->ring, 8);
 }
 
 }  // namespace

@@ -42,6 +42,9 @@ double compare(const Columns& columns) {
   SecondPositions found;
   stitching::secondPositions(columns.M, columns.row, columns.begin, columns.count, columns.size,
                              found);
+  for (int block = columns.count / kPositionBlock; block < stitching::kBlocksAtOnce; ++block) {
+    EXPECT_FALSE(found.areNeighbours(block)) << "an incomplete block";
+  }
   int wrong = 0;
   int blocks = 0;
   for (int i = 0; i < columns.count; ++i) {
@@ -172,7 +175,7 @@ TEST(SecondPositions, OfAnyTransformAreThoseOfTheFormula) {
   });
 }
 
-TEST(SecondPositions, OfNumbersThatAreNotFiniteAreOutside) {
+TEST(SecondPositions, OfNumbersThatAreNotFiniteAreThoseOfTheFormula) {
   support::onEveryInstructionSet([] {
     for (const double value :
          {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
