@@ -36,10 +36,10 @@ fcal_status fill(const RecordOutputs& outputs, const Solve& solve) {
   return isComplete ? FCAL_OK : withoutResult("points", "no second correction fits them");
 }
 
-RecordOutputs checkedOutputs(fcal_point* points, int32_t count, int32_t corrected_width,
-                             int32_t corrected_height, fcal_camera* camera, double* rms) {
-  requirePositive(corrected_width, "corrected_width");
-  requirePositive(corrected_height, "corrected_height");
+RecordOutputs checkedOutputs(fcal_point* points, int32_t count, int32_t correctedWidth,
+                             int32_t correctedHeight, fcal_camera* camera, double* rms) {
+  requirePositive(correctedWidth, "corrected_width");
+  requirePositive(correctedHeight, "corrected_height");
   return {checkedArray(points, count, "points"), required(camera, "camera"), required(rms, "rms")};
 }
 
@@ -48,6 +48,8 @@ RecordOutputs checkedOutputs(fcal_point* points, int32_t count, int32_t correcte
 
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::c_api;
+
+// NOLINTBEGIN(readability-identifier-naming): parameters have their names in C
 
 fcal_status fcal_calibrate(int32_t width, int32_t height, fcal_point* points, int32_t count,
                            int32_t corrected_width, int32_t corrected_height, fcal_camera* camera,
@@ -130,3 +132,5 @@ fcal_status fcal_straighten(const fcal_point* points, int32_t count) {
     return FCAL_OK;
   });
 }
+
+// NOLINTEND(readability-identifier-naming)

@@ -1,17 +1,20 @@
 // The layout of the C interface's records, which never changes, and that the first three are the
 // records of fisheye_calibration.h.
 #include <cstddef>
+#include <cstdint>
 
 #include "fisheye_calibration.h"
 #include "fisheye_calibration_c.h"
 
 namespace {
 
+// NOLINTBEGIN(bugprone-macro-parentheses): records are types
 #define SAME_FIELD(c_record, c_field, record, field)                      \
   static_assert(offsetof(c_record, c_field) == offsetof(record, field) && \
                     sizeof(static_cast<c_record*>(nullptr)->c_field) ==   \
                         sizeof(static_cast<record*>(nullptr)->field),     \
                 #c_record "." #c_field " is not " #record "::" #field)
+// NOLINTEND(bugprone-macro-parentheses)
 #define SAME_POINT(c_field, field) SAME_FIELD(fcal_point, c_field, CalibrationPoint, field)
 #define SAME_CAMERA(c_field, field) SAME_FIELD(fcal_camera, c_field, FishEyeCalibrationParam, field)
 #define SAME_DUAL(c_field, field) SAME_FIELD(fcal_dual, c_field, DualFishEyeCalibrationParam, field)
@@ -86,8 +89,7 @@ SAME_DUAL(datum_y, DatumImagePtY);
 SAME_DUAL(datum_xw, DatumPtXw);
 SAME_DUAL(datum_yw, DatumPtYw);
 
-// The other records, where pointers have 64 bits.
-static_assert(sizeof(void*) == 8);
+#if UINTPTR_MAX == UINT64_MAX  // the other records hold pointers
 static_assert(sizeof(fcal_image) == 24);
 AT(fcal_image, data, 0);
 AT(fcal_image, width, 8);
@@ -127,5 +129,6 @@ AT(fcal_views_result, rms, 16);
 AT(fcal_views_result, noise_sigma, 24);
 AT(fcal_views_result, noise_assumed, 32);
 AT(fcal_views_result, reserved, 36);
+#endif
 
 }  // namespace

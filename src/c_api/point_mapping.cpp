@@ -54,6 +54,8 @@ fcal_status mapPlane(const Record* record, const char* name, std::span<const flo
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::c_api;
 
+// NOLINTBEGIN(readability-identifier-naming): parameters have their names in C
+
 fcal_status fcal_world_to_raw(const fcal_camera* camera, const float* world_xyz, int32_t count,
                               float* raw_xy) {
   return guarded([&] {
@@ -167,3 +169,5 @@ fcal_status fcal_stitched_to_world(const fcal_dual* dual, const float* stitched_
                     });
   });
 }
+
+// NOLINTEND(readability-identifier-naming)

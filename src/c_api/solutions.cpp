@@ -58,6 +58,8 @@ bool hasCovariance(const robust::BedView& view) {
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::c_api;
 
+// NOLINTBEGIN(readability-identifier-naming): parameters have their names in C
+
 fcal_status fcal_solution_of_camera(const fcal_camera* camera, fcal_solution* solution) {
   return guarded([&]() -> fcal_status {
     const FishEyeCalibrationParam param = recordOf(required(camera, "camera"));
@@ -115,3 +117,5 @@ fcal_status fcal_bed_errors(const fcal_solution* solution, const fcal_solution* 
     return FCAL_OK;
   });
 }
+
+// NOLINTEND(readability-identifier-naming)

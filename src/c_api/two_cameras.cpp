@@ -51,6 +51,8 @@ bool fits(const std::vector<CalibrationPoint>& points, const Growing& output) {
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::c_api;
 
+// NOLINTBEGIN(readability-identifier-naming): parameters have their names in C
+
 fcal_status fcal_common_points(const fcal_point* points1, int32_t count1, const fcal_point* points2,
                                int32_t count2, int32_t id_count, fcal_point* common1,
                                int32_t capacity1, int32_t* needed1, fcal_point* common2,
@@ -116,3 +118,5 @@ fcal_status fcal_stitch(const fcal_rig_view* first, const fcal_rig_view* second,
     return FCAL_OK;
   });
 }
+
+// NOLINTEND(readability-identifier-naming)

@@ -128,6 +128,8 @@ fcal_views_result resultOf(const robust::RobustCalibration& solved) {
 using namespace fisheye_calibration;
 using namespace fisheye_calibration::c_api;
 
+// NOLINTBEGIN(readability-identifier-naming): parameters have their names in C
+
 fcal_status fcal_calibrate_views(int32_t width, int32_t height, const fcal_target_view* views,
                                  int32_t view_count, const fcal_views_options* options,
                                  fcal_views_result* result, fcal_solution* solutions,
@@ -156,3 +158,5 @@ fcal_status fcal_calibrate_views(int32_t width, int32_t height, const fcal_targe
     return FCAL_OK;
   });
 }
+
+// NOLINTEND(readability-identifier-naming)
