@@ -33,7 +33,7 @@ constexpr std::ptrdiff_t kRowsAhead = 4;
 struct Samples {
   const unsigned char* pixels;
   std::ptrdiff_t base;    // index of the byte at (baseU, baseV)
-  std::ptrdiff_t stride;  // bytes from a row to the one above it
+  std::ptrdiff_t stride;  // bytes of a row; the next lower row precedes it in the buffer
   std::ptrdiff_t ahead;   // from a pixel to one that the next row of blocks will show
   V16 u, v;
 

@@ -65,7 +65,7 @@ HWY_INLINE Samples samplesAt(const images::Frame& frame, const SampledBlock& blo
                              std::ptrdiff_t k) {
   const int u0 = std::clamp(block.baseU, 0, frame.width - 1);
   const int v0 = std::clamp(block.baseV, 0, frame.height - 1);
-  const std::ptrdiff_t stride = frame.stride();
+  const auto stride = static_cast<std::ptrdiff_t>(frame.stride());
   const auto shifted = [](V16 position, int pixels)
                            HWY_ATTR { return hn::Sub(position, broadcast16(kFractions * pixels)); };
   return {frame.pixels,
