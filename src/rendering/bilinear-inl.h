@@ -28,18 +28,14 @@ namespace HWY_NAMESPACE {
 // them.
 constexpr std::ptrdiff_t kRowsAhead = 4;
 
-// The samples of kWide pixels of a block. Addresses are relative to the raw pixel (baseU, baseV),
-// which may lie outside the frame.
+// The samples of kWide pixels of a block.
 struct Samples {
-  const unsigned char* pixels;
-  std::ptrdiff_t base;    // index of the byte at (baseU, baseV)
-  std::ptrdiff_t stride;  // bytes of a row; the next lower row precedes it in the buffer
-  std::ptrdiff_t ahead;   // from a pixel to one that the next row of blocks will show
+  const unsigned char* origin;  // the raw pixel that (u, v) are relative to
+  std::ptrdiff_t stride;        // bytes of a row; the next lower row precedes it in the buffer
+  std::ptrdiff_t ahead;         // from a pixel to one that the next row of blocks will show
   V16 u, v;
 
-  HWY_INLINE const unsigned char* at(std::ptrdiff_t offset) const {
-    return pixels + (base + offset);
-  }
+  HWY_INLINE const unsigned char* at(std::ptrdiff_t offset) const { return origin + offset; }
 };
 
 HWY_INLINE V16 wholePixels(V16 position) { return hn::ShiftRight<kFractionBits>(position); }

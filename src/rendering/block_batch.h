@@ -21,7 +21,7 @@ struct BlockBatch {
   alignas(64) std::int32_t column[kBatch], row[kBatch];
 
   // p = p0 + X (alpha X + beta) + Y (gamma Y + delta), where (X, Y) are offsets from (column, row)
-  // with the skew added to X; alpha and gamma belong to the view.
+  // with the skew added to X; alpha = xx^2 and gamma = yy^2 belong to the view.
   alignas(64) float p0[kBatch], beta[kBatch], delta[kBatch];
   // u = (X + a0) D + X S0 + restU, v = (Y + b0) D + Y S0 + restV, with D = S - S0, in 1/32 pixel,
   // relative to the raw pixel (baseU, baseV).
@@ -34,6 +34,7 @@ struct BlockBatch {
   unsigned outside;  // shows none
   unsigned small;    // can be computed in float
   unsigned gentle;   // t1 ... t3 suffice for T
+  unsigned usual;    // inside, small and gentle
 };
 
 // Raw positions of a block, in 1/32 pixel, relative to (baseU, baseV).

@@ -18,7 +18,7 @@ namespace HWY_NAMESPACE {
 struct BlockKind {
   bool skewed = false;
   bool steep = false;  // T needs a division
-  bool near = false;   // the node has odd terms
+  bool odd = false;    // the node has odd terms
   bool edge = false;   // some pixels may lie outside the undistorted image
 };
 
@@ -36,12 +36,12 @@ HWY_INLINE VF makeWhole(VF& x) {
   return distance;
 }
 
-// The same as an integer.
+// The same as an integer in the low half of each lane.
 HWY_INLINE V32 wholeNumber(VF x, VF& distance) {
   const VF shift = broadcast(0x1.8p23F);
   const VF shifted = hn::Add(x, shift);
   distance = hn::Abs(hn::Sub(x, hn::Sub(shifted, shift)));
-  return hn::Sub(hn::BitCast(D32(), shifted), hn::BitCast(D32(), shift));
+  return hn::BitCast(D32(), shifted);
 }
 
 // Offsets of the source pixels from the middle one.
@@ -59,7 +59,8 @@ HWY_INLINE void sourceOffsets(const BlockBatch& b, int i, BlockVectors& s) {
   for (int v = 0; v < kVectors; ++v) {
     const VF k = hn::Load(d, kOffsets.k + v * kLanes);
     const VF T = kSteep ? hn::Div(k, hn::NegMulAdd(k, t1, broadcast(1.0F)))
-                        : hn::MulAdd(hn::Mul(k, k), hn::MulAdd(k, hn::MulAdd(k, t3, t2), t1), k);
+                        : hn::MulAdd(hn::Load(d, kOffsets.square + v * kLanes),
+                                     hn::MulAdd(k, hn::MulAdd(k, t3, t2), t1), k);
     s.x[v] = hn::MulAdd(T, bx, ax);
     s.y[v] = hn::MulAdd(T, by, ay);
   }
@@ -83,7 +84,7 @@ HWY_INLINE void clampToImage(const InverseWarp& warp, const BlockBatch& b, int i
     s.y[v] = hn::Min(hn::Max(s.y[v], lowY), highY);
   }
   for (int v = 0; v < kVectors; v += 2) {
-    hn::Store(fromHalves(shown[v], shown[v + 1]), D16(), out.shown + v * kLanes);
+    hn::Store(sideBySide(shown[v], shown[v + 1]), D16(), out.shown + v * kLanes);
   }
 }
 
@@ -101,8 +102,8 @@ template <bool kOdd>
 HWY_INLINE void factorOffsets(const ViewGeometry& view, const BlockBatch& b, int i,
                               const BlockVectors& s, VF* D) {
   const LensNode& node = view.node(b.node[i]);
-  const VF alpha = broadcast(static_cast<float>(view.xx() * view.xx()));
-  const VF gamma = broadcast(static_cast<float>(view.yy() * view.yy()));
+  const VF alpha = broadcast(view.squareXx());
+  const VF gamma = broadcast(view.squareYy());
   const VF beta = broadcast(b.beta[i]);
   const VF delta = broadcast(b.delta[i]);
   const VF p0 = broadcast(b.p0[i]);
@@ -141,8 +142,8 @@ HWY_INLINE VF roundPositions(const BlockBatch& b, int i, const BlockVectors& s, 
     w[v] = wholeNumber(dv, distanceV);
     farthest = hn::Max(farthest, hn::Max(distanceU, distanceV));
     if (v % 2 == 1) {
-      hn::Store(fromHalves(u[v - 1], u[v]), D16(), out.u + (v - 1) * kLanes);
-      hn::Store(fromHalves(w[v - 1], w[v]), D16(), out.v + (v - 1) * kLanes);
+      hn::Store(sideBySide(u[v - 1], u[v]), D16(), out.u + (v - 1) * kLanes);
+      hn::Store(sideBySide(w[v - 1], w[v]), D16(), out.v + (v - 1) * kLanes);
     }
     if (detail != nullptr) {
       hn::Store(du, d, detail->u + v * kLanes);
@@ -163,7 +164,7 @@ HWY_INLINE VF roundSource(BlockVectors& s) {
 
 // The skew moves columns: x is linear in X + lean Y.
 HWY_INLINE void addSkew(const ViewGeometry& view, BlockVectors& s) {
-  const VF lean = broadcast(static_cast<float>(view.xy() / view.xx()));
+  const VF lean = broadcast(view.lean());
   for (int v = 0; v < kVectors; ++v) {
     s.x[v] = hn::MulAdd(s.y[v], lean, s.x[v]);
   }
@@ -177,7 +178,7 @@ HWY_INLINE bool isCertain(const BlockBatch& b, int i, const LensNode& node, VF s
 
 // The positions of block i, which lies inside the undistorted image. Returns whether the rounding
 // of all of them is certain.
-template <bool kSkewed, bool kSteep, bool kNear>
+template <bool kSkewed, bool kSteep, bool kOdd>
 HWY_INLINE bool positionsInside(const ViewGeometry& view, const BlockBatch& b, int i,
                                 BlockPositions& out) {
   BlockVectors s;
@@ -187,7 +188,7 @@ HWY_INLINE bool positionsInside(const ViewGeometry& view, const BlockBatch& b, i
   if (kSkewed) {
     addSkew(view, s);
   }
-  factorOffsets<kNear>(view, b, i, s, D);
+  factorOffsets<kOdd>(view, b, i, s, D);
   const VF position = roundPositions(b, i, s, D, out, nullptr);
   return isCertain(b, i, view.node(b.node[i]), source, position);
 }
@@ -199,12 +200,12 @@ HWY_NOINLINE bool otherPositionsInside(const ViewGeometry& view, const BlockBatc
   if (!kind.steep) {
     return positionsInside<kSkewed, false, true>(view, b, i, out);
   }
-  return kind.near ? positionsInside<kSkewed, true, true>(view, b, i, out)
-                   : positionsInside<kSkewed, true, false>(view, b, i, out);
+  return kind.odd ? positionsInside<kSkewed, true, true>(view, b, i, out)
+                  : positionsInside<kSkewed, true, false>(view, b, i, out);
 }
 
 // Any block; writes what it rounds to `detail`.
-HWY_NOINLINE inline void detailedBlock(const ViewGeometry& view, const BlockBatch& b, int i,
+HWY_NOINLINE inline bool detailedBlock(const ViewGeometry& view, const BlockBatch& b, int i,
                                        const BlockKind& kind, BlockPositions& out,
                                        BlockDetail& detail) {
   const DF d;
@@ -219,19 +220,20 @@ HWY_NOINLINE inline void detailedBlock(const ViewGeometry& view, const BlockBatc
     hn::Store(s.x[v], d, detail.sx + v * kLanes);
     hn::Store(s.y[v], d, detail.sy + v * kLanes);
   }
-  roundSource(s);
+  const VF source = roundSource(s);
   if (kind.edge) {
     clampToImage(view.warp(), b, i, s, out);
   }
   if (kind.skewed) {
     addSkew(view, s);
   }
-  if (kind.near) {
+  if (kind.odd) {
     factorOffsets<true>(view, b, i, s, D);
   } else {
     factorOffsets<false>(view, b, i, s, D);
   }
-  roundPositions(b, i, s, D, out, &detail);
+  const VF position = roundPositions(b, i, s, D, out, &detail);
+  return isCertain(b, i, view.node(b.node[i]), source, position);
 }
 
 // The pixels, as bits in the order of kOffsets, whose a or b is `limit` or more from a whole

@@ -57,23 +57,32 @@ HWY_INLINE bool isDeepInside(const images::Frame& frame, const SampledBlock& blo
          block.baseV + block.extent + kRowsRead<kBytes> <= frame.height;
 }
 
-// Addresses start from (baseU, baseV) or, if that lies outside the frame, the nearest pixel in it,
-// so that 32 bits hold the offset of every position in the frame. Positions outside give any
-// address.
+// The samples of pixels k ... of a block that lies deep inside the frame.
+template <int kBytes>
+HWY_INLINE Samples samplesInside(const images::Frame& frame, const SampledBlock& block,
+                                 std::ptrdiff_t k) {
+  const auto stride = static_cast<std::ptrdiff_t>(frame.stride());
+  return {frame.pixels + ((std::ptrdiff_t{frame.height} - 1 - block.baseV) * stride +
+                          std::ptrdiff_t{block.baseU} * kBytes),
+          stride, block.isUpwards ? kRowsAhead * stride : -kRowsAhead * stride,
+          hn::Load(D16(), block.positions->u + k), hn::Load(D16(), block.positions->v + k)};
+}
+
+// The same anywhere. Addresses start from (baseU, baseV) or, if that lies outside the frame, the
+// nearest pixel in it, so that 32 bits hold the offset of every position in the frame. Positions
+// outside give any address.
 template <int kBytes>
 HWY_INLINE Samples samplesAt(const images::Frame& frame, const SampledBlock& block,
                              std::ptrdiff_t k) {
-  const int u0 = std::clamp(block.baseU, 0, frame.width - 1);
-  const int v0 = std::clamp(block.baseV, 0, frame.height - 1);
-  const auto stride = static_cast<std::ptrdiff_t>(frame.stride());
-  const auto shifted = [](V16 position, int pixels)
-                           HWY_ATTR { return hn::Sub(position, broadcast16(kFractions * pixels)); };
-  return {frame.pixels,
-          (std::ptrdiff_t{frame.height} - 1 - v0) * stride + std::ptrdiff_t{u0} * kBytes,
-          stride,
-          block.isUpwards ? kRowsAhead * stride : -kRowsAhead * stride,
-          shifted(hn::Load(D16(), block.positions->u + k), u0 - block.baseU),
-          shifted(hn::Load(D16(), block.positions->v + k), v0 - block.baseV)};
+  SampledBlock nearest = block;
+  nearest.baseU = std::clamp(block.baseU, 0, frame.width - 1);
+  nearest.baseV = std::clamp(block.baseV, 0, frame.height - 1);
+  Samples samples = samplesInside<kBytes>(frame, nearest, k);
+  const auto moved = [](V16 position, int pixels)
+                         HWY_ATTR { return hn::Sub(position, broadcast16(kFractions * pixels)); };
+  samples.u = moved(samples.u, nearest.baseU - block.baseU);
+  samples.v = moved(samples.v, nearest.baseV - block.baseV);
+  return samples;
 }
 
 template <int kBytes, bool kMasked>
@@ -160,12 +169,12 @@ HWY_NOINLINE void sampleBorder(const images::Frame& frame, const SampledBlock& b
   sampleTouching<kBytes>(frame, block, k, hn::AndNot(safe, touching));
 }
 
+// kWide pixels for which nothing outside the frame is read.
 template <int kBytes, bool kMasked>
-HWY_INLINE void sampleDeepInside(const images::Frame& frame, const SampledBlock& block,
-                                 std::ptrdiff_t k) {
+HWY_INLINE void sampleSafely(const Samples& samples, const SampledBlock& block, std::ptrdiff_t k) {
   const V16 shown = kMasked ? hn::Load(D16(), block.positions->shown + k) : broadcast16(-1);
-  sampleInside<kBytes, kMasked>(samplesAt<kBytes>(frame, block, k), shown, true,
-                                block.isLast && k + kWide == kBlock, block.pixels + k * kBytes);
+  sampleInside<kBytes, kMasked>(samples, shown, true, block.isLast && k + kWide == kBlock,
+                                block.pixels + k * kBytes);
   if (block.mask == nullptr) {
     return;
   }
@@ -188,14 +197,12 @@ HWY_NOINLINE bool isInside(const images::Frame& frame, const SampledBlock& block
               -block.baseV, sizeThatMatters(frame.height) - kRowsRead<kBytes> - block.baseV));
 }
 
+// A block that may lie partly outside the frame or show only some of its pixels.
 template <int kBytes, bool kMasked>
-HWY_INLINE void sampleParts(const images::Frame& frame, const SampledBlock& block) {
-  // Pixels that are not shown were moved and may lie farther away than `extent`.
-  const bool deep = !kMasked && isDeepInside<kBytes>(frame, block);
-  HWY_UNROLL(4)
+HWY_NOINLINE void sampleAnywhere(const images::Frame& frame, const SampledBlock& block) {
   for (std::ptrdiff_t k = 0; k < kBlock; k += kWide) {
-    if (HWY_LIKELY(deep || isInside<kBytes>(frame, block, k))) {
-      sampleDeepInside<kBytes, kMasked>(frame, block, k);
+    if (isInside<kBytes>(frame, block, k)) {
+      sampleSafely<kBytes, kMasked>(samplesAt<kBytes>(frame, block, k), block, k);
     } else {
       sampleBorder<kBytes>(frame, block, k);
     }
@@ -203,16 +210,16 @@ HWY_INLINE void sampleParts(const images::Frame& frame, const SampledBlock& bloc
 }
 
 template <int kBytes>
-HWY_NOINLINE void sampleEdgeBlock(const images::Frame& frame, const SampledBlock& block) {
-  sampleParts<kBytes, true>(frame, block);
-}
-
-template <int kBytes>
 HWY_INLINE void sampleBlock(const images::Frame& frame, const SampledBlock& block) {
   if (HWY_UNLIKELY(block.edge)) {
-    sampleEdgeBlock<kBytes>(frame, block);
+    sampleAnywhere<kBytes, true>(frame, block);
+  } else if (HWY_UNLIKELY(!isDeepInside<kBytes>(frame, block))) {
+    sampleAnywhere<kBytes, false>(frame, block);
   } else {
-    sampleParts<kBytes, false>(frame, block);
+    HWY_UNROLL(4)
+    for (std::ptrdiff_t k = 0; k < kBlock; k += kWide) {
+      sampleSafely<kBytes, false>(samplesInside<kBytes>(frame, block, k), block, k);
+    }
   }
 }
 

@@ -6,6 +6,9 @@
 #define FISHEYE_BLOCK_SETUP_INL_H_
 #endif
 
+#include <cmath>
+
+#include "rendering/row_geometry.h"
 #include "rendering/row_renderer.h"
 #include "rendering/vectors-inl.h"
 
@@ -39,153 +42,182 @@ HWY_INLINE unsigned bitsOf(hn::Mask<DD> mask) {
   return bits[0];
 }
 
-// Blocks of the batch that lie inside or outside the undistorted image and that float can handle.
-struct BatchMasks {
-  hn::Mask<DD> inside, outside, small, gentle, fine;
+// The middles of a batch in vectors of kDoubles.
+constexpr int kGroups = kBatch / kDoubles;
+
+struct Middles {
+  VD column[kGroups], row[kGroups];  // the whole source pixels
+  hn::Mask<DD> fine[kGroups];        // blocks that the finest table serves
 };
 
-// Whether the blocks about the whole source pixels (icx, icy) can be computed in float, and whether
-// they show the undistorted image.
-HWY_INLINE BatchMasks classify(const ViewGeometry& view, VD icx, VD icy, VD bx, VD by, VD t1,
-                               VD perW) {
+// Sets the bits of blocks g kDoubles ... of the batch, whose source pixels advance by (bx, by) per
+// pixel.
+HWY_INLINE void classify(const InverseWarp& warp, const RowGeometry& row, VD squarePerW, int g,
+                         Middles& middles, BlockBatch& batch) {
   constexpr double kRounding = 2.5;  // of middles and pixels, and column -1 that counts as 0
-  constexpr double kFarthestSource = 0x1p22;  // float still has fraction bits
-  const VD c = hn::Abs(t1);
-  BatchMasks masks;
-  masks.gentle = hn::Lt(c, broadcastDouble(ViewGeometry::kGentle));
-  const auto certain = hn::And(hn::Lt(hn::Abs(perW), broadcastDouble(view.largestPerW())),
-                               hn::Lt(c, broadcastDouble(ViewGeometry::kSteep)));
-  const VD offsets = hn::IfThenElse(masks.gentle, broadcastDouble(ViewGeometry::kGentleOffsets),
-                                    broadcastDouble(ViewGeometry::kSteepOffsets));
-  const VD reachX = hn::Mul(hn::Abs(bx), offsets);
-  const VD reachY = hn::Mul(hn::Abs(by), offsets);
-  const VD farthest = broadcastDouble(kFarthestSource);
-  const auto near = hn::And(hn::Lt(hn::Abs(icx), farthest), hn::Lt(hn::Abs(icy), farthest));
-  const auto close = hn::And(hn::Le(reachX, broadcastDouble(view.reachX() - 1)),
-                             hn::Le(reachY, broadcastDouble(view.reachY() - 1)));
-  masks.small = hn::And(certain, hn::And(near, close));
-  masks.fine = hn::And(hn::Le(reachX, broadcastDouble(view.fineReachX() - 1)),
-                       hn::Le(reachY, broadcastDouble(view.fineReachY() - 1)));
-  const double halfWidth = 0.5 * view.warp().size.width;
-  const double halfHeight = 0.5 * view.warp().size.height;
-  const VD offX = hn::Abs(hn::Sub(icx, broadcastDouble(halfWidth)));
-  const VD offY = hn::Abs(hn::Sub(icy, broadcastDouble(halfHeight)));
-  masks.inside = hn::And(hn::Lt(hn::Add(offX, reachX), broadcastDouble(halfWidth - kRounding)),
-                         hn::Lt(hn::Add(offY, reachY), broadcastDouble(halfHeight - kRounding)));
-  const auto beyond =
-      hn::Or(hn::Gt(hn::Sub(offX, reachX), broadcastDouble(halfWidth + kRounding)),
-             hn::Gt(hn::Sub(offY, reachY), broadcastDouble(halfHeight + kRounding)));
-  masks.outside = hn::And(certain, beyond);
-  return masks;
+  const auto below = [&](double limit)
+                         HWY_ATTR { return hn::Lt(squarePerW, broadcastDouble(limit)); };
+  const auto gentle = below(row.gentle);
+  const VD offsets =
+      hn::Mul(squarePerW, hn::IfThenElse(gentle, broadcastDouble(ViewGeometry::kGentleOffsets),
+                                         broadcastDouble(ViewGeometry::kSteepOffsets)));
+  const VD reachX = hn::Mul(offsets, broadcastDouble(std::abs(row.slopeX)));
+  const VD reachY = hn::Mul(offsets, broadcastDouble(std::abs(row.slopeY)));
+  const auto beyondSide = [](VD middle, int size) HWY_ATTR {
+    const VD half = broadcastDouble(0.5 * size);
+    return hn::Sub(hn::Abs(hn::Sub(middle, half)), half);
+  };
+  const VD beyondX = beyondSide(middles.column[g], warp.size.width);
+  const VD beyondY = beyondSide(middles.row[g], warp.size.height);
+  const VD farthest = hn::Max(hn::Add(beyondX, reachX), hn::Add(beyondY, reachY));
+  const VD nearest = hn::Max(hn::Sub(beyondX, reachX), hn::Sub(beyondY, reachY));
+  const auto outside = hn::And(below(row.certain), hn::Gt(nearest, broadcastDouble(kRounding)));
+  middles.fine[g] = below(row.fine);
+  const int first = g * kDoubles;
+  batch.inside |= bitsOf(hn::Lt(farthest, broadcastDouble(-kRounding))) << first;
+  batch.outside |= bitsOf(outside) << first;
+  batch.small |= bitsOf(below(row.small)) << first;
+  batch.gentle |= bitsOf(gentle) << first;
 }
 
-// The source side of elements g, g + 1 ... of the batch: middles, steps and masks. The last block
-// of a part ends with it.
-HWY_INLINE BatchMasks prepareSource(const ViewGeometry& view, const RowPart& part, int first, int g,
-                                    VD& icx, VD& icy, BlockBatch& batch) {
+// The source side. The last block of a part ends with it.
+HWY_INLINE void prepareSource(const ViewGeometry& view, const RowGeometry& row, const RowPart& part,
+                              int first, int g, Middles& middles, BlockBatch& batch) {
   const DD d;
-  const InverseWarp& warp = view.warp();
-  const cv::Matx33d& H = warp.Hinv;
-  const double py = part.y - warp.dy;
-  const VD h20 = broadcastDouble(H(2, 0));
-  const VD block = hn::Add(hn::Iota(d, g), broadcastDouble(first));
-  const VD middle =
-      hn::Min(hn::MulAdd(block, broadcastDouble(kBlock), broadcastDouble(part.begin + kHalfBlock)),
-              broadcastDouble(part.end - kHalfBlock));
-  const VD px = hn::Sub(middle, broadcastDouble(warp.dx));
-  const VD w = hn::MulAdd(h20, px, broadcastDouble(H(2, 1) * py + H(2, 2)));
-  const VD perW = hn::Div(broadcastDouble(1), w);
-  const VD h00 = broadcastDouble(H(0, 0));
-  const VD h10 = broadcastDouble(H(1, 0));
-  const VD sx = hn::Mul(hn::MulAdd(h00, px, broadcastDouble(H(0, 1) * py + H(0, 2))), perW);
-  const VD sy = hn::Mul(hn::MulAdd(h10, px, broadcastDouble(H(1, 1) * py + H(1, 2))), perW);
-  icx = hn::Round(sx);
-  icy = hn::Round(sy);
-  const VD bx = hn::Mul(hn::NegMulAdd(sx, h20, h00), perW);
-  const VD by = hn::Mul(hn::NegMulAdd(sy, h20, h10), perW);
-  const VD t1 = hn::Neg(hn::Mul(h20, perW));
-  const VD t2 = hn::Mul(t1, t1);
-  store(hn::Sub(sx, icx), batch.ax + g);
-  store(hn::Sub(sy, icy), batch.ay + g);
-  store(bx, batch.bx + g);
-  store(by, batch.by + g);
-  store(t1, batch.t1 + g);
-  store(t2, batch.t2 + g);
-  store(hn::Mul(t2, t1), batch.t3 + g);
-  store(icx, batch.column + g);
-  store(icy, batch.row + g);
-  store(hn::NegMulAdd(hn::Max(hn::Abs(sx), hn::Abs(sy)),
-                      broadcastDouble(ViewGeometry::kPlainRounding), broadcastDouble(view.clear())),
-        batch.clear + g);
-  return classify(view, icx, icy, bx, by, t1, perW);
+  const cv::Matx33d& H = view.warp().Hinv;
+  const int i = g * kDoubles;
+  const VD middle = hn::Min(hn::MulAdd(hn::Iota(d, first + i), broadcastDouble(kBlock),
+                                       broadcastDouble(part.begin + kHalfBlock - view.warp().dx)),
+                            broadcastDouble(part.end - kHalfBlock - view.warp().dx));
+  const auto sum = [&](int k) HWY_ATTR {
+    return hn::MulAdd(broadcastDouble(H(k, 0)), middle, broadcastDouble(row.numerators[k]));
+  };
+  const VD perW = hn::Div(broadcastDouble(1), sum(2));
+  const VD squarePerW = hn::Mul(perW, perW);
+  const VD sx = hn::Mul(sum(0), perW);
+  const VD sy = hn::Mul(sum(1), perW);
+  const VD column = hn::Round(sx);
+  const VD line = hn::Round(sy);
+  store(hn::Sub(sx, column), batch.ax + i);
+  store(hn::Sub(sy, line), batch.ay + i);
+  store(hn::Mul(squarePerW, broadcastDouble(row.slopeX)), batch.bx + i);
+  store(hn::Mul(squarePerW, broadcastDouble(row.slopeY)), batch.by + i);
+  store(hn::Mul(perW, broadcastDouble(-H(2, 0))), batch.t1 + i);
+  store(column, batch.column + i);
+  store(line, batch.row + i);
+  middles.column[g] = column;
+  middles.row[g] = line;
+  classify(view.warp(), row, squarePerW, g, middles, batch);
+}
+
+// What follows from the above in float.
+HWY_INLINE void completeSource(const ViewGeometry& view, BlockBatch& batch) {
+  const hn::CappedTag<float, kBatch> d;
+  const hn::Rebind<std::int32_t, decltype(d)> d32;
+  for (int i = 0; i < kBatch; i += static_cast<int>(hn::MaxLanes(d))) {
+    const auto t1 = hn::Load(d, batch.t1 + i);
+    const auto t2 = hn::Mul(t1, t1);
+    hn::Store(t2, d, batch.t2 + i);
+    hn::Store(hn::Mul(t2, t1), d, batch.t3 + i);
+    const auto farthest =
+        hn::Max(hn::Abs(hn::Load(d32, batch.column + i)), hn::Abs(hn::Load(d32, batch.row + i)));
+    hn::Store(hn::NegMulAdd(hn::ConvertTo(d, farthest),
+                            hn::Set(d, static_cast<float>(ViewGeometry::kPlainRounding)),
+                            hn::Set(d, static_cast<float>(view.clear()))),
+              d, batch.clear + i);
+  }
 }
 
 // S0 at these nodes.
 HWY_INLINE VD valuesAt(const ViewGeometry& view, const std::int32_t* node) {
-  HWY_ALIGN double values[kBatch];
+  HWY_ALIGN double values[kDoubles];
   for (int k = 0; k < kDoubles; ++k) {
     values[k] = view.node(node[k]).value;
   }
   return hn::Load(DD(), values);
 }
 
-// The lens side of the same elements: the nearest node and the linear terms. Returns the blocks
-// whose positions are so far from wrapping around that 16 bits hold them (compatibility 39).
-HWY_INLINE hn::Mask<DD> prepareLens(const ViewGeometry& view, int g, VD icx, VD icy,
-                                    hn::Mask<DD> fine, BlockBatch& batch) {
-  constexpr double kFarthest = 30000;  // raw pixels
-  const lens::Camera& camera = view.rays().camera;
-  const VD xm = hn::MulAdd(icx, broadcastDouble(view.xx()),
-                           hn::MulAdd(icy, broadcastDouble(view.xy()), broadcastDouble(view.x0())));
-  const VD ym = hn::MulAdd(icy, broadcastDouble(view.yy()), broadcastDouble(view.y0()));
-  const VD q = hn::MulAdd(xm, xm, hn::Mul(ym, ym));
+// The rays of the middles and their lens nodes.
+struct Rays {
+  VD x[kGroups], y[kGroups];
+};
+
+HWY_INLINE void prepareRays(const ViewGeometry& view, const Middles& middles, int g, Rays& rays,
+                            BlockBatch& batch) {
+  const VD column = middles.column[g];
+  const VD row = middles.row[g];
+  const VD x = hn::MulAdd(column, broadcastDouble(view.xx()),
+                          hn::MulAdd(row, broadcastDouble(view.xy()), broadcastDouble(view.x0())));
+  const VD y = hn::MulAdd(row, broadcastDouble(view.yy()), broadcastDouble(view.y0()));
+  const VD q = hn::MulAdd(x, x, hn::Mul(y, y));
   const VD n = hn::Floor(
       hn::MulAdd(hn::Sqrt(q), broadcastDouble(LensTable::kNodesPerUnit), broadcastDouble(0.5)));
-  const auto lastOf = [](const LensTable& table) HWY_ATTR {
-    return broadcastDouble(static_cast<double>(table.size() - 1));
-  };
-  const VD last = hn::IfThenElse(fine, lastOf(view.finestTable()), lastOf(view.table()));
+  const auto fine = middles.fine[g];
+  const VD last =
+      hn::IfThenElse(fine, broadcastDouble(view.lastFineNode()), broadcastDouble(view.lastNode()));
   const VD node = hn::IfThenElse(hn::Lt(n, last), n, last);  // the last one for NaN, too
-  const VD table = hn::IfThenElseZero(fine, broadcastDouble(ViewGeometry::kFine));
-  store(hn::Add(node, table), batch.node + g);
-  const VD S0 = valuesAt(view, batch.node + g);
   const VD r = hn::Mul(node, broadcastDouble(1 / LensTable::kNodesPerUnit));
-  store(hn::NegMulAdd(r, r, q), batch.p0 + g);
-  store(hn::Mul(broadcastDouble(2 * view.xx()), xm), batch.beta + g);
-  store(hn::Mul(broadcastDouble(2 * view.yy()), ym), batch.delta + g);
-  const VD a0 = hn::Mul(broadcastDouble(camera.fx), xm);
-  const VD b0 = hn::Mul(broadcastDouble(camera.fy), ym);
-  store(a0, batch.a0 + g);
-  store(b0, batch.b0 + g);
-  store(S0, batch.S0 + g);
+  const int i = g * kDoubles;
+  store(hn::Add(node, hn::IfThenElseZero(fine, broadcastDouble(view.firstFineNode()))),
+        batch.node + i);
+  store(hn::NegMulAdd(r, r, q), batch.p0 + i);
+  store(hn::Mul(broadcastDouble(2 * view.xx()), x), batch.beta + i);
+  store(hn::Mul(broadcastDouble(2 * view.yy()), y), batch.delta + i);
+  rays.x[g] = x;
+  rays.y[g] = y;
+}
+
+// The raw positions of the middles. Returns the blocks whose positions are so far from wrapping
+// around that 16 bits hold them (compatibility 39), as bits.
+HWY_INLINE unsigned prepareLens(const ViewGeometry& view, const Rays& rays, int g,
+                                BlockBatch& batch) {
+  constexpr double kFarthest = 30000;  // raw pixels
+  const lens::Camera& camera = view.rays().camera;
+  const int i = g * kDoubles;
+  const VD S0 = valuesAt(view, batch.node + i);
+  const VD a0 = hn::Mul(broadcastDouble(camera.fx), rays.x[g]);
+  const VD b0 = hn::Mul(broadcastDouble(camera.fy), rays.y[g]);
   const VD perPixel = broadcastDouble(1.0 / kFractions);
   const VD pixel = broadcastDouble(kFractions);
   const VD U = hn::MulAdd(a0, S0, broadcastDouble(kFractions * camera.cx));
   const VD V = hn::MulAdd(b0, S0, broadcastDouble(kFractions * camera.cy));
   const VD baseU = hn::Floor(hn::Mul(U, perPixel));
   const VD baseV = hn::Floor(hn::Mul(V, perPixel));
-  store(baseU, batch.baseU + g);
-  store(baseV, batch.baseV + g);
-  store(hn::NegMulAdd(baseU, pixel, U), batch.restU + g);
-  store(hn::NegMulAdd(baseV, pixel, V), batch.restV + g);
-  const VD farthest = broadcastDouble(kFractions * kFarthest);
-  return hn::And(hn::Lt(hn::Abs(U), farthest), hn::Lt(hn::Abs(V), farthest));
+  store(a0, batch.a0 + i);
+  store(b0, batch.b0 + i);
+  store(S0, batch.S0 + i);
+  store(baseU, batch.baseU + i);
+  store(baseV, batch.baseV + i);
+  store(hn::NegMulAdd(baseU, pixel, U), batch.restU + i);
+  store(hn::NegMulAdd(baseV, pixel, V), batch.restV + i);
+  const auto holdable =
+      hn::Lt(hn::Max(hn::Abs(U), hn::Abs(V)), broadcastDouble(kFractions * kFarthest));
+  return bitsOf(holdable) << i;
 }
 
-// Blocks `first` ... of a part of a row.
-HWY_INLINE void prepareBatch(const ViewGeometry& view, const RowPart& part, int first,
-                             BlockBatch& batch) {
+// Blocks `first` ... of a part of a row. The steps of all blocks are taken together, so that none
+// waits for the divisions, square roots and loads of another.
+HWY_INLINE void prepareBatch(const ViewGeometry& view, const RowGeometry& row, const RowPart& part,
+                             int first, BlockBatch& batch) {
+  Middles middles;
+  Rays rays;
+  unsigned holdable = 0;
   batch.inside = batch.outside = batch.small = batch.gentle = 0;
-  for (int g = 0; g < kBatch; g += kDoubles) {
-    VD icx;
-    VD icy;
-    const BatchMasks masks = prepareSource(view, part, first, g, icx, icy, batch);
-    const auto near = prepareLens(view, g, icx, icy, masks.fine, batch);
-    batch.inside |= bitsOf(masks.inside) << g;
-    batch.outside |= bitsOf(masks.outside) << g;
-    batch.small |= bitsOf(hn::And(masks.small, near)) << g;
-    batch.gentle |= bitsOf(masks.gentle) << g;
+  HWY_UNROLL(4)
+  for (int g = 0; g < kGroups; ++g) {
+    prepareSource(view, row, part, first, g, middles, batch);
   }
+  HWY_UNROLL(4)
+  for (int g = 0; g < kGroups; ++g) {
+    prepareRays(view, middles, g, rays, batch);
+  }
+  completeSource(view, batch);
+  HWY_UNROLL(4)
+  for (int g = 0; g < kGroups; ++g) {
+    holdable |= prepareLens(view, rays, g, batch);
+  }
+  batch.small &= holdable;
+  batch.usual = batch.inside & batch.small & batch.gentle;
 }
 
 }  // namespace HWY_NAMESPACE

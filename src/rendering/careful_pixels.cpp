@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <opencv2/core/fast_math.hpp>
@@ -14,43 +16,76 @@ namespace {
 
 constexpr int kManyDoubts = 6;  // of a block's pixels
 
+// Whole raw pixels wrap around at 16 bits (compatibility 39).
+int wrapped(std::int32_t position) {
+  constexpr int kUnused = 32 - 16 - kFractionBits;
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(position) << kUnused) >> kUnused;
+}
+
 }  // namespace
 
-void computeCarefully(const InverseWarp& warp, CarefulPositions& positions, int x, int y, int count,
+bool computeCarefully(const InverseWarp& warp, CarefulPositions& positions, int x, int y, int count,
                       CarefulBlock& block) {
-  SourcePixel sources[kBlock];
+  std::fill_n(block.column, kBlock, -1);
   for (int k = 0; k < count; ++k) {
-    sources[k] = sourcePixel(warp, x + k, y);
+    const SourcePixel source = sourcePixel(warp, x + k, y);
+    block.column[k] = source.column;
+    block.row[k] = source.row;
   }
-  std::fill(sources + count, sources + kBlock, SourcePixel{-1, -1});
-  block.first = kBlock;
-  for (int k = kBlock - 1; k >= 0; --k) {
-    block.shown[k] = sources[k].column < 0 ? 0 : -1;
-    block.first = sources[k].column < 0 ? block.first : k;
+  if (!completeSources(block)) {
+    return false;
   }
-  for (int k = block.first; k < count; ++k) {
-    if (block.shown[k] != 0) {
-      block.raw[k] = positions.at(sources[k]);
+  RawPosition raw;
+  for (int k = 0; k < kBlock; ++k) {
+    if (k == 0 || block.column[k] != block.column[k - 1] || block.row[k] != block.row[k - 1]) {
+      raw = positions.at({block.column[k], block.row[k]});
     }
+    block.u[k] = raw.u;
+    block.v[k] = raw.v;
+  }
+  return true;
+}
+
+bool completeSources(CarefulBlock& block) {
+  for (int k = 0; k < kBlock; ++k) {
+    block.shown[k] = (block.column[k] | block.row[k]) < 0 ? 0 : -1;
+  }
+  const auto first = std::find(block.shown, block.shown + kBlock, -1) - block.shown;
+  if (first == kBlock) {
+    return false;
+  }
+  std::ptrdiff_t latest = first;
+  for (std::ptrdiff_t k = 0; k < kBlock; ++k) {
+    latest = block.shown[k] != 0 ? k : latest;
+    block.column[k] = block.column[latest];
+    block.row[k] = block.row[latest];
+  }
+  return true;
+}
+
+// An enlarged view shows a source pixel several times in a row.
+void arcTangents(const double* r, double* theta) {
+  theta[0] = std::atan(r[0]);
+  for (int k = 1; k < kBlock; ++k) {
+    theta[k] = r[k] == r[k - 1] ? theta[k - 1] : std::atan(r[k]);
   }
 }
 
 bool makeRelative(const CarefulBlock& block, int& baseU, int& baseV, BlockPositions& relative) {
-  constexpr int kFarthest = 30000;          // raw pixels: whole positions fit 16 bits
-  constexpr std::int64_t kLargest = 32000;  // so do differences in 1/32 pixel
-  baseU = block.raw[block.first].u >> kFractionBits;
-  baseV = block.raw[block.first].v >> kFractionBits;
-  bool fits = std::max(std::abs(baseU), std::abs(baseV)) < kFarthest;
+  constexpr int kFarthest = 30000;  // raw pixels: whole positions fit 16 bits
+  constexpr int kLargest = 32000;   // so do differences in 1/32 pixel
+  baseU = wrapped(block.u[0]) >> kFractionBits;
+  baseV = wrapped(block.v[0]) >> kFractionBits;
+  int largest = 0;
   for (int k = 0; k < kBlock; ++k) {
-    const RawPosition raw = block.raw[block.shown[k] != 0 ? k : block.first];
-    const std::int64_t u = std::int64_t{raw.u} - std::int64_t{kFractions} * baseU;
-    const std::int64_t v = std::int64_t{raw.v} - std::int64_t{kFractions} * baseV;
-    fits = fits && std::max(std::abs(u), std::abs(v)) < kLargest;
+    const int u = wrapped(block.u[k]) - kFractions * baseU;
+    const int v = wrapped(block.v[k]) - kFractions * baseV;
+    largest = std::max({largest, std::abs(u), std::abs(v)});
     relative.u[k] = static_cast<std::int16_t>(u);
     relative.v[k] = static_cast<std::int16_t>(v);
     relative.shown[k] = block.shown[k];
   }
-  return fits;
+  return largest < kLargest && std::max(std::abs(baseU), std::abs(baseV)) < kFarthest;
 }
 
 void sampleOneByOne(const images::Frame& frame, const CarefulBlock& block, int count,
@@ -59,8 +94,8 @@ void sampleOneByOne(const images::Frame& frame, const CarefulBlock& block, int c
   for (int k = 0; k < count; ++k, pixels += bytes) {
     unsigned char validity = images::kNoContent;
     if (block.shown[k] != 0) {
-      sampleOne(frame, block.raw[k].u, block.raw[k].v, pixels);
-      validity = validityOfOne(frame, block.raw[k].u, block.raw[k].v);
+      sampleOne(frame, block.u[k], block.v[k], pixels);
+      validity = validityOfOne(frame, block.u[k], block.v[k]);
     } else {
       std::memset(pixels, 0, bytes);
     }

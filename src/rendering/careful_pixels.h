@@ -9,19 +9,28 @@
 
 namespace fisheye_calibration::rendering {
 
-// The raw positions of a block's pixels, in 1/32 pixel.
+// A block whose pixels are computed on their own. Where one shows nothing, it has the source pixel
+// and the position of another.
 struct CarefulBlock {
-  RawPosition raw[kBlock];     // only where the pixel shows something
-  std::int16_t shown[kBlock];  // -1 there, else 0
-  int first;                   // the first pixel that shows something, kBlock if there is none
+  alignas(64) std::int32_t column[kBlock], row[kBlock];  // of the source pixel
+  alignas(64) std::int32_t u[kBlock], v[kBlock];         // raw position, in 1/32 pixel
+  alignas(64) std::int16_t shown[kBlock];                // 0 where a pixel shows nothing, else -1
 };
 
 // Computes `count` pixels of a block that starts at output pixel (x, y); the others show nothing.
-void computeCarefully(const InverseWarp& warp, CarefulPositions& positions, int x, int y, int count,
+// Returns false if none shows anything; the positions are then undefined.
+bool computeCarefully(const InverseWarp& warp, CarefulPositions& positions, int x, int y, int count,
                       CarefulBlock& block);
 
-// The positions relative to (baseU, baseV), the raw pixel of the first one. Returns false if they
-// do not fit 16 bits.
+// Finds the pixels that show nothing by a column or row of -1 and gives them the source pixel of
+// another. Returns false if none shows anything.
+bool completeSources(CarefulBlock& block);
+
+// theta = atan r by the standard library, whose rounding is part of the result, of a block.
+void arcTangents(const double* r, double* theta);
+
+// The positions relative to the raw pixel (baseU, baseV) that the first one lies in. Returns false
+// if they do not fit 16 bits.
 bool makeRelative(const CarefulBlock& block, int& baseU, int& baseV, BlockPositions& relative);
 
 // Samples the first `count` pixels of the block; `mask` may be null.

@@ -24,20 +24,20 @@ double nearestWhole(double x) {
 bool positionByTable(const ViewGeometry& view, const SourcePixel& pixel, RawPosition& raw) {
   constexpr double kFarthest = 0x1p30;
   const lens::Camera& camera = view.rays().camera;
-  const LensTable& table = view.finestTable();
+  const std::span<const LensNode> nodes = view.finestNodes();
   const double x = pixel.column * view.xx() + (pixel.row * view.xy() + view.x0());
   const double y = pixel.row * view.yy() + view.y0();
   const double q = x * x + y * y;
   const double r = std::sqrt(q);
   const auto n = static_cast<std::size_t>(
-      std::min(r * LensTable::kNodesPerUnit + 0.5, static_cast<double>(table.size() - 1)));
-  const LensNode& node = table[n];
+      std::min(r * LensTable::kNodesPerUnit + 0.5, static_cast<double>(nodes.size() - 1)));
+  const LensNode& node = nodes[n];
   if (node.sure == 0) {
     return false;
   }
   const double p = q - node.radius * node.radius;
   double S = node.value + polynomial(node.c, p) * p;
-  if (node.near) {
+  if (node.odd) {
     S += r * polynomial(node.o, p);
   }
   const double U = camera.fx * x * S + kFractions * camera.cx;

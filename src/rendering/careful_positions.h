@@ -14,8 +14,9 @@ class CarefulPositions {
 
   RawPosition at(const SourcePixel& pixel);
 
-  // For pixels that the table is unlikely to decide.
+  // For pixels that the table is unlikely to decide, one or many.
   RawPosition exactlyAt(const SourcePixel& pixel) { return exact_.at(pixel.column, pixel.row); }
+  ExactPositions& exact() { return exact_; }
 
  private:
   const ViewGeometry& view_;

@@ -1,5 +1,7 @@
 #include "rendering/exact_positions.h"
 
+#include <algorithm>
+
 #include "rendering/stepped_sum.h"
 
 namespace fisheye_calibration::rendering {
@@ -35,6 +37,42 @@ double ExactPositions::Sums::at(double start, int count) {
   return lastSum_;
 }
 
+// Neighbouring pixels have close sums, in any order.
+void ExactPositions::Sums::replaceStarts(const int* counts, int number, double* sums) {
+  constexpr int kClose = 128;
+  if (step_ == 0) {
+    for (int i = 0; i < number; ++i) {
+      sums[i] = counts[i] > 0 ? sums[i] + step_ : sums[i];
+    }
+    return;
+  }
+  for (int begin = 0, end = 0; begin < number; begin = end) {
+    const double start = sums[begin];
+    int low = counts[begin];
+    int high = low;
+    for (end = begin + 1; end < number && sums[end] == start; ++end) {
+      low = std::min(low, counts[end]);
+      high = std::max(high, counts[end]);
+    }
+    if (high - low < kClose) {
+      double close[kClose];
+      close[0] = at(start, low);
+      for (int i = 1; i <= high - low; ++i) {
+        close[i] = close[i - 1] + step_;
+      }
+      for (int i = begin; i < end; ++i) {
+        sums[i] = close[counts[i] - low];
+      }
+      lastCount_ = high;
+      lastSum_ = close[high - low];
+    } else {
+      for (int i = begin; i < end; ++i) {
+        sums[i] = at(start, counts[i]);
+      }
+    }
+  }
+}
+
 // No sums are kept on the first request for a start, which may be the only one.
 double ExactPositions::Sums::keptAt(double start, int count) {
   if (!(start == start_)) {
@@ -63,6 +101,17 @@ RawPosition ExactPositions::at(int column, int row) {
         sums_[static_cast<std::size_t>(k)].at(row * iR(k, 1) + iR(k, 2), column);
   }
   return rawPosition(rays_.camera, ray[0], ray[1], ray[2]);
+}
+
+void ExactPositions::rays(const int* columns, const int* rows, int count, double* X, double* Y,
+                          double* W) {
+  double* const ray[] = {X, Y, W};
+  for (int k = 0; k < 3; ++k) {
+    for (int i = 0; i < count; ++i) {
+      ray[k][i] = rows[i] * rays_.iR(k, 1) + rays_.iR(k, 2);
+    }
+    sums_[static_cast<std::size_t>(k)].replaceStarts(columns, count, ray[k]);
+  }
 }
 
 }  // namespace fisheye_calibration::rendering

@@ -19,6 +19,9 @@ class ExactPositions {
 
   RawPosition at(int column, int row);
 
+  // The rays (X, Y, W) of `count` pixels, fastest if they are neighbours.
+  void rays(const int* columns, const int* rows, int count, double* X, double* Y, double* W);
+
  private:
   // start, start + step, start + step + step ...
   class Sums {
@@ -26,6 +29,9 @@ class ExactPositions {
     Sums(double step, int spacingBits) : step_(step), spacingBits_(spacingBits) {}
 
     double at(double start, int count);
+
+    // The same for every element, which holds its start before.
+    void replaceStarts(const int* counts, int number, double* sums);
 
    private:
     double keptAt(double start, int count);

@@ -62,19 +62,19 @@ struct Roundings {
   double rest = 3 * 32;
 };
 
-Roundings countRoundings(bool near, const BlockSpread& spread) {
+Roundings countRoundings(bool odd, const BlockSpread& spread) {
   const double product = spread.fused ? 0 : 1;            // of one that is added to something
   const double skewed = spread.skewed ? 2 + product : 0;  // of X with the skew added
   const double p = 4 + 2 * product + 2 * skewed;
   const double position = 1 + product + (spread.skewed ? 2 + skewed : 0);
-  return {.even = 3 + p + position + (near ? 1 : 0),
+  return {.even = 3 + p + position + (odd ? 1 : 0),
           .odd = (p + 2) + 2 + p + (1 + product) + position,
           .linear = 3 + product + skewed};
 }
 
 // Of positions computed in float, without the remainder of the polynomial.
 double floatError(const LensNode& node, const Sizes& z, const BlockSpread& spread) {
-  const Roundings count = countRoundings(node.near, spread);
+  const Roundings count = countRoundings(node.odd, spread);
   const double extent = std::max(spread.across, spread.down);
   return kFloat * (count.even * z.A * z.H * z.P + count.odd * z.A * z.largest * z.O +
                    count.linear * std::abs(node.value) * extent + count.rest);
@@ -100,16 +100,17 @@ void setBounds(LensNode& node, const Sizes& z, double remainder, const BlockSpre
   if (error < kLargestError && offset < kLargestOffset && z.A < 0x1p23) {
     node.safe = static_cast<float>(0.5 - error - 0x1p-25);  // and its own rounding
     node.sure = 0.5 - always;
+    node.usual = !node.odd;
     node.extent = static_cast<int>(offset / 32) + 2;
   }
 }
 
-LensNode nodeAt(const lens::Camera& camera, double r, bool near, const BlockSpread& spread) {
+LensNode nodeAt(const lens::Camera& camera, double r, bool hasOdd, const BlockSpread& spread) {
   const double q = r * r;
   const double P = reachAbout(r, spread);
-  const double rho = kDisc * (near ? 1 + q : q);
+  const double rho = kDisc * (hasOdd ? 1 + q : q);
   LensNode node;
-  node.near = near;
+  node.odd = hasOdd;
   node.radius = r;
   if (!(P <= kFurthestShare * rho)) {
     return node;
@@ -128,7 +129,7 @@ LensNode nodeAt(const lens::Camera& camera, double r, bool near, const BlockSpre
           .slopeO = 0};
   z.A = z.focal * z.largest;
   double remainder = 0;
-  if (near) {
+  if (hasOdd) {
     remainder = z.largest * economise(odd, LensNode::kDegree - 1, P, rho);
     std::copy_n(odd.terms.begin(), LensNode::kDegree, node.o.begin());
   } else {
@@ -160,11 +161,14 @@ LensNode betterNode(const lens::Camera& camera, double r, const BlockSpread& spr
 
 }  // namespace
 
-LensTable::LensTable(const lens::Camera& camera, double radius, const BlockSpread& spread) {
+std::size_t LensTable::sizeFor(double radius) {
   const double covered = radius < kLargestRadius ? radius : kLargestRadius;
-  const auto count = static_cast<std::size_t>(std::ceil(covered * kNodesPerUnit)) + 1;
-  nodes_.reserve(count + 1);
-  for (std::size_t n = 0; n < count; ++n) {
+  return static_cast<std::size_t>(std::ceil(covered * kNodesPerUnit)) + 2;
+}
+
+void LensTable::append(const lens::Camera& camera, double radius, const BlockSpread& spread) {
+  const std::size_t last = sizeFor(radius) - 1;
+  for (std::size_t n = 0; n < last; ++n) {
     nodes_.push_back(betterNode(camera, static_cast<double>(n) / kNodesPerUnit, spread));
   }
   nodes_.emplace_back();

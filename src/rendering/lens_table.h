@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <span>
 #include <vector>
 
 #include "lens/camera.h"
@@ -27,8 +28,9 @@ struct BlockSpread {
 struct LensNode {
   static constexpr std::size_t kDegree = 5;
 
-  bool near = false;
-  double radius = 0;  // r_n
+  bool odd = false;    // has odd terms: near the axis
+  bool usual = false;  // safe and without odd terms
+  double radius = 0;   // r_n
   double value = 0;
   std::array<double, kDegree> c{};
   std::array<double, kDegree> o{};
@@ -43,20 +45,24 @@ struct LensNode {
   int extent = 0;
 };
 
+// One table or several, one after the other.
 class LensTable {
  public:
   static constexpr double kNodesPerUnit = 32;
   static constexpr double kLargestRadius =
       8;  // farther from the axis, cameras hardly show anything
 
-  LensTable() = default;  // empty
+  // Makes room for `nodes` nodes in all, so that appending needs no more memory than they take.
+  void reserve(std::size_t nodes) { nodes_.reserve(nodes); }
 
-  // Covers 0 <= r <= min(radius, kLargestRadius).
-  // The last node stands for all radii beyond and is not safe.
-  LensTable(const lens::Camera& camera, double radius, const BlockSpread& spread);
+  // The nodes of a table that covers 0 <= r <= min(radius, kLargestRadius).
+  static std::size_t sizeFor(double radius);
+  // Appends such a table. Its last node stands for all radii beyond and is not safe.
+  void append(const lens::Camera& camera, double radius, const BlockSpread& spread);
 
   std::size_t size() const { return nodes_.size(); }
   const LensNode& operator[](std::size_t n) const { return nodes_[n]; }
+  std::span<const LensNode> nodes() const { return nodes_; }
 
  private:
   std::vector<LensNode> nodes_;

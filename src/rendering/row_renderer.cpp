@@ -35,6 +35,7 @@ void renderOneByOne(const images::Frame& frame, const InverseWarp& warp, Careful
 #include "rendering/block_positions-inl.h"
 #include "rendering/block_samples-inl.h"
 #include "rendering/block_setup-inl.h"
+#include "rendering/careful_block-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace fisheye_calibration::rendering {
@@ -51,15 +52,21 @@ class RowOfBlocks {
  public:
   RowOfBlocks(const images::Frame& frame, const ViewGeometry& view, CarefulPositions& careful,
               const RowPart& part, unsigned char* pixels, unsigned char* mask)
-      : frame_(frame), view_(view), careful_(careful), part_(part), pixels_(pixels), mask_(mask) {}
+      : frame_(frame),
+        view_(view),
+        row_(view, part.y),
+        careful_(careful),
+        part_(part),
+        pixels_(pixels),
+        mask_(mask) {}
 
   HWY_INLINE void render() {
     const int blocks = (part_.count() - 1) / kBlock + 1;
-    prepareBatch(view_, part_, 0, batches_[0]);
+    prepareBatch(view_, row_, part_, 0, batches_[0]);
     for (int first = 0; first < blocks; first += kBatch) {
       const BlockBatch& batch = batches_[first / kBatch % 2];
       if (first + kBatch < blocks) {
-        prepareBatch(view_, part_, first + kBatch, batches_[(first / kBatch + 1) % 2]);
+        prepareBatch(view_, row_, part_, first + kBatch, batches_[(first / kBatch + 1) % 2]);
       }
       const int count = std::min(kBatch, blocks - first);
       for (int i = 0; i < count; ++i) {
@@ -72,39 +79,71 @@ class RowOfBlocks {
   }
 
  private:
+  enum class Found { kPositions, kNothing, kNoFloat };
+
   // Block i of the batch, which starts `offset` pixels after the part.
   HWY_INLINE void renderBlock(const BlockBatch& batch, int i, std::ptrdiff_t offset) {
     const LensNode& node = view_.node(batch.node[i]);
-    const auto has = [i](unsigned bits) { return (bits >> i & 1) != 0; };
-    if (HWY_UNLIKELY(has(batch.outside) || !has(usable_ & batch.small) || node.safe == 0)) {
-      samplePending();
-      renderOtherwise(has(batch.outside), offset);
-      return;
-    }
-    const BlockKind kind{kSkewed, !has(batch.gentle), node.near, !has(batch.inside)};
     BlockPositions& positions = positions_[next_];
-    if (HWY_UNLIKELY(kind.edge || !isCertainInside(batch, i, kind, positions))) {
-      computeDetailed(batch, i, offset, kind, positions);
+    Found found = Found::kPositions;
+    if (HWY_UNLIKELY(!has(usable_ & batch.usual, i) || !node.usual)) {
+      found = computeUnusual(batch, i, offset, positions);
+    } else if (HWY_UNLIKELY(isOutsideFrame(batch, i, node))) {
+      found = Found::kNothing;
+    } else {
+      const bool certain = positionsInside<kSkewed, false, false>(view_, batch, i, positions);
+      if (HWY_UNLIKELY(!certain)) {
+        computeDetailed(batch, i, offset, {.skewed = kSkewed}, positions);
+      }
     }
     samplePending();
+    if (HWY_UNLIKELY(found != Found::kPositions)) {
+      if (found == Found::kNothing) {
+        clear(offset);
+      } else {
+        renderOtherwise(offset);
+      }
+      return;
+    }
     pending_ = {&positions,
                 batch.baseU[i],
                 batch.baseV[i],
                 node.extent,
-                kind.edge,
+                !has(batch.inside, i),
                 isLast(offset),
-                part_.isAfterNext,
+                part_.isUpwards,
                 pixels_ + offset * kBytes,
                 mask_ != nullptr ? mask_ + offset : nullptr};
     next_ ^= 1;
   }
 
-  HWY_INLINE bool isCertainInside(const BlockBatch& batch, int i, const BlockKind& kind,
+  static bool has(unsigned bits, int i) { return (bits >> i & 1) != 0; }
+
+  // Whether no sample of a block that float can describe touches the frame.
+  bool isOutsideFrame(const BlockBatch& batch, int i, const LensNode& node) const {
+    const auto isBeyond = [&node](std::int32_t base, int length) {
+      return base < -1 - node.extent || base > length - 1 + node.extent;
+    };
+    return isBeyond(batch.baseU[i], frame_.width) || isBeyond(batch.baseV[i], frame_.height);
+  }
+
+  HWY_INLINE Found computeUnusual(const BlockBatch& batch, int i, std::ptrdiff_t offset,
                                   BlockPositions& positions) {
-    if (HWY_LIKELY(!kind.steep && !kind.near)) {
-      return positionsInside<kSkewed, false, false>(view_, batch, i, positions);
+    if (has(batch.outside, i)) {
+      return Found::kNothing;
     }
-    return otherPositionsInside<kSkewed>(view_, batch, i, kind, positions);
+    const LensNode& node = view_.node(batch.node[i]);
+    if (!has(usable_ & batch.small, i) || node.safe == 0) {
+      return Found::kNoFloat;
+    }
+    if (isOutsideFrame(batch, i, node)) {
+      return Found::kNothing;
+    }
+    const BlockKind kind{kSkewed, !has(batch.gentle, i), node.odd, !has(batch.inside, i)};
+    if (kind.edge || !otherPositionsInside<kSkewed>(view_, batch, i, kind, positions)) {
+      computeDetailed(batch, i, offset, kind, positions);
+    }
+    return Found::kPositions;
   }
 
   HWY_INLINE void samplePending() {
@@ -114,20 +153,21 @@ class RowOfBlocks {
     }
   }
 
+  // A block that shows nothing.
+  HWY_INLINE void clear(std::ptrdiff_t offset) {
+    std::memset(pixels_ + offset * kBytes, 0, std::size_t{kBlock} * kBytes);
+    if (mask_ != nullptr) {
+      std::memset(mask_ + offset, images::kNoContent, kBlock);
+    }
+  }
+
   // A block that float cannot describe.
-  HWY_NOINLINE void renderOtherwise(bool outside, std::ptrdiff_t offset) {
+  HWY_NOINLINE void renderOtherwise(std::ptrdiff_t offset) {
     unsigned char* const pixels = pixels_ + offset * kBytes;
     unsigned char* const mask = mask_ != nullptr ? mask_ + offset : nullptr;
     CarefulBlock block;
-    block.first = kBlock;
-    if (!outside) {
-      computeCarefully(view_.warp(), careful_, columnAt(offset), part_.y, kBlock, block);
-    }
-    if (block.first == kBlock) {
-      std::memset(pixels, 0, std::size_t{kBlock} * kBytes);
-      if (mask != nullptr) {
-        std::memset(mask, images::kNoContent, kBlock);
-      }
+    if (!computeBlockCarefully(view_, careful_, columnAt(offset), part_.y, block)) {
+      clear(offset);
       return;
     }
     BlockPositions positions;
@@ -136,7 +176,7 @@ class RowOfBlocks {
     if (makeRelative(block, baseU, baseV, positions)) {
       constexpr int kUnknownExtent = 1 << 16;
       sampleBlock<kBytes>(frame_, {&positions, baseU, baseV, kUnknownExtent, true, isLast(offset),
-                                   part_.isAfterNext, pixels, mask});
+                                   part_.isUpwards, pixels, mask});
     } else {
       sampleOneByOne(frame_, block, kBlock, pixels, mask);
     }
@@ -146,13 +186,13 @@ class RowOfBlocks {
                                     const BlockKind& kind, BlockPositions& positions) {
     const LensNode& node = view_.node(batch.node[i]);
     BlockDetail detail;
-    detailedBlock(view_, batch, i, kind, positions, detail);
+    if (detailedBlock(view_, batch, i, kind, positions, detail)) {
+      return;
+    }
     const DoubtfulPixels doubtful{doubtfulPixels(detail.sx, detail.sy, batch.clear[i]),
                                   doubtfulPixels(detail.u, detail.v, node.safe)};
-    if ((doubtful.source | doubtful.position) != 0) {
-      const BlockPlace place{batch, i, columnAt(offset), part_.y, kind.edge};
-      settle(view_.warp(), careful_, place, doubtful, kOffsets.pixel, detail, positions);
-    }
+    const BlockPlace place{batch, i, columnAt(offset), part_.y, kind.edge};
+    settle(view_.warp(), careful_, place, doubtful, kOffsets.pixel, detail, positions);
   }
 
   // The four bytes that storing a block may write behind it belong to up to two pixels.
@@ -162,6 +202,7 @@ class RowOfBlocks {
 
   const images::Frame& frame_;
   const ViewGeometry& view_;
+  const RowGeometry row_;
   CarefulPositions& careful_;
   const RowPart part_;
   unsigned char* const pixels_;

@@ -15,7 +15,7 @@ struct RowPart {
   int y;
   int begin;
   int end;
-  bool isAfterNext = false;  // the row below was rendered before this one, as stitching does
+  bool isUpwards = false;  // the row below was rendered before this one, as stitching does
 
   int count() const { return end - begin; }
 };

@@ -78,15 +78,23 @@ HWY_INLINE V16 fromHalves(V32 lower, V32 upper) {
   return hn::ReorderDemote2To(D16(), lower, upper);
 }
 
-// Pixel offsets from a block's middle in the order in which fromHalves puts them right.
+// The low halves of 32-bit lanes side by side: a0 b0 a1 b1 ...
+HWY_INLINE V16 sideBySide(V32 a, V32 b) {
+  const D16 d;
+  return hn::OddEven(hn::BitCast(d, hn::ShiftLeft<16>(b)), hn::BitCast(d, a));
+}
+
+// Pixel offsets from a block's middle, in the order in which sideBySide puts them right: vectors
+// hold the even and the odd ones of kWide pixels in turn.
 struct LaneOffsets {
   alignas(64) float k[kBlock] = {};
+  alignas(64) float square[kBlock] = {};
   alignas(64) int pixel[kBlock] = {};
   constexpr LaneOffsets() {
     for (std::ptrdiff_t i = 0; i < kBlock; ++i) {
-      const std::ptrdiff_t lane = i % kLanes;
-      pixel[i] = static_cast<int>(i / kWide * kWide + lane / 4 * 8 + i / kLanes % 2 * 4 + lane % 4);
+      pixel[i] = static_cast<int>(i / kWide * kWide + 2 * (i % kLanes) + i / kLanes % 2);
       k[i] = static_cast<float>(pixel[i]) - 0.5F * kBlock;
+      square[i] = k[i] * k[i];
     }
   }
 };

@@ -85,9 +85,11 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
       x0_(rays.iR(0, 2) / rays.iR(2, 2)),
       yy_(rays.iR(1, 1) / rays.iR(2, 2)),
       y0_(rays.iR(1, 2) / rays.iR(2, 2)),
+      squareXx_(static_cast<float>(xx_ * xx_)),
+      squareYy_(static_cast<float>(yy_ * yy_)),
+      lean_(static_cast<float>(xy_ / xx_)),
       reachX_(blockReach[0]),
-      reachY_(blockReach[1]),
-      table_(tableFor(reachX_, reachY_)) {
+      reachY_(blockReach[1]) {
   const lens::Camera& camera = rays.camera;
   const cv::Matx33d& iR = rays.iR;
   const bool finite =
@@ -97,19 +99,14 @@ ViewGeometry::ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp,
     return std::abs(focal * perFocal - 1) < 1e-12;
   };
   const double reach = std::max(reachX_, reachY_);
-  constexpr double kFineReach = kWholePixels + kGentleOffsets * kFineStep;
-  if (reach > kMuchLarger * kFineReach) {
-    fineReachX_ = std::min(reachX_, kFineReach);
-    fineReachY_ = std::min(reachY_, kFineReach);
-    fine_ = tableFor(fineReachX_, fineReachY_);
-  }
+  makeTables(reach);
   const double size = std::max(warp.size.width, warp.size.height) + reach;
   largestPerW_ = largestReciprocal(warp, size);
   // Six operations in float on at most `reach`, and the plain steps' own rounding to float of a
   // coordinate that is up to `reach` larger than the middle's.
   clear_ = 0.5 - (6 * 0x1p-24 + kPlainRounding) * reach - kQuotientError;
   hasBlocks_ = finite && pinhole && isInverse(camera.fx, xx_) && isInverse(camera.fy, yy_) &&
-               largestPerW_ > 0;
+               largestPerW_ > 0 && size + kWholePixels < kFarthestSource;
 }
 
 BlockSpread ViewGeometry::spreadOf(double reachX, double reachY) const {
@@ -129,9 +126,30 @@ BlockSpread ViewGeometry::spreadOf(double reachX, double reachY) const {
 }
 
 // The middles of blocks may lie outside the undistorted image, as far as blocks reach.
-LensTable ViewGeometry::tableFor(double reachX, double reachY) const {
-  const BlockSpread spread = spreadOf(reachX, reachY);
-  return {rays_.camera, radiusBound() + 2 * spread.reach, spread};
+double ViewGeometry::coveredRadius(const BlockSpread& spread) const {
+  return radiusBound() + 2 * spread.reach;
+}
+
+void ViewGeometry::makeTables(double reach) {
+  constexpr double kFineReach = kWholePixels + kGentleOffsets * kFineStep;
+  if (reach > kMuchLarger * kFineReach) {
+    fineReachX_ = std::min(reachX_, kFineReach);
+    fineReachY_ = std::min(reachY_, kFineReach);
+  }
+  const BlockSpread spread = spreadOf(reachX_, reachY_);
+  const BlockSpread fineSpread = spreadOf(fineReachX_, fineReachY_);
+  const std::size_t size = LensTable::sizeFor(coveredRadius(spread));
+  table_.reserve(size + (fineReachX_ > 0 ? LensTable::sizeFor(coveredRadius(fineSpread)) : 0));
+  table_.append(rays_.camera, coveredRadius(spread), spread);
+  firstFineNode_ = nodeCount();
+  if (fineReachX_ > 0) {
+    table_.append(rays_.camera, coveredRadius(fineSpread), fineSpread);
+  }
+}
+
+std::span<const LensNode> ViewGeometry::finestNodes() const {
+  const std::span<const LensNode> nodes = table_.nodes();
+  return nodes.subspan(firstFineNode_ < nodeCount() ? static_cast<std::size_t>(firstFineNode_) : 0);
 }
 
 // The largest radius in the undistorted image.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "rendering/inverse_warp.h"
 #include "rendering/lens_table.h"
@@ -21,16 +22,17 @@ class ViewGeometry {
   const RectifyingRays& rays() const { return rays_; }
   const InverseWarp& warp() const { return warp_; }
 
-  // The lens about a node of the table for all blocks or, if that is given by its index plus kFine,
-  // of the one for blocks that extend no farther than fineReachX and fineReachY. Most blocks do;
-  // only views with large steps have two tables.
-  const LensNode& node(std::int32_t index) const {
-    return index < kFine ? table_[static_cast<std::size_t>(index)]
-                         : fine_[static_cast<std::size_t>(index - kFine)];
-  }
-  static constexpr std::int32_t kFine = 1024;
-  const LensTable& table() const { return table_; }
-  const LensTable& finestTable() const { return fineReachX_ > 0 ? fine_ : table_; }
+  // Nodes of the lens: those of the table for all blocks and, from firstFineNode() on, of the one
+  // for blocks that reach no farther than fineReachX and fineReachY. Most blocks do; only views
+  // with large steps have two tables.
+  const LensNode& node(std::int32_t index) const { return table_[static_cast<std::size_t>(index)]; }
+  std::int32_t nodeCount() const { return static_cast<std::int32_t>(table_.size()); }
+  std::int32_t firstFineNode() const { return firstFineNode_; }  // nodeCount() if there is none
+  // The last nodes of both tables, counted from their first ones.
+  std::int32_t lastNode() const { return firstFineNode_ - 1; }
+  std::int32_t lastFineNode() const { return nodeCount() - firstFineNode_ - 1; }
+  // The more precise table.
+  std::span<const LensNode> finestNodes() const;
   double fineReachX() const { return fineReachX_; }
   double fineReachY() const { return fineReachY_; }
 
@@ -44,6 +46,10 @@ class ViewGeometry {
   double x0() const { return x0_; }
   double yy() const { return yy_; }
   double y0() const { return y0_; }
+  // What blocks need of these in float: xx^2, yy^2 and the columns by which a row moves the ray.
+  float squareXx() const { return squareXx_; }
+  float squareYy() const { return squareYy_; }
+  float lean() const { return lean_; }
 
   // Source pixels from the middle of a block to its other pixels, at most; blocks that reach
   // farther are not computed in float.
@@ -58,6 +64,9 @@ class ViewGeometry {
   double clear() const { return clear_; }
   static constexpr double kPlainRounding = 0x1.01p-24;
 
+  // Coordinates of source pixels that float can hold with fraction bits to spare.
+  static constexpr double kFarthestSource = 0x1p22;
+
   // The numerator of a source pixel advances by at most kSteepOffsets steps within a block if the
   // denominator changes by less than kSteep per pixel, and by kGentleOffsets if by less than
   // kGentle.
@@ -70,12 +79,16 @@ class ViewGeometry {
   ViewGeometry(const RectifyingRays& rays, const InverseWarp& warp, const cv::Vec2d& blockReach);
 
   BlockSpread spreadOf(double reachX, double reachY) const;
-  LensTable tableFor(double reachX, double reachY) const;
+  double coveredRadius(const BlockSpread& spread) const;
+  void makeTables(double reach);
   double radiusBound() const;
 
   RectifyingRays rays_;
   InverseWarp warp_;
   double xx_, xy_, x0_, yy_, y0_;
+  float squareXx_;
+  float squareYy_;
+  float lean_;
   double reachX_;
   double reachY_;
   double largestPerW_ = 0;
@@ -83,7 +96,7 @@ class ViewGeometry {
   double fineReachX_ = 0;
   double fineReachY_ = 0;
   LensTable table_;
-  LensTable fine_;
+  std::int32_t firstFineNode_ = 0;
   bool hasBlocks_;
 };
 

@@ -24,16 +24,6 @@ inline bool hasContent(unsigned char mask) { return mask < images::kNoContent; }
 // does not.
 std::int32_t alike(const unsigned char* mask, std::int32_t count);
 
-// Whether `count` positions are those of neighbours in a row: p, p + 1, p + 2 ...
-template <int kCount>
-bool areNeighbours(const std::int32_t* positions) {
-  std::int32_t differences = 0;
-  for (int k = 0; k < kCount; ++k) {
-    differences |= (positions[k] - k) ^ positions[0];
-  }
-  return differences == 0;
-}
-
 // Where the views lie on the canvas.
 struct Layout {
   const cv::Matx33d& M;  // buffer pixels of the first view to those of the second
@@ -76,8 +66,6 @@ class RowComposer {
   }
 
  private:
-  static constexpr int kBlock = 16;
-
   static std::size_t offset(std::int32_t pixel) { return static_cast<std::size_t>(pixel) * kBytes; }
 
   // Columns begin...end - 1 that lie in the first view only.
@@ -91,33 +79,30 @@ class RowComposer {
     }
   }
 
-  // Fetches the pixels and mask bytes at positions_[0...count - 1]. Most canvas columns show
-  // neighbours in a row of the second view, which are copied block by block.
+  // Fetches the pixels and mask bytes of the second view that positions_ names, `count` in all.
+  // Most canvas columns show neighbours in a row of it, which are copied block by block.
   void collectSecond(std::int32_t count) {
-    for (std::int32_t i = 0; i < count;) {
-      const std::int32_t end = std::min(i + kBlock, count);
-      const std::int32_t position = positions_[i];
-      if (end - i == kBlock && position >= 0 && areNeighbours<kBlock>(positions_ + i)) {
-        seek(position);
-        if (rowEnd_ - position >= kBlock) {
-          const std::int32_t column = position - rowBegin_;
-          std::memcpy(mask_ + i, secondRow_.mask + column, kBlock);
-          std::memcpy(pixels_ + offset(i), secondRow_.pixels + offset(column), kBlock * kBytes);
-          i = end;
-          continue;
+    for (std::int32_t i = 0; i < count; i += kPositionBlock) {
+      if (positions_.areNeighbours(i / kPositionBlock)) {
+        seek(positions_.at[i]);
+        const std::int32_t column = positions_.at[i] - rowBegin_;
+        std::memcpy(mask_ + i, secondRow_.mask + column, kPositionBlock);
+        std::memcpy(pixels_ + offset(i), secondRow_.pixels + offset(column),
+                    offset(kPositionBlock));
+      } else {
+        const std::int32_t end = std::min(i + kPositionBlock, count);
+        for (std::int32_t k = i; k < end; ++k) {
+          collectPixel(k);
         }
-      }
-      for (; i < end; ++i) {
-        collectPixel(i);
       }
     }
   }
 
   void collectPixel(std::int32_t i) {
     mask_[i] = images::kNoContent;
-    if (positions_[i] >= 0) {
-      seek(positions_[i]);
-      const std::int32_t column = positions_[i] - rowBegin_;
+    if (positions_.at[i] >= 0) {
+      seek(positions_.at[i]);
+      const std::int32_t column = positions_.at[i] - rowBegin_;
       mask_[i] = secondRow_.mask[column];
       std::memcpy(pixels_ + offset(i), secondRow_.pixels + offset(column), kBytes);
     }
@@ -191,7 +176,7 @@ class RowComposer {
   std::int32_t rowBegin_ = 0;
   std::int32_t rowEnd_ = 0;
 
-  std::int32_t positions_[kPositionsAtOnce];
+  SecondPositions positions_;
   unsigned char mask_[kPositionsAtOnce];
   unsigned char pixels_[kPositionsAtOnce * kBytes];
 };

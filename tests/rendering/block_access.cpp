@@ -10,6 +10,7 @@
 #include "rendering/block_positions-inl.h"
 #include "rendering/block_samples-inl.h"
 #include "rendering/block_setup-inl.h"
+#include "rendering/careful_block-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace fisheye_calibration::rendering {
@@ -21,15 +22,20 @@ namespace {
 bool AreComputed() { return true; }
 
 void Prepare(const ViewGeometry& view, const RowPart& part, int first, BlockBatch& batch) {
-  prepareBatch(view, part, first, batch);
+  prepareBatch(view, RowGeometry(view, part.y), part, first, batch);
 }
 
 void TraceBlock(const ViewGeometry& view, const BlockBatch& batch, int i, blocks::Trace& trace) {
   const LensNode& node = view.node(batch.node[i]);
-  const BlockKind kind{view.xy() != 0, (batch.gentle >> i & 1) == 0, node.near,
+  const BlockKind kind{view.xy() != 0, (batch.gentle >> i & 1) == 0, node.odd,
                        (batch.inside >> i & 1) == 0};
   detailedBlock(view, batch, i, kind, trace.positions, trace.detail);
   std::copy_n(kOffsets.pixel, kBlock, trace.order.begin());
+}
+
+bool ComputeCarefully(const ViewGeometry& view, CarefulPositions& positions, int x, int y,
+                      CarefulBlock& block) {
+  return computeBlockCarefully(view, positions, x, y, block);
 }
 
 void Sample(const images::Frame& frame, const blocks::Request& request, unsigned char* pixels,
@@ -74,6 +80,9 @@ bool NarrowingAgrees(const std::uint8_t* a, const std::uint8_t* b) {
 bool AreComputed() { return false; }
 void Prepare(const ViewGeometry&, const RowPart&, int, BlockBatch&) {}
 void TraceBlock(const ViewGeometry&, const BlockBatch&, int, blocks::Trace&) {}
+bool ComputeCarefully(const ViewGeometry&, CarefulPositions&, int, int, CarefulBlock&) {
+  return false;
+}
 void Sample(const images::Frame&, const blocks::Request&, unsigned char*, unsigned char*) {}
 bool SumsOfPairsAgree(const std::uint8_t*, const std::uint8_t*) { return false; }
 bool NarrowingAgrees(const std::uint8_t*, const std::uint8_t*) { return false; }
@@ -92,6 +101,7 @@ namespace {
 HWY_EXPORT(AreComputed);
 HWY_EXPORT(Prepare);
 HWY_EXPORT(TraceBlock);
+HWY_EXPORT(ComputeCarefully);
 HWY_EXPORT(Sample);
 HWY_EXPORT(SumsOfPairsAgree);
 HWY_EXPORT(NarrowingAgrees);
@@ -113,6 +123,11 @@ Trace trace(const ViewGeometry& view, const BlockBatch& batch, int i) {
   Trace trace;
   HWY_DYNAMIC_DISPATCH(TraceBlock)(view, batch, i, trace);
   return trace;
+}
+
+bool computeCarefully(const ViewGeometry& view, CarefulPositions& positions, int x, int y,
+                      CarefulBlock& block) {
+  return HWY_DYNAMIC_DISPATCH(ComputeCarefully)(view, positions, x, y, block);
 }
 
 void sample(const images::Frame& frame, const Request& request, unsigned char* pixels,

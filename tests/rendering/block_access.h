@@ -7,6 +7,7 @@
 
 #include "images/view.h"
 #include "rendering/block_batch.h"
+#include "rendering/careful_pixels.h"
 #include "rendering/row_renderer.h"
 
 namespace blocks {
@@ -29,6 +30,11 @@ struct Trace {
   std::array<int, rendering::kBlock> order;
 };
 Trace trace(const rendering::ViewGeometry& view, const rendering::BlockBatch& batch, int i);
+
+// The block that starts at output pixel (x, y), by the plain steps. Returns false if it shows
+// nothing.
+bool computeCarefully(const rendering::ViewGeometry& view, rendering::CarefulPositions& positions,
+                      int x, int y, rendering::CarefulBlock& block);
 
 // A block at positions relative to the raw pixel (baseU, baseV), which differ from it by less than
 // `extent` pixels. With `edge`, pixels that are not shown become 0. With `isLast`, nothing is

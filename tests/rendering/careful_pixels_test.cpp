@@ -94,13 +94,21 @@ INSTANTIATE_TEST_SUITE_P(BytesAPixel, CarefulPixels, testing::Values(1, 3, 4));
 
 // --- relative to a whole pixel ---
 
-// Pixel 3 is the first that shows something; its position is 32 (-2, 7) + (5, 31).
-TEST(CarefulBlock, PositionsAreRelativeToTheFirstPixelShown) {
-  rendering::CarefulBlock block{};
-  block.first = 3;
-  block.shown[3] = block.shown[9] = -1;
-  block.raw[3] = {-64 + 5, 224 + 31};
-  block.raw[9] = {1000, -32};
+// All pixels of the block, at one raw position.
+rendering::CarefulBlock blockAt(int u, int v) {
+  rendering::CarefulBlock block;
+  std::fill_n(block.u, kBlock, u);
+  std::fill_n(block.v, kBlock, v);
+  std::fill_n(block.shown, kBlock, static_cast<std::int16_t>(-1));
+  return block;
+}
+
+// The first position is 32 (-2, 7) + (5, 31).
+TEST(CarefulBlock, PositionsAreRelativeToTheFirstPixel) {
+  rendering::CarefulBlock block = blockAt(-64 + 5, 224 + 31);
+  block.shown[4] = 0;
+  block.u[9] = 1000;
+  block.v[9] = -32;
   int baseU = 0;
   int baseV = 0;
   rendering::BlockPositions relative;
@@ -116,21 +124,56 @@ TEST(CarefulBlock, PositionsAreRelativeToTheFirstPixelShown) {
 }
 
 TEST(CarefulBlock, PositionsThatDoNotFit16BitsAreRefused) {
-  rendering::CarefulBlock block{};
-  block.first = 0;
-  block.shown[0] = block.shown[1] = -1;
   int baseU = 0;
   int baseV = 0;
   rendering::BlockPositions relative;
-  block.raw[1] = {31999, 0};
+  rendering::CarefulBlock block = blockAt(0, 0);
+  block.u[31] = 31999;
   EXPECT_TRUE(rendering::makeRelative(block, baseU, baseV, relative));
-  block.raw[1] = {32000, 0};
+  block.u[31] = 32000;
   EXPECT_FALSE(rendering::makeRelative(block, baseU, baseV, relative));
-  block.raw[1] = {0, -2147483647 - 1};
+  block = blockAt(0, 0);
+  block.v[1] = -32000;
   EXPECT_FALSE(rendering::makeRelative(block, baseU, baseV, relative));
   // Close together, but where whole pixels wrap around (compatibility 39).
-  block.raw[0] = block.raw[1] = {32 * 30000, 0};
-  EXPECT_FALSE(rendering::makeRelative(block, baseU, baseV, relative));
+  EXPECT_FALSE(rendering::makeRelative(blockAt(32 * 30000, 0), baseU, baseV, relative));
+  EXPECT_FALSE(rendering::makeRelative(blockAt(0, -32 * 30000), baseU, baseV, relative));
+}
+
+// Whole pixels 2^16 apart are the same (compatibility 39); -2^31 = 32 (-2^10 2^16) is column 0.
+TEST(CarefulBlock, PositionsWrapAround) {
+  rendering::CarefulBlock block = blockAt(32 * 65536 + 40, -32 * 65536 - 1);
+  block.u[7] = -2147483647 - 1;
+  block.v[7] = 2147483647;
+  int baseU = 0;
+  int baseV = 0;
+  rendering::BlockPositions relative;
+  ASSERT_TRUE(rendering::makeRelative(block, baseU, baseV, relative));
+  EXPECT_EQ(baseU, 1);
+  EXPECT_EQ(baseV, -1);
+  EXPECT_EQ(relative.u[0], 8);
+  EXPECT_EQ(relative.v[0], 31);
+  EXPECT_EQ(relative.u[7], -32);
+  EXPECT_EQ(relative.v[7], 31);
+}
+
+TEST(CarefulBlock, PixelsThatShowNothingHaveTheSourceOfAnother) {
+  rendering::CarefulBlock block;
+  std::fill_n(block.column, kBlock, -1);
+  std::fill_n(block.row, kBlock, -1);
+  EXPECT_FALSE(rendering::completeSources(block));
+  block.row[5] = 7;  // without a column
+  EXPECT_FALSE(rendering::completeSources(block));
+  block.column[9] = 30;
+  block.row[9] = 40;
+  block.column[20] = 0;
+  block.row[20] = 0;
+  ASSERT_TRUE(rendering::completeSources(block));
+  for (int k = 0; k < kBlock; ++k) {
+    EXPECT_EQ(block.shown[k], k == 9 || k == 20 ? -1 : 0) << k;
+    EXPECT_EQ(block.column[k], k < 20 ? 30 : 0) << k;
+    EXPECT_EQ(block.row[k], k < 20 ? 40 : 0) << k;
+  }
 }
 
 // --- within blocks ---

@@ -46,12 +46,12 @@ bool isCertain(const ViewGeometry& geometry, const SourcePixel& pixel) {
   const double y = pixel.row * geometry.yy() + geometry.y0();
   const double r = std::hypot(x, y);
   const double n = std::floor(r * LensTable::kNodesPerUnit + 0.5);
-  if (!(n < static_cast<double>(geometry.finestTable().size()))) return false;
+  if (!(n < static_cast<double>(geometry.finestNodes().size()))) return false;
   const double theta = std::atan(r);
   const double S = r == 0 ? 32 : 32 * theta * (1 + theta * (c.k0 + theta * c.k1)) / r;
   const auto distance = [](double u) { return std::abs(u - std::nearbyint(u)); };
   return std::max(distance(c.fx * x * S + 32 * c.cx), distance(c.fy * y * S + 32 * c.cy)) <
-         geometry.finestTable()[static_cast<std::size_t>(n)].sure;
+         geometry.finestNodes()[static_cast<std::size_t>(n)].sure;
 }
 
 // Compares pixels here and there and some that follow each other with the maps.

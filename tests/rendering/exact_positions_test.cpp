@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <numeric>
 #include <opencv2/core.hpp>
@@ -48,6 +49,50 @@ TEST_P(PositionsInAnyOrder, AreThoseOfTheMaps) {
         << column << ", " << row;
     ASSERT_EQ((p.v & 31) * 32 + (p.u & 31), fraction.at<std::uint16_t>(row, column))
         << column << ", " << row;
+  }
+}
+
+// Rays of pixels that lie along a row, along a column, far apart or one behind the other.
+TEST_P(PositionsInAnyOrder, OfManyPixelsAreThoseOfEach) {
+  const auto [skew, size] = GetParam();
+  constexpr int kCount = 32;
+  const lens::Camera camera{210, 190, 0.49 * size.width, 0.52 * size.height, 0.03, -0.01, 0};
+  const cv::Matx33d P(200, skew, 0, 0, 205, 0, 0, 0, 1);
+  const double c = std::cos(0.2);
+  const double s = std::sin(0.2);
+  std::mt19937 engine(6);
+  const auto whole = [&](int low, int high) {
+    return std::uniform_int_distribution<int>(low, high)(engine);
+  };
+  for (const cv::Matx33d& RR : {cv::Matx33d::eye(), cv::Matx33d(c, -s, 0, s, c, 0, 0, 0, 1),
+                                cv::Matx33d(c, 0, s, 0, 1, 0, -s, 0, c)}) {
+    const rendering::RectifyingRays rays = rendering::rectifyingRays(camera, RR, P, size);
+    rendering::ExactPositions together(rays, size.width);
+    rendering::ExactPositions single(rays, size.width);
+    for (int i = 0; i < 100; ++i) {
+      const cv::Point step(whole(-8, 8), i % 2 == 0 ? 0 : whole(-2, 2));
+      const cv::Point first(whole(0, size.width - 1), whole(0, size.height - 1));
+      int columns[kCount];
+      int rows[kCount];
+      for (int k = 0; k < kCount; ++k) {
+        columns[k] = std::clamp(first.x + k * step.x / 3, 0, size.width - 1);
+        rows[k] = std::clamp(first.y + k * step.y / 3, 0, size.height - 1);
+      }
+      double X[kCount];
+      double Y[kCount];
+      double W[kCount];
+      together.rays(columns, rows, kCount, X, Y, W);
+      for (int k = 0; k < kCount; ++k) {
+        for (int axis = 0; axis < 3; ++axis) {
+          double sum = rows[k] * rays.iR(axis, 1) + rays.iR(axis, 2);
+          for (int n = 0; n < columns[k]; ++n) sum += rays.iR(axis, 0);
+          ASSERT_EQ((axis == 0 ? X : axis == 1 ? Y : W)[k], sum) << k << ", axis " << axis;
+        }
+        const rendering::RawPosition one = single.at(columns[k], rows[k]);
+        const rendering::RawPosition same = rendering::rawPosition(camera, X[k], Y[k], W[k]);
+        ASSERT_EQ(cv::Point(one.u, one.v), cv::Point(same.u, same.v));
+      }
+    }
   }
 }
 

@@ -34,6 +34,12 @@ double horner(const std::array<double, LensNode::kDegree>& c, double p) {
   return sum;
 }
 
+LensTable tableOf(const lens::Camera& camera, double radius, const BlockSpread& spread) {
+  LensTable table;
+  table.append(camera, radius, spread);
+  return table;
+}
+
 double radiusOf(std::size_t n) { return static_cast<double>(n) / LensTable::kNodesPerUnit; }
 
 // The node's S at q, by the formula in lens_table.h.
@@ -41,7 +47,7 @@ double factorByNode(const LensTable& table, std::size_t n, double q) {
   const LensNode& node = table[n];
   const double p = q - radiusOf(n) * radiusOf(n);
   const double even = node.value + horner(node.c, p) * p;
-  return node.near ? even + std::sqrt(q) * horner(node.o, p) : even;
+  return node.odd ? even + std::sqrt(q) * horner(node.o, p) : even;
 }
 
 struct View {
@@ -117,11 +123,11 @@ void forPixelsOfRandomViews(std::uint64_t seed, const Test& test) {
   int near = 0;
   for (int i = 0; i < 150; ++i) {
     const View view = randomView(dice);
-    const LensTable table(view.camera, 3, view.spread);
+    const LensTable table = tableOf(view.camera, 3, view.spread);
     for (std::size_t n = 0; n < table.size(); ++n) {
       if (table[n].safe == 0) continue;
       ++safe;
-      near += table[n].near ? 1 : 0;
+      near += table[n].odd ? 1 : 0;
       for (int k = 0; k < 30; ++k) test(dice, view, table, n, randomPixel(dice, view, n));
       if (testing::Test::HasFatalFailure()) return;
     }
@@ -191,7 +197,7 @@ TEST(LensTable, FloatCoefficientsAreTheRoundedOnes) {
 // Loose bounds would be correct, but would have most positions computed twice.
 TEST(LensTable, BoundsOfAnOrdinaryLensAreClose) {
   const View view = ordinaryView();
-  const LensTable table(view.camera, 3, view.spread);
+  const LensTable table = tableOf(view.camera, 3, view.spread);
   for (std::size_t n = 0; n + 1 < table.size(); ++n) {
     EXPECT_GT(table[n].safe, 0.495) << n;
     EXPECT_GT(table[n].sure, 0.499) << n;
@@ -208,9 +214,9 @@ TEST(LensTable, NodeOnTheAxisHoldsTheSeriesWorkedOutByHand) {
   const double k0 = 0.25;
   const double k1 = -0.5;
   const View view = viewOf({410, 408, 645, 474, k0, k1, 0}, 0.01, 0.01);
-  const LensTable table(view.camera, 1, view.spread);
+  const LensTable table = tableOf(view.camera, 1, view.spread);
   const LensNode& node = table[0];
-  ASSERT_TRUE(node.near);
+  ASSERT_TRUE(node.odd);
   EXPECT_NEAR(node.value, 32, 1e-12);
   EXPECT_NEAR(node.c[0], 32 * (-5.0 / 6), 1e-9);
   EXPECT_NEAR(node.c[1], 32 * 0.7, 1e-6);
@@ -223,7 +229,7 @@ TEST(LensTable, NodeOnTheAxisHoldsTheSeriesWorkedOutByHand) {
 // --- nodes that cannot be used ---
 
 testing::AssertionResult hasNoSafeNode(const View& view) {
-  const LensTable table(view.camera, 3, view.spread);
+  const LensTable table = tableOf(view.camera, 3, view.spread);
   for (std::size_t n = 0; n < table.size(); ++n) {
     if (!(table[n].safe == 0 && table[n].sure == 0)) {
       return testing::AssertionFailure() << "node " << n << " is safe";
@@ -273,7 +279,7 @@ TEST(LensTable, OfRaysThatAreTooFarOffHasNoSafeNode) {
 TEST(LensTable, CoversTheRequestedRadiusAndEndsWithANodeThatIsNotSafe) {
   const View view = ordinaryView();
   const auto sizeFor = [&](double radius) {
-    const LensTable table(view.camera, radius, view.spread);
+    const LensTable table = tableOf(view.camera, radius, view.spread);
     EXPECT_EQ(table[table.size() - 1].safe, 0) << radius;
     EXPECT_EQ(table[table.size() - 1].sure, 0) << radius;
     return table.size();

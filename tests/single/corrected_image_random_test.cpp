@@ -10,29 +10,18 @@
 
 #include "fisheye_calibration.h"
 #include "single/corrected_frames.h"
+#include "single/corrected_scenes.h"
 #include "support/dice.h"
-#include "support/instruction_sets.h"
-#include "support/plain_correction.h"
+#include "support/scene_factor.h"
 
 namespace {
 
 using frames::setHomography;
 using frames::shift;
+using scenes::Bytes;
+using scenes::Scene;
+using scenes::View;
 using support::Dice;
-using Bytes = std::vector<unsigned char>;
-
-constexpr unsigned char kUntouched = 0xA5;
-
-struct Scene {
-  int srcWidth = 0;
-  int srcHeight = 0;
-  int bitCount = 8;
-  int dstWidth = 0;
-  int dstHeight = 0;
-  bool masked = true;
-  FishEyeCalibrationParam param{};
-  Bytes src;
-};
 
 // --- records ---
 
@@ -214,49 +203,11 @@ Scene largeScene(std::uint64_t seed, int bitCount) {
 
 // --- comparison ---
 
-struct View {
-  bool shown = false;
-  Bytes dst;
-  Bytes mask;
-
-  bool operator==(const View&) const = default;
-};
-
-template <class Renderer>
-View render(const Renderer& renderer, const Scene& scene) {
-  const auto pixels = static_cast<std::size_t>(scene.dstWidth * scene.dstHeight);
-  View view;
-  view.dst.assign(pixels * static_cast<std::size_t>(scene.bitCount / 8), kUntouched);
-  view.mask.assign(pixels, kUntouched);
-  Bytes src = scene.src;
-  view.shown = renderer(src.data(), scene.srcWidth, scene.srcHeight, scene.bitCount, scene.param,
-                        view.dst.data(), scene.dstWidth, scene.dstHeight,
-                        scene.masked ? view.mask.data() : nullptr);
-  return view;
-}
-
-std::size_t differences(const Bytes& a, const Bytes& b) {
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < a.size(); ++i) count += a[i] != b[i] ? 1 : 0;
-  return count;
-}
-
-::testing::AssertionResult isPlain(const Scene& scene) {
-  const View view = render(SingleCamCorrected, scene);
-  const View expected = render(plain::singleCamCorrected, scene);
-  if (view == expected) return ::testing::AssertionSuccess();
-  return ::testing::AssertionFailure()
-         << scene.srcWidth << "x" << scene.srcHeight << " to " << scene.dstWidth << "x"
-         << scene.dstHeight << ", " << scene.bitCount << " bits: shown " << view.shown << ", plain "
-         << expected.shown << "; " << differences(view.dst, expected.dst) << " bytes and "
-         << differences(view.mask, expected.mask) << " mask bytes differ";
-}
-
 TEST(CorrectedImageRandom, GeneratorReachesBothOutcomes) {
   int shown = 0;
   int partly = 0;
   for (std::uint64_t seed = 0; seed < 400; ++seed) {
-    const View view = render(plain::singleCamCorrected, randomScene(seed));
+    const View view = scenes::renderPlainly(randomScene(seed));
     const auto outside = std::count(view.mask.begin(), view.mask.end(), 255);
     const auto inside = std::count(view.mask.begin(), view.mask.end(), 0);
     shown += view.shown ? 1 : 0;
@@ -267,31 +218,29 @@ TEST(CorrectedImageRandom, GeneratorReachesBothOutcomes) {
   EXPECT_GT(partly, 100);
 }
 
-TEST(CorrectedImageRandom, EqualsThePlainPipelineOnEveryInstructionSet) {
-  support::onEveryInstructionSet([] {
-    for (std::uint64_t seed = 0; seed < 4000; ++seed) {
-      ASSERT_TRUE(isPlain(randomScene(seed))) << "scene " << seed;
-    }
-  });
+class CorrectedImageParts : public testing::TestWithParam<int> {};
+
+TEST_P(CorrectedImageParts, EqualThePlainPipelineOnEveryInstructionSet) {
+  constexpr std::uint64_t kScenes = 4000;
+  scenes::compareWithPlain(randomScene, static_cast<std::uint64_t>(GetParam()) * kScenes, kScenes);
 }
 
+INSTANTIATE_TEST_SUITE_P(Random, CorrectedImageParts, testing::Range(0, support::kSceneFactor));
+
 TEST(CorrectedImageRandom, LargeViewsEqualThePlainPipelineOnEveryInstructionSet) {
-  support::onEveryInstructionSet([] {
-    for (const int bitCount : {8, 24, 32}) {
-      for (std::uint64_t seed = 0; seed < 4; ++seed) {
-        ASSERT_TRUE(isPlain(largeScene(seed, bitCount))) << "scene " << seed;
-      }
-    }
-  });
+  for (const int bitCount : {8, 24, 32}) {
+    scenes::compareWithPlain([=](std::uint64_t seed) { return largeScene(seed, bitCount); }, 0,
+                             std::uint64_t{4} * support::kSceneFactor);
+  }
 }
 
 TEST(CorrectedImageRandom, NumberOfThreadsOfTheImageLibraryDoesNotMatter) {
   const int threads = cv::getNumThreads();
   const Scene scene = largeScene(9, 24);
-  const View expected = render(plain::singleCamCorrected, scene);
+  const View expected = scenes::renderPlainly(scene);
   for (const int count : {1, 2, 5}) {
     cv::setNumThreads(count);
-    EXPECT_TRUE(render(SingleCamCorrected, scene) == expected) << count << " threads";
+    EXPECT_TRUE(scenes::shows(scene, expected)) << count << " threads";
   }
   cv::setNumThreads(threads);
 }
@@ -302,14 +251,14 @@ TEST(CorrectedImageRandom, ConcurrentCallsGiveTheSameBytes) {
   std::vector<View> expected;
   for (std::size_t i = 0; i < kCallers; ++i) {
     scenes.push_back(largeScene(20 + i, i % 2 == 0 ? 8 : 24));
-    expected.push_back(render(plain::singleCamCorrected, scenes.back()));
+    expected.push_back(scenes::renderPlainly(scenes.back()));
   }
   std::vector<int> wrong(kCallers, 0);
   std::vector<std::thread> callers;
   for (std::size_t i = 0; i < kCallers; ++i) {
     callers.emplace_back([&, i] {
       for (int round = 0; round < 5; ++round) {
-        wrong[i] += render(SingleCamCorrected, scenes[i]) == expected[i] ? 0 : 1;
+        wrong[i] += scenes::render(SingleCamCorrected, scenes[i]) == expected[i] ? 0 : 1;
       }
     });
   }
