@@ -10,6 +10,8 @@ install(
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(FILES "${PROJECT_SOURCE_DIR}/include/fisheye_calibration.h"
+              "${PROJECT_SOURCE_DIR}/include/fisheye_calibration.hpp"
+              "${PROJECT_SOURCE_DIR}/include/fisheye_calibration_c.h"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 install(
   EXPORT fisheye_calibration_targets

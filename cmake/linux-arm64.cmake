@@ -1,6 +1,7 @@
 # Cross-building for 64-bit ARM Linux with Debian's compiler. scripts/prepare-arm64 provides the libraries.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
 
 # The environment variable passes the result to the small projects with which CMake checks the compiler.

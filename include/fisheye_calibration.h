@@ -1,7 +1,8 @@
 // fisheye_calibration: turns the fisheye camera (or two cameras) over a work bed into a measuring
-// instrument. This header is the whole exported interface: three plain records and 21 functions. It
+// instrument. This header is the whole C++ interface: three plain records and 21 functions. It
 // needs only a C++11 compiler and the standard library. `compatibility N` marks behaviour that
-// existing hosts depend on (docs/compatibility.md).
+// existing hosts depend on (docs/compatibility.md). fisheye_calibration_c.h is the same library's C
+// interface.
 //
 // Frames (drawn in docs/conventions.md)
 //   world            the work bed, plane Z = 0, in the host's world unit (usually millimetres)

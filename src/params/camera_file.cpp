@@ -1,5 +1,5 @@
 // The parameter file of one camera.
-#include "fisheye_calibration.h"
+#include "params/parameter_files.h"
 #include "params/record_file.h"
 
 namespace fisheye_calibration::params {
@@ -56,16 +56,25 @@ constexpr std::array<Field<Record>, 41> kFields{{
 }};
 
 }  // namespace
+
+bool saveCameraFile(const char* path, const FishEyeCalibrationParam& param) {
+  return saveRecord(path, kSection, kFields, param);
+}
+
+bool loadCameraFile(const char* path, FishEyeCalibrationParam& param) {
+  return loadRecord(path, kSection, kFields, param);
+}
+
 }  // namespace fisheye_calibration::params
 
 using namespace fisheye_calibration::params;
 
 bool SaveCalibrationParam(const char* path, FishEyeCalibrationParam param) {
-  saveRecord(path, kSection, kFields, param);
+  saveCameraFile(path, param);
   return true;
 }
 
 bool LoadCalibrationParam(const char* path, FishEyeCalibrationParam& param) {
-  loadRecord(path, kSection, kFields, param);
+  loadCameraFile(path, param);
   return true;
 }

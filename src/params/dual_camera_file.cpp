@@ -1,5 +1,5 @@
 // The parameter file of a stitched image.
-#include "fisheye_calibration.h"
+#include "params/parameter_files.h"
 #include "params/record_file.h"
 
 namespace fisheye_calibration::params {
@@ -22,16 +22,25 @@ constexpr std::array<Field<Record>, 7> kFields{{
 }};
 
 }  // namespace
+
+bool saveDualCameraFile(const char* path, const DualFishEyeCalibrationParam& param) {
+  return saveRecord(path, kSection, kFields, param);
+}
+
+bool loadDualCameraFile(const char* path, DualFishEyeCalibrationParam& param) {
+  return loadRecord(path, kSection, kFields, param);
+}
+
 }  // namespace fisheye_calibration::params
 
 using namespace fisheye_calibration::params;
 
 bool SaveDualCamerasCalibrationParam(const char* path, DualFishEyeCalibrationParam param) {
-  saveRecord(path, kSection, kFields, param);
+  saveDualCameraFile(path, param);
   return true;
 }
 
 bool LoadDualCamerasCalibrationParam(const char* path, DualFishEyeCalibrationParam& param) {
-  loadRecord(path, kSection, kFields, param);
+  loadDualCameraFile(path, param);
   return true;
 }

@@ -54,8 +54,9 @@ Value fieldValue(const std::string& text, Reading reading) {
   }
 }
 
+// Returns false if the file cannot be written.
 template <typename Record, std::size_t Count>
-void saveRecord(const char* path, const char* section,
+bool saveRecord(const char* path, const char* section,
                 const std::array<Field<Record>, Count>& fields, const Record& record) try {
   std::vector<platform::ProfileEntry> entries;
   entries.reserve(Count);
@@ -63,13 +64,14 @@ void saveRecord(const char* path, const char* section,
     entries.push_back({field.key, std::visit([&](auto member) { return fieldText(record.*member); },
                                              field.member)});
   }
-  platform::writeProfileValues(path, section, entries);
+  return platform::writeProfileValues(path, section, entries);
 } catch (const std::bad_alloc&) {
-  // Like any file that cannot be written, it stays unchanged.
+  return false;  // like any file that cannot be written, it stays unchanged
 }
 
+// Returns false if the file has none of the keys, or only without values.
 template <typename Record, std::size_t Count>
-void loadRecord(const char* path, const char* section,
+bool loadRecord(const char* path, const char* section,
                 const std::array<Field<Record>, Count>& fields, Record& record) try {
   for (const Field<Record>& field : fields) {
     std::visit([&](auto member) { record.*member = 0; }, field.member);
@@ -83,6 +85,7 @@ void loadRecord(const char* path, const char* section,
   }
   const std::vector<std::string> texts = platform::readProfileValues(path, section, keys);
   auto text = texts.begin();
+  bool isAnyThere = false;
   for (const Field<Record>& field : fields) {
     if (field.reading == Reading::kSkipped) {
       continue;
@@ -92,10 +95,12 @@ void loadRecord(const char* path, const char* section,
       record.*member = fieldValue<Value>(*text, field.reading);
     };
     std::visit(store, field.member);
+    isAnyThere = isAnyThere || !text->empty();
     ++text;
   }
+  return isAnyThere;
 } catch (const std::bad_alloc&) {
-  // As for any file that cannot be read, the fields are 0.
+  return false;  // as for any file that cannot be read, the fields are 0
 }
 
 }  // namespace fisheye_calibration::params

@@ -46,7 +46,7 @@ void setPair(CEQMatrix& A, CEQMatrix& b, int pair, const cv::Point2f& from, cons
 
 }  // namespace
 
-bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
+bool fitAffine(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
                float* params) {
   constexpr std::size_t kMostPairs = std::numeric_limits<int>::max() / (2 * kUnknowns);
   if (src.empty() || src.size() != dst.size() || src.size() > kMostPairs || params == nullptr) {
@@ -75,11 +75,19 @@ bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2
     return false;
   }
 
-  if (images::kWritesDebugFiles) {
-    writePairs(src, dst);
-  }
   for (int i = 0; i < kUnknowns; ++i) {
     params[i] = static_cast<float>(p.GetElement(i, 0));
+  }
+  return true;
+}
+
+bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
+               float* params) {
+  if (!fitAffine(src, dst, params)) {
+    return false;
+  }
+  if (images::kWritesDebugFiles) {
+    writePairs(src, dst);
   }
   return true;
 }

@@ -18,4 +18,8 @@ namespace fisheye_calibration {
 bool AffineFit(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
                float* params);
 
+// The same without the debug file.
+bool fitAffine(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2f>& dst,
+               float* params);
+
 }  // namespace fisheye_calibration

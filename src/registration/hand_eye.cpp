@@ -1,29 +1,23 @@
+#include "registration/hand_eye.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <vector>
 
-#include "fisheye_calibration.h"
 #include "registration/affine_fit.h"
 
 namespace fisheye_calibration::registration {
 namespace {
-
-// Three points determine the six coefficients of an affine map.
-constexpr std::size_t kFewestPoints = 3;
 
 // The errors sum over at most this many points but divide by the number of all (compatibility 42):
 // hosts' limits are made for that.
 constexpr std::size_t kPointsInError = 9;
 
 }  // namespace
-}  // namespace fisheye_calibration::registration
 
-using namespace fisheye_calibration;
-using namespace fisheye_calibration::registration;
-
-bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const params, double& errorX,
-                        double& errorY) {
+bool calibrateHandEye(const std::vector<CalibrationPoint>& points, PairsFile file, double* params,
+                      double& errorX, double& errorY) {
   if (points.size() < kFewestPoints || params == nullptr) {
     return false;
   }
@@ -37,7 +31,8 @@ bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const para
   }
 
   float fitted[6];
-  if (!AffineFit(imagePoints, worldPoints, fitted)) {
+  const auto fit = file == PairsFile::kWrite ? AffineFit : fitAffine;
+  if (!fit(imagePoints, worldPoints, fitted)) {
     return false;
   }
   std::copy(std::begin(fitted), std::end(fitted), params);
@@ -60,4 +55,13 @@ bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const para
   errorX = std::sqrt(sumX / n);
   errorY = std::sqrt(sumY / n);
   return true;
+}
+
+}  // namespace fisheye_calibration::registration
+
+using namespace fisheye_calibration::registration;
+
+bool HandEyeCalibration(std::vector<CalibrationPoint> points, double* const params, double& errorX,
+                        double& errorY) {
+  return calibrateHandEye(points, PairsFile::kWrite, params, errorX, errorY);
 }

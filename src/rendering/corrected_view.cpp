@@ -35,12 +35,11 @@ bool CorrectedView::showsAnything() const {
   return !isFrameBlack() && showsAnythingAnywhere();
 }
 
-void CorrectedView::render(const images::Target& view, unsigned char* mask) const {
+void CorrectedView::render(const images::Target& view, const images::Target& mask) const {
   platform::forRowRanges(size().height, [&](int begin, int end) {
     Rows rows(*this);
-    const images::Target maskView{mask, view.width, view.height, 1};
     for (int y = begin; y < end; ++y) {
-      rows.render(y, view.pictureRow(y), mask != nullptr ? maskView.pictureRow(y) : nullptr);
+      rows.render(y, view.pictureRow(y), mask.pixels != nullptr ? mask.pictureRow(y) : nullptr);
     }
   });
 }
@@ -68,8 +67,13 @@ bool CorrectedView::showsAnythingIn(CarefulPositions& positions, int row) const 
 }
 
 bool CorrectedView::isFrameBlack() const {
-  return frame_.pixels[0] == 0 &&
-         std::memcmp(frame_.pixels, frame_.pixels + 1, frame_.size() - 1) == 0;
+  for (std::int32_t row = 0; row < frame_.height; ++row) {
+    const unsigned char* const bytes = frame_.bufferRow(row);
+    if (bytes[0] != 0 || std::memcmp(bytes, bytes + 1, frame_.rowBytes() - 1) != 0) {
+      return false;
+    }
+  }
+  return true;
 }
 
 // The undistorted image is the view whose warp is the identity.

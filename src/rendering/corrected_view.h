@@ -24,9 +24,9 @@ class CorrectedView {
   // Whether any pixel of the undistorted image is not black (compatibility 34).
   bool showsAnything() const;
 
-  // Renders view and mask, of the warp's size; the mask may be null. Rows are distributed over the
-  // image library's threads; the bytes do not depend on how.
-  void render(const images::Target& view, unsigned char* mask) const;
+  // Renders view and mask, of the warp's size; a mask without pixels is left out. Rows are
+  // distributed over the image library's threads; the bytes do not depend on how.
+  void render(const images::Target& view, const images::Target& mask) const;
 
   const cv::Size& size() const { return geometry_.warp().size; }
 

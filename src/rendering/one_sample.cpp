@@ -35,9 +35,8 @@ void sampleOne(const images::Frame& frame, int u, int v, unsigned char* pixel) {
     std::memset(pixel, 0, bytes);
     return;
   }
-  // The next picture row precedes this one in the buffer.
   const std::size_t right = at.sx < frame.width - 1 ? bytes : 0;
-  const std::size_t below = at.sy < frame.height - 1 ? frame.stride() : 0;
+  const std::ptrdiff_t below = at.sy < frame.height - 1 ? frame.stride() : 0;
   const unsigned char* const P00 =
       frame.pictureRow(at.sy) + static_cast<std::size_t>(at.sx) * bytes;
   const unsigned char* const P10 = P00 - below;

@@ -76,11 +76,15 @@ cv::Vec3d viewingRay(const lens::Camera& camera, const cv::Point2d& pixel) {
   return {d[0] * side, d[1] * side, std::cos(theta)};
 }
 
-std::optional<cv::Point2d> bedPointOf(const lens::Camera& camera, const lens::Pose& pose,
-                                      const cv::Point2d& pixel) {
+bool isWithinRange(const lens::Camera& camera, const cv::Point2d& pixel) {
   const cv::Vec2d d = distortedPoint(camera, pixel);
   const double limit = model::distortedAngle(camera, turningAngle(camera));
-  if (!(std::hypot(d[0], d[1]) < limit)) {
+  return std::hypot(d[0], d[1]) < limit;
+}
+
+std::optional<cv::Point2d> bedPointOf(const lens::Camera& camera, const lens::Pose& pose,
+                                      const cv::Point2d& pixel) {
+  if (!isWithinRange(camera, pixel)) {
     return std::nullopt;
   }
   // The ray in the world: origin C = -R^T T, direction w = R^T d. Z = 0 at C + s w, s = -C_z/w_z.

@@ -26,6 +26,9 @@ double incidenceAngle(const lens::Camera& camera, double thetaD);
 // The unit vector, in the camera frame, of a raw pixel's viewing ray.
 cv::Vec3d viewingRay(const lens::Camera& camera, const cv::Point2d& pixel);
 
+// Whether a raw pixel lies within the lens's range, nearer to the axis than turningAngle.
+bool isWithinRange(const lens::Camera& camera, const cv::Point2d& pixel);
+
 // The point (X, Y) of the plane Z = 0 that a raw pixel shows; std::nullopt if its ray is beyond the
 // lens's range or does not meet the plane in front of the camera.
 std::optional<cv::Point2d> bedPointOf(const lens::Camera& camera, const lens::Pose& pose,

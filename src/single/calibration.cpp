@@ -1,20 +1,28 @@
-#include "solver/calibration.h"
+#include "single/calibration.h"
 
-#include <cstddef>
-
-#include "fisheye_calibration.h"
 #include "platform/message_box.h"
-#include "single/completed_record.h"
 #include "single/solver_view.h"
+#include "solver/calibration.h"
 
 namespace fisheye_calibration::single {
 namespace {
 
-constexpr std::size_t kFewestPoints = 9;  // fewer show a message (compatibility 13)
 constexpr int kMostSteps = 20;
 constexpr double kSmallestChange = 1e-6;
 
 }  // namespace
+
+bool calibrate(const cv::Size& imageSize, std::vector<CalibrationPoint>& points,
+               const cv::Size& correctedSize, Filler filler, FishEyeCalibrationParam& param,
+               double& reprojectionError) {
+  const solver::Calibration solved =
+      solver::calibrate({solverView(points)}, imageSize,
+                        cv::TermCriteria(cv::TermCriteria::COUNT + cv::TermCriteria::EPS,
+                                         kMostSteps, kSmallestChange));
+  return completeRecord(solved.camera, solved.poses.front(), points, correctedSize.width,
+                        correctedSize.height, param, reprojectionError, filler);
+}
+
 }  // namespace fisheye_calibration::single
 
 using namespace fisheye_calibration;
@@ -25,14 +33,10 @@ bool SingleCamCalibration(unsigned char* /*image*/, ImageLong width, ImageLong h
                           int /*bitCount*/, std::vector<CalibrationPoint>& points,
                           ImageLong correctedWidth, ImageLong correctedHeight,
                           FishEyeCalibrationParam& param, double& reprojectionError) {
-  if (points.size() < kFewestPoints) {
+  if (points.size() < kFewestPoints) {  // (compatibility 13)
     platform::showMessage("特征点少于9个点，无法完成标定！");
     return false;
   }
-  const solver::Calibration solved =
-      solver::calibrate({solverView(points)}, cv::Size(width, height),
-                        cv::TermCriteria(cv::TermCriteria::COUNT + cv::TermCriteria::EPS,
-                                         kMostSteps, kSmallestChange));
-  return completeRecord(solved.camera, solved.poses.front(), points, correctedWidth,
-                        correctedHeight, param, reprojectionError);
+  return calibrate(cv::Size(width, height), points, cv::Size(correctedWidth, correctedHeight),
+                   Filler::kRandom, param, reprojectionError);
 }

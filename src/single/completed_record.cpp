@@ -9,9 +9,12 @@
 namespace fisheye_calibration::single {
 namespace {
 
-// k2...k5 have no meaning; hosts expect them filled from the C runtime's rand(), in this order
-// (compatibility 14).
-void storeFiller(FishEyeCalibrationParam& param) {
+// Hosts expect the random numbers in this order (compatibility 14).
+void storeFiller(Filler filler, FishEyeCalibrationParam& param) {
+  if (filler == Filler::kZero) {
+    param.k2 = param.k3 = param.k4 = param.k5 = 0;
+    return;
+  }
   constexpr int kModulus = 10001;
   param.k2 = std::rand() % kModulus * 0.0001;
   param.k3 = std::rand() % kModulus * 0.00001;
@@ -44,9 +47,9 @@ double reproject(const FishEyeCalibrationParam& param, std::vector<CalibrationPo
 bool completeRecord(const lens::Camera& camera, const lens::Pose& pose,
                     std::vector<CalibrationPoint>& points, ImageLong correctedWidth,
                     ImageLong correctedHeight, FishEyeCalibrationParam& param,
-                    double& reprojectionError) {
+                    double& reprojectionError, Filler filler) {
   storeCamera(camera, param);
-  storeFiller(param);
+  storeFiller(filler, param);
   storePose(pose, param);
   reprojectionError = reproject(param, points);
   return fitSecondCorrection(points, correctedWidth, correctedHeight, param);

@@ -8,7 +8,13 @@
 
 namespace fisheye_calibration::single {
 
-// Stores the camera and the pose of the target in `param`, fills k2...k5 (compatibility 14), stores
+// What k2...k5, which have no meaning, receive.
+enum class Filler {
+  kRandom,  // numbers from the C runtime's rand() (compatibility 14)
+  kZero,
+};
+
+// Stores the camera and the pose of the target in `param`, fills k2...k5, stores
 // the reprojection of every point in the point, its root mean square in `reprojectionError`
 // (pixels), and fits the second correction for a corrected image of the given size. Returns false
 // if no second correction is found; everything else has been stored all the same (compatibility
@@ -16,6 +22,6 @@ namespace fisheye_calibration::single {
 bool completeRecord(const lens::Camera& camera, const lens::Pose& pose,
                     std::vector<CalibrationPoint>& points, ImageLong correctedWidth,
                     ImageLong correctedHeight, FishEyeCalibrationParam& param,
-                    double& reprojectionError);
+                    double& reprojectionError, Filler filler = Filler::kRandom);
 
 }  // namespace fisheye_calibration::single

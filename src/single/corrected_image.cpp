@@ -1,33 +1,51 @@
+#include "single/corrected_image.h"
+
+#include <cstddef>
+#include <cstring>
 #include <opencv2/core.hpp>
-#include <span>
 #include <vector>
 
-#include "fisheye_calibration.h"
 #include "images/buffer_size.h"
 #include "images/overlap.h"
 #include "images/pixel_format.h"
-#include "images/view.h"
 #include "single/corrected_view_of.h"
 
 namespace fisheye_calibration::single {
 namespace {
 
-using Bytes = std::span<const unsigned char>;
-
-// The view is rendered directly from the frame, so a frame that the output would overwrite is
-// copied first. Empty if none of the outputs overlaps it.
-std::vector<unsigned char> copyIfOverlapping(Bytes frame, Bytes pixels, Bytes mask) {
-  if (images::overlap(frame, pixels) || images::overlap(frame, mask)) {
-    return {frame.begin(), frame.end()};
+std::vector<unsigned char> copyWithoutPadding(const images::Frame& frame) {
+  const std::size_t length = frame.rowBytes();
+  std::vector<unsigned char> copy(length * static_cast<std::size_t>(frame.height));
+  for (std::int32_t row = 0; row < frame.height; ++row) {
+    std::memcpy(copy.data() + length * static_cast<std::size_t>(row), frame.bufferRow(row), length);
   }
-  return {};
+  return copy;
 }
 
 }  // namespace
+
+// The view is rendered directly from the frame, so a frame that the output would overwrite is
+// copied first.
+bool renderCorrected(const images::Frame& frame, const FishEyeCalibrationParam& param,
+                     const images::Target& view, const images::Target& mask) {
+  std::vector<unsigned char> copy;
+  images::Frame source = frame;
+  if (images::overlap(frame.memory(), view.memory()) ||
+      (mask.pixels != nullptr && images::overlap(frame.memory(), mask.memory()))) {
+    copy = copyWithoutPadding(frame);
+    source = {copy.data(), frame.width, frame.height, frame.bytes};
+  }
+  const auto corrected = correctedViewOf(source, param, cv::Size(view.width, view.height));
+  if (!corrected) {
+    return false;
+  }
+  corrected->render(view, mask);
+  return true;
+}
+
 }  // namespace fisheye_calibration::single
 
 using namespace fisheye_calibration;
-using namespace fisheye_calibration::single;
 
 bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight, int bitCount,
                         FishEyeCalibrationParam param, unsigned char* dst, ImageLong dstWidth,
@@ -37,15 +55,8 @@ bool SingleCamCorrected(unsigned char* src, ImageLong srcWidth, ImageLong srcHei
       srcHeight <= 0 || bytes == 0) {
     return false;
   }
-  const Bytes source(src, images::bufferSize(srcWidth, srcHeight, bitCount));
-  const Bytes pixels(dst, images::bufferSize(dstWidth, dstHeight, bitCount));
-  const Bytes maskBytes(mask, mask != nullptr ? images::bufferSize(dstWidth, dstHeight, 8) : 0);
-  const std::vector<unsigned char> copy = copyIfOverlapping(source, pixels, maskBytes);
-  const images::Frame frame{copy.empty() ? src : copy.data(), srcWidth, srcHeight, bytes};
-  const auto view = correctedViewOf(frame, param, cv::Size(dstWidth, dstHeight));
-  if (!view) {
-    return false;
-  }
-  view->render({dst, dstWidth, dstHeight, bytes}, mask);
-  return true;
+  images::bufferSize(srcWidth, srcHeight, bitCount);  // throws for buffers that are too large
+  images::bufferSize(dstWidth, dstHeight, bitCount);
+  return single::renderCorrected({src, srcWidth, srcHeight, bytes}, param,
+                                 {dst, dstWidth, dstHeight, bytes}, {mask, dstWidth, dstHeight, 1});
 }

@@ -1,3 +1,5 @@
+#include "single/cropping.h"
+
 #include "fisheye_calibration.h"
 #include "images/pixel_format.h"
 #include "images/rectangle.h"
@@ -10,15 +12,18 @@ namespace {
 std::int64_t centreOf(ImageLong length) { return (std::int64_t{length} + 1) / 2; }
 
 }  // namespace
+
+void cropCentred(const images::Frame& from, const images::Target& to) {
+  images::copyRectangle(from, centreOf(from.width) - centreOf(to.width),
+                        centreOf(from.height) - centreOf(to.height), to);
+}
+
 }  // namespace fisheye_calibration::single
 
 using namespace fisheye_calibration;
 
 void CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight, int bitCount,
                    unsigned char* dst, ImageLong dstWidth, ImageLong dstHeight) {
-  using single::centreOf;
   const int bytes = images::bytesPerPixel(bitCount);
-  images::copyRectangle({src, srcWidth, srcHeight, bytes}, centreOf(srcWidth) - centreOf(dstWidth),
-                        centreOf(srcHeight) - centreOf(dstHeight),
-                        {dst, dstWidth, dstHeight, bytes});
+  single::cropCentred({src, srcWidth, srcHeight, bytes}, {dst, dstWidth, dstHeight, bytes});
 }

@@ -6,6 +6,7 @@
 #include "images/debug_bitmap.h"
 #include "images/debug_files.h"
 #include "images/pixel_format.h"
+#include "single/corrected_image.h"
 #include "stitching/saturation.h"
 
 namespace fisheye_calibration::stitching {
@@ -37,9 +38,9 @@ BufferSizes bufferSizes(const CameraInput& camera) {
 
 // Returns false, with the buffers unchanged, if there is nothing to show.
 bool correct(const CameraInput& camera, DoubledView& view) {
-  return images::bytesPerPixel(camera.bits) != 0 &&
-         SingleCamCorrected(camera.image, camera.width, camera.height, camera.bits, camera.param,
-                            view.pixels.get(), view.width, view.height, view.mask.get());
+  return images::bytesPerPixel(camera.bits) != 0 && camera.image != nullptr && camera.width > 0 &&
+         camera.height > 0 &&
+         single::renderCorrected(frameOf(camera), camera.param, view.picture(), view.validity());
 }
 
 DoubledView render(const CameraInput& camera, const BufferSizes& sizes) {
@@ -67,6 +68,11 @@ void writeDebugBitmaps(const DoubledView& view, Side side) {
 
 }  // namespace
 
+images::Frame frameOf(const CameraInput& camera) {
+  return {camera.image, camera.width, camera.height, images::bytesPerPixel(camera.bits),
+          camera.step};
+}
+
 std::int32_t doubledWidth(const CameraInput& camera) {
   return saturated(2 * std::int64_t{camera.width});
 }
@@ -77,21 +83,23 @@ std::int32_t doubledHeight(const CameraInput& camera) {
 
 void requireAddressable(const CameraInput& camera) { bufferSizes(camera); }
 
-bool canWriteDebugBitmaps(Side side) {
+bool canWriteDebugBitmaps(const CameraInput& camera, Side side) {
   const DebugPaths paths = debugPaths(side);
-  return images::kWritesDebugFiles &&
+  return images::kWritesDebugFiles && camera.writesDebugBitmaps &&
          (CanWriteDebugBitmap(paths.view) || CanWriteDebugBitmap(paths.mask));
 }
 
 DoubledView renderDoubledView(const CameraInput& camera, Side side) {
   DoubledView view = render(camera, bufferSizes(camera));
-  writeDebugBitmaps(view, side);
+  if (camera.writesDebugBitmaps) {
+    writeDebugBitmaps(view, side);
+  }
   return view;
 }
 
 void renderForDebugBitmaps(const CameraInput& camera, Side side) {
   const BufferSizes sizes = bufferSizes(camera);
-  if (canWriteDebugBitmaps(side)) {
+  if (canWriteDebugBitmaps(camera, side)) {
     writeDebugBitmaps(render(camera, sizes), side);
   }
 }

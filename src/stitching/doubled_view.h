@@ -2,6 +2,7 @@
 // frame, with its mask.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -14,13 +15,17 @@ namespace fisheye_calibration::stitching {
 
 // One camera as passed by the host; nothing in it has been checked.
 struct CameraInput {
-  unsigned char* image;
+  const unsigned char* image;
   ImageLong width;
   ImageLong height;
   int bits;
   const FishEyeCalibrationParam& param;
   const std::vector<CalibrationPoint>& points;
+  std::ptrdiff_t step = 0;  // of the frame's rows, see images::View
+  bool writesDebugBitmaps = true;
 };
+
+images::Frame frameOf(const CameraInput& camera);
 
 // Twice the size of the frame, saturated to 32 bits.
 std::int32_t doubledWidth(const CameraInput& camera);
@@ -45,8 +50,8 @@ struct DoubledView {
 // Throws std::bad_alloc if the view or its mask would exceed 2^31 - 1 bytes.
 void requireAddressable(const CameraInput& camera);
 
-// Whether any debug bitmap of that side can be written.
-bool canWriteDebugBitmaps(Side side);
+// Whether any debug bitmap of that camera, on that side, is wanted and can be written.
+bool canWriteDebugBitmaps(const CameraInput& camera, Side side);
 
 // Corrects the camera's frame and writes the view and its mask as debug bitmaps. A frame that
 // cannot be corrected gives a black view without content. Throws std::bad_alloc if a buffer would

@@ -1,11 +1,33 @@
-#include "fisheye_calibration.h"
+#include "stitching/dual_cropping.h"
+
 #include "images/pixel_format.h"
 #include "images/rectangle.h"
 #include "platform/message_box.h"
 #include "stitching/saturation.h"
 
+namespace fisheye_calibration::stitching {
+
+void cropStitched(const images::Frame& from, std::int32_t left, std::int32_t top,
+                  const images::Target& to, DualFishEyeCalibrationParam& dual) {
+  // Picture rows are counted from the top, buffer rows from the bottom. DatumImagePtY is a buffer
+  // row (compatibility 29).
+  const std::int64_t bottomRow = std::int64_t{from.height} - top - to.height;
+  if (to.bytes != 0 && to.width > 0 && to.height > 0) {
+    if (from.pixels == nullptr || to.pixels == nullptr) {
+      return;
+    }
+    images::copyRectangle(from, left, bottomRow, to);
+  }
+  // Also if there are no pixels to copy, such as a height below 1 (compatibility 55).
+  dual.StdImageWidth = to.width;
+  dual.StdImageHeight = to.height;
+  dual.DatumImagePtX = saturated(std::int64_t{dual.DatumImagePtX} - left);
+  dual.DatumImagePtY = saturated(dual.DatumImagePtY - bottomRow);
+}
+
+}  // namespace fisheye_calibration::stitching
+
 using namespace fisheye_calibration;
-using stitching::saturated;
 
 void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong srcHeight,
                            int bitCount, int cropLeft, int cropTop,
@@ -16,20 +38,7 @@ void DualCam_CroppingImage(unsigned char* src, ImageLong srcWidth, ImageLong src
     platform::showMessage("裁剪后图像的长和宽必须是4的整数倍！");
     return;
   }
-  // Picture rows are counted from the top, buffer rows from the bottom. DatumImagePtY is a buffer
-  // row (compatibility 29).
-  const std::int64_t bottomRow = std::int64_t{srcHeight} - cropTop - dstHeight;
   const int bytes = images::bytesPerPixel(bitCount);
-  if (bytes != 0 && dstWidth > 0 && dstHeight > 0) {
-    if (src == nullptr || dst == nullptr) {
-      return;
-    }
-    images::copyRectangle({src, srcWidth, srcHeight, bytes}, cropLeft, bottomRow,
-                          {dst, dstWidth, dstHeight, bytes});
-  }
-  // Also if there are no pixels to copy, such as a height below 1 (compatibility 55).
-  dual.StdImageWidth = dstWidth;
-  dual.StdImageHeight = dstHeight;
-  dual.DatumImagePtX = saturated(std::int64_t{dual.DatumImagePtX} - cropLeft);
-  dual.DatumImagePtY = saturated(dual.DatumImagePtY - bottomRow);
+  stitching::cropStitched({src, srcWidth, srcHeight, bytes}, cropLeft, cropTop,
+                          {dst, dstWidth, dstHeight, bytes}, dual);
 }

@@ -4,6 +4,7 @@
 #include "stitching/doubled_view.h"
 #include "stitching/rig_alignment.h"
 #include "stitching/saturation.h"
+#include "stitching/stitching.h"
 
 namespace fisheye_calibration::stitching {
 namespace {
@@ -38,24 +39,13 @@ class Extent {
 };
 
 }  // namespace
-}  // namespace fisheye_calibration::stitching
 
-using namespace fisheye_calibration::stitching;
-
-bool ComputeStitchedImageSize(unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
-                              FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1,
-                              unsigned char* image2, ImageLong width2, ImageLong height2, int bits2,
-                              FishEyeCalibrationParam param2, std::vector<CalibrationPoint> points2,
-                              ImageLong& stitchedWidth, ImageLong& stitchedHeight,
-                              int& stitchedBits) {
-  stitchedBits = bits1;
-  const CameraInput first{image1, width1, height1, bits1, param1, points1};
-  const CameraInput second{image2, width2, height2, bits2, param2, points2};
+std::optional<StitchedSize> stitchedSize(const CameraInput& first, const CameraInput& second) {
   renderForDebugBitmaps(first, Side::kLeft);
   renderForDebugBitmaps(second, Side::kRight);
   const auto pairs = cornerPairs(first, second);
   if (!pairs) {
-    return false;
+    return std::nullopt;
   }
 
   // The canvas holds the second view's rectangle and that rectangle's image under the transform.
@@ -70,7 +60,26 @@ bool ComputeStitchedImageSize(unsigned char* image1, ImageLong width1, ImageLong
     columns.includeRounded((M(0, 0) * p.x + M(0, 1) * p.y + M(0, 2)) / w);
     rows.includeRounded((M(1, 0) * p.x + M(1, 1) * p.y + M(1, 2)) / w);
   }
-  stitchedWidth = columns.roundedUpLength();
-  stitchedHeight = rows.roundedUpLength();
+  return StitchedSize{columns.roundedUpLength(), rows.roundedUpLength()};
+}
+
+}  // namespace fisheye_calibration::stitching
+
+using namespace fisheye_calibration::stitching;
+
+bool ComputeStitchedImageSize(unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
+                              FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1,
+                              unsigned char* image2, ImageLong width2, ImageLong height2, int bits2,
+                              FishEyeCalibrationParam param2, std::vector<CalibrationPoint> points2,
+                              ImageLong& stitchedWidth, ImageLong& stitchedHeight,
+                              int& stitchedBits) {
+  stitchedBits = bits1;
+  const auto size = stitchedSize({image1, width1, height1, bits1, param1, points1},
+                                 {image2, width2, height2, bits2, param2, points2});
+  if (!size) {
+    return false;
+  }
+  stitchedWidth = size->width;
+  stitchedHeight = size->height;
   return true;
 }

@@ -1,3 +1,5 @@
+#include "stitching/stitching.h"
+
 #include <opencv2/core.hpp>
 #include <optional>
 
@@ -25,18 +27,13 @@ bool canCompose(const CameraInput& first, const CameraInput& second, const image
   return canvas.pixels != nullptr && canvas.bytes != 0 && first.bits == bits && second.bits == bits;
 }
 
-images::Frame frameOf(const CameraInput& camera) {
-  return {camera.image, camera.width, camera.height, images::bytesPerPixel(camera.bits)};
-}
-
 // Whether writing the canvas changes the camera's frame. The sizes must be addressable.
 bool overlaps(const CameraInput& camera, const images::Target& canvas) {
   if (camera.image == nullptr || camera.width <= 0 || camera.height <= 0 || canvas.width <= 0 ||
       canvas.height <= 0) {
     return false;
   }
-  const images::Frame frame = frameOf(camera);
-  return images::overlap({frame.pixels, frame.size()}, {canvas.pixels, canvas.size()});
+  return images::overlap(frameOf(camera).memory(), canvas.memory());
 }
 
 std::optional<rendering::CorrectedView> doubledViewOnDemand(const CameraInput& camera) {
@@ -50,7 +47,7 @@ std::optional<rendering::CorrectedView> doubledViewOnDemand(const CameraInput& c
 // Whole views are needed for debug bitmaps, and where the canvas overwrites a frame.
 std::optional<RowBudget> budgetOnDemand(const CameraInput& first, const CameraInput& second,
                                         const cv::Matx33d& M, const images::Target& canvas) {
-  if (canWriteDebugBitmaps(Side::kLeft) || canWriteDebugBitmaps(Side::kRight)) {
+  if (canWriteDebugBitmaps(first, Side::kLeft) || canWriteDebugBitmaps(second, Side::kRight)) {
     return std::nullopt;
   }
   requireAddressable(first);
@@ -95,6 +92,23 @@ DualFishEyeCalibrationParam describe(const CameraInput& first, const images::Tar
 }
 
 }  // namespace
+
+std::optional<DualFishEyeCalibrationParam> stitch(const CameraInput& first,
+                                                  const CameraInput& second,
+                                                  const images::Target& canvas, int bits) {
+  const auto pairs = cornerPairs(first, second);
+  if (pairs && canCompose(first, second, canvas, bits)) {
+    composeViews(first, second, *pairs, canvas);
+  } else {
+    renderForDebugBitmaps(first, Side::kLeft);
+    renderForDebugBitmaps(second, Side::kRight);
+  }
+  if (!pairs) {
+    return std::nullopt;
+  }
+  return describe(first, canvas);
+}
+
 }  // namespace fisheye_calibration::stitching
 
 using namespace fisheye_calibration;
@@ -111,20 +125,14 @@ bool FishEyeImageStitching(unsigned char* image1, ImageLong width1, ImageLong he
   const CameraInput second{image2, width2, height2, bits2, param2, points2};
   const images::Target canvas{stitched, stitchedWidth, stitchedHeight,
                               images::bytesPerPixel(stitchedBits)};
-  const auto pairs = cornerPairs(first, second);
-  if (pairs && canCompose(first, second, canvas, stitchedBits)) {
-    composeViews(first, second, *pairs, canvas);
-  } else {
-    renderForDebugBitmaps(first, Side::kLeft);
-    renderForDebugBitmaps(second, Side::kRight);
-  }
-  if (!pairs) {
+  const auto described = stitch(first, second, canvas, stitchedBits);
+  if (!described) {
     return false;
   }
   if (images::kWritesDebugFiles) {
     WriteDebugBitmap(stitched, stitchedWidth, stitchedHeight, stitchedBits,
                      images::debug_files::kCanvas);
   }
-  dual = describe(first, canvas);
+  dual = *described;
   return true;
 }

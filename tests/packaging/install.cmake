@@ -11,6 +11,8 @@ set(package "${LIBRARY_DIR}/cmake/fisheye_calibration")
 string(TOLOWER "${CONFIG}" config)
 set(expected
     include/fisheye_calibration.h
+    include/fisheye_calibration.hpp
+    include/fisheye_calibration_c.h
     "${LIBRARY_DIR}/libfisheye_calibration.so"
     "${LIBRARY_DIR}/libfisheye_calibration.so.${major}"
     "${LIBRARY_DIR}/libfisheye_calibration.so.${VERSION}"

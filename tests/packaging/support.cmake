@@ -49,11 +49,13 @@ function(require_success)
   set(output "${text}" PARENT_SCOPE)
 endfunction()
 
-# cxx_files(<folders> <result>): the C++ files in the folders, without the examples of bad style.
+# cxx_files(<folders> <result>): the C and C++ files in the folders, without the examples of bad style.
 function(cxx_files folders result)
   list(TRANSFORM folders APPEND "/*.cpp" OUTPUT_VARIABLE sources)
   list(TRANSFORM folders APPEND "/*.h" OUTPUT_VARIABLE headers)
-  file(GLOB_RECURSE files ${sources} ${headers})
+  list(TRANSFORM folders APPEND "/*.hpp" OUTPUT_VARIABLE wrappers)
+  list(TRANSFORM folders APPEND "/*.c" OUTPUT_VARIABLE c_sources)
+  file(GLOB_RECURSE files ${sources} ${headers} ${wrappers} ${c_sources})
   list(FILTER files EXCLUDE REGEX "/tests/packaging/bad_style/")
   if(NOT files)
     message(FATAL_ERROR "no C++ files in ${folders}")

@@ -19,6 +19,8 @@ set(expected
     bin/fisheye-calibration.exe
     bin/fisheye_calibration.dll
     include/fisheye_calibration.h
+    include/fisheye_calibration.hpp
+    include/fisheye_calibration_c.h
     lib/libfisheye_calibration.dll.a
     ${cmake_folder}/fisheye_calibrationConfig.cmake
     ${cmake_folder}/fisheye_calibrationConfigVersion.cmake
