@@ -28,6 +28,7 @@ struct SampledBlock {
   bool edge;              // not all pixels are shown
   bool isLast;            // nothing may be written behind it
   bool isUpwards;         // the next block below in the view was sampled before
+  std::ptrdiff_t stride;  // of the frame
   unsigned char* pixels;  // of the block
   unsigned char* mask;    // may be null
 };
@@ -61,7 +62,7 @@ HWY_INLINE bool isDeepInside(const images::Frame& frame, const SampledBlock& blo
 template <int kBytes>
 HWY_INLINE Samples samplesInside(const images::Frame& frame, const SampledBlock& block,
                                  std::ptrdiff_t k) {
-  const auto stride = static_cast<std::ptrdiff_t>(frame.stride());
+  const std::ptrdiff_t stride = block.stride;
   return {frame.pixels + ((std::ptrdiff_t{frame.height} - 1 - block.baseV) * stride +
                           std::ptrdiff_t{block.baseU} * kBytes),
           stride, block.isUpwards ? kRowsAhead * stride : -kRowsAhead * stride,

@@ -112,6 +112,7 @@ class RowOfBlocks {
                 !has(batch.inside, i),
                 isLast(offset),
                 part_.isUpwards,
+                stride_,
                 pixels_ + offset * kBytes,
                 mask_ != nullptr ? mask_ + offset : nullptr};
     next_ ^= 1;
@@ -176,7 +177,7 @@ class RowOfBlocks {
     if (makeRelative(block, baseU, baseV, positions)) {
       constexpr int kUnknownExtent = 1 << 16;
       sampleBlock<kBytes>(frame_, {&positions, baseU, baseV, kUnknownExtent, true, isLast(offset),
-                                   part_.isUpwards, pixels, mask});
+                                   part_.isUpwards, stride_, pixels, mask});
     } else {
       sampleOneByOne(frame_, block, kBlock, pixels, mask);
     }
@@ -201,6 +202,7 @@ class RowOfBlocks {
   int columnAt(std::ptrdiff_t offset) const { return part_.begin + static_cast<int>(offset); }
 
   const images::Frame& frame_;
+  const std::ptrdiff_t stride_ = frame_.stride();
   const ViewGeometry& view_;
   const RowGeometry row_;
   CarefulPositions& careful_;

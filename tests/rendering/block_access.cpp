@@ -40,15 +40,9 @@ bool ComputeCarefully(const ViewGeometry& view, CarefulPositions& positions, int
 
 void Sample(const images::Frame& frame, const blocks::Request& request, unsigned char* pixels,
             unsigned char* mask) {
-  const SampledBlock block{&request.positions,
-                           request.baseU,
-                           request.baseV,
-                           request.extent,
-                           request.edge,
-                           request.isLast,
-                           false,
-                           pixels,
-                           mask};
+  const SampledBlock block{
+      &request.positions, request.baseU, request.baseV,  request.extent, request.edge,
+      request.isLast,     false,         frame.stride(), pixels,         mask};
   switch (frame.bytes) {
     case 1:
       return sampleBlock<1>(frame, block);
