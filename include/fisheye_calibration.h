@@ -165,7 +165,7 @@ struct DualFishEyeCalibrationParam {
 //   - if no second-correction homography is found: intrinsics, pose, filler, reprojection fields
 //     and reprojectionError are written; p1...p9, Pixel, DatumPtXw/Yw and ImageDx/Dy are not
 //     (compatibility 17).
-// Throws cv::Exception on point sets that determine no homography, such as collinear ones.
+// Point sets that determine no camera, such as collinear ones, return false or throw cv::Exception.
 //
 // A true result does not guarantee a good fit. A point farther than max(width, height)/2 from the
 // image centre makes the solver diverge; so can points beyond about 0.95 of that radius, or a small

@@ -193,6 +193,7 @@ typedef struct fcal_rig_view {
 //
 // FCAL_FALSE for fewer than 9 points, with nothing written, and if no second correction is found:
 // then the fields of `camera` before p, the points and `rms` are written (compatibility 17).
+// FCAL_IMAGE_LIBRARY for some points that determine no camera, such as points on a line.
 // FCAL_OK promises no good fit: check `rms`. fcal_calibrate_views does not need such care.
 FCAL_API fcal_status fcal_calibrate(int32_t width, int32_t height, fcal_point* points,
                                     int32_t count, int32_t corrected_width,
