@@ -7,6 +7,7 @@
 #endif
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 #include "images/pixel_format.h"
@@ -48,6 +49,12 @@ HWY_INLINE hn::Mask<D16> between(V16 x, int x0, int x1, V16 y, int y0, int y1) {
                          HWY_ATTR { return broadcast16(std::clamp(value, -32768, 32767)); };
   return hn::And(hn::And(hn::Gt(x, limit(x0 - 1)), hn::Lt(x, limit(x1 + 1))),
                  hn::And(hn::Gt(y, limit(y0 - 1)), hn::Lt(y, limit(y1 + 1))));
+}
+
+// Whether the block crosses so few rows of the frame that 8 neighbours usually fit a window.
+HWY_INLINE bool mayFitWindows(const BlockPositions& positions) {
+  constexpr int kMostRows = kBlock / 8 * kWindowRows;
+  return std::abs(positions.v[kBlock - 1] - positions.v[0]) <= kMostRows * kFractions;
 }
 
 // Whether everything that is read for any position of the block lies in the frame.
@@ -133,7 +140,7 @@ HWY_INLINE void sampleTouching(const images::Frame& frame, const SampledBlock& b
 template <int kBytes>
 HWY_NOINLINE void sampleBorder(const images::Frame& frame, const SampledBlock& block,
                                std::ptrdiff_t k) {
-  constexpr int kColumns = kBytes == 1 ? 2 : kColumnsRead<kBytes>;
+  constexpr int kColumns = kBytes == 1 ? kScatteredColumns : kColumnsRead<kBytes>;
   const D16 d;
   Samples samples = samplesAt<kBytes>(frame, block, k);
   V16 shown = block.edge ? hn::Load(d, block.positions->shown + k) : broadcast16(-1);
@@ -172,9 +179,10 @@ HWY_NOINLINE void sampleBorder(const images::Frame& frame, const SampledBlock& b
 
 // kWide pixels for which nothing outside the frame is read.
 template <int kBytes, bool kMasked>
-HWY_INLINE void sampleSafely(const Samples& samples, const SampledBlock& block, std::ptrdiff_t k) {
+HWY_INLINE void sampleSafely(const Samples& samples, const SampledBlock& block, std::ptrdiff_t k,
+                             bool windows) {
   const V16 shown = kMasked ? hn::Load(D16(), block.positions->shown + k) : broadcast16(-1);
-  sampleInside<kBytes, kMasked>(samples, shown, true, block.isLast && k + kWide == kBlock,
+  sampleInside<kBytes, kMasked>(samples, shown, windows, block.isLast && k + kWide == kBlock,
                                 block.pixels + k * kBytes);
   if (block.mask == nullptr) {
     return;
@@ -203,7 +211,7 @@ template <int kBytes, bool kMasked>
 HWY_NOINLINE void sampleAnywhere(const images::Frame& frame, const SampledBlock& block) {
   for (std::ptrdiff_t k = 0; k < kBlock; k += kWide) {
     if (isInside<kBytes>(frame, block, k)) {
-      sampleSafely<kBytes, kMasked>(samplesAt<kBytes>(frame, block, k), block, k);
+      sampleSafely<kBytes, kMasked>(samplesAt<kBytes>(frame, block, k), block, k, true);
     } else {
       sampleBorder<kBytes>(frame, block, k);
     }
@@ -217,9 +225,10 @@ HWY_INLINE void sampleBlock(const images::Frame& frame, const SampledBlock& bloc
   } else if (HWY_UNLIKELY(!isDeepInside<kBytes>(frame, block))) {
     sampleAnywhere<kBytes, false>(frame, block);
   } else {
+    const bool windows = kBytes == 1 && mayFitWindows(*block.positions);
     HWY_UNROLL(4)
     for (std::ptrdiff_t k = 0; k < kBlock; k += kWide) {
-      sampleSafely<kBytes, false>(samplesInside<kBytes>(frame, block, k), block, k);
+      sampleSafely<kBytes, false>(samplesInside<kBytes>(frame, block, k), block, k, windows);
     }
   }
 }

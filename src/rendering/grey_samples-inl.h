@@ -94,23 +94,30 @@ HWY_INLINE bool sampleWindows(const Samples& samples, V16& values) {
   return true;
 }
 
+// Bytes that are read from P00 and P10 on, of which two are used.
+constexpr int kScatteredColumns = 4;
+
+// Bytes P00, P01, P10, P11 of samples at these offsets, one in each 32-bit lane.
+HWY_INLINE V16 quadsAt(const Samples& samples, const std::int32_t* offsets) {
+  const D32 d;
+  alignas(64) std::int32_t top[kLanes];
+  alignas(64) std::int32_t bottom[kLanes];
+  for (int k = 0; k < kLanes; ++k) {
+    std::memcpy(&top[k], samples.at(offsets[k]), kScatteredColumns);
+    std::memcpy(&bottom[k], samples.at(offsets[k] - samples.stride), kScatteredColumns);
+  }
+  return sideBySide(hn::Load(d, top), hn::Load(d, bottom));
+}
+
 // Half of the samples of every part, wherever in the frame they lie.
 HWY_INLINE V32 mixQuads(const Samples& samples, const std::int32_t* offsets, V16 columns,
                         V16 rows) {
-  const DU32 d;
-  alignas(64) std::uint32_t quads[kLanes];  // bytes P00, P01, P10, P11
-  for (int k = 0; k < kLanes; ++k) {
-    std::uint16_t top = 0;
-    std::uint16_t bottom = 0;
-    std::memcpy(&top, samples.at(offsets[k]), 2);
-    std::memcpy(&bottom, samples.at(offsets[k] - samples.stride), 2);
-    quads[k] = top | static_cast<std::uint32_t>(bottom) << 16;
-  }
+  const D32 d;
   // In every 32-bit lane: the upper row in the low half, the lower row in the high one.
   const V16 mixed =
-      sumsOfPairs(hn::BitCast(DU8(), hn::Load(d, quads)), hn::BitCast(DU8(), columns));
+      sumsOfPairs(hn::BitCast(DU8(), quadsAt(samples, offsets)), hn::BitCast(DU8(), columns));
   const V16 bottom = hn::BitCast(D16(), hn::ShiftRight<16>(hn::BitCast(d, mixed)));
-  return hn::And(hn::BitCast(D32(), mixRows(mixed, bottom, rows)), hn::Set(D32(), 0xFF));
+  return hn::And(hn::BitCast(d, mixRows(mixed, bottom, rows)), hn::Set(d, 0xFF));
 }
 
 HWY_NOINLINE inline V16 sampleScattered(const Samples& samples) {
