@@ -88,7 +88,7 @@ class Span {
 
   // The number of elements as the C interface takes it.
   std::int32_t count() const {
-    if (size_ > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) {
+    if (size_ > static_cast<std::size_t>((std::numeric_limits<std::int32_t>::max)())) {
       throw Error(FCAL_BAD_ARGUMENT, "more than 2^31 - 1 elements");
     }
     return static_cast<std::int32_t>(size_);
@@ -118,7 +118,7 @@ class Image : public fcal_image {
                         std::int32_t stride = 0) {
     const std::int64_t step = stride != 0 ? stride : std::int64_t{size.width} * (bits / 8);
     const std::int64_t rows = size.height > 0 ? size.height - 1 : 0;
-    constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
+    constexpr std::int64_t kLargest = (std::numeric_limits<std::int32_t>::max)();
     if (step < 0 || step > kLargest || step * rows > kLargest) {
       throw Error(FCAL_BAD_ARGUMENT, "Image: negative stride, or more than 2^31 - 1 bytes");
     }

@@ -12,7 +12,9 @@
 //   Every function but fcal_version, fcal_last_error and fcal_status_text returns a status. No
 //   exception leaves a function, no message is shown, no memory is handed over: the caller owns
 //   every buffer, and the library keeps no pointer after a call. Calls keep no state but the last
-//   error of each thread and may run concurrently on different data. Except for fcal_straighten and
+//   error of each thread and may run concurrently on different data. Data without a result may
+//   divide by zero or overflow on the way: a host that unmasks floating-point exceptions, as some
+//   Delphi programs do, must mask them during calls. Except for fcal_straighten and
 //   the parameter files named by the caller they read and write no file, in particular none of the
 //   debug files on drive D: of the C++ functions (compatibility 56).
 //
@@ -29,14 +31,16 @@
 //   arrays 3 count. An output of unknown length is an array, its capacity in elements, and a
 //   pointer that receives the number of elements needed. If that exceeds the capacity, no element
 //   is written; the call then returns FCAL_OK if the capacity is 0, so that a first call can ask
-//   for the number, and FCAL_BAD_ARGUMENT otherwise.
+//   for the number, and FCAL_BAD_ARGUMENT otherwise. The number is written in either case. With two
+//   such outputs, FCAL_OK needs both to fit or both capacities to be 0.
 //
 // Records that grow
 //   Records that begin with a `size` get new fields at their end. The caller sets `size` to the
 //   sizeof of the record as compiled, and in options every other field to 0 for the default.
 //   The library takes fields beyond an older record's size as 0 and fills no field beyond it. Of a
 //   newer record, options it does not know must be 0, otherwise they are FCAL_BAD_ARGUMENT; results
-//   it does not know become 0. A size below that of the first version is FCAL_BAD_ARGUMENT.
+//   it does not know become 0. A size below that of the first version or above 4096 is
+//   FCAL_BAD_ARGUMENT.
 //
 // Frames
 //   The world (work bed), raw image, corrected image and second-corrected image are those of
@@ -58,6 +62,10 @@
 #endif
 #else
 #define FCAL_API __attribute__((visibility("default")))
+#endif
+
+#if defined(_MSC_VER) || defined(__BORLANDC__)
+#pragma pack(push, 8)  // whatever the host's default is
 #endif
 
 #ifdef __cplusplus
@@ -119,11 +127,11 @@ typedef struct fcal_camera {
   float v0;
   float fx;  // focal lengths, pixels
   float fy;
-  float skewness;
-  double k[6];  // k[0], k[1]: distortion, theta_d = theta + k[0] theta^2 + k[1] theta^3; the
-                // others have no meaning
-  float r[9];   // rotation from the world frame to the camera frame, row by row
-  float rx;     // the same as a rotation vector, radians; only this one is read (compatibility 25)
+  float skewness;  // 0 in solved cameras; K(0,1), and also the skew argument of the projection
+  double k[6];     // k[0], k[1]: distortion, theta_d = theta + k[0] theta^2 + k[1] theta^3; the
+                   // others have no meaning
+  float r[9];      // rotation from the world frame to the camera frame, row by row
+  float rx;  // the same as a rotation vector, radians; only this one is read (compatibility 25)
   float ry;
   float rz;
   float tx;  // translation from the world frame to the camera frame, world units
@@ -193,14 +201,18 @@ typedef struct fcal_rig_view {
 //
 // FCAL_FALSE for fewer than 9 points, with nothing written, and if no second correction is found:
 // then the fields of `camera` before p, the points and `rms` are written (compatibility 17).
-// FCAL_IMAGE_LIBRARY for some points that determine no camera, such as points on a line.
+// FCAL_IMAGE_LIBRARY for some points that determine no camera, such as points on a line or in one
+// place.
 // FCAL_OK promises no good fit: check `rms`. fcal_calibrate_views does not need such care.
 FCAL_API fcal_status fcal_calibrate(int32_t width, int32_t height, fcal_point* points,
                                     int32_t count, int32_t corrected_width,
                                     int32_t corrected_height, fcal_camera* camera, double* rms);
 
 // ---------------------------------------------------------------------------------------------
-// Parameter files (INI): those of the C++ functions, in the system's narrow encoding of paths
+// Parameter files (INI): those of the C++ functions. Paths are in the system's narrow encoding. On
+// Windows, that is the process's ANSI code page (UTF-8 if its manifest says so), at most 259
+// characters, and a bare name such as "camera.ini" means a file in the Windows folder: use full
+// paths, or ".\\camera.ini" for the working directory.
 // ---------------------------------------------------------------------------------------------
 
 // SaveCalibrationParam. Unlike it, FCAL_FALSE if the file cannot be written; the disk is then
@@ -234,8 +246,9 @@ FCAL_API fcal_status fcal_correct(const fcal_image* frame, const fcal_camera* ca
                                   const fcal_image* view, const fcal_image* mask);
 
 // CroppingImage: copies the centred rectangle of the target's size. Pixels of the target without a
-// source keep their value. Same bits. Where the sizes differ by an odd number of rows, the spare
-// row is left out as if the rows were counted from the bottom (compatibility 41).
+// source keep their value. Same bits. With a source of s columns or rows and a target of t, it
+// leaves out (s + 1)/2 - (t + 1)/2 columns on the left and as many rows at the bottom, rounded down
+// (compatibility 41).
 FCAL_API fcal_status fcal_crop(const fcal_image* source, const fcal_image* target);
 
 // ---------------------------------------------------------------------------------------------
@@ -313,8 +326,9 @@ FCAL_API fcal_status fcal_stitched_size(const fcal_rig_view* first, const fcal_r
 
 // FishEyeImageStitching: corrects both frames at twice their size, aligns the second one to the
 // first, blends them into `canvas` and fills `dual`. All three have the same bits. Canvas pixels
-// that neither camera covers keep their value (compatibility 53). The canvas may overlap the
-// frames. FCAL_FALSE and FCAL_NO_MEMORY as fcal_stitched_size.
+// that neither camera covers keep their value (compatibility 53); a frame that fcal_correct refuses
+// covers nothing. The canvas may overlap the frames. FCAL_FALSE and FCAL_NO_MEMORY as
+// fcal_stitched_size.
 FCAL_API fcal_status fcal_stitch(const fcal_rig_view* first, const fcal_rig_view* second,
                                  const fcal_image* canvas, fcal_dual* dual);
 
@@ -325,7 +339,8 @@ FCAL_API fcal_status fcal_crop_stitched(const fcal_image* source, int32_t left, 
                                         const fcal_image* target, fcal_dual* dual);
 
 // DualCam_WorldToSecondCorrectedImagePoint: u = (xw - datum_xw)/pixel + datum_x, v likewise, in
-// 32-bit float. How v relates to rows is described there (compatibility 29).
+// 32-bit float. The point is in picture row v + height - 2 datum_y, counted from the top, which is
+// v unless the picture has been cropped (compatibility 29, drawn in docs/conventions.md).
 FCAL_API fcal_status fcal_world_to_stitched(const fcal_dual* dual, const float* world_xy,
                                             int32_t count, float* stitched_uv);
 
@@ -346,7 +361,7 @@ typedef struct fcal_target_view {
 
 // A lens, the pose of one view's target, and their uncertainty, in double precision.
 typedef struct fcal_solution {
-  double fx;  // focal lengths, principal point (pixels), distortion, skewness/fx
+  double fx;  // focal lengths, principal point (pixels), distortion, skew argument
   double fy;
   double cx;
   double cy;
@@ -422,8 +437,9 @@ FCAL_API fcal_status fcal_calibrate_views(int32_t width, int32_t height,
                                           uint8_t* wrong_points, uint8_t* wrong_views);
 
 // The record of a solution whose target lies on the work bed, in the steps after the solver of
-// fcal_calibrate, with the same arguments and results. FCAL_FALSE for fewer than 4 points, with
-// nothing written, and if no second correction is found, as there.
+// fcal_calibrate, with the same arguments and results. The solution's alpha must be 0: records
+// hold no other camera. FCAL_FALSE for fewer than 4 points, with nothing written, and if no second
+// correction is found, as there.
 FCAL_API fcal_status fcal_camera_of_solution(const fcal_solution* solution, fcal_point* points,
                                              int32_t count, int32_t corrected_width,
                                              int32_t corrected_height, fcal_camera* camera,
@@ -433,7 +449,7 @@ FCAL_API fcal_status fcal_camera_of_solution(const fcal_solution* solution, fcal
 FCAL_API fcal_status fcal_solution_of_camera(const fcal_camera* camera, fcal_solution* solution);
 
 // Changes the second correction of a record so that the view of width x height pixels shows a
-// chosen rectangle of the bed: from (corner_xw, corner_yw), the outer corner of its first pixel,
+// chosen rectangle of the bed: from (corner_xw, corner_yw), the outer corner of its top-left pixel,
 // with `pixel` world units per pixel. FCAL_FALSE if the camera sees the bed edge-on or a number
 // would not be finite; the record is then unchanged.
 FCAL_API fcal_status fcal_place_view(double corner_xw, double corner_yw, float pixel, int32_t width,
@@ -459,6 +475,10 @@ FCAL_API fcal_status fcal_bed_errors(const fcal_solution* solution, const fcal_s
 
 #ifdef __cplusplus
 }  // extern "C"
+#endif
+
+#if defined(_MSC_VER) || defined(__BORLANDC__)
+#pragma pack(pop)
 #endif
 
 #endif  // FISHEYE_CALIBRATION_C_H

@@ -75,6 +75,9 @@ fcal_status fcal_camera_of_solution(const fcal_solution* solution, fcal_point* p
                                     int32_t corrected_height, fcal_camera* camera, double* rms) {
   return guarded([&]() -> fcal_status {
     const robust::BedView view = bedViewOf(required(solution, "solution"));
+    if (view.camera.alpha != 0) {
+      refuse("solution", "alpha is not 0");
+    }
     const RecordOutputs outputs =
         checkedOutputs(points, count, corrected_width, corrected_height, camera, rms);
     if (outputs.points.size() < kFewestForRecord) {

@@ -32,7 +32,8 @@ images::Target checkedImage(const fcal_image& image, std::string_view name, Pixe
   if (std::abs(stride) < row) {
     refuse(name, "stride is shorter than a row");
   }
-  if (std::abs(stride) * (image.height - 1) + row > std::numeric_limits<std::int32_t>::max()) {
+  constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
+  if (row > kLargest || std::abs(stride) * (image.height - 1) + row > kLargest) {
     refuse(name, "more than 2^31 - 1 bytes");
   }
   std::uint8_t* const bottom =

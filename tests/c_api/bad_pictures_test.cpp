@@ -41,6 +41,19 @@ std::vector<BadPicture> badPictures() {
          image.width = image.height = INT_MAX;
          image.stride = 0;
        }},
+      {"more than 2^31 - 1 bytes",  // the product of row and height exceeds 2^63
+       [](fcal_image& image) {
+         image.width = image.height = INT_MAX;
+         image.stride = 0;
+         image.bits = 32;
+       }},
+      {"more than 2^31 - 1 bytes",
+       [](fcal_image& image) {
+         image.width = 1600000000;
+         image.height = 1500000000;
+         image.stride = 0;
+         image.bits = 24;
+       }},
       {"more than 2^31 - 1 bytes",
        [](fcal_image& image) {
          image.height = 1 << 28;  // one byte too many

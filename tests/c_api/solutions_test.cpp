@@ -45,6 +45,18 @@ TEST(CSolutions, GiveTheRecordOfTheStepsAfterTheSolver) {
   EXPECT_EQ(back.covariance[143], 0);
 }
 
+// A record holds K(0,1), but projections read it as the skew argument.
+TEST(CSolutions, WithASkewGiveNoRecord) {
+  fcal_solution solution{};
+  solution.alpha = 0.002;
+  fcal_point points[9] = {};
+  fcal_camera camera{};
+  double rms = 0;
+  EXPECT_EQ(fcal_camera_of_solution(&solution, points, 9, 900, 700, &camera, &rms),
+            FCAL_BAD_ARGUMENT);
+  EXPECT_STREQ(fcal_last_error(), "solution: alpha is not 0");
+}
+
 TEST(CSolutions, ThreePointsGiveNoRecordAndAnEdgeOnBedNoView) {
   const fcal_solution solution{};
   fcal_point points[3] = {};
