@@ -115,7 +115,8 @@ HWY_INLINE void factorOffsets(const ViewGeometry& view, const BlockBatch& b, int
     if (kOdd) {
       const VF q = hn::Max(hn::Add(p, broadcast(static_cast<float>(node.radius * node.radius))),
                            hn::Zero(DF()));
-      D[v] = hn::MulAdd(hn::Sqrt(q), polynomial(p, node.oFloat.data()), D[v]);
+      const VF t = hn::Sub(hn::Sqrt(q), broadcast(static_cast<float>(node.radius)));
+      D[v] = hn::MulAdd(t, polynomial(p, node.oFloat.data()), D[v]);
     }
   }
 }

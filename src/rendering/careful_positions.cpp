@@ -38,7 +38,7 @@ bool positionByTable(const ViewGeometry& view, const SourcePixel& pixel, RawPosi
   const double p = q - node.radius * node.radius;
   double S = node.value + polynomial(node.c, p) * p;
   if (node.odd) {
-    S += r * polynomial(node.o, p);
+    S += (r - node.radius) * polynomial(node.o, p);
   }
   const double U = camera.fx * x * S + kFractions * camera.cx;
   const double V = camera.fy * y * S + kFractions * camera.cy;

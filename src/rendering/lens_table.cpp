@@ -47,6 +47,7 @@ double slopeSum(const Coefficients& a, double reach) {
 struct Sizes {
   double focal;    // max(|fx|, |fy|)
   double largest;  // r of any pixel of the block
+  double off;      // |r - r_n|
   double A;        // |fx x| and |fy y|, in pixels
   double P;        // |p|
   double H;        // sum of k |c_k| P^(k - 1)
@@ -56,8 +57,9 @@ struct Sizes {
 
 // Roundings in float, 2^-24 each, of the terms of a position, counted in docs/rendering.md.
 struct Roundings {
+  double p;       // of P
   double even;    // of A H P
-  double odd;     // of A largest O
+  double odd;     // of A off O
   double linear;  // of S0 times the offset from the middle
   double rest = 3 * 32;
 };
@@ -67,8 +69,9 @@ Roundings countRoundings(bool odd, const BlockSpread& spread) {
   const double skewed = spread.skewed ? 2 + product : 0;  // of X with the skew added
   const double p = 4 + 2 * product + 2 * skewed;
   const double position = 1 + product + (spread.skewed ? 2 + skewed : 0);
-  return {.even = 3 + p + position + (odd ? 1 : 0),
-          .odd = (p + 2) + 2 + p + (1 + product) + position,
+  return {.p = p,
+          .even = 3 + p + position + (odd ? 1 : 0),
+          .odd = 2 + p + 1 + (1 + product) + position,
           .linear = 3 + product + skewed};
 }
 
@@ -76,16 +79,18 @@ Roundings countRoundings(bool odd, const BlockSpread& spread) {
 double floatError(const LensNode& node, const Sizes& z, const BlockSpread& spread) {
   const Roundings count = countRoundings(node.odd, spread);
   const double extent = std::max(spread.across, spread.down);
-  return kFloat * (count.even * z.A * z.H * z.P + count.odd * z.A * z.largest * z.O +
-                   count.linear * std::abs(node.value) * extent + count.rest);
+  const double square = count.p * z.P + 2 * z.largest * z.largest;  // of r
+  return kFloat *
+         (count.even * z.A * z.H * z.P + z.focal * square * z.O + count.odd * z.A * z.off * z.O +
+          count.linear * std::abs(node.value) * extent + count.rest);
 }
 
 // Of anything computed in double: the steps of the maps' rays and the operations after them.
 double doubleError(const LensNode& node, const Sizes& z, const BlockSpread& spread,
                    const lens::Camera& camera) {
-  const double S = std::abs(node.value) + z.H * z.P + z.largest * z.O;
+  const double S = std::abs(node.value) + z.H * z.P + z.off * z.O;
   // r |dS/dr|, where dq/dr = 2 r
-  const double slope = z.largest * (2 * z.largest * (z.H + z.largest * z.slopeO) + z.O);
+  const double slope = z.largest * (2 * z.largest * (z.H + z.off * z.slopeO) + z.O);
   const double centre = 32 * std::max(std::abs(camera.cx), std::abs(camera.cy));
   return z.focal * (S + slope) * spread.rayError + 32 * kDouble * (z.A * S + centre);
 }
@@ -94,8 +99,8 @@ void setBounds(LensNode& node, const Sizes& z, double remainder, const BlockSpre
                const lens::Camera& camera) {
   const double always = z.A * remainder + doubleError(node, z, spread, camera);
   const double error = always + floatError(node, z, spread);
-  const double offset = std::max(spread.across, spread.down) * std::abs(node.value) +
-                        z.A * (z.H * z.P + z.largest * z.O);
+  const double offset =
+      std::max(spread.across, spread.down) * std::abs(node.value) + z.A * (z.H * z.P + z.off * z.O);
   // Beyond 2^23 whole pixels and halves do not fit float.
   if (error < kLargestError && offset < kLargestOffset && z.A < 0x1p23) {
     node.safe = static_cast<float>(0.5 - error - 0x1p-25);  // and its own rounding
@@ -122,6 +127,7 @@ LensNode nodeAt(const lens::Camera& camera, double r, bool hasOdd, const BlockSp
   Expansion even = 32.0 * G + 32 * camera.k1 * (identity(q, rho) * (G2 * G));
   Sizes z{.focal = std::max(std::abs(camera.fx), std::abs(camera.fy)),
           .largest = r + kHalfSpacing + spread.reach,
+          .off = kHalfSpacing + spread.reach,
           .A = 0,
           .P = P,
           .H = 0,
@@ -136,8 +142,11 @@ LensNode nodeAt(const lens::Camera& camera, double r, bool hasOdd, const BlockSp
     even = even + squareRoot(q, rho) * odd;
   }
   remainder += economise(even, LensNode::kDegree, P, rho);
-  node.value = even.terms[0];
+  node.value = even.terms[0] + r * node.o[0];
   std::copy_n(even.terms.begin() + 1, LensNode::kDegree, node.c.begin());
+  for (std::size_t k = 1; k < LensNode::kDegree; ++k) {  // r o = (r - r_n) o + r_n o
+    node.c[k - 1] += r * node.o[k];
+  }
   const auto rounded = [](double a) { return static_cast<float>(a); };
   std::transform(node.c.begin(), node.c.end(), node.cFloat.begin(), rounded);
   std::transform(node.o.begin(), node.o.end(), node.oFloat.begin(), rounded);

@@ -23,7 +23,7 @@ struct BlockSpread {
 
 // S(q) = 32 theta_d(atan r)/r, q = r^2, about q_n = r_n^2, with p = q - q_n:
 //   away from the axis  S = value + c_1 p + ... + c_5 p^5
-//   near it             S = value + c_1 p + ... + c_5 p^5 + r (o_0 + o_1 p + ... + o_4 p^4)
+//   near it             S = value + c_1 p + ... + c_5 p^5 + (r - r_n) (o_0 + ... + o_4 p^4)
 // A raw position, in 1/32 pixel, is (fx x S + 32 cx, fy y S + 32 cy).
 struct LensNode {
   static constexpr std::size_t kDegree = 5;

@@ -47,7 +47,7 @@ double factorByNode(const LensTable& table, std::size_t n, double q) {
   const LensNode& node = table[n];
   const double p = q - radiusOf(n) * radiusOf(n);
   const double even = node.value + horner(node.c, p) * p;
-  return node.odd ? even + std::sqrt(q) * horner(node.o, p) : even;
+  return node.odd ? even + (std::sqrt(q) - radiusOf(n)) * horner(node.o, p) : even;
 }
 
 struct View {
