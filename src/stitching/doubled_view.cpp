@@ -38,8 +38,7 @@ BufferSizes bufferSizes(const CameraInput& camera) {
 
 // Returns false, with the buffers unchanged, if there is nothing to show.
 bool correct(const CameraInput& camera, DoubledView& view) {
-  return images::bytesPerPixel(camera.bits) != 0 && camera.image != nullptr && camera.width > 0 &&
-         camera.height > 0 &&
+  return images::bytesPerPixel(camera.bits) != 0 && hasFrame(camera) &&
          single::renderCorrected(frameOf(camera), camera.param, view.picture(), view.validity());
 }
 
@@ -67,6 +66,10 @@ void writeDebugBitmaps(const DoubledView& view, Side side) {
 }
 
 }  // namespace
+
+bool hasFrame(const CameraInput& camera) {
+  return camera.image != nullptr && camera.width > 0 && camera.height > 0;
+}
 
 images::Frame frameOf(const CameraInput& camera) {
   return {camera.image, camera.width, camera.height, images::bytesPerPixel(camera.bits),

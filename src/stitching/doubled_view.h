@@ -25,6 +25,9 @@ struct CameraInput {
   bool writesDebugBitmaps = true;
 };
 
+// Whether the host passed a picture that has pixels.
+bool hasFrame(const CameraInput& camera);
+
 images::Frame frameOf(const CameraInput& camera);
 
 // Twice the size of the frame, saturated to 32 bits.

@@ -29,15 +29,11 @@ bool canCompose(const CameraInput& first, const CameraInput& second, const image
 
 // Whether writing the canvas changes the camera's frame. The sizes must be addressable.
 bool overlaps(const CameraInput& camera, const images::Target& canvas) {
-  if (camera.image == nullptr || camera.width <= 0 || camera.height <= 0 || canvas.width <= 0 ||
-      canvas.height <= 0) {
-    return false;
-  }
-  return images::overlap(frameOf(camera).memory(), canvas.memory());
+  return hasFrame(camera) && images::overlap(frameOf(camera).memory(), canvas.memory());
 }
 
 std::optional<rendering::CorrectedView> doubledViewOnDemand(const CameraInput& camera) {
-  if (camera.image == nullptr || camera.width <= 0 || camera.height <= 0) {
+  if (!hasFrame(camera)) {
     return std::nullopt;
   }
   return single::correctedViewOf(frameOf(camera), camera.param,
