@@ -27,14 +27,15 @@ struct BlockBatch {
   // relative to the raw pixel (baseU, baseV).
   alignas(64) float a0[kBatch], b0[kBatch], S0[kBatch], restU[kBatch], restV[kBatch];
   alignas(64) std::int32_t baseU[kBatch], baseV[kBatch];
-  alignas(64) std::int32_t node[kBatch];  // see ViewGeometry::node
+  alignas(64) std::int32_t node[kBatch];    // see ViewGeometry::node
+  alignas(64) std::int32_t extent[kBatch];  // see LensNode::extent
 
   // One bit per block.
   unsigned inside;   // shows only pixels of the undistorted image, away from its border
   unsigned outside;  // shows none
   unsigned small;    // can be computed in float
   unsigned gentle;   // t1 ... t3 suffice for T
-  unsigned usual;    // inside, small and gentle
+  unsigned usual;    // inside, small, gentle and about a usual node
 };
 
 // Raw positions of a block, in 1/32 pixel, relative to (baseU, baseV).

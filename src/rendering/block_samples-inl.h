@@ -11,6 +11,7 @@
 #include <cstring>
 
 #include "images/pixel_format.h"
+#include "rendering/block_batch.h"
 #include "rendering/colour_samples-inl.h"
 #include "rendering/grey_samples-inl.h"
 #include "rendering/one_sample.h"
@@ -25,7 +26,7 @@ namespace HWY_NAMESPACE {
 struct SampledBlock {
   const BlockPositions* positions;
   std::int32_t baseU, baseV;
-  int extent;             // see LensNode
+  bool deep;              // nothing outside the frame is read
   bool edge;              // not all pixels are shown
   bool isLast;            // nothing may be written behind it
   bool isUpwards;         // the next block below in the view was sampled before
@@ -57,12 +58,41 @@ HWY_INLINE bool mayFitWindows(const BlockPositions& positions) {
   return std::abs(positions.v[kBlock - 1] - positions.v[0]) <= kMostRows * kFractions;
 }
 
-// Whether everything that is read for any position of the block lies in the frame.
+// Where the blocks of a batch lie in the frame, one bit per block.
+struct FramePlaces {
+  unsigned deep = 0;    // nothing outside the frame is read for any position
+  unsigned beyond = 0;  // nothing inside the frame is shown
+};
+
+using DBatch = hn::CappedTag<std::int32_t, kBatch>;
+
+HWY_INLINE unsigned bitsOf(hn::Mask<DBatch> mask) {
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(DBatch(), mask, bits);
+  return bits[0];
+}
+
+// Of blocks that can be computed in float.
 template <int kBytes>
-HWY_INLINE bool isDeepInside(const images::Frame& frame, const SampledBlock& block) {
-  return block.baseU >= block.extent && block.baseV >= block.extent &&
-         block.baseU + block.extent + kColumnsRead<kBytes> <= frame.width &&
-         block.baseV + block.extent + kRowsRead<kBytes> <= frame.height;
+HWY_INLINE FramePlaces placesOf(const images::Frame& frame, const BlockBatch& batch) {
+  const DBatch d;
+  FramePlaces places;
+  for (int i = 0; i < kBatch; i += static_cast<int>(hn::MaxLanes(d))) {
+    const auto u = hn::Load(d, batch.baseU + i);
+    const auto v = hn::Load(d, batch.baseV + i);
+    const auto extent = hn::Load(d, batch.extent + i);
+    // How far samples of so many pixels can move from the middle's without leaving the frame.
+    const auto room = [&](int columns, int rows) HWY_ATTR {
+      const auto right = hn::Set(d, sizeThatMatters(frame.width) - columns);
+      const auto below = hn::Set(d, sizeThatMatters(frame.height) - rows);
+      return hn::Min(hn::Min(u, hn::Sub(right, u)), hn::Min(v, hn::Sub(below, v)));
+    };
+    const auto deep = hn::Not(hn::Lt(room(kColumnsRead<kBytes>, kRowsRead<kBytes>), extent));
+    const auto beyond = hn::Lt(room(2, 2), hn::Sub(hn::Set(d, -1), extent));
+    places.deep |= bitsOf(deep) << i;
+    places.beyond |= bitsOf(beyond) << i;
+  }
+  return places;
 }
 
 // The samples of pixels k ... of a block that lies deep inside the frame.
@@ -220,16 +250,16 @@ HWY_NOINLINE void sampleAnywhere(const images::Frame& frame, const SampledBlock&
 
 template <int kBytes>
 HWY_INLINE void sampleBlock(const images::Frame& frame, const SampledBlock& block) {
-  if (HWY_UNLIKELY(block.edge)) {
-    sampleAnywhere<kBytes, true>(frame, block);
-  } else if (HWY_UNLIKELY(!isDeepInside<kBytes>(frame, block))) {
-    sampleAnywhere<kBytes, false>(frame, block);
-  } else {
+  if (HWY_LIKELY(block.deep && !block.edge)) {
     const bool windows = kBytes == 1 && mayFitWindows(*block.positions);
     HWY_UNROLL(4)
     for (std::ptrdiff_t k = 0; k < kBlock; k += kWide) {
       sampleSafely<kBytes, false>(samplesInside<kBytes>(frame, block, k), block, k, windows);
     }
+  } else if (block.edge) {
+    sampleAnywhere<kBytes, true>(frame, block);
+  } else {
+    sampleAnywhere<kBytes, false>(frame, block);
   }
 }
 

@@ -128,11 +128,15 @@ HWY_INLINE void completeSource(const ViewGeometry& view, BlockBatch& batch) {
   }
 }
 
-// S0 at these nodes.
-HWY_INLINE VD valuesAt(const ViewGeometry& view, const std::int32_t* node) {
+// Looks up the nodes of the blocks of group g. Returns S0.
+HWY_INLINE VD lookUp(const ViewGeometry& view, int g, BlockBatch& batch) {
   HWY_ALIGN double values[kDoubles];
   for (int k = 0; k < kDoubles; ++k) {
-    values[k] = view.node(node[k]).value;
+    const int i = g * kDoubles + k;
+    const LensNode& node = view.node(batch.node[i]);
+    values[k] = node.value;
+    batch.extent[i] = node.extent;
+    batch.usual |= static_cast<unsigned>(node.usual) << i;
   }
   return hn::Load(DD(), values);
 }
@@ -174,7 +178,7 @@ HWY_INLINE unsigned prepareLens(const ViewGeometry& view, const Rays& rays, int 
   constexpr double kFarthest = 30000;  // raw pixels
   const lens::Camera& camera = view.rays().camera;
   const int i = g * kDoubles;
-  const VD S0 = valuesAt(view, batch.node + i);
+  const VD S0 = lookUp(view, g, batch);
   const VD a0 = hn::Mul(broadcastDouble(camera.fx), rays.x[g]);
   const VD b0 = hn::Mul(broadcastDouble(camera.fy), rays.y[g]);
   const VD perPixel = broadcastDouble(1.0 / kFractions);
@@ -202,7 +206,7 @@ HWY_INLINE void prepareBatch(const ViewGeometry& view, const RowGeometry& row, c
   Middles middles;
   Rays rays;
   unsigned holdable = 0;
-  batch.inside = batch.outside = batch.small = batch.gentle = 0;
+  batch.inside = batch.outside = batch.small = batch.gentle = batch.usual = 0;
   HWY_UNROLL(4)
   for (int g = 0; g < kGroups; ++g) {
     prepareSource(view, row, part, first, g, middles, batch);
@@ -216,8 +220,8 @@ HWY_INLINE void prepareBatch(const ViewGeometry& view, const RowGeometry& row, c
   for (int g = 0; g < kGroups; ++g) {
     holdable |= prepareLens(view, rays, g, batch);
   }
-  batch.small &= holdable;
-  batch.usual = batch.inside & batch.small & batch.gentle;
+  batch.small &= view.hasBlocks() ? holdable : 0;
+  batch.usual &= batch.inside & batch.small & batch.gentle;
 }
 
 }  // namespace HWY_NAMESPACE

@@ -42,7 +42,8 @@ struct LensNode {
   float safe = 0;
   double sure = 0;
   // Raw pixels that a block can extend from the position of its middle, at most.
-  int extent = 0;
+  static constexpr int kUnknownExtent = 1 << 16;
+  std::int32_t extent = kUnknownExtent;
 };
 
 // One table or several, one after the other.

@@ -65,6 +65,7 @@ class RowOfBlocks {
     prepareBatch(view_, row_, part_, 0, batches_[0]);
     for (int first = 0; first < blocks; first += kBatch) {
       const BlockBatch& batch = batches_[first / kBatch % 2];
+      places_ = placesOf<kBytes>(frame_, batch);
       if (first + kBatch < blocks) {
         prepareBatch(view_, row_, part_, first + kBatch, batches_[(first / kBatch + 1) % 2]);
       }
@@ -83,13 +84,10 @@ class RowOfBlocks {
 
   // Block i of the batch, which starts `offset` pixels after the part.
   HWY_INLINE void renderBlock(const BlockBatch& batch, int i, std::ptrdiff_t offset) {
-    const LensNode& node = view_.node(batch.node[i]);
     BlockPositions& positions = positions_[next_];
     Found found = Found::kPositions;
-    if (HWY_UNLIKELY(!has(usable_ & batch.usual, i) || !node.usual)) {
+    if (HWY_UNLIKELY(!has(batch.usual & ~places_.beyond, i))) {
       found = computeUnusual(batch, i, offset, positions);
-    } else if (HWY_UNLIKELY(isOutsideFrame(batch, i, node))) {
-      found = Found::kNothing;
     } else {
       const bool certain = positionsInside<kSkewed, false, false>(view_, batch, i, positions);
       if (HWY_UNLIKELY(!certain)) {
@@ -108,7 +106,7 @@ class RowOfBlocks {
     pending_ = {&positions,
                 batch.baseU[i],
                 batch.baseV[i],
-                node.extent,
+                has(places_.deep, i),
                 !has(batch.inside, i),
                 isLast(offset),
                 part_.isUpwards,
@@ -120,24 +118,16 @@ class RowOfBlocks {
 
   static bool has(unsigned bits, int i) { return (bits >> i & 1) != 0; }
 
-  // Whether no sample of a block that float can describe touches the frame.
-  bool isOutsideFrame(const BlockBatch& batch, int i, const LensNode& node) const {
-    const auto isBeyond = [&node](std::int32_t base, int length) {
-      return base < -1 - node.extent || base > length - 1 + node.extent;
-    };
-    return isBeyond(batch.baseU[i], frame_.width) || isBeyond(batch.baseV[i], frame_.height);
-  }
-
   HWY_INLINE Found computeUnusual(const BlockBatch& batch, int i, std::ptrdiff_t offset,
                                   BlockPositions& positions) {
     if (has(batch.outside, i)) {
       return Found::kNothing;
     }
     const LensNode& node = view_.node(batch.node[i]);
-    if (!has(usable_ & batch.small, i) || node.safe == 0) {
+    if (!has(batch.small, i) || node.safe == 0) {
       return Found::kNoFloat;
     }
-    if (isOutsideFrame(batch, i, node)) {
+    if (has(places_.beyond, i)) {
       return Found::kNothing;
     }
     const BlockKind kind{kSkewed, !has(batch.gentle, i), node.odd, !has(batch.inside, i)};
@@ -175,8 +165,7 @@ class RowOfBlocks {
     int baseU = 0;
     int baseV = 0;
     if (makeRelative(block, baseU, baseV, positions)) {
-      constexpr int kUnknownExtent = 1 << 16;
-      sampleBlock<kBytes>(frame_, {&positions, baseU, baseV, kUnknownExtent, true, isLast(offset),
+      sampleBlock<kBytes>(frame_, {&positions, baseU, baseV, false, true, isLast(offset),
                                    part_.isUpwards, stride_, pixels, mask});
     } else {
       sampleOneByOne(frame_, block, kBlock, pixels, mask);
@@ -209,8 +198,8 @@ class RowOfBlocks {
   const RowPart part_;
   unsigned char* const pixels_;
   unsigned char* const mask_;
-  const unsigned usable_ = view_.hasBlocks() ? ~0U : 0;
   BlockBatch batches_[2];
+  FramePlaces places_;  // of the batch that is rendered
   BlockPositions positions_[2];
   int next_ = 0;
   SampledBlock pending_{};

@@ -38,18 +38,27 @@ bool ComputeCarefully(const ViewGeometry& view, CarefulPositions& positions, int
   return computeBlockCarefully(view, positions, x, y, block);
 }
 
+template <int kBytes>
+void SamplePixels(const images::Frame& frame, const blocks::Request& request, unsigned char* pixels,
+                  unsigned char* mask) {
+  BlockBatch batch{};
+  batch.baseU[0] = request.baseU;
+  batch.baseV[0] = request.baseV;
+  batch.extent[0] = request.extent;
+  const bool deep = (placesOf<kBytes>(frame, batch).deep & 1) != 0;
+  sampleBlock<kBytes>(frame, {&request.positions, request.baseU, request.baseV, deep, request.edge,
+                              request.isLast, false, frame.stride(), pixels, mask});
+}
+
 void Sample(const images::Frame& frame, const blocks::Request& request, unsigned char* pixels,
             unsigned char* mask) {
-  const SampledBlock block{
-      &request.positions, request.baseU, request.baseV,  request.extent, request.edge,
-      request.isLast,     false,         frame.stride(), pixels,         mask};
   switch (frame.bytes) {
     case 1:
-      return sampleBlock<1>(frame, block);
+      return SamplePixels<1>(frame, request, pixels, mask);
     case 3:
-      return sampleBlock<3>(frame, block);
+      return SamplePixels<3>(frame, request, pixels, mask);
     default:
-      return sampleBlock<4>(frame, block);
+      return SamplePixels<4>(frame, request, pixels, mask);
   }
 }
 
