@@ -6,6 +6,8 @@
 #define FISHEYE_CAREFUL_BLOCK_INL_H_
 #endif
 
+#include <cmath>
+
 #include "lens/camera_model-inl.h"
 #include "rendering/careful_pixels.h"
 #include "rendering/vectors-inl.h"
@@ -58,34 +60,80 @@ HWY_INLINE void storeRounded(Pack value, Pack::M exists, std::int32_t* to) {
   storeWhole(select(hn::And(exists, fits), Pack(hn::Round(value.v)), Pack(-2147483648.0)), to);
 }
 
+struct PackOfRays {
+  Pack x, y, r;
+  Pack::M isAhead;
+};
+
+struct PackOfPositions {
+  Pack u, v;  // in 1/32 pixel, before rounding
+};
+
+HWY_INLINE PackOfPositions positionsOf(const lens::Camera& camera, const PackOfRays& rays,
+                                       Pack theta) {
+  const Pack thetaD = model::distortedAngle(camera, theta);
+  const Pack scale = select(hn::Eq(rays.r.v, hn::Zero(Lanes())), Pack(1.0), thetaD / rays.r);
+  const Pack u = Pack(camera.fx) * rays.x * scale + Pack(camera.cx);
+  const Pack v = Pack(camera.fy) * rays.y * scale + Pack(camera.cy);
+  return {u * Pack(kFractions), v * Pack(kFractions)};
+}
+
+// A camera whose positions bound the terms of this one's, and how they grow with theta.
+inline lens::Camera camerasMagnitudes(const lens::Camera& camera) {
+  return {std::abs(camera.fx),   std::abs(camera.fy),     std::abs(camera.cx),
+          std::abs(camera.cy),   2 * std::abs(camera.k0), 3 * std::abs(camera.k1),
+          std::abs(camera.alpha)};
+}
+
+// Whether a theta that is off by some units in the last place gives the same rounded positions.
+// That moves a position by less than 2^-48 of the sum of its terms: 2^-50 for theta, 20 roundings
+// of 2^-53 in both.
+HWY_INLINE bool areCertain(const PackOfPositions& positions, const PackOfPositions& magnitudes) {
+  const auto isCertain = [](Pack position, Pack magnitude) HWY_ATTR {
+    const Pack distance = absolute(position - Pack(hn::Round(position.v)));
+    return hn::Lt(distance.v, (Pack(0.5) - Pack(0x1p-44) * magnitude).v);
+  };
+  return hn::AllTrue(
+      Lanes(), hn::And(isCertain(positions.u, magnitudes.u), isCertain(positions.v, magnitudes.v)));
+}
+
 // The raw positions of the source pixels, as by ExactPositions.
 HWY_INLINE void rawPositions(const lens::Camera& camera, ExactPositions& exact,
                              CarefulBlock& block) {
+  constexpr int kPacks = kBlock / kPack;
+  const lens::Camera magnitudes = camerasMagnitudes(camera);
   alignas(64) double X[kBlock];
   alignas(64) double Y[kBlock];
   alignas(64) double W[kBlock];
   exact.rays(block.column, block.row, kBlock, X, Y, W);
-  alignas(64) double x[kBlock];
-  alignas(64) double y[kBlock];
+  PackOfRays rays[kPacks];
+  const auto storePositions = [&](int i, const PackOfPositions& positions) HWY_ATTR {
+    storeRounded(positions.u, rays[i].isAhead, block.u + i * kPack);
+    storeRounded(positions.v, rays[i].isAhead, block.v + i * kPack);
+  };
+  bool certain = true;
+  for (int i = 0; i < kPacks; ++i) {
+    const Pack w = Pack::load(W + i * kPack);
+    const Pack x = Pack::load(X + i * kPack) / w;
+    const Pack y = Pack::load(Y + i * kPack) / w;
+    rays[i] = {x, y, squareRoot(x * x + y * y), hn::Not(hn::Le(w.v, hn::Zero(Lanes())))};
+    const Pack theta = arcTangent(rays[i].r);
+    const PackOfPositions positions = positionsOf(camera, rays[i], theta);
+    const PackOfRays lengths{absolute(x), absolute(y), rays[i].r, rays[i].isAhead};
+    certain = certain && areCertain(positions, positionsOf(magnitudes, lengths, theta));
+    storePositions(i, positions);
+  }
+  if (certain) {
+    return;
+  }
   alignas(64) double r[kBlock];
   alignas(64) double theta[kBlock];
-  for (int k = 0; k < kBlock; k += kPack) {
-    const Pack px = Pack::load(X + k) / Pack::load(W + k);
-    const Pack py = Pack::load(Y + k) / Pack::load(W + k);
-    px.store(x + k);
-    py.store(y + k);
-    squareRoot(px * px + py * py).store(r + k);
+  for (int i = 0; i < kPacks; ++i) {
+    rays[i].r.store(r + i * kPack);
   }
   arcTangents(r, theta);
-  for (int k = 0; k < kBlock; k += kPack) {
-    const auto isAhead = hn::Not(hn::Le(Pack::load(W + k).v, hn::Zero(Lanes())));
-    const Pack pr = Pack::load(r + k);
-    const Pack thetaD = model::distortedAngle(camera, Pack::load(theta + k));
-    const Pack scale = select(hn::Eq(pr.v, hn::Zero(Lanes())), Pack(1.0), thetaD / pr);
-    const Pack u = Pack(camera.fx) * Pack::load(x + k) * scale + Pack(camera.cx);
-    const Pack v = Pack(camera.fy) * Pack::load(y + k) * scale + Pack(camera.cy);
-    storeRounded(u * Pack(kFractions), isAhead, block.u + k);
-    storeRounded(v * Pack(kFractions), isAhead, block.v + k);
+  for (int i = 0; i < kPacks; ++i) {
+    storePositions(i, positionsOf(camera, rays[i], Pack::load(theta + i * kPack)));
   }
 }
 
