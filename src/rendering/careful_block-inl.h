@@ -7,6 +7,7 @@
 #endif
 
 #include <cmath>
+#include <cstddef>
 
 #include "lens/camera_model-inl.h"
 #include "rendering/careful_pixels.h"
@@ -23,7 +24,7 @@ namespace HWY_NAMESPACE {
 namespace model = lens::HWY_NAMESPACE;
 using model::Lanes;
 using model::Pack;
-constexpr int kPack = static_cast<int>(hn::MaxLanes(Lanes()));
+constexpr auto kPack = static_cast<std::ptrdiff_t>(hn::MaxLanes(Lanes()));
 
 HWY_INLINE void storeWhole(Pack value, std::int32_t* to) {
   const hn::Rebind<std::int32_t, Lanes> d;
@@ -42,8 +43,8 @@ HWY_INLINE Pack nearestPixels(Pack position, int length) {
 HWY_INLINE void sourcePixels(const InverseWarp& warp, int x, int y, CarefulBlock& block) {
   const cv::Matx33d& H = warp.Hinv;
   const double py = y - warp.dy;
-  for (int k = 0; k < kBlock; k += kPack) {
-    const Pack px = Pack(hn::Iota(Lanes(), x + k)) - Pack(warp.dx);
+  for (std::ptrdiff_t k = 0; k < kBlock; k += kPack) {
+    const Pack px = Pack(hn::Iota(Lanes(), static_cast<int>(x + k))) - Pack(warp.dx);
     const auto sum = [&](int i) HWY_ATTR {
       return (Pack(H(i, 0)) * px + Pack(H(i, 1) * py)) + Pack(H(i, 2));
     };
@@ -100,19 +101,19 @@ HWY_INLINE bool areCertain(const PackOfPositions& positions, const PackOfPositio
 // The raw positions of the source pixels, as by ExactPositions.
 HWY_INLINE void rawPositions(const lens::Camera& camera, ExactPositions& exact,
                              CarefulBlock& block) {
-  constexpr int kPacks = kBlock / kPack;
+  constexpr std::ptrdiff_t kPacks = kBlock / kPack;
   const lens::Camera magnitudes = camerasMagnitudes(camera);
   alignas(64) double X[kBlock];
   alignas(64) double Y[kBlock];
   alignas(64) double W[kBlock];
   exact.rays(block.column, block.row, kBlock, X, Y, W);
   PackOfRays rays[kPacks];
-  const auto storePositions = [&](int i, const PackOfPositions& positions) HWY_ATTR {
+  const auto storePositions = [&](std::ptrdiff_t i, const PackOfPositions& positions) HWY_ATTR {
     storeRounded(positions.u, rays[i].isAhead, block.u + i * kPack);
     storeRounded(positions.v, rays[i].isAhead, block.v + i * kPack);
   };
   bool certain = true;
-  for (int i = 0; i < kPacks; ++i) {
+  for (std::ptrdiff_t i = 0; i < kPacks; ++i) {
     const Pack w = Pack::load(W + i * kPack);
     const Pack x = Pack::load(X + i * kPack) / w;
     const Pack y = Pack::load(Y + i * kPack) / w;
@@ -128,11 +129,11 @@ HWY_INLINE void rawPositions(const lens::Camera& camera, ExactPositions& exact,
   }
   alignas(64) double r[kBlock];
   alignas(64) double theta[kBlock];
-  for (int i = 0; i < kPacks; ++i) {
+  for (std::ptrdiff_t i = 0; i < kPacks; ++i) {
     rays[i].r.store(r + i * kPack);
   }
   arcTangents(r, theta);
-  for (int i = 0; i < kPacks; ++i) {
+  for (std::ptrdiff_t i = 0; i < kPacks; ++i) {
     storePositions(i, positionsOf(camera, rays[i], Pack::load(theta + i * kPack)));
   }
 }
