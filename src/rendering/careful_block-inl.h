@@ -112,16 +112,18 @@ HWY_INLINE void rawPositions(const lens::Camera& camera, ExactPositions& exact,
     storeRounded(positions.u, rays[i].isAhead, block.u + i * kPack);
     storeRounded(positions.v, rays[i].isAhead, block.v + i * kPack);
   };
-  bool certain = true;
   for (std::ptrdiff_t i = 0; i < kPacks; ++i) {
     const Pack w = Pack::load(W + i * kPack);
     const Pack x = Pack::load(X + i * kPack) / w;
     const Pack y = Pack::load(Y + i * kPack) / w;
     rays[i] = {x, y, squareRoot(x * x + y * y), hn::Not(hn::Le(w.v, hn::Zero(Lanes())))};
+  }
+  bool certain = true;
+  for (std::ptrdiff_t i = 0; i < kPacks && certain; ++i) {
     const Pack theta = arcTangent(rays[i].r);
     const PackOfPositions positions = positionsOf(camera, rays[i], theta);
-    const PackOfRays lengths{absolute(x), absolute(y), rays[i].r, rays[i].isAhead};
-    certain = certain && areCertain(positions, positionsOf(magnitudes, lengths, theta));
+    const PackOfRays lengths{absolute(rays[i].x), absolute(rays[i].y), rays[i].r, rays[i].isAhead};
+    certain = areCertain(positions, positionsOf(magnitudes, lengths, theta));
     storePositions(i, positions);
   }
   if (certain) {
