@@ -1,7 +1,6 @@
 #include "c_api/solutions.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <limits>
 #include <opencv2/core.hpp>
@@ -46,12 +45,6 @@ std::vector<cv::Point2d> gridOf(std::span<const double> xy) {
   return grid;
 }
 
-// A view that was left out has no covariance, and nothing is known about its errors.
-bool hasCovariance(const robust::BedView& view) {
-  return std::all_of(std::begin(view.covariance.val), std::end(view.covariance.val),
-                     [](double element) { return std::isfinite(element); });
-}
-
 }  // namespace
 }  // namespace fisheye_calibration::c_api
 
@@ -92,11 +85,8 @@ fcal_status fcal_bed_bounds(const fcal_solution* solution, const double* bed_xy,
     const robust::BedView view = bedViewOf(required(solution, "solution"));
     const auto grid = gridOf(checkedArray(bed_xy, count, "bed_xy", kPlane));
     const auto out = checkedArray(bounds, count, "bounds");
-    std::fill(out.begin(), out.end(), kUnknown);
-    if (hasCovariance(view)) {
-      const std::vector<double> values = robust::bedBounds(view, grid);
-      std::copy(values.begin(), values.end(), out.begin());
-    }
+    const std::vector<double> values = robust::bedBounds(view, grid);
+    std::copy(values.begin(), values.end(), out.begin());
     return FCAL_OK;
   });
 }
@@ -108,12 +98,9 @@ fcal_status fcal_bed_errors(const fcal_solution* solution, const fcal_solution* 
     const robust::BedView other = bedViewOf(required(judged, "judged"));
     const auto grid = gridOf(checkedArray(bed_xy, count, "bed_xy", kPlane));
     const auto out = checkedArray(errors, count, "errors");
-    std::fill(out.begin(), out.end(), kUnknown);
-    if (hasCovariance(view)) {
-      const std::vector<double> values =
-          robust::judgedBedErrors(view, other.camera, other.pose, grid);
-      std::copy(values.begin(), values.end(), out.begin());
-    }
+    const std::vector<double> values =
+        robust::judgedBedErrors(view, other.camera, other.pose, grid);
+    std::copy(values.begin(), values.end(), out.begin());
     return FCAL_OK;
   });
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <limits>
 
 #include "robust/point_rows.h"
@@ -10,7 +11,13 @@
 namespace fisheye_calibration::robust {
 namespace {
 
-constexpr double kUnseen = std::numeric_limits<double>::quiet_NaN();
+constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+
+// A view that was left out has no covariance, and nothing is known about its errors.
+bool isKnown(const ViewMatrix& Sigma) {
+  return std::all_of(std::begin(Sigma.val), std::end(Sigma.val),
+                     [](double element) { return std::isfinite(element); });
+}
 
 // Whether the camera shows the bed at g, and at which pixel.
 bool isSeen(const PosedCamera& posed, const cv::Point2d& g, cv::Point2d& pixel) {
@@ -24,7 +31,7 @@ bool isSeen(const PosedCamera& posed, const cv::Point2d& g, cv::Point2d& pixel) 
 double sigmaAt(const PosedCamera& posed, const ViewMatrix& Sigma, const cv::Point2d& g) {
   cv::Point2d pixel;
   if (!isSeen(posed, g, pixel)) {
-    return kUnseen;
+    return kUnknown;
   }
   // d(u, v)/d(X, Y) = d(u, v)/dT times the first two columns of R, because Y = R X + T.
   const PointRows rows = pointRows(posed, g.x, g.y, 0);
@@ -42,7 +49,7 @@ double sigmaAt(const PosedCamera& posed, const ViewMatrix& Sigma, const cv::Poin
   }
   const double determinant = F(0, 0) * F(1, 1) - F(0, 1) * F(1, 0);
   if (!(std::abs(determinant) > 1e-12 * F.ddot(F))) {
-    return kUnseen;
+    return kUnknown;
   }
   const cv::Matx<double, 2, kViewUnknowns> G =
       cv::Matx22d(-F(1, 1), F(0, 1), F(1, 0), -F(0, 0)) * (1 / determinant) * J;
@@ -52,12 +59,17 @@ double sigmaAt(const PosedCamera& posed, const ViewMatrix& Sigma, const cv::Poin
 }  // namespace
 
 double bedSigma(const BedView& view, const cv::Point2d& g) {
-  return sigmaAt(PosedCamera(view.camera, view.pose), view.covariance, g);
+  return isKnown(view.covariance) ? sigmaAt(PosedCamera(view.camera, view.pose), view.covariance, g)
+                                  : kUnknown;
 }
 
 std::vector<double> bedBounds(const BedView& view, const std::vector<cv::Point2d>& grid) {
-  const PosedCamera posed(view.camera, view.pose);
   std::vector<double> bounds;
+  if (!isKnown(view.covariance)) {
+    bounds.assign(grid.size(), kUnknown);
+    return bounds;
+  }
+  const PosedCamera posed(view.camera, view.pose);
   bounds.reserve(grid.size());
   for (const cv::Point2d& g : grid) {
     bounds.push_back(kBoundFactor * sigmaAt(posed, view.covariance, g));
@@ -68,15 +80,19 @@ std::vector<double> bedBounds(const BedView& view, const std::vector<cv::Point2d
 std::vector<double> judgedBedErrors(const BedView& view, const lens::Camera& judged,
                                     const lens::Pose& judgedPose,
                                     const std::vector<cv::Point2d>& grid) {
+  std::vector<double> errors;
+  if (!isKnown(view.covariance)) {
+    errors.assign(grid.size(), kUnknown);
+    return errors;
+  }
   const PosedCamera posed(view.camera, view.pose);
   const PosedCamera other(judged, judgedPose);
-  std::vector<double> errors;
   errors.reserve(grid.size());
   for (const cv::Point2d& g : grid) {
     cv::Point2d q;
     const auto shown = isSeen(other, g, q) ? bedPointOf(view.camera, view.pose, q) : std::nullopt;
     if (!shown) {
-      errors.push_back(kUnseen);
+      errors.push_back(kUnknown);
       continue;
     }
     const double bound = kBoundFactor * sigmaAt(posed, view.covariance, *shown);

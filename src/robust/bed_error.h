@@ -26,10 +26,10 @@ constexpr double kBoundFactor = 2.5;
 //
 // J_g the derivatives of (u, v) with respect to the parameters. NaN if g is not seen: behind the
 // camera, beyond the range in which the lens maps angles to radii one to one, or with the bed
-// edge-on.
+// edge-on; and everywhere if the covariance is not finite, as that of a view that was left out.
 double bedSigma(const BedView& view, const cv::Point2d& g);
 
-// kBoundFactor sigma at every point, NaN where it is not seen.
+// kBoundFactor sigma at every point, NaN where sigma is.
 std::vector<double> bedBounds(const BedView& view, const std::vector<cv::Point2d>& grid);
 
 // What another camera and pose, for example of a simpler calibration, may be off by: with q the
@@ -37,7 +37,7 @@ std::vector<double> bedBounds(const BedView& view, const std::vector<cv::Point2d
 //
 //   E(g) = sqrt(|g' - g|^2 + (kBoundFactor sigma(g'))^2), world units
 //
-// NaN where either camera does not see the point.
+// NaN where either camera does not see the point, and everywhere if the covariance is not finite.
 std::vector<double> judgedBedErrors(const BedView& view, const lens::Camera& judged,
                                     const lens::Pose& judgedPose,
                                     const std::vector<cv::Point2d>& grid);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 #include "robust/planned_views.h"
 #include "robust/viewing_ray.h"
@@ -86,6 +87,21 @@ TEST(BedError, PointsThatAreNotSeenAreNaN) {
   // A bed that is seen edge-on has no area.
   const robust::BedView edgeOn{kFrontal, {{-CV_PI / 2, 0, 0}, {0, 0, 0}}, varianceOf(2, 1)};
   EXPECT_TRUE(std::isnan(robust::bedSigma(edgeOn, {0, -300})));
+}
+
+// NaN, also of a parameter that the point does not depend on, and infinities of either sign.
+TEST(BedError, NothingIsKnownWithoutAFiniteCovariance) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (const double element : {kNaN, kInfinity, -kInfinity}) {
+    robust::ViewMatrix Sigma = varianceOf(2, 1);
+    Sigma(5, 5) = element;
+    const robust::BedView view{kFrontal, kAbove, Sigma};
+    EXPECT_TRUE(std::isnan(robust::bedSigma(view, {0, 0})));
+    EXPECT_TRUE(std::isnan(robust::bedSigma(view, {50, 0})));
+    EXPECT_TRUE(std::isnan(robust::bedBounds(view, {{50, 0}})[0]));
+    EXPECT_TRUE(std::isnan(robust::judgedBedErrors(view, kFrontal, kAbove, {{50, 0}})[0]));
+  }
 }
 
 TEST(BedError, AnotherCameraIsOffByItsOwnErrorAndTheBound) {
