@@ -255,6 +255,7 @@ inline Calibration calibrate(Size image, Span<Point> points, Size corrected) {
   return result;
 }
 
+// On Windows paths are UTF-8, elsewhere the system's bytes.
 inline void saveCamera(const std::string& path, const Camera& camera) {
   check(fcal_save_camera(path.c_str(), &camera));
 }

@@ -209,10 +209,11 @@ FCAL_API fcal_status fcal_calibrate(int32_t width, int32_t height, fcal_point* p
                                     int32_t corrected_height, fcal_camera* camera, double* rms);
 
 // ---------------------------------------------------------------------------------------------
-// Parameter files (INI): those of the C++ functions. Paths are in the system's narrow encoding. On
-// Windows, that is the process's ANSI code page (UTF-8 if its manifest says so), at most 259
-// characters, and a bare name such as "camera.ini" means a file in the Windows folder: use full
-// paths, or ".\\camera.ini" for the working directory.
+// Parameter files (INI): those of the C++ functions. Paths end in a 0 byte. On Windows they are
+// UTF-8, unlike those of the C++ functions, and have at most 259 characters; one that is not UTF-8
+// is no file. There a bare name such as "camera.ini" means a file in the Windows folder: use full
+// paths, or ".\\camera.ini" for the working directory. Elsewhere paths are the system's bytes,
+// usually UTF-8, too.
 // ---------------------------------------------------------------------------------------------
 
 // SaveCalibrationParam. Unlike it, FCAL_FALSE if the file cannot be written; the disk is then

@@ -8,9 +8,9 @@ namespace {
 
 template <class Record, class Saved>
 fcal_status save(const char* path, const Record* record, const char* name,
-                 bool (*saveFile)(const char*, const Saved&)) {
+                 bool (*saveFile)(const platform::ProfilePath&, const Saved&)) {
   required(path, "path");
-  if (!saveFile(path, recordOf(required(record, name)))) {
+  if (!saveFile({path, platform::PathEncoding::kUtf8}, recordOf(required(record, name)))) {
     return withoutResult("path", "the file cannot be written");
   }
   return FCAL_OK;
@@ -18,11 +18,11 @@ fcal_status save(const char* path, const Record* record, const char* name,
 
 template <class Record, class Loaded>
 fcal_status load(const char* path, Record* record, const char* name,
-                 bool (*loadFile)(const char*, Loaded&)) {
+                 bool (*loadFile)(const platform::ProfilePath&, Loaded&)) {
   required(path, "path");
   Loaded loaded{};
   required(record, name);
-  const bool isAnyThere = loadFile(path, loaded);
+  const bool isAnyThere = loadFile({path, platform::PathEncoding::kUtf8}, loaded);
   store(loaded, *record);
   return isAnyThere ? FCAL_OK : withoutResult("path", "the file holds no such parameters");
 }

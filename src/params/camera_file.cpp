@@ -57,11 +57,11 @@ constexpr std::array<Field<Record>, 41> kFields{{
 
 }  // namespace
 
-bool saveCameraFile(const char* path, const FishEyeCalibrationParam& param) {
+bool saveCameraFile(const platform::ProfilePath& path, const FishEyeCalibrationParam& param) {
   return saveRecord(path, kSection, kFields, param);
 }
 
-bool loadCameraFile(const char* path, FishEyeCalibrationParam& param) {
+bool loadCameraFile(const platform::ProfilePath& path, FishEyeCalibrationParam& param) {
   return loadRecord(path, kSection, kFields, param);
 }
 

@@ -23,11 +23,12 @@ constexpr std::array<Field<Record>, 7> kFields{{
 
 }  // namespace
 
-bool saveDualCameraFile(const char* path, const DualFishEyeCalibrationParam& param) {
+bool saveDualCameraFile(const platform::ProfilePath& path,
+                        const DualFishEyeCalibrationParam& param) {
   return saveRecord(path, kSection, kFields, param);
 }
 
-bool loadDualCameraFile(const char* path, DualFishEyeCalibrationParam& param) {
+bool loadDualCameraFile(const platform::ProfilePath& path, DualFishEyeCalibrationParam& param) {
   return loadRecord(path, kSection, kFields, param);
 }
 

@@ -56,7 +56,7 @@ Value fieldValue(const std::string& text, Reading reading) {
 
 // Returns false if the file cannot be written.
 template <typename Record, std::size_t Count>
-bool saveRecord(const char* path, const char* section,
+bool saveRecord(const platform::ProfilePath& path, const char* section,
                 const std::array<Field<Record>, Count>& fields, const Record& record) try {
   std::vector<platform::ProfileEntry> entries;
   entries.reserve(Count);
@@ -71,7 +71,7 @@ bool saveRecord(const char* path, const char* section,
 
 // Returns false if the file has none of the keys, or only without values.
 template <typename Record, std::size_t Count>
-bool loadRecord(const char* path, const char* section,
+bool loadRecord(const platform::ProfilePath& path, const char* section,
                 const std::array<Field<Record>, Count>& fields, Record& record) try {
   for (const Field<Record>& field : fields) {
     std::visit([&](auto member) { record.*member = 0; }, field.member);

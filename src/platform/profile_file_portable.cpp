@@ -4,13 +4,13 @@
 
 namespace fisheye_calibration::platform {
 
-std::vector<std::string> readProfileValues(const char* path, const char* section,
+std::vector<std::string> readProfileValues(const ProfilePath& path, const char* section,
                                            std::span<const char* const> keys) {
   constexpr std::size_t kLongestValue = 127;  // a buffer of 128 characters on Windows
   std::vector<std::string> values(keys.size());
   // Reads the file once for all keys, so a concurrent save cannot mix old and new values.
   std::string text;
-  if (path == nullptr || readWholeFile(path, text) != FileState::kRead) {
+  if (path.text == nullptr || readWholeFile(path.text, text) != FileState::kRead) {
     return values;
   }
   for (std::size_t i = 0; i < keys.size(); ++i) {
@@ -19,16 +19,16 @@ std::vector<std::string> readProfileValues(const char* path, const char* section
   return values;
 }
 
-bool writeProfileValues(const char* path, const char* section,
+bool writeProfileValues(const ProfilePath& path, const char* section,
                         std::span<const ProfileEntry> entries) {
   std::string text;
-  if (path == nullptr || readWholeFile(path, text) == FileState::kUnreadable) {
+  if (path.text == nullptr || readWholeFile(path.text, text) == FileState::kUnreadable) {
     return false;
   }
   for (const ProfileEntry& entry : entries) {
     setProfileValue(text, section, entry.key, entry.value);
   }
-  return entries.empty() || replaceWholeFile(path, text);
+  return entries.empty() || replaceWholeFile(path.text, text);
 }
 
 }  // namespace fisheye_calibration::platform

@@ -1,6 +1,7 @@
 // Parameter files are the same from both interfaces, and failures are reported.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "c_api/records.h"
@@ -66,6 +67,40 @@ TEST(CParameterFiles, DualRecordsAreWrittenAndReadAsByTheCxxFunctions) {
   EXPECT_EQ(loaded.datum_xw, 12);  // whole numbers (compatibility 10)
   EXPECT_EQ(loaded.datum_x, -7);
 }
+
+// UTF-8, whatever the code page of a Windows system is.
+TEST(CParameterFiles, PathsAreInUtf8) {
+  const support::TemporaryFolder folder;
+  const std::filesystem::path file = folder.path() / u8"\u6807\u5B9A \u00E9\u0436 \U0001F4F7.ini";
+  const std::u8string utf8 = file.u8string();
+  const auto* const path = reinterpret_cast<const char*>(utf8.c_str());
+  support::Dice dice(43);
+  const fcal_camera camera = cameraOf(randomRecord(dice));
+  const fcal_dual dual{0.25F, 400, 300, -7, 9, 12, -3};
+  ASSERT_TRUE(succeeds(fcal_save_camera(path, &camera)));
+  ASSERT_TRUE(succeeds(fcal_save_dual(path, &dual)));
+  EXPECT_EQ(folder.entryCount(), 1);
+  EXPECT_TRUE(std::filesystem::exists(file));
+  fcal_camera loaded{};
+  fcal_dual loadedDual{};
+  ASSERT_TRUE(succeeds(fcal_load_camera(path, &loaded)));
+  ASSERT_TRUE(succeeds(fcal_load_dual(path, &loadedDual)));
+  EXPECT_NEAR(loaded.u0, camera.u0, 1e-3);
+  EXPECT_TRUE(equalBytes(loadedDual, dual));
+}
+
+#if defined(_WIN32)
+TEST(CParameterFiles, APathThatIsNotUtf8IsNoFile) {
+  const support::TemporaryFolder folder;
+  const std::string path = folder.file("") + "\xB1\xEA.ini";  // in the code page GBK
+  fcal_camera camera{};
+  EXPECT_TRUE(fails(fcal_save_camera(path.c_str(), &camera), FCAL_FALSE,
+                    "path: the file cannot be written"));
+  EXPECT_TRUE(fails(fcal_load_camera(path.c_str(), &camera), FCAL_FALSE,
+                    "path: the file holds no such parameters"));
+  EXPECT_EQ(folder.entryCount(), 0);
+}
+#endif
 
 TEST(CParameterFiles, AFileThatCannotBeWrittenIsReported) {
   const support::TemporaryFolder folder;

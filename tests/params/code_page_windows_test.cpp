@@ -6,6 +6,7 @@
 #include <string>
 
 #include "fisheye_calibration.h"
+#include "params/parameter_files.h"
 #include "support/temporary_folder.h"
 
 namespace {
@@ -47,12 +48,24 @@ TEST_F(GbkSystem, DualCameraFileHasAChineseName) {
 
 TEST_F(GbkSystem, ForeignChineseLinesSurviveASave) {
   const std::string note = "; \xB1\xEA\xB6\xA8\r\n[\xCF\xE0\xBB\xFA]\r\n\xC3\xFB=\xD7\xF3\r\n";
+  const auto bytesOf = [](const std::filesystem::path& name) {
+    std::ifstream file(name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  };
   std::ofstream(path, std::ios::binary) << note;
   SaveCalibrationParam(narrowPath.c_str(), {});
-  std::ifstream file(path, std::ios::binary);
-  const std::string bytes(std::istreambuf_iterator<char>(file), {});
+  const std::string bytes = bytesOf(path);
   EXPECT_EQ(bytes.substr(0, note.size()), note);
   EXPECT_NE(bytes.find("[CalibraionParam]\r\nu0=0.000000\r\n"), std::string::npos);
+
+  // A path in UTF-8 takes the system's other functions, which write the same bytes.
+  const std::filesystem::path other = folder.path() / L"\u00E9\u0E01.ini";  // not in GBK
+  const std::u8string utf8 = other.u8string();
+  std::ofstream(other, std::ios::binary) << note;
+  fisheye_calibration::params::saveCameraFile({reinterpret_cast<const char*>(utf8.c_str()),
+                                               fisheye_calibration::platform::PathEncoding::kUtf8},
+                                              {});
+  EXPECT_EQ(bytesOf(other), bytes);
 }
 
 // Bare names belong to the system's own folder; with a folder in front they are the host's.
