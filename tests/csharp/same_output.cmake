@@ -1,0 +1,48 @@
+# Runs the host in C and the one in C#, each in a folder of its own, and compares what they print.
+#   cmake -DC_HOST=<command> -DCSHARP_HOST=<command> -DEXPORTS=... -DWORK=<folder> -P same_output.cmake
+cmake_minimum_required(VERSION 3.25)
+include("${CMAKE_CURRENT_LIST_DIR}/../packaging/support.cmake")
+
+foreach(host IN ITEMS C_HOST CSHARP_HOST)
+  file(REMOVE_RECURSE "${WORK}/${host}")
+  file(MAKE_DIRECTORY "${WORK}/${host}")
+  execute_process(COMMAND ${${host}} WORKING_DIRECTORY "${WORK}/${host}" OUTPUT_VARIABLE ${host}_output
+                  ERROR_VARIABLE errors RESULT_VARIABLE code)
+  if(NOT code EQUAL 0)
+    message(FATAL_ERROR "${host} failed: ${code}\n${errors}")
+  endif()
+  file(WRITE "${WORK}/${host}.txt" "${${host}_output}")
+  file(STRINGS "${WORK}/${host}.txt" ${host}_lines)
+endforeach()
+
+list(LENGTH C_HOST_lines count)
+if(count LESS 50)
+  message(FATAL_ERROR "only ${count} lines")
+endif()
+if(NOT C_HOST_output STREQUAL CSHARP_HOST_output)
+  set(at "")
+  foreach(expected found IN ZIP_LISTS C_HOST_lines CSHARP_HOST_lines)
+    if(expected MATCHES "^[A-Za-z]")
+      set(at "${expected}")
+    endif()
+    if(NOT expected STREQUAL found)
+      string(SUBSTRING "${expected}" 0 200 expected)
+      string(SUBSTRING "${found}" 0 200 found)
+      message(FATAL_ERROR "the outputs differ at: ${at}\n  C:  ${expected}\n  C#: ${found}")
+    endif()
+  endforeach()
+  message(FATAL_ERROR "the outputs differ in their length")
+endif()
+
+# Calls: of every function.
+if(C_HOST_output MATCHES "\nfcal_")
+  read_list("${EXPORTS}" names)
+  list(FILTER names INCLUDE REGEX "^fcal_")
+  list(REMOVE_ITEM names fcal_last_error) # each line of a failed call shows its text
+  foreach(name IN LISTS names)
+    if(NOT "\n${C_HOST_output}" MATCHES "\n${name} ")
+      message(FATAL_ERROR "no call of ${name}")
+    endif()
+  endforeach()
+endif()
+message(STATUS "${count} lines")
