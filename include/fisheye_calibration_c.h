@@ -9,22 +9,27 @@
 //   Functions, constants and, at the end of records that begin with a `size`, fields may be added.
 //
 // Calls
-//   Every function but fcal_version, fcal_last_error and fcal_status_text returns a status. No
-//   exception leaves a function, no message is shown, no memory is handed over: the caller owns
-//   every buffer, and the library keeps no pointer after a call. Calls keep no state but the last
-//   error of each thread and may run concurrently on different data. Data without a result may
-//   divide by zero or overflow on the way: a host that unmasks floating-point exceptions, as some
-//   Delphi programs do, must mask them during calls. Except for fcal_straighten and
-//   the parameter files named by the caller they read and write no file, in particular none of the
-//   debug files on drive D: of the C++ functions (compatibility 56).
+//   Every function but fcal_version, fcal_last_error and fcal_status_text returns a status; a
+//   status that is not listed below is a failure, too. No exception leaves a function, no message
+//   is shown, no memory is handed over: the caller owns every buffer, and the library keeps no
+//   pointer after a call. Functions have the platform's C calling convention (cdecl), need no
+//   initialisation, and return when their work is done; OpenCV may use threads of its own
+//   meanwhile. Calls keep no state but the last error of each thread: any thread may call, and
+//   calls may run concurrently if none writes what another one reads or writes. Data without a
+//   result may divide by zero or overflow on the way: a host that unmasks floating-point
+//   exceptions, as some Delphi programs do, must mask them during calls. Except for fcal_straighten
+//   and the parameter files named by the caller they read and write no file, in particular none of
+//   the debug files on drive D: of the C++ functions (compatibility 56).
 //
 // Arguments
 //   A pointer must not be null unless its description says that it may; a null array is accepted
-//   with a count of 0. A null pointer, a negative count or any other value outside the range given
-//   is FCAL_BAD_ARGUMENT. Numbers in records and arrays of points may be NaN, infinite or 0; the
-//   formulas are then evaluated as they stand. Outputs must not overlap inputs or each other unless
-//   a description says so. A call that does not return FCAL_OK writes nothing unless its
-//   description says so.
+//   with a count of 0, and with that functions that map points do nothing and return FCAL_OK. A
+//   null pointer, a negative count or any other value outside the range given is FCAL_BAD_ARGUMENT.
+//   Numbers in records and arrays of points may be NaN, infinite or 0; the formulas are then
+//   evaluated as they stand. Pointers to records and numbers are aligned as C aligns them; pixels
+//   and bytes may be anywhere. Outputs need no value before the call. They must not overlap inputs
+//   or each other unless a description says so. A call that does not return FCAL_OK writes nothing
+//   unless its description says so.
 //
 // Arrays
 //   Coordinates are interleaved: "xy" arrays hold x0, y0, x1, y1 ..., 2 count numbers; "xyz"
@@ -42,11 +47,16 @@
 //   it does not know become 0. A size below that of the first version or above 4096 is
 //   FCAL_BAD_ARGUMENT.
 //
-// Frames
-//   The world (work bed), raw image, corrected image and second-corrected image are those of
-//   fisheye_calibration.h and docs/conventions.md. Here the second-corrected image is called the
-//   "view". The origin of pixel coordinates is the centre of the top-left pixel; x points right and
-//   y down.
+// Frames (drawn in docs/conventions.md)
+//   world            the work bed, plane Z = 0, in the host's unit of length, usually millimetres:
+//                    that of the target points
+//   raw image        the camera's own, distorted pixels
+//   corrected image  the ideal pinhole image with the camera's focal lengths, its principal point
+//                    in the middle
+//   view             the corrected image turned into a grid on the bed, axis-aligned, `pixel` world
+//                    units per pixel; fisheye_calibration.h calls it the second-corrected image
+//   The origin of pixel coordinates is the centre of the top-left pixel; x points right and y down.
+//   Angles are in radians.
 #ifndef FISHEYE_CALIBRATION_C_H
 #define FISHEYE_CALIBRATION_C_H
 
@@ -93,16 +103,25 @@ enum {
 FCAL_API const char* fcal_version(void);
 
 // What went wrong in this thread's latest call of a function that returns a status: English text of
-// at most 511 bytes, empty if that call returned FCAL_OK or there was none. Never null; valid until
-// the thread's next such call.
+// at most 511 bytes and a 0 byte, in UTF-8, empty if that call returned FCAL_OK or there was none.
+// Never null. The library owns the text, which the thread's next such call overwrites: copy it, and
+// do not free it. The texts of fcal_version and fcal_status_text stay.
 FCAL_API const char* fcal_last_error(void);
 
 // A few words about a status, such as "bad argument"; never null.
 FCAL_API const char* fcal_status_text(fcal_status status);
 
 // ---------------------------------------------------------------------------------------------
-// Records. Plain memory with natural alignment. The first three have the layout of
-// CalibrationPoint, FishEyeCalibrationParam and DualFishEyeCalibrationParam.
+// Records. Plain memory with natural alignment: every field at a multiple of its own size, records
+// in arrays without gaps. The first three have the layout of CalibrationPoint,
+// FishEyeCalibrationParam and DualFishEyeCalibrationParam. Sizes in 64-bit processes, in bytes:
+//
+//   fcal_point    64     fcal_image        24     fcal_solution       1256
+//   fcal_camera  232     fcal_rig_view     48     fcal_views_options    32
+//   fcal_dual     28     fcal_target_view  16     fcal_views_result     40
+//
+// Unused are the four bytes after `skewness`, `tz` and `image_dy` of fcal_camera and after `count`
+// of fcal_rig_view and fcal_target_view.
 // ---------------------------------------------------------------------------------------------
 
 // One point of the planar calibration target.
@@ -165,7 +184,8 @@ typedef struct fcal_dual {
 //   bottom-up  {buffer + (height - 1) * row, width, height, -row, bits}
 //
 // This is the convention of .NET's BitmapData (Scan0, Stride). |stride| is at least width x bits/8;
-// what lies between rows is neither read nor written. A stride of 0 means top-down without padding.
+// what lies between rows is neither read nor written. A stride of 0 means top-down without padding;
+// Windows bitmaps pad their rows to multiples of 4 bytes and need their stride given.
 // From the first byte to the last one, a picture has at most 2^31 - 1 bytes. Pictures that a
 // function only reads are passed as const; their pixels are not written.
 typedef struct fcal_image {
@@ -176,7 +196,8 @@ typedef struct fcal_image {
   int32_t bits;    // per pixel: 8 (grey), 24 or 32; the order of a pixel's bytes is the caller's
 } fcal_image;
 
-// One camera of a pair: its frame, record and target points.
+// One camera of a pair: its frame, record and target points, of which id, xw and yw are read. An id
+// above the number of points of both cameras together is not taken for that of a common point.
 typedef struct fcal_rig_view {
   fcal_image frame;
   const fcal_camera* camera;
@@ -191,11 +212,11 @@ typedef struct fcal_rig_view {
 // SingleCamCalibration: calibrates a camera from one view of a planar target.
 //
 //   width, height  size of the raw image, pixels, at least 1
-//   points, count  in any order; id is not read. Of every element reproj_x ... error_y are written.
-//                  The first and last points fix the scale `pixel` (compatibility 16): choose them
-//                  far apart.
+//   points, count  at least 9, in any order; xw, yw, x and y are read. Of every element
+//                  reproj_x ... error_y are written. The first and last points fix the scale
+//                  `pixel` (compatibility 16): choose them far apart.
 //   corrected_width, corrected_height
-//                  size of the view that will be rendered later, pixels
+//                  size of the view that will be rendered later, pixels, at least 1
 //   camera         filled field by field; k[2] ... k[5] become 0
 //   rms            sqrt(sum(dx^2 + dy^2)/count), pixels
 //
@@ -216,12 +237,15 @@ FCAL_API fcal_status fcal_calibrate(int32_t width, int32_t height, fcal_point* p
 // usually UTF-8, too.
 // ---------------------------------------------------------------------------------------------
 
-// SaveCalibrationParam. Unlike it, FCAL_FALSE if the file cannot be written; the disk is then
-// unchanged.
+// SaveCalibrationParam: writes the section [CalibraionParam] of the file, which is created if it is
+// missing; other sections and lines stay. float fields have six decimals, double fields fifteen.
+// Unlike the C++ function, FCAL_FALSE if the file cannot be written, for example because its folder
+// is missing; the disk is then unchanged.
 FCAL_API fcal_status fcal_save_camera(const char* path, const fcal_camera* camera);
 
-// LoadCalibrationParam: missing fields are 0. Unlike it, FCAL_FALSE if the file holds no field at
-// all, for example because it is missing; all fields are then 0.
+// LoadCalibrationParam: missing fields are 0; k is read in the precision of float (compatibility
+// 9). Unlike the C++ function, FCAL_FALSE if the file holds no field at all, for example because it
+// is missing; all fields are then 0.
 FCAL_API fcal_status fcal_load_camera(const char* path, fcal_camera* camera);
 
 // SaveDualCamerasCalibrationParam and LoadDualCamerasCalibrationParam likewise. The datum's world
@@ -237,7 +261,8 @@ FCAL_API fcal_status fcal_load_dual(const char* path, fcal_dual* dual);
 //
 //   frame   the raw frame
 //   camera  its record
-//   view    receives the picture; same bits as `frame`, any size
+//   view    receives the picture; same bits as `frame`, any size. The record's scale and datum
+//           hold for the size given to fcal_calibrate or fcal_place_view.
 //   mask    null, or 8 bits and the size of `view`: receives 0 where the pixel shows image content
 //           and 255 elsewhere (compatibility 30)
 //
@@ -253,23 +278,29 @@ FCAL_API fcal_status fcal_correct(const fcal_image* frame, const fcal_camera* ca
 FCAL_API fcal_status fcal_crop(const fcal_image* source, const fcal_image* target);
 
 // ---------------------------------------------------------------------------------------------
-// Mapping of points. (cx, cy) is half the width and height of the corrected image or view.
+// Mapping of points. (cx, cy) is half the width and height of the corrected image or view, pixels:
+// (width/2, height/2), not rounded.
 // ---------------------------------------------------------------------------------------------
 
-// WorldToRawImagePoint for `count` points.
+// WorldToRawImagePoint for `count` points X, by the fisheye model: Y = R X + T, r = |(Y1, Y2)/Y3|,
+// theta = atan r, theta_d = theta + k[0] theta^2 + k[1] theta^3,
+// pixel = [fx skewness u0; 0 fy v0] ((theta_d/r) (Y1, Y2)/Y3, 1). R is taken from (rx, ry, rz). A
+// depth Y3 of 0 counts as 1, and points behind the camera are not rejected (compatibility 26).
 FCAL_API fcal_status fcal_world_to_raw(const fcal_camera* camera, const float* world_xyz,
                                        int32_t count, float* raw_xy);
 
-// WorldToCorrectedImagePoint: the ideal pinhole image.
+// WorldToCorrectedImagePoint: the same pose without distortion, principal point at (cx, cy).
 FCAL_API fcal_status fcal_world_to_corrected(const fcal_camera* camera, float cx, float cy,
                                              const float* world_xyz, int32_t count,
                                              float* corrected_xy);
 
-// WorldToSecondCorrectedImagePoint, for points on the work plane.
+// WorldToSecondCorrectedImagePoint, for points on the work plane: x = (xw - datum_xw)/pixel + cx, y
+// likewise, in 32-bit float.
 FCAL_API fcal_status fcal_world_to_view(const fcal_camera* camera, float cx, float cy,
                                         const float* world_xy, int32_t count, float* view_xy);
 
-// CorrectedImageToWorldPoint, which takes points of the view despite its name (compatibility 24).
+// CorrectedImageToWorldPoint, the inverse: it takes points of the view despite its name
+// (compatibility 24).
 FCAL_API fcal_status fcal_view_to_world(const fcal_camera* camera, float cx, float cy,
                                         const float* view_xy, int32_t count, float* world_xy);
 
@@ -288,9 +319,10 @@ FCAL_API fcal_status fcal_raw_to_corrected(const fcal_camera* camera, float cx, 
 // Plane registration
 // ---------------------------------------------------------------------------------------------
 
-// HandEyeCalibration: the least-squares affine map xw = a x + b y + e, yw = c x + d y + f.
+// HandEyeCalibration: the least-squares affine map from (x, y) of the points to their (xw, yw):
+// xw = a x + b y + e, yw = c x + d y + f.
 //
-//   coefficients  receives a, b, c, d, e, f
+//   coefficients  receives six numbers: a, b, c, d, e, f
 //   error_x, error_y  sqrt(s/count), world units; s sums the squared residuals of the first nine
 //                 points only (compatibility 42)
 //
@@ -300,9 +332,10 @@ FCAL_API fcal_status fcal_fit_affine(const fcal_point* points, int32_t count,
 
 // GetPerspectiveTransformationParam, a setup aid and the one function with files of fixed names and
 // a window: reads "D:/CorrectedImage.bmp", straightens it by exactly four points, shows it until a
-// key is pressed or the window is closed, and writes "D:/CorrectedImage2.bmp". Call it on a thread
-// that may own windows. FCAL_FALSE for no points, FCAL_IMAGE_LIBRARY for any other number than
-// four, a missing picture, or if no window can be opened.
+// key is pressed or the window is closed, and writes "D:/CorrectedImage2.bmp". Of the points xw,
+// yw, x and y are read; the first and last form a diagonal. Call it on a thread that may own
+// windows. FCAL_FALSE for no points, FCAL_IMAGE_LIBRARY for any other number than four, a missing
+// picture, or if no window can be opened.
 FCAL_API fcal_status fcal_straighten(const fcal_point* points, int32_t count);
 
 // ---------------------------------------------------------------------------------------------
@@ -310,9 +343,9 @@ FCAL_API fcal_status fcal_straighten(const fcal_point* points, int32_t count);
 // ---------------------------------------------------------------------------------------------
 
 // GetCommonPoints: the points whose id occurs exactly twice in the two lists together, by ascending
-// id; ids outside 1...id_count are skipped. An id that occurs twice in one list counts, too
-// (compatibility 46), so the two outputs may differ in length; the capacities `count1` and `count2`
-// always suffice.
+// id, copied whole; ids outside 1...id_count are skipped, so an id_count below 1 finds none. An id
+// that occurs twice in one list counts, too (compatibility 46), so the two outputs may differ in
+// length; the capacities `count1` and `count2` always suffice.
 FCAL_API fcal_status fcal_common_points(const fcal_point* points1, int32_t count1,
                                         const fcal_point* points2, int32_t count2, int32_t id_count,
                                         fcal_point* common1, int32_t capacity1, int32_t* needed1,
@@ -320,22 +353,24 @@ FCAL_API fcal_status fcal_common_points(const fcal_point* points1, int32_t count
 
 // ComputeStitchedImageSize: width and height, multiples of 4, of the canvas that fcal_stitch needs.
 // World coordinates are expected within 0...10000 (compatibility 48). The frames' pixels are not
-// read and their data may be null. FCAL_FALSE if the lists share no point or do not pair.
-// FCAL_NO_MEMORY if a view of twice the frame's size takes more than 2^31 - 1 bytes.
+// read and their data may be null; their other fields must be those of pictures. FCAL_FALSE if the
+// lists share no point or do not pair. FCAL_NO_MEMORY if a view of twice the frame's size takes
+// more than 2^31 - 1 bytes.
 FCAL_API fcal_status fcal_stitched_size(const fcal_rig_view* first, const fcal_rig_view* second,
                                         int32_t* width, int32_t* height);
 
 // FishEyeImageStitching: corrects both frames at twice their size, aligns the second one to the
 // first, blends them into `canvas` and fills `dual`. All three have the same bits. Canvas pixels
-// that neither camera covers keep their value (compatibility 53); a frame that fcal_correct refuses
-// covers nothing. The canvas may overlap the frames. FCAL_FALSE and FCAL_NO_MEMORY as
-// fcal_stitched_size.
+// that neither camera covers keep their value (compatibility 53): fill the canvas before. A frame
+// that fcal_correct refuses covers nothing. The canvas may overlap the frames. FCAL_FALSE and
+// FCAL_NO_MEMORY as fcal_stitched_size.
 FCAL_API fcal_status fcal_stitch(const fcal_rig_view* first, const fcal_rig_view* second,
                                  const fcal_image* canvas, fcal_dual* dual);
 
 // DualCam_CroppingImage: copies the rectangle of the target's size whose top-left picture pixel is
-// (left, top), and updates `dual` to match. The target's width and height are multiples of 4,
-// otherwise FCAL_BAD_ARGUMENT. Pixels without a source keep their value. Same bits.
+// (left, top), and updates `dual`, the record of the source, to match. The target's width and
+// height are multiples of 4, otherwise FCAL_BAD_ARGUMENT. Pixels without a source, such as those of
+// a negative `left`, keep their value. Same bits.
 FCAL_API fcal_status fcal_crop_stitched(const fcal_image* source, int32_t left, int32_t top,
                                         const fcal_image* target, fcal_dual* dual);
 
@@ -354,7 +389,7 @@ FCAL_API fcal_status fcal_stitched_to_world(const fcal_dual* dual, const float* 
 // Calibration from any number of views, with the uncertainty of the result (docs/accuracy.md)
 // ---------------------------------------------------------------------------------------------
 
-// One view of the target: xw, yw, x and y of its points are read.
+// One view of the target: xw, yw, x and y of its points are read. Views may have different counts.
 typedef struct fcal_target_view {
   const fcal_point* points;
   int32_t count;
@@ -371,8 +406,8 @@ typedef struct fcal_solution {
   double alpha;
   double rotation[3];      // vector, radians, from the world frame to the camera frame
   double translation[3];   // world units
-  double covariance[144];  // 12 x 12, of fx, fy, cx, cy, k0, k1, rotation, translation; NaN for a
-                           // view that was left out
+  double covariance[144];  // 12 x 12, symmetric, in products of their units, of fx, fy, cx, cy, k0,
+                           // k1, rotation, translation; NaN for a view that was left out
 } fcal_solution;
 
 enum {                    // fcal_views_options.noise
@@ -385,7 +420,8 @@ typedef struct fcal_views_options {
   int32_t noise;     // FCAL_NOISE_...
   int32_t no_prior;  // not 0: nothing is assumed about the lens; one view may leave it far off
   int32_t keep_all;  // not 0: wrong points and views are listed but used all the same
-  // The solver starts from this multiple of the focal length max(width, height)/pi; 0 counts as 1.
+  // The solver starts from this multiple of the focal length max(width, height)/pi; 0 counts as 1,
+  // less is FCAL_BAD_ARGUMENT.
   double start_focal_factor;
   // Not null: the lens is known, only the poses are solved. Its alpha is kept; the part of its
   // covariance that concerns the lens (0: exact) enters the result.
@@ -420,13 +456,13 @@ typedef struct fcal_views_result {
 // are found and left out. The same input gives the same result.
 //
 //   width, height      size of the raw image, pixels, at least 1
-//   views, view_count  each view has a pose of its own
+//   views, view_count  each view has a pose of its own; 0 views have no solution
 //   options            null for the defaults
 //   result             its `size` must be set
 //   solutions          view_count elements, one per view: the common lens, the view's pose and the
 //                      covariance; null if not wanted
-//   wrong_points       one byte per point of all views, view by view: receives 1 for a point that
-//                      was found wrong, otherwise 0; null if not wanted
+//   wrong_points       one byte per point of all views, view by view, as many as the counts' sum:
+//                      receives 1 for a point that was found wrong, otherwise 0; null if not wanted
 //   wrong_views        view_count bytes likewise; null if not wanted
 //
 // FCAL_FALSE if there is no solution: `outcome` and `refused_view` say why, the other fields of
@@ -451,24 +487,27 @@ FCAL_API fcal_status fcal_solution_of_camera(const fcal_camera* camera, fcal_sol
 
 // Changes the second correction of a record so that the view of width x height pixels shows a
 // chosen rectangle of the bed: from (corner_xw, corner_yw), the outer corner of its top-left pixel,
-// with `pixel` world units per pixel. FCAL_FALSE if the camera sees the bed edge-on or a number
-// would not be finite; the record is then unchanged.
+// with `pixel` world units per pixel, more than 0. The record's p ... image_dy are written, the
+// others read. FCAL_FALSE if the camera sees the bed edge-on or a number would not be finite; the
+// record is then unchanged.
 FCAL_API fcal_status fcal_place_view(double corner_xw, double corner_yw, float pixel, int32_t width,
                                      int32_t height, fcal_camera* camera);
 
-// The bed points (Z = 0) that raw pixels show; NaN for a pixel that does not show the bed.
+// The bed points (Z = 0), world units, that raw pixels show; NaN for a pixel that does not show the
+// bed.
 FCAL_API fcal_status fcal_raw_to_bed(const fcal_solution* solution, const double* raw_xy,
                                      int32_t count, double* bed_xy);
 
 // A bound on the error on the bed at each of the points, for example a grid: 2.5 standard
-// deviations of the bed point that a pixel shows, world units. NaN where the camera does not see
-// the point.
+// deviations of the bed point that a pixel shows, world units. `bounds` receives `count` numbers.
+// NaN where the camera does not see the point, and everywhere if the covariance is not finite.
 FCAL_API fcal_status fcal_bed_bounds(const fcal_solution* solution, const double* bed_xy,
                                      int32_t count, double* bounds);
 
 // The same for another camera, `judged`, such as that of a simpler calibration: with g' the bed
 // point that `solution` gives to the pixel at which `judged` sees g, sqrt(|g' - g|^2 + bound^2).
-// The covariance of `judged` is not read. NaN where either camera does not see the point.
+// The covariance of `judged` is not read. NaN where either camera does not see the point, and
+// everywhere if the covariance of `solution` is not finite.
 FCAL_API fcal_status fcal_bed_errors(const fcal_solution* solution, const fcal_solution* judged,
                                      const double* bed_xy, int32_t count, double* errors);
 
