@@ -13,6 +13,9 @@ install(FILES "${PROJECT_SOURCE_DIR}/include/fisheye_calibration.h"
               "${PROJECT_SOURCE_DIR}/include/fisheye_calibration.hpp"
               "${PROJECT_SOURCE_DIR}/include/fisheye_calibration_c.h"
         DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+if(FISHEYE_CALIBRATION_VISUAL_CXX)
+  install(FILES "${PROJECT_BINARY_DIR}/visual_cxx/fisheye_calibration.lib" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endif()
 install(
   EXPORT fisheye_calibration_targets
   NAMESPACE fisheye_calibration::

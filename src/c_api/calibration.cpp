@@ -64,7 +64,7 @@ fcal_status fcal_calibrate(int32_t width, int32_t height, fcal_point* points, in
     }
     return fill(outputs, [&](auto& copies, auto& record, double& error) {
       return single::calibrate(cv::Size(width, height), copies,
-                               cv::Size(corrected_width, corrected_height), single::Filler::kZero,
+                               cv::Size(corrected_width, corrected_height), single::kZeroFiller,
                                record, error);
     });
   });
@@ -85,7 +85,7 @@ fcal_status fcal_camera_of_solution(const fcal_solution* solution, fcal_point* p
     }
     return fill(outputs, [&](auto& copies, auto& record, double& error) {
       return single::completeRecord(view.camera, view.pose, copies, corrected_width,
-                                    corrected_height, record, error, single::Filler::kZero);
+                                    corrected_height, record, error, single::kZeroFiller);
     });
   });
 }

@@ -1,5 +1,7 @@
 #include "single/calibration.h"
 
+#include <cstdlib>
+
 #include "platform/message_box.h"
 #include "single/solver_view.h"
 #include "solver/calibration.h"
@@ -23,9 +25,18 @@ bool calibrate(const cv::Size& imageSize, std::vector<CalibrationPoint>& points,
                         correctedSize.height, param, reprojectionError, filler);
 }
 
+bool calibrateOrShowMessage(const cv::Size& imageSize, std::vector<CalibrationPoint>& points,
+                            const cv::Size& correctedSize, Filler filler,
+                            FishEyeCalibrationParam& param, double& reprojectionError) {
+  if (points.size() < kFewestPoints) {  // (compatibility 13)
+    platform::showMessage("特征点少于9个点，无法完成标定！");
+    return false;
+  }
+  return calibrate(imageSize, points, correctedSize, filler, param, reprojectionError);
+}
+
 }  // namespace fisheye_calibration::single
 
-using namespace fisheye_calibration;
 using namespace fisheye_calibration::single;
 
 // The picture and its bit count are not used (compatibility 15).
@@ -33,10 +44,7 @@ bool SingleCamCalibration(unsigned char* /*image*/, ImageLong width, ImageLong h
                           int /*bitCount*/, std::vector<CalibrationPoint>& points,
                           ImageLong correctedWidth, ImageLong correctedHeight,
                           FishEyeCalibrationParam& param, double& reprojectionError) {
-  if (points.size() < kFewestPoints) {  // (compatibility 13)
-    platform::showMessage("特征点少于9个点，无法完成标定！");
-    return false;
-  }
-  return calibrate(cv::Size(width, height), points, cv::Size(correctedWidth, correctedHeight),
-                   Filler::kRandom, param, reprojectionError);
+  return calibrateOrShowMessage(cv::Size(width, height), points,
+                                cv::Size(correctedWidth, correctedHeight), std::rand, param,
+                                reprojectionError);
 }

@@ -1,4 +1,4 @@
-// Calibration of one camera from one view, without messages.
+// Calibration of one camera from one view.
 #pragma once
 
 #include <cstddef>
@@ -16,5 +16,10 @@ constexpr std::size_t kFewestPoints = 9;
 bool calibrate(const cv::Size& imageSize, std::vector<CalibrationPoint>& points,
                const cv::Size& correctedSize, Filler filler, FishEyeCalibrationParam& param,
                double& reprojectionError);
+
+// SingleCamCalibration with its message for fewer points.
+bool calibrateOrShowMessage(const cv::Size& imageSize, std::vector<CalibrationPoint>& points,
+                            const cv::Size& correctedSize, Filler filler,
+                            FishEyeCalibrationParam& param, double& reprojectionError);
 
 }  // namespace fisheye_calibration::single

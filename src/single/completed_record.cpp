@@ -1,7 +1,6 @@
 #include "single/completed_record.h"
 
 #include <cmath>
-#include <cstdlib>
 
 #include "single/record.h"
 #include "single/second_correction.h"
@@ -11,15 +10,15 @@ namespace {
 
 // Hosts expect the random numbers in this order (compatibility 14).
 void storeFiller(Filler filler, FishEyeCalibrationParam& param) {
-  if (filler == Filler::kZero) {
+  if (filler == kZeroFiller) {
     param.k2 = param.k3 = param.k4 = param.k5 = 0;
     return;
   }
   constexpr int kModulus = 10001;
-  param.k2 = std::rand() % kModulus * 0.0001;
-  param.k3 = std::rand() % kModulus * 0.00001;
-  param.k4 = std::rand() % kModulus * 0.0001;
-  param.k5 = std::rand() % kModulus * 0.00001;
+  param.k2 = filler() % kModulus * 0.0001;
+  param.k3 = filler() % kModulus * 0.00001;
+  param.k4 = filler() % kModulus * 0.0001;
+  param.k5 = filler() % kModulus * 0.00001;
 }
 
 // Projects every point with the stored record, as hosts will, stores the projection and its error

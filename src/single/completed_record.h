@@ -1,6 +1,7 @@
 // The steps of a calibration after the solver: from a camera and a pose to the whole record.
 #pragma once
 
+#include <cstdlib>
 #include <vector>
 
 #include "fisheye_calibration.h"
@@ -8,11 +9,10 @@
 
 namespace fisheye_calibration::single {
 
-// What k2...k5, which have no meaning, receive.
-enum class Filler {
-  kRandom,  // numbers from the C runtime's rand() (compatibility 14)
-  kZero,
-};
+// Where k2...k5, which have no meaning, come from: a C runtime's rand() (compatibility 14), or
+// kZeroFiller for zeros. A process may hold several runtimes, each with a generator of its own.
+using Filler = int (*)();
+inline constexpr Filler kZeroFiller = nullptr;
 
 // Stores the camera and the pose of the target in `param`, fills k2...k5, stores
 // the reprojection of every point in the point, its root mean square in `reprojectionError`
@@ -22,6 +22,6 @@ enum class Filler {
 bool completeRecord(const lens::Camera& camera, const lens::Pose& pose,
                     std::vector<CalibrationPoint>& points, ImageLong correctedWidth,
                     ImageLong correctedHeight, FishEyeCalibrationParam& param,
-                    double& reprojectionError, Filler filler = Filler::kRandom);
+                    double& reprojectionError, Filler filler = std::rand);
 
 }  // namespace fisheye_calibration::single

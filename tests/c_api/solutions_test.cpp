@@ -22,7 +22,7 @@ TEST(CSolutions, GiveTheRecordOfTheStepsAfterTheSolver) {
   FishEyeCalibrationParam expected{};
   double expectedRms = -1;
   ASSERT_TRUE(single::completeRecord(robustly.camera, robustly.poses[1], expectedPoints, 900, 700,
-                                     expected, expectedRms, single::Filler::kZero));
+                                     expected, expectedRms, single::kZeroFiller));
   auto points = views.points[1];
   fcal_camera camera{};
   double rms = -1;

@@ -40,6 +40,7 @@ list(APPEND command ${INCLUDES} -DNOMINMAX)
 
 file(GLOB_RECURSE sources "${FOLDER}/*.cpp")
 list(FILTER sources EXCLUDE REGEX "_portable\\.cpp$|/(profile_text|whole_file)\\.cpp$")
+list(FILTER sources EXCLUDE REGEX "/visual_cxx/(front|raise)\\.cpp$") # have a standard library of their own
 if(NOT sources)
   message(FATAL_ERROR "${FOLDER} holds no sources")
 endif()

@@ -1,6 +1,6 @@
 # Makes the archive of a build tree, unpacks it into an empty folder and looks at what lies there.
 #   cmake -DBUILD=... -DCPACK=... -DWORK=... -DPACKAGE=... -DSOURCE=... -DOBJDUMP=...
-#         -DIMAGE_LIBRARY_VERSION=... -P archive.cmake
+#         -DIMAGE_LIBRARY_VERSION=... -DVISUAL_CXX=<ON, OFF> -P archive.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/../support.cmake")
 
 file(REMOVE_RECURSE "${WORK}/archive" "${WORK}/unpacked")
@@ -40,6 +40,9 @@ set(expected
     licences/zlib/copyright)
 file(GLOB_RECURSE pages RELATIVE "${SOURCE}" "${SOURCE}/docs/*")
 list(APPEND expected ${pages})
+if(VISUAL_CXX)
+  list(APPEND expected lib/fisheye_calibration.lib)
+endif()
 if(IMAGE_LIBRARY_VERSION VERSION_GREATER_EQUAL 4.10) # 4.6 installs no such file
   list(APPEND expected licences/opencv/mscr-chi_table_LICENSE.txt)
 endif()

@@ -1,5 +1,6 @@
 # Compares the export table of a DLL with the functions of an export list and their signatures.
-#   cmake -DOBJDUMP=... -DDEMANGLER=... -DDLL=... -DEXPORTS=... -DSIGNATURES=... -P exported_functions.cmake
+#   cmake -DOBJDUMP=... -DDEMANGLER=... -DDLL=... -DEXPORTS=... -DSIGNATURES=...
+#         [-DDECORATED=<list of names for Visual C++>] -P exported_functions.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/../support.cmake")
 
 read_list("${EXPORTS}" names)
@@ -14,6 +15,11 @@ foreach(name IN LISTS names)
   list(FILTER found INCLUDE REGEX "^${name}\\(")
   list(APPEND expected "${found}")
 endforeach()
+
+if(DECORATED)
+  read_list("${DECORATED}" names)
+  list(APPEND expected ${names})
+endif()
 
 require_success("${OBJDUMP}" -p "${DLL}")
 if(NOT output MATCHES "Ordinal/Name Pointer\\] Table\n(([ \t]*\\[ *[0-9]+\\][^\n]*\n)+)")

@@ -1,0 +1,11 @@
+// Exceptions for hosts built with Visual C++.
+#pragma once
+
+namespace fisheye_calibration::visual_cxx {
+
+// Raise an exception that such hosts catch as their own std::bad_alloc or std::runtime_error. No
+// frame of the front is unwound: release what is held before the call. The text is copied.
+[[noreturn]] void raiseBadAlloc();
+[[noreturn]] void raiseRuntimeError(const char* text);
+
+}  // namespace fisheye_calibration::visual_cxx
