@@ -26,7 +26,7 @@ using Points = std::vector<CalibrationPoint>;
 // the number of the point; the words differ if there are points. (In debug builds they always
 // differ.)
 bool isOfDebugBuild(const Points& points) {
-  return points.size() != 0 && *reinterpret_cast<const void* const*>(points.data()) == &points;
+  return !points.empty() && *reinterpret_cast<const void* const*>(points.data()) == &points;
 }
 
 template <class... Vectors>

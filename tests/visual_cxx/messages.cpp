@@ -1,0 +1,59 @@
+// Message boxes, closed by a second thread. The system's functions are declared here, because its
+// headers are not made for both compilers.
+#include "host.h"
+
+#define SYSTEM extern "C" __declspec(dllimport)
+SYSTEM void* FindWindowW(const wchar_t*, const wchar_t*);
+SYSTEM void* GetDlgItem(void*, int);
+SYSTEM int GetWindowTextW(void*, wchar_t*, int);
+SYSTEM int PostMessageW(void*, unsigned, unsigned long long, long long);
+SYSTEM int IsWindow(void*);
+SYSTEM void* CreateThread(void*, std::size_t, unsigned long (*)(void*), void*, unsigned long,
+                          unsigned long*);
+SYSTEM unsigned long WaitForSingleObject(void*, unsigned long);
+SYSTEM int CloseHandle(void*);
+SYSTEM void Sleep(unsigned long);
+
+namespace host {
+namespace {
+
+const int kTextOfBox = 0xFFFF;
+const unsigned kCommand = 0x0111;
+const unsigned long long kOk = 1;
+const int kPatience = 2000;  // steps of 10 ms
+
+struct Watch {
+  volatile bool isOver;
+  int length;
+  wchar_t text[256];
+};
+
+unsigned long watch(void* argument) {
+  Watch& seen = *static_cast<Watch*>(argument);
+  for (int step = 0; step < kPatience && !seen.isOver; ++step) {
+    void* const box = FindWindowW(L"#32770", L"fisheye_calibration");
+    if (box != nullptr) {
+      const int length = GetWindowTextW(GetDlgItem(box, kTextOfBox), seen.text, 256);
+      if (length > 0) {
+        seen.length = length;
+        PostMessageW(box, kCommand, kOk, 0);
+      }
+    }
+    Sleep(10);
+  }
+  return 0;
+}
+
+}  // namespace
+
+void recordMessages(const char* name, void (*call)()) {
+  Watch seen = Watch();
+  void* const thread = CreateThread(nullptr, 0, watch, &seen, 0, nullptr);
+  call();
+  seen.isOver = true;
+  WaitForSingleObject(thread, ~0UL);
+  CloseHandle(thread);
+  record(name, seen.text, sizeof(wchar_t) * static_cast<std::size_t>(seen.length));
+}
+
+}  // namespace host
