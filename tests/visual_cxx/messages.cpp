@@ -7,7 +7,6 @@ SYSTEM void* FindWindowW(const wchar_t*, const wchar_t*);
 SYSTEM void* GetDlgItem(void*, int);
 SYSTEM int GetWindowTextW(void*, wchar_t*, int);
 SYSTEM int PostMessageW(void*, unsigned, unsigned long long, long long);
-SYSTEM int IsWindow(void*);
 SYSTEM void* CreateThread(void*, std::size_t, unsigned long (*)(void*), void*, unsigned long,
                           unsigned long*);
 SYSTEM unsigned long WaitForSingleObject(void*, unsigned long);
@@ -20,24 +19,27 @@ namespace {
 const int kTextOfBox = 0xFFFF;
 const unsigned kCommand = 0x0111;
 const unsigned long long kOk = 1;
+const int kMostText = 256;
 const int kPatience = 2000;  // steps of 10 ms
 
 struct Watch {
   volatile bool isOver;
   int length;
-  wchar_t text[256];
+  wchar_t text[kMostText];
 };
 
 unsigned long watch(void* argument) {
   Watch& seen = *static_cast<Watch*>(argument);
   for (int step = 0; step < kPatience && !seen.isOver; ++step) {
     void* const box = FindWindowW(L"#32770", L"fisheye_calibration");
-    if (box != nullptr) {
-      const int length = GetWindowTextW(GetDlgItem(box, kTextOfBox), seen.text, 256);
-      if (length > 0) {
-        seen.length = length;
-        PostMessageW(box, kCommand, kOk, 0);
-      }
+    wchar_t text[kMostText];
+    // A box that is just closing has no text any more.
+    const int length =
+        box == nullptr ? 0 : GetWindowTextW(GetDlgItem(box, kTextOfBox), text, kMostText);
+    if (length > 0) {
+      seen.length = length;
+      for (int i = 0; i < length; ++i) seen.text[i] = text[i];
+      PostMessageW(box, kCommand, kOk, 0);
     }
     Sleep(10);
   }

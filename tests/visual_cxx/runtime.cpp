@@ -68,6 +68,7 @@ void check(bool holds, const char* what) {
   std::memcpy(line, sign, std::strlen(sign));
   std::memcpy(line + std::strlen(sign), what, length + 1);
   std::puts(line);
+  std::fflush(nullptr);
 }
 
 Heap heapInUse() {
@@ -117,6 +118,7 @@ extern "C" void mainCRTStartup() {
     std::exit(0);
   }
   checkUnwindData();
+  checkFiller();
   checkVectors();
   checkExceptions();
 #endif

@@ -24,6 +24,7 @@ bool hasUnwindData(const void* function);
 }  // namespace host
 
 // The parts of this test that need the release build's vectors or the debug build's.
+void checkFiller();
 void checkVectors();
 void checkExceptions();
 void checkUnwindData();

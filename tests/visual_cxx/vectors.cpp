@@ -39,6 +39,12 @@ CalibrationPoint older() {
   return point;
 }
 
+// Blocks of 4096 bytes and more begin at a multiple of 32.
+bool isAligned(const Points& points) {
+  return points.capacity() * sizeof(CalibrationPoint) < 4096 ||
+         reinterpret_cast<std::uintptr_t>(points.data()) % 32 == 0;
+}
+
 bool appendsTo(std::size_t before, std::size_t reserved, std::size_t count) {
   const Points first = numbered(count);
   Points common1(before, older());
@@ -46,6 +52,7 @@ bool appendsTo(std::size_t before, std::size_t reserved, std::size_t count) {
   common2.reserve(reserved);
   GetCommonPoints(first, first, static_cast<int>(count), common1, common2);
   return isAppended(common1, before, count) && isAppended(common2, 0, count) &&
+         isAligned(common1) && isAligned(common2) &&
          (reserved < count || common2.capacity() == reserved);
 }
 
