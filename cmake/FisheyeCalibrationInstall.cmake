@@ -22,8 +22,21 @@ install(
   FILE fisheye_calibrationTargets.cmake
   DESTINATION "${package_dir}")
 
-file(WRITE "${PROJECT_BINARY_DIR}/fisheye_calibrationConfig.cmake"
-     "include(\"\${CMAKE_CURRENT_LIST_DIR}/fisheye_calibrationTargets.cmake\")\n")
+set(config "include(\"\${CMAKE_CURRENT_LIST_DIR}/fisheye_calibrationTargets.cmake\")\n")
+if(FISHEYE_CALIBRATION_VISUAL_CXX)
+  # The targets name the import library for MinGW-w64, with which this project is built.
+  string(APPEND config [[
+if(MSVC)
+  get_filename_component(fisheye_calibration_library "${CMAKE_CURRENT_LIST_DIR}/../../fisheye_calibration.lib" ABSOLUTE)
+  get_target_property(fisheye_calibration_builds fisheye_calibration::fisheye_calibration IMPORTED_CONFIGURATIONS)
+  foreach(fisheye_calibration_build IN LISTS fisheye_calibration_builds)
+    set_target_properties(fisheye_calibration::fisheye_calibration PROPERTIES
+                          IMPORTED_IMPLIB_${fisheye_calibration_build} "${fisheye_calibration_library}")
+  endforeach()
+endif()
+]])
+endif()
+file(WRITE "${PROJECT_BINARY_DIR}/fisheye_calibrationConfig.cmake" "${config}")
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/fisheye_calibrationConfigVersion.cmake"
                                  COMPATIBILITY SameMajorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/fisheye_calibrationConfig.cmake"

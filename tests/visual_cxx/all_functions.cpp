@@ -1,4 +1,5 @@
 // Calls of all 21 functions, whose outputs are recorded with their every byte.
+#include <cstdio>
 #include <cstdlib>
 #include <exception>
 
@@ -162,6 +163,30 @@ void registerPlanes() {
   recordValue("values", values);
 }
 
+// A bitmap of 32 x 24 pixels for the perspective aid.
+void writePicture() {
+  Bytes file(54 + 32 * 24 * 3);
+  const unsigned char header[] = {'B', 'M', 54, 9,  0, 0, 0, 0,  0, 0, 54, 0, 0, 0, 40,
+                                  0,   0,   0,  32, 0, 0, 0, 24, 0, 0, 0,  1, 0, 24};
+  for (std::size_t i = 0; i < file.size(); ++i) {
+    file[i] = i < sizeof header ? header[i] : static_cast<unsigned char>(i < 54 ? 0 : 7 * i);
+  }
+  std::FILE* const picture = std::fopen("D:/CorrectedImage.bmp", "wb");
+  std::fwrite(file.data(), 1, file.size(), picture);
+  std::fclose(picture);
+}
+
+void straighten() {
+  double values[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+  try {
+    recordValue("straightened", GetPerspectiveTransformationParam(targetPoints(2, 2), values,
+                                                                  values[6], values[7]));
+  } catch (const std::exception& error) {
+    recordText("straightened", error.what());
+  }
+  recordValue("values", values);
+}
+
 void shareAndStitch() {
   Points left = targetPoints(13, 9);
   Points right = targetPoints(12, 8);
@@ -223,6 +248,10 @@ void callAllFunctions() {
   mapPoints();
   renderPictures();
   registerPlanes();
+  writePicture();
+  recordWindow("window", straighten);
+  std::remove("D:/CorrectedImage.bmp");
+  recordDigest("straightened", "D:/CorrectedImage2.bmp");
   shareAndStitch();
 }
 

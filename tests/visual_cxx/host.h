@@ -16,7 +16,8 @@ void openResults(const char* path);
 void closeResults();
 void record(const char* name, const void* bytes, std::size_t count);
 void recordText(const char* name, const char* text);
-void recordFile(const char* name, const char* path);
+void recordFile(const char* name, const char* path);    // removes the file
+void recordDigest(const char* name, const char* path);  // of a larger file
 template <class T>
 void recordValue(const char* name, const T& value) {
   record(name, &value, sizeof value);
@@ -28,6 +29,10 @@ void callAllFunctions();
 // Runs `call` while a second thread records the text of the message boxes that appear and closes
 // them.
 void recordMessages(const char* name, void (*call)());
+
+// Runs `call` while a second thread presses a key in the window of the perspective aid; records
+// whether it appeared.
+void recordWindow(const char* name, void (*call)());
 
 // Numbers that are the same in every host.
 class Numbers {

@@ -36,6 +36,25 @@ void recordFile(const char* name, const char* path) {
   std::remove(path);
 }
 
+void recordDigest(const char* name, const char* path) {
+  std::FILE* const file = std::fopen(path, "rb");
+  std::uint64_t digest = 14695981039346656037u;  // FNV-1a
+  std::uint64_t length = 0;
+  std::vector<unsigned char> bytes(1 << 16);
+  while (file != nullptr) {
+    const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), file);
+    if (count == 0) {
+      std::fclose(file);
+      std::remove(path);
+      break;
+    }
+    for (std::size_t i = 0; i < count; ++i) digest = (digest ^ bytes[i]) * 1099511628211u;
+    length += count;
+  }
+  recordValue(name, length);
+  recordValue(name, digest);
+}
+
 FishEyeCalibrationParam sampleCamera() {
   FishEyeCalibrationParam camera = FishEyeCalibrationParam();
   camera.u0 = 322.5f;
