@@ -1,5 +1,9 @@
 # Lets the DLL that MinGW-w64 builds serve hosts that are built with Visual C++: adds a front which clang compiles
 # by Visual C++'s rules, and the import library for Visual C++'s linker. docs/visual-cxx.md explains the parts.
+
+# The part that the library's own compiler compiles.
+set(FISHEYE_CALIBRATION_BRIDGE "${PROJECT_SOURCE_DIR}/src/visual_cxx/bridge.cpp"
+                               "${PROJECT_SOURCE_DIR}/src/visual_cxx/outcome.cpp")
 if(NOT MINGW)
   return()
 endif()
@@ -91,7 +95,7 @@ function(fisheye_calibration_add_visual_cxx target)
   fisheye_calibration_compile_front("${folder}/front.obj" "${sources}/front.cpp" -fno-exceptions)
   fisheye_calibration_compile_front("${folder}/raise.obj" "${sources}/raise.cpp"
                                     "-fexceptions;-fcxx-exceptions")
-  target_sources(${target} PRIVATE "${sources}/bridge.cpp")
+  target_sources(${target} PRIVATE ${FISHEYE_CALIBRATION_BRIDGE})
   target_include_directories(${target} PRIVATE "${PROJECT_SOURCE_DIR}/src")
   target_include_directories(${target} SYSTEM PRIVATE ${OpenCV_INCLUDE_DIRS})
   target_compile_definitions(${target} PRIVATE FISHEYE_CALIBRATION_BUILDING)

@@ -1,11 +1,8 @@
 #include "visual_cxx/bridge.h"
 
 #include <algorithm>
-#include <exception>
 #include <new>
 #include <opencv2/core.hpp>
-#include <stdexcept>
-#include <string_view>
 #include <vector>
 
 #include "single/calibration.h"
@@ -16,22 +13,13 @@ namespace {
 
 using Points = std::vector<CalibrationPoint>;
 
-Outcome failed(std::string_view text, Failure& failure) noexcept {
-  *std::copy_n(text.begin(), std::min(text.size(), kTextLength - 1), failure.text) = '\0';
-  return Outcome::kFailed;
-}
-
 // Runs a function of the library. No exception passes.
 template <class Function>
 Outcome guarded(Failure* failure, const Function& function) noexcept {
   try {
     return function() ? Outcome::kTrue : Outcome::kFalse;
-  } catch (const std::bad_alloc&) {
-    return Outcome::kOutOfMemory;
-  } catch (const std::exception& error) {
-    return failed(error.what(), *failure);
   } catch (...) {
-    return failed("an exception of unknown type", *failure);
+    return outcomeOfException(*failure);
   }
 }
 

@@ -8,17 +8,9 @@
 #include <cstddef>
 
 #include "fisheye_calibration.h"
+#include "visual_cxx/outcome.h"
 
 namespace fisheye_calibration::visual_cxx {
-
-// How a call ended: with the function's own result, or with an exception.
-enum class Outcome : int { kFalse, kTrue, kOutOfMemory, kFailed };
-
-// The text of an exception, for kFailed. Longer ones are cut.
-constexpr std::size_t kTextLength = 1024;
-struct Failure {
-  char text[kTextLength];
-};
 
 struct PointList {
   const CalibrationPoint* points;

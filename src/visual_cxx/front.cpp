@@ -34,10 +34,9 @@ void refuseDebugBuild(const Vectors&... vectors) {
   if ((isOfDebugBuild(vectors) || ...)) {  // their memory is not ours to free, either
     raiseRuntimeError(
         "fisheye_calibration: the host is built with _ITERATOR_DEBUG_LEVEL 1 or 2, as debug builds "
-        "are by default, "
-        "and its std::vector is another than the library's. Build it with /MD and "
-        "_ITERATOR_DEBUG_LEVEL=0, or use "
-        "the C interface or its wrapper fisheye_calibration.hpp, which work with every build.");
+        "are by default, and its std::vector is another than the library's. Build it with /MD and "
+        "_ITERATOR_DEBUG_LEVEL=0, or use the C interface or its wrapper fisheye_calibration.hpp, "
+        "which work with every build.");
   }
 }
 
@@ -48,6 +47,16 @@ void refuseDebugBuild(const Vectors&... vectors) {
   raiseRuntimeError(failure.text);
 }
 
+// Visual C++ leaves all but the lowest byte of the register undefined in which it returns a bool,
+// but other languages that bind to these names read more as their truth values.
+bool inWholeRegister(bool result) {
+  unsigned whole = result;
+  asm("" : "+r"(whole));  // the compiler no longer knows that one byte would do
+  bool lowest = false;
+  __builtin_memcpy(&lowest, &whole, 1);
+  return lowest;
+}
+
 // The result of a call, or its exception once the vectors that were passed by value are released.
 template <class... Vectors>
 bool resultOf(Outcome outcome, const Failure& failure, Vectors&... byValue) {
@@ -55,7 +64,7 @@ bool resultOf(Outcome outcome, const Failure& failure, Vectors&... byValue) {
     (byValue.release(), ...);
     raise(outcome, failure);
   }
-  return outcome == Outcome::kTrue;
+  return inWholeRegister(outcome == Outcome::kTrue);
 }
 
 PointList listOf(const Points& points) { return {points.data(), points.size()}; }

@@ -3,9 +3,17 @@
 #include <exception>
 #include <new>
 #include <stdexcept>
+#include <typeinfo>
 
 #include "host.h"
 #include "runtime.h"
+
+// What std::exception_ptr calls in Visual C++'s runtime. The object itself is two pointers.
+#define RUNTIME __declspec(dllimport)
+RUNTIME void __ExceptionPtrCreate(void*);
+RUNTIME void __ExceptionPtrDestroy(void*);
+RUNTIME void __ExceptionPtrCurrentException(void*);
+RUNTIME void __ExceptionPtrRethrow(const void*);
 
 namespace {
 
@@ -65,6 +73,7 @@ bool isCaughtByReference() {
     failInTheImageLibrary();
   } catch (const std::exception& error) {
     return namesTheCondition(error);
+  } catch (...) {
   }
   return false;
 }
@@ -74,6 +83,7 @@ bool isCaughtByValue() {
     failInTheImageLibrary();
   } catch (std::exception error) {
     return namesTheCondition(error);
+  } catch (...) {
   }
   return false;
 }
@@ -105,8 +115,64 @@ bool isARuntimeErrorByCast() {
   return false;
 }
 
+bool isCaughtWithoutType() {
+  try {
+    failInTheImageLibrary();
+  } catch (...) {
+    return true;
+  }
+  return false;
+}
+
+bool isKnownByTypeid() {
+  try {
+    failInTheImageLibrary();
+  } catch (const std::exception& error) {
+    return typeid(error) == typeid(std::runtime_error) && typeid(error) != typeid(std::bad_alloc);
+  }
+  return false;
+}
+
+// While another exception is handled.
+bool isCaughtInAHandler() {
+  try {
+    runOutOfMemory();
+  } catch (const std::bad_alloc& outer) {
+    return isCaughtByReference() && std::strcmp(outer.what(), "bad allocation") == 0;
+  }
+  return false;
+}
+
+// Kept by a std::exception_ptr, thrown again when the first exception is gone.
+bool isKeptByAPointer(void (*call)(), Caught kind) {
+  void* kept[2];
+  __ExceptionPtrCreate(kept);
+  try {
+    call();
+  } catch (...) {
+    __ExceptionPtrCurrentException(kept);
+  }
+  Caught again = kNothing;
+  bool hasText = false;
+  try {
+    __ExceptionPtrRethrow(kept);
+  } catch (const std::bad_alloc& error) {
+    again = kBadAlloc;
+    hasText = std::strcmp(error.what(), "bad allocation") == 0;
+  } catch (const std::runtime_error& error) {
+    again = kRuntimeError;
+    hasText = namesTheCondition(error);
+  }
+  __ExceptionPtrDestroy(kept);
+  return again == kind && hasText;
+}
+
 void catchAll() {
   isCaughtByReference();
+  isCaughtWithoutType();
+  isCaughtInAHandler();
+  isKeptByAPointer(failInTheImageLibrary, kRuntimeError);
+  isKeptByAPointer(runOutOfMemory, kBadAlloc);
   isCaughtByValue();
   isCaughtAgain();
   kindOf(failWithManyPoints);
@@ -123,5 +189,11 @@ void checkExceptions() {
   check(isCaughtByValue(), "caught by value it has its text");
   check(isCaughtAgain(), "rethrown it has its type and text");
   check(isARuntimeErrorByCast(), "dynamic_cast knows its type");
+  check(isKnownByTypeid(), "typeid knows its type");
+  check(isCaughtWithoutType(), "catch (...) catches it");
+  check(isCaughtInAHandler(), "caught while another is handled it has its text");
+  check(isKeptByAPointer(failInTheImageLibrary, kRuntimeError) &&
+            isKeptByAPointer(runOutOfMemory, kBadAlloc),
+        "std::exception_ptr keeps its type and text");
   host::checkBalance("exceptions leave no memory in use", catchAll);
 }

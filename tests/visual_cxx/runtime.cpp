@@ -119,7 +119,9 @@ extern "C" void mainCRTStartup() {
   }
   checkUnwindData();
   checkFiller();
+  checkRegisters();
   checkVectors();
+  checkMemory();
   checkExceptions();
 #endif
   std::puts(host::failures == 0 && host::checks > 0 ? "all checks passed" : "some checks failed");

@@ -27,5 +27,7 @@ bool hasUnwindData(const void* function);
 void checkFiller();
 void checkVectors();
 void checkExceptions();
+void checkMemory();
+void checkRegisters();
 void checkUnwindData();
 void checkDebugBuild();

@@ -99,6 +99,31 @@ void passByValue() {
   }
 }
 
+// Vectors that are moved into the call keep their spare memory, which is freed by its own size;
+// what remains is empty and without memory, like a vector that was never filled.
+bool passesMovedOnes() {
+  double params[6];
+  double error = -1;
+  bool isSame = true;
+  for (const std::size_t reserved : kSizes) {
+    for (std::size_t count = 0; count <= 4; count += 4) {
+      Points points;
+      points.reserve(reserved);
+      const Points target = host::targetPoints(2, 2);
+      for (std::size_t i = 0; i < count; ++i) points.push_back(target[i]);
+      isSame = isSame && HandEyeCalibration(static_cast<Points&&>(points), params, error, error) ==
+                             (count == 4);
+      isSame = isSame && points.data() == nullptr && points.capacity() == 0;
+      isSame = isSame && !HandEyeCalibration(points, params, error, error);
+      GetCommonPoints(points, target, 4, points, points);
+      isSame = isSame && points.size() == 0;
+    }
+  }
+  return isSame;
+}
+
+void passMovedOnes() { passesMovedOnes(); }
+
 }  // namespace
 
 void checkVectors() {
@@ -108,4 +133,6 @@ void checkVectors() {
   host::checkBalance("appending to full vectors leaves no memory in use", appendToFullOnes);
   host::checkBalance("appending to reserved vectors leaves no memory in use", appendToReservedOnes);
   host::checkBalance("vectors passed by value are freed", passByValue);
+  check(passesMovedOnes(), "vectors moved into a call are read");
+  host::checkBalance("vectors moved into a call are freed by their capacity", passMovedOnes);
 }
