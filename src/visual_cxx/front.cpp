@@ -32,7 +32,7 @@ bool isOfDebugBuild(const Points& points) {
 template <class... Vectors>
 void refuseDebugBuild(const Vectors&... vectors) {
   if ((isOfDebugBuild(vectors) || ...)) {  // their memory is not ours to free, either
-    raiseRuntimeError(
+    raiseConstant(
         "fisheye_calibration: the host is built with _ITERATOR_DEBUG_LEVEL 1 or 2, as debug builds "
         "are by default, and its std::vector is another than the library's. Build it with /MD and "
         "_ITERATOR_DEBUG_LEVEL=0, or use the C interface or its wrapper fisheye_calibration.hpp, "

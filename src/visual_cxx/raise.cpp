@@ -54,6 +54,7 @@ class exception {
 class runtime_error : public exception {
  public:
   explicit runtime_error(const char* text) noexcept : exception(text) {}
+  runtime_error(const char* constant, int) noexcept : exception(constant, 0) {}
 };
 
 class bad_alloc : public exception {
@@ -94,5 +95,7 @@ namespace fisheye_calibration::visual_cxx {
 void raiseBadAlloc() { throw std::bad_alloc(); }
 
 void raiseRuntimeError(const char* text) { throw std::runtime_error(text); }
+
+void raiseConstant(const char* text) { throw std::runtime_error(text, 0); }
 
 }  // namespace fisheye_calibration::visual_cxx

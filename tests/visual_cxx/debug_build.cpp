@@ -22,6 +22,21 @@ void checkRefused(const char* what, Call call) {
   host::check(isRefused, what);
 }
 
+// Such hosts have another heap, which must not free what the exception holds.
+bool isRefusedWithoutMemory() {
+  Points points(20);
+  FishEyeCalibrationParam camera = FishEyeCalibrationParam();
+  double error = 0;
+  const host::Heap before = host::heapInUse();
+  try {
+    SingleCamCalibration(nullptr, 640, 480, 8, points, 640, 480, camera, error);
+  } catch (const std::exception&) {
+    const host::Heap now = host::heapInUse();
+    return before.blocks > 0 && now.blocks == before.blocks && now.bytes == before.bytes;
+  }
+  return false;
+}
+
 // xw = 2 x + 1, yw = 3 y - 1
 bool isServedByTheCInterface() {
   Points points(3);
@@ -77,5 +92,6 @@ void checkDebugBuild() {
                             nullptr, 0, 0, 8, dual);
     });
   }
+  host::check(isRefusedWithoutMemory(), "the exception holds no memory");
   host::check(isServedByTheCInterface(), "the C interface serves debug builds");
 }
