@@ -66,13 +66,7 @@ struct FramePlaces {
 
 using DBatch = hn::CappedTag<std::int32_t, kBatch>;
 
-HWY_INLINE unsigned bitsOf(hn::Mask<DBatch> mask) {
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(DBatch(), mask, bits);
-  return bits[0];
-}
-
-// Of blocks that can be computed in float.
+// The bits of blocks that cannot be computed in float mean nothing.
 template <int kBytes>
 HWY_INLINE FramePlaces placesOf(const images::Frame& frame, const BlockBatch& batch) {
   const DBatch d;
@@ -81,7 +75,8 @@ HWY_INLINE FramePlaces placesOf(const images::Frame& frame, const BlockBatch& ba
     const auto u = hn::Load(d, batch.baseU + i);
     const auto v = hn::Load(d, batch.baseV + i);
     const auto extent = hn::Load(d, batch.extent + i);
-    // How far samples of so many pixels can move from the middle's without leaving the frame.
+    // How far samples of so many pixels can move from the middle's without leaving the frame. If
+    // negative, by how much they lie outside already; a sample that starts at -1 touches the frame.
     const auto room = [&](int columns, int rows) HWY_ATTR {
       const auto right = hn::Set(d, sizeThatMatters(frame.width) - columns);
       const auto below = hn::Set(d, sizeThatMatters(frame.height) - rows);
@@ -89,8 +84,8 @@ HWY_INLINE FramePlaces placesOf(const images::Frame& frame, const BlockBatch& ba
     };
     const auto deep = hn::Not(hn::Lt(room(kColumnsRead<kBytes>, kRowsRead<kBytes>), extent));
     const auto beyond = hn::Lt(room(2, 2), hn::Sub(hn::Set(d, -1), extent));
-    places.deep |= bitsOf(deep) << i;
-    places.beyond |= bitsOf(beyond) << i;
+    places.deep |= bitsOf(d, deep) << i;
+    places.beyond |= bitsOf(d, beyond) << i;
   }
   return places;
 }

@@ -36,12 +36,6 @@ HWY_INLINE void store(VD value, std::int32_t* to) {
   hn::Store(hn::DemoteTo(d, value), d, to);
 }
 
-HWY_INLINE unsigned bitsOf(hn::Mask<DD> mask) {
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(DD(), mask, bits);
-  return bits[0];
-}
-
 // The middles of a batch in vectors of kDoubles.
 constexpr int kGroups = kBatch / kDoubles;
 
@@ -74,10 +68,10 @@ HWY_INLINE void classify(const InverseWarp& warp, const RowGeometry& row, VD squ
   const auto outside = hn::And(below(row.certain), hn::Gt(nearest, broadcastDouble(kRounding)));
   middles.fine[g] = below(row.fine);
   const int first = g * kDoubles;
-  batch.inside |= bitsOf(hn::Lt(farthest, broadcastDouble(-kRounding))) << first;
-  batch.outside |= bitsOf(outside) << first;
-  batch.small |= bitsOf(below(row.small)) << first;
-  batch.gentle |= bitsOf(gentle) << first;
+  batch.inside |= bitsOf(DD(), hn::Lt(farthest, broadcastDouble(-kRounding))) << first;
+  batch.outside |= bitsOf(DD(), outside) << first;
+  batch.small |= bitsOf(DD(), below(row.small)) << first;
+  batch.gentle |= bitsOf(DD(), gentle) << first;
 }
 
 // The source side. The last block of a part ends with it.
@@ -128,7 +122,8 @@ HWY_INLINE void completeSource(const ViewGeometry& view, BlockBatch& batch) {
   }
 }
 
-// Looks up the nodes of the blocks of group g. Returns S0.
+// Looks up the nodes of the blocks of group g. Returns S0, stores the extents and begins the bits
+// of usual blocks with those about a usual node.
 HWY_INLINE VD lookUp(const ViewGeometry& view, int g, BlockBatch& batch) {
   HWY_ALIGN double values[kDoubles];
   for (int k = 0; k < kDoubles; ++k) {
@@ -196,7 +191,7 @@ HWY_INLINE unsigned prepareLens(const ViewGeometry& view, const Rays& rays, int 
   store(hn::NegMulAdd(baseV, pixel, V), batch.restV + i);
   const auto holdable =
       hn::Lt(hn::Max(hn::Abs(U), hn::Abs(V)), broadcastDouble(kFractions * kFarthest));
-  return bitsOf(holdable) << i;
+  return bitsOf(DD(), holdable) << i;
 }
 
 // Blocks `first` ... of a part of a row. The steps of all blocks are taken together, so that none

@@ -19,8 +19,8 @@ HWY_BEFORE_NAMESPACE();
 namespace fisheye_calibration::rendering {
 namespace HWY_NAMESPACE {
 
-// The plain steps are followed operation by operation: packs round each of them, also a product
-// that is added to something.
+// The plain steps are followed operation by operation, except for the arctangent where its last
+// bits do not count: packs round each of them, also a product that is added to something.
 namespace model = lens::HWY_NAMESPACE;
 using model::Lanes;
 using model::Pack;
@@ -79,30 +79,40 @@ HWY_INLINE PackOfPositions positionsOf(const lens::Camera& camera, const PackOfR
   return {u * Pack(kFractions), v * Pack(kFractions)};
 }
 
-// A camera whose positions bound the terms of this one's, and how they grow with theta.
-inline lens::Camera camerasMagnitudes(const lens::Camera& camera) {
-  return {std::abs(camera.fx),   std::abs(camera.fy),     std::abs(camera.cx),
-          std::abs(camera.cy),   2 * std::abs(camera.k0), 3 * std::abs(camera.k1),
-          std::abs(camera.alpha)};
+// How far a theta that is off by three units in the last place can move positions. That is less
+// than 2^-48 of M, the sum of the terms' magnitudes with k0 twice and k1 three times, as in the
+// slope of theta_d (docs/rendering.md). A margin of 16 costs little: with M = 2^16, the largest of
+// usual cameras, one block in 2^21 is computed twice.
+HWY_INLINE PackOfPositions boundsOf(const lens::Camera& camera, const PackOfRays& rays,
+                                    Pack theta) {
+  const Pack share(0x1p-44);
+  const lens::Camera magnitudes{std::abs(camera.fx),
+                                std::abs(camera.fy),
+                                std::abs(camera.cx),
+                                std::abs(camera.cy),
+                                2 * std::abs(camera.k0),
+                                3 * std::abs(camera.k1),
+                                0};
+  const PackOfPositions M =
+      positionsOf(magnitudes, {absolute(rays.x), absolute(rays.y), rays.r, rays.isAhead}, theta);
+  return {share * M.u, share * M.v};
 }
 
-// Whether a theta that is off by some units in the last place gives the same rounded positions.
-// That moves a position by less than 2^-48 of the sum of its terms: 2^-50 for theta, 20 roundings
-// of 2^-53 in both.
-HWY_INLINE bool areCertain(const PackOfPositions& positions, const PackOfPositions& magnitudes) {
-  const auto isCertain = [](Pack position, Pack magnitude) HWY_ATTR {
+// Whether positions that are off by less than this are rounded correctly. False for NaN and
+// infinity.
+HWY_INLINE bool areCertain(const PackOfPositions& positions, const PackOfPositions& bounds) {
+  const auto isCertain = [](Pack position, Pack bound) HWY_ATTR {
     const Pack distance = absolute(position - Pack(hn::Round(position.v)));
-    return hn::Lt(distance.v, (Pack(0.5) - Pack(0x1p-44) * magnitude).v);
+    return hn::Lt(distance.v, (Pack(0.5) - bound).v);
   };
-  return hn::AllTrue(
-      Lanes(), hn::And(isCertain(positions.u, magnitudes.u), isCertain(positions.v, magnitudes.v)));
+  return hn::AllTrue(Lanes(),
+                     hn::And(isCertain(positions.u, bounds.u), isCertain(positions.v, bounds.v)));
 }
 
 // The raw positions of the source pixels, as by ExactPositions.
 HWY_INLINE void rawPositions(const lens::Camera& camera, ExactPositions& exact,
                              CarefulBlock& block) {
   constexpr std::ptrdiff_t kPacks = kBlock / kPack;
-  const lens::Camera magnitudes = camerasMagnitudes(camera);
   alignas(64) double X[kBlock];
   alignas(64) double Y[kBlock];
   alignas(64) double W[kBlock];
@@ -122,8 +132,7 @@ HWY_INLINE void rawPositions(const lens::Camera& camera, ExactPositions& exact,
   for (std::ptrdiff_t i = 0; i < kPacks && certain; ++i) {
     const Pack theta = arcTangent(rays[i].r);
     const PackOfPositions positions = positionsOf(camera, rays[i], theta);
-    const PackOfRays lengths{absolute(rays[i].x), absolute(rays[i].y), rays[i].r, rays[i].isAhead};
-    certain = areCertain(positions, positionsOf(magnitudes, lengths, theta));
+    certain = areCertain(positions, boundsOf(camera, rays[i], theta));
     storePositions(i, positions);
   }
   if (certain) {

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -41,9 +42,8 @@ struct LensNode {
   // this to a whole number of 1/32 pixels. 0 if blocks about this node cannot be computed in float.
   float safe = 0;
   double sure = 0;
-  // Raw pixels that a block can extend from the position of its middle, at most.
-  static constexpr int kUnknownExtent = 1 << 16;
-  std::int32_t extent = kUnknownExtent;
+  // Raw pixels that a block can extend from the position of its middle, at most; 2^16 if unknown.
+  std::int32_t extent = 1 << 16;
 };
 
 // One table or several, one after the other.

@@ -51,6 +51,14 @@ constexpr std::ptrdiff_t kParts =
 HWY_INLINE VF broadcast(float x) { return hn::Set(DF(), x); }
 HWY_INLINE V16 broadcast16(int x) { return hn::Set(D16(), static_cast<std::int16_t>(x)); }
 
+// One bit per lane, of at most 8.
+template <class D>
+HWY_INLINE unsigned bitsOf(D d, hn::Mask<D> mask) {
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(d, mask, bits);
+  return bits[0];
+}
+
 // Joins kParts vectors of 16 bytes, each from its own address.
 using Part = hn::Full128<std::uint8_t>;
 

@@ -1,6 +1,7 @@
 #include "rendering/block_access.h"
 
 #include <algorithm>
+#include <cmath>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "rendering/block_access.cpp"
@@ -36,6 +37,32 @@ void TraceBlock(const ViewGeometry& view, const BlockBatch& batch, int i, blocks
 bool ComputeCarefully(const ViewGeometry& view, CarefulPositions& positions, int x, int y,
                       CarefulBlock& block) {
   return computeBlockCarefully(view, positions, x, y, block);
+}
+
+void CheckArctangents(const lens::Camera& camera, const double* x, const double* y,
+                      blocks::ArctangentCheck& check) {
+  for (int k = 0; k < kBlock; k += static_cast<int>(kPack)) {
+    const Pack px = Pack::load(x + k);
+    const Pack py = Pack::load(y + k);
+    const PackOfRays rays{px, py, squareRoot(px * px + py * py), hn::Eq(px.v, px.v)};
+    alignas(64) double r[kPack];
+    alignas(64) double theta[kPack];
+    rays.r.store(r);
+    std::transform(r, r + kPack, theta, [](double tangent) { return std::atan(tangent); });
+    const PackOfPositions expected = positionsOf(camera, rays, Pack::load(theta));
+    const PackOfPositions found = positionsOf(camera, rays, arcTangent(rays.r));
+    const PackOfPositions bounds = boundsOf(camera, rays, arcTangent(rays.r));
+    const Pack u = absolute(found.u - expected.u) / bounds.u;
+    const Pack v = absolute(found.v - expected.v) / bounds.v;
+    const Pack larger(hn::MaxOfLanes(Lanes(), hn::Max(u.v, v.v)));
+    check.largestShare = std::max(check.largestShare, hn::GetLane(larger.v));
+    if (areCertain(found, bounds)) {
+      const auto equal = hn::And(hn::Eq(hn::Round(found.u.v), hn::Round(expected.u.v)),
+                                 hn::Eq(hn::Round(found.v.v), hn::Round(expected.v.v)));
+      check.certain += static_cast<int>(kPack);
+      check.wrong += static_cast<int>(kPack) - static_cast<int>(hn::CountTrue(Lanes(), equal));
+    }
+  }
 }
 
 template <int kBytes>
@@ -86,6 +113,8 @@ void TraceBlock(const ViewGeometry&, const BlockBatch&, int, blocks::Trace&) {}
 bool ComputeCarefully(const ViewGeometry&, CarefulPositions&, int, int, CarefulBlock&) {
   return false;
 }
+void CheckArctangents(const lens::Camera&, const double*, const double*, blocks::ArctangentCheck&) {
+}
 void Sample(const images::Frame&, const blocks::Request&, unsigned char*, unsigned char*) {}
 bool SumsOfPairsAgree(const std::uint8_t*, const std::uint8_t*) { return false; }
 bool NarrowingAgrees(const std::uint8_t*, const std::uint8_t*) { return false; }
@@ -105,6 +134,7 @@ HWY_EXPORT(AreComputed);
 HWY_EXPORT(Prepare);
 HWY_EXPORT(TraceBlock);
 HWY_EXPORT(ComputeCarefully);
+HWY_EXPORT(CheckArctangents);
 HWY_EXPORT(Sample);
 HWY_EXPORT(SumsOfPairsAgree);
 HWY_EXPORT(NarrowingAgrees);
@@ -131,6 +161,12 @@ Trace trace(const ViewGeometry& view, const BlockBatch& batch, int i) {
 bool computeCarefully(const ViewGeometry& view, CarefulPositions& positions, int x, int y,
                       CarefulBlock& block) {
   return HWY_DYNAMIC_DISPATCH(ComputeCarefully)(view, positions, x, y, block);
+}
+
+void checkArctangents(const fisheye_calibration::lens::Camera& camera,
+                      const std::array<double, kBlock>& x, const std::array<double, kBlock>& y,
+                      ArctangentCheck& check) {
+  HWY_DYNAMIC_DISPATCH(CheckArctangents)(camera, x.data(), y.data(), check);
 }
 
 void sample(const images::Frame& frame, const Request& request, unsigned char* pixels,

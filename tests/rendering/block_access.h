@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "images/view.h"
+#include "lens/camera.h"
 #include "rendering/block_batch.h"
 #include "rendering/careful_pixels.h"
 #include "rendering/row_renderer.h"
@@ -35,6 +36,16 @@ Trace trace(const rendering::ViewGeometry& view, const rendering::BlockBatch& ba
 // nothing.
 bool computeCarefully(const rendering::ViewGeometry& view, rendering::CarefulPositions& positions,
                       int x, int y, rendering::CarefulBlock& block);
+
+// Raw positions by vector arctangents against those by the standard library's.
+struct ArctangentCheck {
+  double largestShare = 0;  // of the bound on their difference
+  int certain = 0;          // rays whose rounding does not depend on the last bits
+  int wrong = 0;            // of these, rounded differently
+};
+void checkArctangents(const fisheye_calibration::lens::Camera& camera,
+                      const std::array<double, rendering::kBlock>& x,
+                      const std::array<double, rendering::kBlock>& y, ArctangentCheck& check);
 
 // A block at positions relative to the raw pixel (baseU, baseV), which differ from it by less than
 // `extent` pixels. With `edge`, pixels that are not shown become 0. With `isLast`, nothing is

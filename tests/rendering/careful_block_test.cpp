@@ -1,9 +1,12 @@
 // Blocks computed by the plain steps in vectors are those computed one pixel after another.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <opencv2/core.hpp>
+#include <string>
 
 #include "rendering/block_access.h"
 #include "rendering/block_sets.h"
@@ -159,6 +162,45 @@ TEST(CarefulBlock, RoundsEveryStepAsThePlainSteps) {
       ASSERT_FALSE(HasFatalFailure()) << "block " << i;
     }
     EXPECT_GT(counts.shown - counts.atInfinity, 2000);
+  });
+}
+
+// Cameras of all sizes; theta_d is about 0, a difference of large terms, where k0 is chosen so.
+lens::Camera cameraAtTies(Dice& dice, double largestFocal, double theta) {
+  const double focal = dice.magnitude(10, largestFocal);
+  lens::Camera camera{focal, -0.9 * focal, dice.whole(0, 500) + 1.0 / 64, dice.number(500), 0, 0,
+                      0};
+  camera.k1 = dice.number(1) * dice.magnitude(0.01, 1e3);
+  camera.k0 = dice.oneIn(2) ? -(1 / theta + camera.k1 * theta) : dice.number(0.3);
+  return camera;
+}
+
+// The documented bound is a sixteenth of what the code allows for.
+TEST(CarefulBlock, ArctangentsMovePositionsByLessThanTheirBound) {
+  blocks::onEverySet([] {
+    Dice dice(3);
+    for (const double largestFocal : {1e4, 0x1p40}) {
+      blocks::ArctangentCheck check;
+      for (int i = 0; i < 20000; ++i) {
+        const double r = dice.magnitude(1e-3, 30);
+        const double turn = dice.number(CV_PI);
+        std::array<double, kBlock> x;
+        std::array<double, kBlock> y;
+        for (std::size_t k = 0; k < x.size(); ++k) {
+          const double spread = r * (1 + dice.number(1e-3));
+          x[k] = spread * std::cos(turn);
+          y[k] = spread * std::sin(turn);
+        }
+        blocks::checkArctangents(cameraAtTies(dice, largestFocal, std::atan(r)), x, y, check);
+      }
+      RecordProperty("largestShare", std::to_string(check.largestShare));
+      EXPECT_LT(check.largestShare, 1.0 / 16);
+      EXPECT_GT(check.largestShare, 1.0 / 256) << "the bound is far too large";
+      EXPECT_EQ(check.wrong, 0);
+      if (largestFocal < 1e5) {
+        EXPECT_GT(check.certain, 600000) << "of 640000";
+      }
+    }
   });
 }
 
