@@ -1,0 +1,308 @@
+"""Two cameras over one bed."""
+
+from __future__ import annotations
+
+import errno
+import os
+from dataclasses import dataclass
+from typing import Optional, Tuple
+
+import numpy as np
+import numpy.typing as npt
+
+from . import _arrays, _core
+from ._arrays import Float32Array, Frame, PathLike, Record, Size
+from ._camera import Camera
+from ._errors import NoResultError
+
+
+class TargetPoints:
+    """Numbered points of a target as one camera sees them.
+
+    Parameters
+    ----------
+    ids : (n,) array_like of int
+        Numbers from 1, which identify a point in both cameras.
+    world : (n, 2) or (n, 3) array_like
+        Points of the bed, world units.
+    image : (n, 2) array_like
+        The same points in the raw image, pixels.
+    """
+
+    __slots__ = ("_points",)
+    _points: Record
+
+    def __init__(self, ids: npt.ArrayLike, world: npt.ArrayLike, image: npt.ArrayLike) -> None:
+        points = _arrays.target(world, image)
+        numbers = _arrays.numbers(ids, "ids")
+        if numbers.dtype.kind not in "iu":
+            raise TypeError(f"ids: not whole numbers but {numbers.dtype}")
+        if numbers.shape != points.shape:
+            raise ValueError(f"ids: shape {numbers.shape}, but world has {len(points)} points")
+        bounds = np.iinfo(np.int32)
+        if np.any(numbers < bounds.min) or np.any(numbers > bounds.max):
+            raise ValueError("ids: more than 32 bits")
+        points["id"] = numbers
+        points.setflags(write=False)
+        self._points = points
+
+    @classmethod
+    def _of(cls, points: Record) -> TargetPoints:
+        target = cls.__new__(cls)
+        points.setflags(write=False)
+        target._points = points
+        return target
+
+    def __len__(self) -> int:
+        return len(self._points)
+
+    def __repr__(self) -> str:
+        return f"<TargetPoints: {len(self)} points>"
+
+    @property
+    def record(self) -> Record:
+        """The fields of the C interface's ``fcal_point``: a read-only structured array, (n,)."""
+        return self._points
+
+    @property
+    def ids(self) -> npt.NDArray[np.int32]:
+        """Numbers of the points, shape (n,)."""
+        return np.array(self._points["id"], np.int32)
+
+    @property
+    def world(self) -> Float32Array:
+        """Points of the bed, world units, shape (n, 2)."""
+        return np.stack([self._points["xw"], self._points["yw"]], axis=1)
+
+    @property
+    def image(self) -> Float32Array:
+        """Points of the raw image, pixels, shape (n, 2)."""
+        return np.stack([self._points["x"], self._points["y"]], axis=1)
+
+
+def common_points(
+    first: TargetPoints, second: TargetPoints, id_count: Optional[int] = None
+) -> Tuple[TargetPoints, TargetPoints]:
+    """Return the points that both cameras see, by ascending id.
+
+    Parameters
+    ----------
+    first, second : TargetPoints
+        What the two cameras see. An id that occurs twice in one list counts as common, too.
+    id_count : int, optional
+        Ids outside 1 ... id_count are skipped; the default is the largest id.
+
+    Returns
+    -------
+    (TargetPoints, TargetPoints)
+        The common points of the first and of the second camera.
+    """
+    points1, points2 = _points_of(first, "first"), _points_of(second, "second")
+    if id_count is None:
+        id_count = max([0, *points1["id"].tolist(), *points2["id"].tolist()])
+    common = _core.common_points(points1, points2, _arrays.whole(id_count, "id_count"))
+    return TargetPoints._of(common[0]), TargetPoints._of(common[1])
+
+
+@dataclass(frozen=True, eq=False)
+class RigView:
+    """One camera of a pair.
+
+    Attributes
+    ----------
+    frame : (h, w), (h, w, 3) or (h, w, 4) uint8 array
+        Its raw frame, row 0 at the top, of any strides.
+    camera : Camera
+        Its calibration, for views of twice the frame's size.
+    points : TargetPoints
+        What it saw of the target on the bed, within 0 ... 10000 world units.
+    """
+
+    frame: Frame
+    camera: Camera
+    points: TargetPoints
+
+
+class StitchedRecord:
+    """Scale, size and datum of a stitched image.
+
+    The world point `datum` is at the pixel `datum_pixel` of an image of `size`, `pixel` world
+    units per pixel. Unlike the parameter file, which counts the datum's row from the bottom, all
+    rows are counted from the top here.
+    """
+
+    __slots__ = ("_record",)
+    _record: Record
+
+    def __init__(self) -> None:
+        raise TypeError("StitchedRecord: the result of stitch() or StitchedRecord.load()")
+
+    @classmethod
+    def _of(cls, record: Record) -> StitchedRecord:
+        stitched = cls.__new__(cls)
+        record.setflags(write=False)
+        stitched._record = record
+        return stitched
+
+    @classmethod
+    def load(cls, path: PathLike) -> StitchedRecord:
+        """Read a parameter file. The datum's world coordinates are read as whole numbers.
+
+        Raises
+        ------
+        FileNotFoundError
+            If there is no such file.
+        ValueError
+            If the file holds no record of a stitched image.
+        """
+        name = _arrays.path_of(path)
+        if not os.path.exists(path):
+            raise FileNotFoundError(errno.ENOENT, os.strerror(errno.ENOENT), os.fspath(path))
+        try:
+            return cls._of(_core.load_dual(name))
+        except NoResultError:
+            raise ValueError(f"path: {os.fspath(path)} holds no stitched image") from None
+
+    def save(self, path: PathLike) -> None:
+        """Write a parameter file as a whole or not at all (then OSError)."""
+        name = _arrays.path_of(path)
+        try:
+            _core.save_dual(name, self._record)
+        except NoResultError:
+            raise OSError(errno.EIO, "cannot be written", os.fspath(path)) from None
+
+    @property
+    def record(self) -> Record:
+        """The fields of the C interface's ``fcal_dual``: a read-only structured array, shape ()."""
+        return self._record
+
+    @property
+    def pixel(self) -> float:
+        """World units per pixel."""
+        return float(self._record["pixel"])
+
+    @property
+    def size(self) -> Size:
+        """(width, height), pixels."""
+        return int(self._record["width"]), int(self._record["height"])
+
+    @property
+    def datum(self) -> Tuple[float, float]:
+        """World coordinates of the datum point."""
+        return float(self._record["datum_xw"]), float(self._record["datum_yw"])
+
+    @property
+    def datum_pixel(self) -> Tuple[int, int]:
+        """(column, row from the top) of the datum point."""
+        height = int(self._record["height"])
+        return int(self._record["datum_x"]), height - int(self._record["datum_y"])
+
+    def _rows_above(self) -> np.float32:
+        # v of the C interface counts rows from the top of the whole canvas. After a crop the
+        # picture's rows are off by this many (docs/conventions.md).
+        return np.float32(int(self._record["height"]) - 2 * int(self._record["datum_y"]))
+
+    def world_to_stitched(self, world: npt.ArrayLike) -> Float32Array:
+        """Map points of the bed, (n, 2), to (column, row from the top) of the image, float32."""
+        points = _core.world_to_stitched(self._record, _arrays.bed(world, "world"))
+        points[:, 1] += self._rows_above()
+        return points
+
+    def stitched_to_world(self, stitched: npt.ArrayLike) -> Float32Array:
+        """Map (column, row from the top), (n, 2), to the bed: the inverse."""
+        points = _arrays.plane(stitched, "stitched").copy()
+        points[:, 1] -= self._rows_above()
+        return _core.stitched_to_world(self._record, points)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, StitchedRecord):
+            return NotImplemented
+        return self._record.tobytes() == other._record.tobytes()
+
+    def __hash__(self) -> int:
+        return hash(self._record.tobytes())
+
+    def __repr__(self) -> str:
+        width, height = self.size
+        return f"<StitchedRecord: {width} x {height} pixels, {self.pixel:.6g} per pixel>"
+
+
+@dataclass(frozen=True, eq=False)
+class Stitched:
+    """Two cameras' views in one picture.
+
+    Attributes
+    ----------
+    image : uint8 array
+        The picture, with as many bytes per pixel as the frames.
+    record : StitchedRecord
+        What it shows.
+    """
+
+    image: Frame
+    record: StitchedRecord
+
+    def crop(self, left: int, top: int, size: Size) -> Stitched:
+        """Copy a rectangle.
+
+        Parameters
+        ----------
+        left, top : int
+            Its top-left pixel.
+        size : (int, int)
+            Width and height, multiples of 4. What lies outside the picture is black.
+        """
+        source = _arrays.picture(self.image, "image")
+        shape = _arrays.shape_of(_arrays.size_of(size, "size"), source)
+        target = _arrays.output(None, "out", shape)
+        if target.shape[0] % 4 != 0 or target.shape[1] % 4 != 0:
+            raise ValueError(f"size: {size} are not multiples of 4")
+        record = self.record.record.copy()
+        corner = _arrays.whole(left, "left"), _arrays.whole(top, "top")
+        _core.crop_stitched(source, *corner, target, record)
+        return Stitched(target, StitchedRecord._of(record))
+
+
+def stitch(first: RigView, second: RigView, *, out: Optional[Frame] = None) -> Stitched:
+    """Correct the frames of two cameras, align the second to the first and blend them.
+
+    Parameters
+    ----------
+    first, second : RigView
+        Two cameras that share at least one point of the target.
+    out : uint8 array, optional
+        The canvas, of the size `stitched_size`; what no camera covers keeps its value. By default
+        it is new and black.
+
+    Raises
+    ------
+    NoResultError
+        If the cameras share no point, or their points do not pair.
+    """
+    views = _checked(first, "first") + _checked(second, "second")
+    if views[0].shape[2:] != views[3].shape[2:]:
+        raise ValueError("second: frame has not as many bytes per pixel as the first one")
+    shape = _arrays.shape_of(_core.stitched_size(*views), views[0])
+    canvas = _arrays.output(out, "out", shape)
+    record = _core.stitch(*views, canvas)
+    return Stitched(canvas, StitchedRecord._of(record))
+
+
+def stitched_size(first: RigView, second: RigView) -> Size:
+    """Return (width, height) of the canvas that `stitch` needs, multiples of 4."""
+    return _core.stitched_size(*_checked(first, "first"), *_checked(second, "second"))
+
+
+def _points_of(points: object, name: str) -> Record:
+    if not isinstance(points, TargetPoints):
+        raise TypeError(f"{name}: not TargetPoints but {type(points).__name__}")
+    return points.record
+
+
+def _checked(view: object, name: str) -> Tuple[Frame, Record, Record]:
+    if not isinstance(view, RigView):
+        raise TypeError(f"{name}: not a RigView but {type(view).__name__}")
+    if not isinstance(view.camera, Camera):
+        raise TypeError(f"{name}.camera: not a Camera but {type(view.camera).__name__}")
+    frame = _arrays.picture(view.frame, f"{name}.frame")
+    return frame, view.camera.record, _points_of(view.points, f"{name}.points")
