@@ -30,6 +30,7 @@ crop
     The centre of a picture.
 """
 
+from ._arrays import Frame, Size
 from ._calibration import BedErrorMap, Calibration, SolvedView, calibrate
 from ._camera import Camera
 from ._core import version as _version
@@ -54,10 +55,12 @@ __all__ = [
     "Calibration",
     "Camera",
     "Error",
+    "Frame",
     "NoResultError",
     "NoSolutionError",
     "Outcome",
     "RigView",
+    "Size",
     "SolvedView",
     "Stitched",
     "StitchedRecord",

@@ -1,0 +1,74 @@
+"""Builds the extension module with the library's own CMake project.
+
+The version is that of CMakeLists.txt. FISHEYE_CALIBRATION_BUILD names a configured build tree of
+the library to be used instead of a new one in python/build.
+"""
+
+from __future__ import annotations
+
+import os
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+from setuptools import Extension, setup
+from setuptools.command.build_ext import build_ext
+
+HERE = Path(__file__).resolve().parent
+SOURCES = HERE.parent
+TARGET = "fisheye_calibration_python"
+
+
+def version() -> str:
+    """Return the version of the CMake project."""
+    text = (SOURCES / "CMakeLists.txt").read_text(encoding="utf-8")
+    found = re.search(r"^project\([^)]*?\sVERSION\s+([\d.]+)", text, re.MULTILINE)
+    if found is None:
+        raise RuntimeError("CMakeLists.txt: no version")
+    return found.group(1)
+
+
+class CMakeBuild(build_ext):
+    """Builds the one extension module with CMake."""
+
+    def build_extension(self, ext: Extension) -> None:
+        """Configure, build and copy the module to where setuptools expects it."""
+        given = os.environ.get("FISHEYE_CALIBRATION_BUILD")
+        tree = Path(given) if given else Path(self.build_temp).resolve() / "cmake"
+        if not given:
+            self.configure(tree)
+        jobs = str(self.parallel or os.environ.get("CMAKE_BUILD_PARALLEL_LEVEL") or os.cpu_count())
+        subprocess.run(
+            ["cmake", "--build", str(tree), "--target", TARGET, "--parallel", jobs], check=True
+        )
+        place = Path(self.get_ext_fullpath(ext.name)).resolve()
+        built = tree / "python" / "package" / "fisheye_calibration" / place.name
+        place.parent.mkdir(parents=True, exist_ok=True)
+        shutil.copyfile(built, place)
+
+    def configure(self, tree: Path) -> None:
+        """Configure the library without tests, program, windows and debug files."""
+        tree.mkdir(parents=True, exist_ok=True)
+        generator = ["-GNinja"] if shutil.which("ninja") else []
+        options = {
+            "CMAKE_BUILD_TYPE": "Release",
+            "Python_EXECUTABLE": sys.executable,
+            "FISHEYE_CALIBRATION_BUILD_PYTHON": "ON",
+            "FISHEYE_CALIBRATION_BUILD_TESTS": "OFF",
+            "FISHEYE_CALIBRATION_BUILD_PROGRAM": "OFF",
+            "FISHEYE_CALIBRATION_INTERACTIVE": "OFF",
+            "FISHEYE_CALIBRATION_DEBUG_FILES": "OFF",
+        }
+        definitions = [f"-D{name}={value}" for name, value in options.items()]
+        subprocess.run(
+            ["cmake", "-S", str(SOURCES), "-B", str(tree), *generator, *definitions], check=True
+        )
+
+
+setup(
+    version=version(),
+    ext_modules=[Extension("fisheye_calibration._core", sources=[])],
+    cmdclass={"build_ext": CMakeBuild},
+)

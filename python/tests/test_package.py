@@ -1,0 +1,60 @@
+"""The package as its users see it."""
+
+from __future__ import annotations
+
+import inspect
+import pydoc
+import re
+import subprocess
+import sys
+from pathlib import Path
+
+import pytest
+
+import fisheye_calibration as fc
+
+
+def test_everything_public_is_documented() -> None:
+    missing = []
+    for name in fc.__all__:
+        item = getattr(fc, name)
+        if not (inspect.isclass(item) or inspect.isfunction(item)):
+            continue
+        members = vars(item).items() if inspect.isclass(item) else ()
+        named = [(name, item)] + [
+            (f"{name}.{member}", value)
+            for member, value in members
+            if not member.startswith("_") and (callable(value) or isinstance(value, property))
+        ]
+        missing += [title for title, value in named if not inspect.getdoc(value)]
+    assert missing == []
+
+
+def test_every_parameter_is_documented() -> None:
+    for function in (fc.calibrate, fc.fit_affine, fc.crop, fc.stitch, fc.common_points):
+        text = inspect.getdoc(function) or ""
+        for name in inspect.signature(function).parameters:
+            assert re.search(rf"^[\w, ]*\b{name}\b[\w, ]* : ", text, re.MULTILINE), name
+
+
+def test_pydoc_shows_the_guide() -> None:
+    text = pydoc.plain(pydoc.render_doc(fc))
+    assert "Fisheye cameras over a work bed as measuring instruments" in text
+    assert "world_to_raw(self, world" in text
+
+
+def test_types_are_announced() -> None:
+    folder = Path(fc.__file__).parent
+    assert (folder / "py.typed").exists()
+    assert (folder / "_core.pyi").exists()
+
+
+def test_example_runs(tmp_path: Path) -> None:
+    pytest.importorskip("matplotlib")
+    example = Path(__file__).parents[2] / "examples" / "python" / "calibrate.py"
+    command = [sys.executable, str(example), str(tmp_path)]
+    done = subprocess.run(command, capture_output=True, text=True, check=False)
+    assert done.returncode == 0, done.stderr
+    assert "bed error (95 %)" in done.stdout
+    for name in ("residuals.png", "bed_error.png", "camera.ini"):
+        assert (tmp_path / name).stat().st_size > 500
