@@ -35,7 +35,8 @@ def camera(tilt: float = 0.15, pixel: float = 1.0) -> fc.Camera:
 def grid(columns: int = 11, rows: int = 9, step: float = 30.0) -> Numbers:
     """Return points of the bed, row by row, shape (columns*rows, 2)."""
     x, y = np.meshgrid(np.arange(columns) * step, np.arange(rows) * step)
-    return np.stack([x, y], axis=-1).reshape(-1, 2)
+    points: Numbers = np.stack([x, y], axis=-1).reshape(-1, 2)
+    return points
 
 
 def measured(tilt: float = 0.15, noise: float = 0.05, seed: int = 1) -> tuple[Numbers, Numbers]:

@@ -17,6 +17,11 @@ TARGET = fc.TargetPoints(np.arange(99) + 1, WORLD, IMAGE)
 LIST = np.zeros((4, 2))
 
 
+def untyped(value: object) -> Any:
+    """Return the argument, hidden from the type checker."""
+    return value
+
+
 def calibrate(**changes: Any) -> fc.Calibration:
     arguments: dict[str, Any] = {"world": WORLD, "image": IMAGE, "size": SIZE}
     return fc.calibrate(**{**arguments, **changes})
@@ -44,7 +49,7 @@ CASES: list[tuple[str, type[Exception], Callable[[], object]]] = [
     ("size[0]", ValueError, lambda: calibrate(size=(2**31, 240))),
     ("view_size", TypeError, lambda: calibrate(view_size=7)),
     ("more_views[0]", TypeError, lambda: calibrate(more_views=[WORLD])),
-    ("more_views[1][1]", ValueError, lambda: calibrate(more_views=[(WORLD, IMAGE), (LIST, [[1]])])),
+    ("more_views[1][1]", ValueError, lambda: calibrate(more_views=[(WORLD, IMAGE), (LIST, [])])),
     ("lens", TypeError, lambda: calibrate(lens="lens")),
     ("solver", ValueError, lambda: calibrate(solver="best")),
     ("solver", ValueError, lambda: calibrate(solver="library", more_views=[(WORLD, IMAGE)])),
@@ -54,9 +59,9 @@ CASES: list[tuple[str, type[Exception], Callable[[], object]]] = [
     ("world", ValueError, lambda: camera().world_to_raw([1, 2])),
     ("raw", ValueError, lambda: camera().raw_to_world(np.zeros((2, 3)))),
     ("view", TypeError, lambda: camera().view_to_world([[True, False]], SIZE)),
-    ("size", ValueError, lambda: camera().world_to_view(LIST, (0, 4))),
-    ("frame", TypeError, lambda: camera().correct([[1, 2], [3, 4]])),  # type: ignore[arg-type]
-    ("frame", TypeError, lambda: camera().correct(RAW.astype(np.uint16))),  # type: ignore[arg-type]
+    ("size[0]", ValueError, lambda: camera().world_to_view(LIST, (0, 4))),
+    ("frame", TypeError, lambda: camera().correct(untyped([[1, 2], [3, 4]]))),
+    ("frame", TypeError, lambda: camera().correct(untyped(RAW.astype(np.uint16)))),
     ("frame", ValueError, lambda: camera().correct(RAW[..., :2])),
     ("frame", ValueError, lambda: camera().correct(RAW[0, 0])),
     ("frame", ValueError, lambda: camera().correct(RAW[:0])),
@@ -64,20 +69,20 @@ CASES: list[tuple[str, type[Exception], Callable[[], object]]] = [
     ("out", ValueError, lambda: camera().correct(RAW, (8, 8), out=frame(3))),
     ("out", ValueError, lambda: camera().correct(RAW, out=read_only())),
     ("out", ValueError, lambda: camera().correct(RAW, out=frame(3)[:, ::-1])),
-    ("out", TypeError, lambda: camera().correct(RAW, out=RAW.astype(float))),  # type: ignore[arg-type]
+    ("out", TypeError, lambda: camera().correct(RAW, out=untyped(RAW.astype(float)))),
     ("mask", ValueError, lambda: camera().correct(RAW, mask=frame(3))),
     ("corner", ValueError, lambda: camera().place_view((1, 2, 3), 1, SIZE)),
-    ("pixel", TypeError, lambda: camera().place_view((1, 2), "1", SIZE)),  # type: ignore[arg-type]
+    ("pixel", TypeError, lambda: camera().place_view((1, 2), untyped("1"), SIZE)),
     ("pixel", ValueError, lambda: camera().place_view((1, 2), float("nan"), SIZE)),
     ("pixel", ValueError, lambda: camera(pixel=float("inf"))),
     ("path", ValueError, lambda: fc.Camera.load("a\0b")),
-    ("size", ValueError, lambda: fc.crop(RAW, (1, 2, 3))),  # type: ignore[arg-type]
+    ("size", ValueError, lambda: fc.crop(RAW, untyped((1, 2, 3)))),
     ("ids", TypeError, lambda: fc.TargetPoints(np.ones(99), WORLD, IMAGE)),
     ("ids", ValueError, lambda: fc.TargetPoints([1], WORLD, IMAGE)),
     ("ids", ValueError, lambda: fc.TargetPoints([2**31] * 99, WORLD, IMAGE)),
-    ("second", TypeError, lambda: fc.common_points(TARGET, WORLD)),  # type: ignore[arg-type]
-    ("id_count", TypeError, lambda: fc.common_points(TARGET, TARGET, 1.5)),  # type: ignore[arg-type]
-    ("first", TypeError, lambda: fc.stitch(RAW, RAW)),  # type: ignore[arg-type]
+    ("second", TypeError, lambda: fc.common_points(TARGET, untyped(WORLD))),
+    ("id_count", TypeError, lambda: fc.common_points(TARGET, TARGET, untyped(1.5))),
+    ("first", TypeError, lambda: fc.stitch(untyped(RAW), untyped(RAW))),
     ("image", ValueError, lambda: fc.fit_affine(WORLD, IMAGE[1:])),
 ]
 
@@ -104,7 +109,7 @@ def test_overlapping_outputs_are_refused() -> None:
 def test_frames_of_different_depth_are_refused() -> None:
     views = [fc.RigView(frame(channels), camera(), TARGET) for channels in (0, 3)]
     with pytest.raises(ValueError, match="^second"):
-        fc.stitch(*views)
+        fc.stitch(views[0], views[1])
 
 
 def test_too_few_points_have_no_solution() -> None:

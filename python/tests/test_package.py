@@ -8,6 +8,7 @@ import re
 import subprocess
 import sys
 from pathlib import Path
+from typing import Any
 
 import pytest
 
@@ -31,7 +32,8 @@ def test_everything_public_is_documented() -> None:
 
 
 def test_every_parameter_is_documented() -> None:
-    for function in (fc.calibrate, fc.fit_affine, fc.crop, fc.stitch, fc.common_points):
+    functions: list[Any] = [fc.calibrate, fc.fit_affine, fc.crop, fc.stitch, fc.common_points]
+    for function in functions:
         text = inspect.getdoc(function) or ""
         for name in inspect.signature(function).parameters:
             assert re.search(rf"^[\w, ]*\b{name}\b[\w, ]* : ", text, re.MULTILINE), name

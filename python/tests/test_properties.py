@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import pickle
 from typing import Any
 
 import numpy as np
@@ -61,8 +62,6 @@ def test_raw_to_corrected_agrees_with_the_world(one: fc.Camera) -> None:
 
 @given(cameras())
 def test_cameras_survive_bytes(one: fc.Camera) -> None:
-    import pickle
-
     again = pickle.loads(pickle.dumps(one))
     assert again == one and hash(again) == hash(one) and again.record is not one.record
 
@@ -113,6 +112,6 @@ def test_common_points_are_the_intersection(first: list[int], second: list[int])
     for ids in (first, second):
         xy = np.array([[i, -i] for i in ids], float).reshape(-1, 2)
         targets.append(fc.TargetPoints(np.array(ids, int), xy, xy + 1000))
-    for common in fc.common_points(*targets):
+    for common in fc.common_points(targets[0], targets[1]):
         assert common.ids.tolist() == sorted(set(first) & set(second))
         assert (common.image[:, 0] == common.ids + 1000).all()

@@ -104,15 +104,15 @@ def test_calibration_of_several_views_is_alike() -> None:
 @pytest.mark.parametrize("channels", [0, 3, 4])
 def test_views_are_alike(channels: int) -> None:
     raw = frame(channels)
-    shape = (300, 400) + raw.shape[2:]
-    expected, expected_mask = np.empty(shape, np.uint8), np.empty((300, 400), np.uint8)
+    shape = (900, 1200) + raw.shape[2:]
+    expected, expected_mask = np.empty(shape, np.uint8), np.empty((900, 1200), np.uint8)
     pictures = [c.image_of(picture) for picture in (raw, expected, expected_mask)]
     record = c_camera(camera())
     status = c.library().fcal_correct(
         ct.byref(pictures[0]), ct.byref(record), ct.byref(pictures[1]), ct.byref(pictures[2])
     )
     assert status == 0
-    view, mask = camera().correct(raw, (400, 300))
+    view, mask = camera().correct(raw, (1200, 900))
     assert view.tobytes() == expected.tobytes()
     assert mask.tobytes() == expected_mask.tobytes()
     assert set(np.unique(mask)) == {0, 255}
@@ -137,9 +137,9 @@ def test_stitched_images_are_alike(channels: int) -> None:
     canvas, dual = c.image_of(expected), c.Dual()
     assert library.fcal_stitch(*both, ct.byref(canvas), ct.byref(dual)) == 0
 
-    rig = [fc.RigView(*parts) for parts in zip(frames, cameras, targets)]
-    assert fc.stitched_size(*rig) == (width.value, height.value)
-    stitched = fc.stitch(*rig)
+    first, second = (fc.RigView(*parts) for parts in zip(frames, cameras, targets))
+    assert fc.stitched_size(first, second) == (width.value, height.value)
+    stitched = fc.stitch(first, second)
     assert stitched.image.tobytes() == expected.tobytes()
     assert stitched.record.record.tobytes() == bytes(dual)
 

@@ -21,10 +21,10 @@ Record = npt.NDArray[np.void]
 _LARGEST = 2**31 - 1
 
 
-def whole(value: object, name: str, least: int = -_LARGEST - 1) -> int:
+def whole(value: Any, name: str, least: int = -_LARGEST - 1) -> int:
     """Return a whole number of 32 bits."""
     try:
-        number = operator.index(value)  # type: ignore[arg-type]
+        number = operator.index(value)
     except TypeError:
         raise TypeError(f"{name}: not a whole number but {type(value).__name__}") from None
     if not least <= number <= _LARGEST:
@@ -32,12 +32,12 @@ def whole(value: object, name: str, least: int = -_LARGEST - 1) -> int:
     return number
 
 
-def real(value: object, name: str) -> float:
+def real(value: Any, name: str) -> float:
     """Return a finite number."""
     if isinstance(value, (str, bytes)):
         raise TypeError(f"{name}: not a number but {type(value).__name__}")
     try:
-        number = float(value)  # type: ignore[arg-type]
+        number = float(value)
     except TypeError:
         raise TypeError(f"{name}: not a number but {type(value).__name__}") from None
     if not np.isfinite(number):
@@ -126,7 +126,7 @@ def target(
     on_bed = bed(world, world_name)
     in_image = plane(image, image_name)
     if len(on_bed) != len(in_image):
-        raise ValueError(f"{image_name}: {len(in_image)} points, but {world_name} has {len(on_bed)}")
+        raise ValueError(f"{image_name}: {len(in_image)} points, {world_name} has {len(on_bed)}")
     points: Record = np.zeros(len(on_bed), _core.point_dtype)
     points["id"] = np.arange(1, len(points) + 1)
     points["xw"], points["yw"] = on_bed.T

@@ -2,7 +2,7 @@
 
 from __future__ import annotations
 
-from collections.abc import Iterable
+import collections.abc
 from dataclasses import dataclass
 from typing import Optional, Tuple, Union
 
@@ -210,7 +210,7 @@ def calibrate(
     size: Size,
     *,
     view_size: Optional[Size] = None,
-    more_views: Iterable[TargetView] = (),
+    more_views: collections.abc.Iterable[TargetView] = (),
     lens: Optional[Union[Calibration, Camera]] = None,
     solver: str = "robust",
     noise: str = "smooth",
@@ -313,7 +313,7 @@ def calibrate(
     )
 
 
-def _more_targets(views: Iterable[TargetView]) -> list[Record]:
+def _more_targets(views: collections.abc.Iterable[TargetView]) -> list[Record]:
     targets = []
     for number, pair in enumerate(views):
         name = f"more_views[{number}]"

@@ -156,7 +156,7 @@ class Camera:
 
     @property
     def record(self) -> Record:
-        """The fields of the C interface's ``fcal_camera``: a read-only structured array, shape ()."""
+        """The fields of the C interface's ``fcal_camera``: a read-only structured array, ()."""
         return self._record
 
     def _pair(self, name: str) -> Tuple[float, float]:
