@@ -12,6 +12,7 @@ from hypothesis import given
 from hypothesis import strategies as st
 
 import fisheye_calibration as fc
+from fisheye_calibration import _arrays
 
 tilts = st.floats(-0.5, 0.5)
 
@@ -115,3 +116,37 @@ def test_common_points_are_the_intersection(first: list[int], second: list[int])
     for common in fc.common_points(targets[0], targets[1]):
         assert common.ids.tolist() == sorted(set(first) & set(second))
         assert (common.image[:, 0] == common.ids + 1000).all()
+
+
+@pytest.mark.parametrize(
+    ("part", "copied"),
+    [
+        (np.s_[:], False),
+        (np.s_[::-1], False),
+        (np.s_[::3], False),
+        (np.s_[9:-9, 5:99], False),
+        (np.s_[::-2, 7:], False),
+        (np.s_[:1, :, ::-1], True),
+        (np.s_[:, ::-1], True),
+        (np.s_[:, ::2], True),
+        (np.s_[:, :1], False),
+    ],
+)
+def test_frames_are_copied_only_if_they_must_be(part: Any, copied: bool) -> None:
+    picture = frame(3)[part]
+    assert np.shares_memory(_arrays.picture(picture, "frame"), picture) is not copied
+
+
+def test_rows_that_repeat_are_copied() -> None:
+    row = frame(3)[0]
+    repeated = np.broadcast_to(row, (SIZE[1], *row.shape))
+    assert repeated.strides[0] == 0
+    expected = camera().correct(repeated.copy())[0]
+    assert camera().correct(repeated)[0].tobytes() == expected.tobytes()
+
+
+def test_rows_may_overlap_in_memory() -> None:
+    memory = np.random.default_rng(4).integers(0, 256, 2000, dtype=np.uint8)
+    sliding = np.lib.stride_tricks.as_strided(memory, SIZE[::-1], (7, 1))
+    expected = camera().correct(sliding.copy(), (64, 48))[0]
+    assert camera().correct(sliding, (64, 48))[0].tobytes() == expected.tobytes()

@@ -31,21 +31,15 @@ crop
 """
 
 from ._arrays import Frame, Size
-from ._calibration import BedErrorMap, Calibration, SolvedView, calibrate
+from ._calibration import calibrate
 from ._camera import Camera
 from ._core import version as _version
 from ._errors import Error, NoResultError, NoSolutionError, Outcome
 from ._pictures import crop
 from ._registration import Affine, fit_affine
-from ._stitching import (
-    RigView,
-    Stitched,
-    StitchedRecord,
-    TargetPoints,
-    common_points,
-    stitch,
-    stitched_size,
-)
+from ._results import BedErrorMap, Calibration, SolvedView
+from ._stitching import RigView, Stitched, StitchedRecord, stitch, stitched_size
+from ._target_points import TargetPoints, common_points
 
 __version__ = _version()
 

@@ -14,94 +14,7 @@ from . import _arrays, _core
 from ._arrays import Float32Array, Frame, PathLike, Record, Size
 from ._camera import Camera
 from ._errors import NoResultError
-
-
-class TargetPoints:
-    """Numbered points of a target as one camera sees them.
-
-    Parameters
-    ----------
-    ids : (n,) array_like of int
-        Numbers from 1, which identify a point in both cameras.
-    world : (n, 2) or (n, 3) array_like
-        Points of the bed, world units.
-    image : (n, 2) array_like
-        The same points in the raw image, pixels.
-    """
-
-    __slots__ = ("_points",)
-    _points: Record
-
-    def __init__(self, ids: npt.ArrayLike, world: npt.ArrayLike, image: npt.ArrayLike) -> None:
-        points = _arrays.target(world, image)
-        numbers = _arrays.numbers(ids, "ids")
-        if numbers.dtype.kind not in "iu":
-            raise TypeError(f"ids: not whole numbers but {numbers.dtype}")
-        if numbers.shape != points.shape:
-            raise ValueError(f"ids: shape {numbers.shape}, but world has {len(points)} points")
-        bounds = np.iinfo(np.int32)
-        if np.any(numbers < bounds.min) or np.any(numbers > bounds.max):
-            raise ValueError("ids: more than 32 bits")
-        points["id"] = numbers
-        points.setflags(write=False)
-        self._points = points
-
-    @classmethod
-    def _of(cls, points: Record) -> TargetPoints:
-        target = cls.__new__(cls)
-        points.setflags(write=False)
-        target._points = points
-        return target
-
-    def __len__(self) -> int:
-        return len(self._points)
-
-    def __repr__(self) -> str:
-        return f"<TargetPoints: {len(self)} points>"
-
-    @property
-    def record(self) -> Record:
-        """The fields of the C interface's ``fcal_point``: a read-only structured array, (n,)."""
-        return self._points
-
-    @property
-    def ids(self) -> npt.NDArray[np.int32]:
-        """Numbers of the points, shape (n,)."""
-        return np.array(self._points["id"], np.int32)
-
-    @property
-    def world(self) -> Float32Array:
-        """Points of the bed, world units, shape (n, 2)."""
-        return np.stack([self._points["xw"], self._points["yw"]], axis=1)
-
-    @property
-    def image(self) -> Float32Array:
-        """Points of the raw image, pixels, shape (n, 2)."""
-        return np.stack([self._points["x"], self._points["y"]], axis=1)
-
-
-def common_points(
-    first: TargetPoints, second: TargetPoints, id_count: Optional[int] = None
-) -> Tuple[TargetPoints, TargetPoints]:
-    """Return the points that both cameras see, by ascending id.
-
-    Parameters
-    ----------
-    first, second : TargetPoints
-        What the two cameras see. An id that occurs twice in one list counts as common, too.
-    id_count : int, optional
-        Ids outside 1 ... id_count are skipped; the default is the largest id.
-
-    Returns
-    -------
-    (TargetPoints, TargetPoints)
-        The common points of the first and of the second camera.
-    """
-    points1, points2 = _points_of(first, "first"), _points_of(second, "second")
-    if id_count is None:
-        id_count = max([0, *points1["id"].tolist(), *points2["id"].tolist()])
-    common = _core.common_points(points1, points2, _arrays.whole(id_count, "id_count"))
-    return TargetPoints._of(common[0]), TargetPoints._of(common[1])
+from ._target_points import TargetPoints, points_of
 
 
 @dataclass(frozen=True, eq=False)
@@ -293,16 +206,10 @@ def stitched_size(first: RigView, second: RigView) -> Size:
     return _core.stitched_size(*_checked(first, "first"), *_checked(second, "second"))
 
 
-def _points_of(points: object, name: str) -> Record:
-    if not isinstance(points, TargetPoints):
-        raise TypeError(f"{name}: not TargetPoints but {type(points).__name__}")
-    return points.record
-
-
 def _checked(view: object, name: str) -> Tuple[Frame, Record, Record]:
     if not isinstance(view, RigView):
         raise TypeError(f"{name}: not a RigView but {type(view).__name__}")
     if not isinstance(view.camera, Camera):
         raise TypeError(f"{name}.camera: not a Camera but {type(view.camera).__name__}")
     frame = _arrays.picture(view.frame, f"{name}.frame")
-    return frame, view.camera.record, _points_of(view.points, f"{name}.points")
+    return frame, view.camera.record, points_of(view.points, f"{name}.points")
