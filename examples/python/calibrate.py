@@ -18,11 +18,13 @@ if not hasattr(sys, "ps1"):
     matplotlib.use("Agg")  # no window is needed
 import matplotlib.pyplot as plt
 import numpy as np
+from matplotlib.colors import LogNorm
 
 import fisheye_calibration as fc
 
 size = (1280, 960)  # width, height
 folder = Path(sys.argv[1] if len(sys.argv) > 1 else ".")
+folder.mkdir(parents=True, exist_ok=True)
 world = np.stack(np.meshgrid(np.arange(11) * 30.0, np.arange(9) * 30.0), axis=-1).reshape(-1, 2)
 random = np.random.default_rng(1)
 
@@ -63,7 +65,7 @@ figure.savefig(folder / "residuals.png", dpi=100)
 chart = calibration.bed_error_map()
 figure, axes = plt.subplots(figsize=(8, 6))
 levels = [0.05, 0.1, 0.2, 0.5, 1, 2, 5]
-colours = axes.contourf(chart.x, chart.y, chart.error, levels, cmap="viridis", extend="both")
+colours = axes.contourf(chart.x, chart.y, chart.error, levels, norm=LogNorm(), extend="both")
 figure.colorbar(colours, label="bound on the error (95 %), mm")
 axes.plot(*world.T, "w.", markersize=2)
 axes.set(aspect="equal", xlabel="X, mm", ylabel="Y, mm", title="error on the bed")

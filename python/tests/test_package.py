@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import inspect
+import pickle
 import pydoc
 import re
 import subprocess
@@ -60,3 +61,11 @@ def test_example_runs(tmp_path: Path) -> None:
     assert "bed error (95 %)" in done.stdout
     for name in ("residuals.png", "bed_error.png", "camera.ini"):
         assert (tmp_path / name).stat().st_size > 500
+
+
+def test_errors_have_their_public_names_and_can_be_pickled() -> None:
+    error = fc.NoSolutionError("views[2]: too few points", fc.Outcome.TOO_FEW_POINTS, 2)
+    assert type(error).__module__ == "fisheye_calibration"
+    again = pickle.loads(pickle.dumps(error))
+    assert (str(again), again.outcome, again.view) == (str(error), error.outcome, 2)
+    assert fc.NoSolutionError("views: none", 1, -1).view is None

@@ -1,10 +1,11 @@
 """Fisheye cameras over a work bed as measuring instruments.
 
->>> import fisheye_calibration as fc
->>> calibration = fc.calibrate(world, image, (1920, 1080))       # doctest: +SKIP
->>> calibration.rms, calibration.bed_error().max()               # doctest: +SKIP
->>> calibration.camera.save("camera.ini")                        # doctest: +SKIP
->>> view, mask = calibration.camera.correct(frame)               # doctest: +SKIP
+    import fisheye_calibration as fc
+
+    calibration = fc.calibrate(world, image, (1920, 1080))
+    print(calibration.rms, "px,", calibration.bed_error().max(), "mm")
+    calibration.camera.save("camera.ini")
+    view, mask = calibration.camera.correct(frame)
 
 Points are arrays of shape (n, 2): world points (X, Y) on the bed in the world's unit, usually mm,
 and image points (x, y) in pixels with the origin at the centre of the top-left pixel, x to the

@@ -45,3 +45,8 @@ class NoSolutionError(NoResultError):
     def __reduce__(self) -> tuple[type[NoSolutionError], tuple[str, int, int]]:
         view = -1 if self.view is None else self.view
         return type(self), (str(self), int(self.outcome), view)
+
+
+# Tracebacks name them as callers do.
+for _public in (Error, NoResultError, NoSolutionError, Outcome):
+    _public.__module__ = "fisheye_calibration"
