@@ -3,8 +3,7 @@
 from __future__ import annotations
 
 import operator
-import os
-from typing import Any, Optional, Tuple, Union
+from typing import Any, Optional, Tuple
 
 import numpy as np
 import numpy.typing as npt
@@ -15,7 +14,6 @@ Float32Array = npt.NDArray[np.float32]
 Float64Array = npt.NDArray[np.float64]
 Frame = npt.NDArray[np.uint8]
 Size = Tuple[int, int]
-PathLike = Union[str, "os.PathLike[str]"]
 Record = npt.NDArray[np.void]
 
 _LARGEST = 2**31 - 1
@@ -176,11 +174,3 @@ def require_apart(first: Frame, second: Frame, name: str, other: str) -> None:
     """Refuse outputs that overlap what they must not."""
     if np.shares_memory(first, second):
         raise ValueError(f"{name}: overlaps {other}")
-
-
-def path_of(path: PathLike) -> bytes:
-    """Return a file's name as the system's bytes."""
-    encoded = os.fsencode(path)
-    if b"\0" in encoded:
-        raise ValueError("path: contains a null character")
-    return encoded

@@ -2,16 +2,14 @@
 
 from __future__ import annotations
 
-import errno
-import os
 from typing import Optional, Tuple
 
 import numpy as np
 import numpy.typing as npt
 
-from . import _arrays, _core
-from ._arrays import Float32Array, Float64Array, Frame, PathLike, Record, Size
-from ._errors import NoResultError
+from . import _arrays, _core, _files
+from ._arrays import Float32Array, Float64Array, Frame, Record, Size
+from ._files import PathLike
 
 _PAIRS = {
     "focal_length": ("fx", "fy"),
@@ -130,13 +128,7 @@ class Camera:
         ValueError
             If the file holds no parameter of a camera.
         """
-        name = _arrays.path_of(path)
-        if not os.path.exists(path):
-            raise FileNotFoundError(errno.ENOENT, os.strerror(errno.ENOENT), os.fspath(path))
-        try:
-            return cls._of(_core.load_camera(name))
-        except NoResultError:
-            raise ValueError(f"path: {os.fspath(path)} holds no camera") from None
+        return cls._of(_files.load(path, _core.load_camera, "camera"))
 
     def save(self, path: PathLike) -> None:
         """Write a parameter file (INI), or change its camera; other sections stay as they are.
@@ -148,11 +140,7 @@ class Camera:
         OSError
             If the file cannot be written.
         """
-        name = _arrays.path_of(path)
-        try:
-            _core.save_camera(name, self._record)
-        except NoResultError:
-            raise OSError(errno.EIO, "cannot be written", os.fspath(path)) from None
+        _files.save(path, _core.save_camera, self._record)
 
     @property
     def record(self) -> Record:

@@ -2,18 +2,16 @@
 
 from __future__ import annotations
 
-import errno
-import os
 from dataclasses import dataclass
 from typing import Optional, Tuple
 
 import numpy as np
 import numpy.typing as npt
 
-from . import _arrays, _core
-from ._arrays import Float32Array, Frame, PathLike, Record, Size
+from . import _arrays, _core, _files
+from ._arrays import Float32Array, Frame, Record, Size
 from ._camera import Camera
-from ._errors import NoResultError
+from ._files import PathLike
 from ._target_points import TargetPoints, points_of
 
 
@@ -68,21 +66,11 @@ class StitchedRecord:
         ValueError
             If the file holds no record of a stitched image.
         """
-        name = _arrays.path_of(path)
-        if not os.path.exists(path):
-            raise FileNotFoundError(errno.ENOENT, os.strerror(errno.ENOENT), os.fspath(path))
-        try:
-            return cls._of(_core.load_dual(name))
-        except NoResultError:
-            raise ValueError(f"path: {os.fspath(path)} holds no stitched image") from None
+        return cls._of(_files.load(path, _core.load_dual, "stitched image"))
 
     def save(self, path: PathLike) -> None:
         """Write a parameter file as a whole or not at all (then OSError)."""
-        name = _arrays.path_of(path)
-        try:
-            _core.save_dual(name, self._record)
-        except NoResultError:
-            raise OSError(errno.EIO, "cannot be written", os.fspath(path)) from None
+        _files.save(path, _core.save_dual, self._record)
 
     @property
     def record(self) -> Record:
