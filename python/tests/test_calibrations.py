@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+import pickle
+
 import numpy as np
 import pytest
 from conftest import SIZE, camera, grid, measured
@@ -129,6 +131,12 @@ def test_inputs_may_be_lists_and_views() -> None:
     strided = np.zeros((99, 8))
     strided[:, 6:2:-3] = image
     assert fc.calibrate(np.asfortranarray(world), strided[:, 6:2:-3], SIZE).camera == expected
+
+
+def test_calibrations_can_be_pickled(calibration: fc.Calibration) -> None:
+    again = pickle.loads(pickle.dumps(calibration))
+    assert again.camera == calibration.camera
+    assert again.bed_error().tobytes() == calibration.bed_error().tobytes()
 
 
 def test_repr_holds_the_error(calibration: fc.Calibration) -> None:

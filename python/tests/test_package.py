@@ -12,6 +12,7 @@ from pathlib import Path
 from typing import Any
 
 import pytest
+from conftest import frame, grid
 
 import fisheye_calibration as fc
 
@@ -69,3 +70,23 @@ def test_errors_have_their_public_names_and_can_be_pickled() -> None:
     again = pickle.loads(pickle.dumps(error))
     assert (str(again), again.outcome, again.view) == (str(error), error.outcome, 2)
     assert fc.NoSolutionError("views: none", 1, -1).view is None
+
+
+def test_example_of_the_page_runs(tmp_path: Path, monkeypatch: pytest.MonkeyPatch) -> None:
+    page = Path(__file__).parents[2] / "docs" / "python.md"
+    (example,) = re.findall(r"```python\n(.*?)```", page.read_text(encoding="utf-8"), re.DOTALL)
+    names: dict[str, Any] = {"world": grid(), "frame": frame(3, size=(1920, 1080))}
+    for name, tilt in (("image", 0.15), ("tilted1", 0.35), ("tilted2", 0.5)):
+        camera = fc.Camera(
+            focal_length=(600, 600),
+            principal_point=(960, 540),
+            distortion=(0.02, -0.03),
+            rotation_vector=(tilt, -0.2, 0),
+            translation=(-150, -120, 300),
+        )
+        names[name] = camera.world_to_raw(grid())
+    monkeypatch.chdir(tmp_path)
+    exec(compile(example, str(page), "exec"), names)
+    assert names["view"].shape == (1200, 1600, 3)
+    assert (names["mask"] == 0).mean() > 0.5
+    assert (tmp_path / "camera.ini").exists()

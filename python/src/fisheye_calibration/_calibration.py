@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import collections.abc
 from dataclasses import dataclass
-from typing import Optional, Tuple, Union
+from typing import Literal, Optional, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
@@ -34,8 +34,8 @@ def calibrate(
     view_size: Optional[Size] = None,
     more_views: collections.abc.Iterable[TargetView] = (),
     lens: Optional[Union[Calibration, Camera]] = None,
-    solver: str = "robust",
-    noise: str = "smooth",
+    solver: Literal["robust", "library"] = "robust",
+    noise: Literal["smooth", "white"] = "smooth",
     prior: bool = True,
     keep_all: bool = False,
     start_focal_factor: float = 1.0,
