@@ -69,8 +69,8 @@ std::int32_t rowsOf(const Array<Number>& points, py::ssize_t width, const char* 
   return countOf(points.shape(0), name);
 }
 
-// Whether the pixels of every row follow each other, so that a stride from row to row describes the
-// picture.
+// Whether the pixels of every row follow each other, so that a stride from row to row of 32 bits
+// describes the picture.
 bool hasPlainRows(const Picture& picture);
 
 // A picture that is only read, or that is written.

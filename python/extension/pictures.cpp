@@ -7,6 +7,7 @@ namespace fisheye_calibration::python {
 namespace {
 
 constexpr py::ssize_t kColour = 3;  // dimensions of a picture with more than one byte per pixel
+constexpr py::ssize_t kLargest = std::numeric_limits<std::int32_t>::max();
 
 py::ssize_t bytesPerPixel(const Picture& picture) {
   return picture.ndim() == kColour ? picture.shape(2) : 1;
@@ -27,9 +28,6 @@ fcal_image described(const Picture& picture, std::uint8_t* data, const char* nam
   const std::int32_t width = countOf(picture.shape(1), name);
   // The stride of a single row has no meaning; 0 stands for the one without padding.
   const py::ssize_t stride = height > 1 ? picture.strides(0) : 0;
-  if (std::abs(stride) > std::numeric_limits<std::int32_t>::max()) {
-    throw py::value_error(std::string(name) + ": rows are more than 2^31 - 1 bytes apart");
-  }
   return {data, width, height, static_cast<std::int32_t>(stride),
           static_cast<std::int32_t>(8 * bytesPerPixel(picture))};
 }
@@ -94,9 +92,13 @@ bool hasPlainRows(const Picture& picture) {
   const py::ssize_t bytes = bytesPerPixel(picture);
   const bool bytesFollow = picture.ndim() == 2 || picture.strides(2) == 1;
   const bool pixelsFollow = picture.shape(1) <= 1 || picture.strides(1) == bytes;
-  const bool rowsAreApart =
-      picture.shape(0) <= 1 || std::abs(picture.strides(0)) >= picture.shape(1) * bytes;
-  return bytesFollow && pixelsFollow && rowsAreApart;
+  const py::ssize_t row = picture.shape(1) * bytes;
+  const py::ssize_t stride = picture.shape(0) > 1 ? std::abs(picture.strides(0)) : row;
+  const bool rowsAreApart = stride >= row;
+  // The C interface counts bytes from the first to the last one in 32 bits. Divided, because the
+  // product might overflow.
+  const bool isNear = picture.shape(0) <= 1 || stride <= (kLargest - row) / (picture.shape(0) - 1);
+  return bytesFollow && pixelsFollow && rowsAreApart && isNear;
 }
 
 fcal_image imageOf(const Picture& picture, const char* name) {

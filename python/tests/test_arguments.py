@@ -15,6 +15,7 @@ WORLD, IMAGE = measured()
 RAW = frame(3)
 TARGET = fc.TargetPoints(np.arange(99) + 1, WORLD, IMAGE)
 LIST = np.zeros((4, 2))
+MASKED: Any = vars(np.ma)["masked_less"](LIST, 1)
 
 
 def untyped(value: object) -> Any:
@@ -25,6 +26,17 @@ def untyped(value: object) -> Any:
 def calibrate(**changes: Any) -> fc.Calibration:
     arguments: dict[str, Any] = {"world": WORLD, "image": IMAGE, "size": SIZE}
     return fc.calibrate(**{**arguments, **changes})
+
+
+def lens(**changes: Any) -> fc.Camera:
+    arguments: dict[str, Any] = {
+        "focal_length": (100, 100),
+        "principal_point": (50, 50),
+        "distortion": (0, 0),
+        "rotation_vector": (0, 0, 0),
+        "translation": (0, 0, 100),
+    }
+    return fc.Camera(**{**arguments, **changes})
 
 
 def read_only() -> fc.Frame:
@@ -84,6 +96,20 @@ CASES: list[tuple[str, type[Exception], Callable[[], object]]] = [
     ("id_count", TypeError, lambda: fc.common_points(TARGET, TARGET, untyped(1.5))),
     ("first", TypeError, lambda: fc.stitch(untyped(RAW), untyped(RAW))),
     ("image", ValueError, lambda: fc.fit_affine(WORLD, IMAGE[1:])),
+    ("world", ValueError, lambda: camera().world_to_raw([[1, 2], [3]])),
+    ("raw", ValueError, lambda: camera().raw_to_world(MASKED)),
+    ("image", TypeError, lambda: fc.fit_affine(WORLD, np.full((99, 2), None))),
+    ("more_views", TypeError, lambda: calibrate(more_views=5)),
+    ("more_views", TypeError, lambda: calibrate(more_views=None)),
+    ("pixel", ValueError, lambda: camera(pixel=1e300)),
+    ("pixel", ValueError, lambda: camera().place_view((0, 0), 1e300, SIZE)),
+    ("pixel", ValueError, lambda: camera().place_view((0, 0), 0, SIZE)),
+    ("corner", ValueError, lambda: camera().place_view((np.nan, 0), 1, SIZE)),
+    ("focal_length", ValueError, lambda: lens(focal_length=(np.nan, 1))),
+    ("translation", ValueError, lambda: lens(translation=(0, 0, 1e39))),
+    ("homography", ValueError, lambda: lens(homography=np.full((3, 3), np.inf))),
+    ("area", ValueError, lambda: calibrate().bed_error_map((0, 0, np.inf, 1))),
+    ("world", ValueError, lambda: calibrate().bed_error([[1, 2, 3]])),
 ]
 
 
@@ -142,11 +168,7 @@ def test_black_frames_have_no_view() -> None:
         camera().correct(np.zeros((240, 320), np.uint8))
 
 
-def test_missing_and_unwritable_files_are_reported(tmp_path: Path) -> None:
-    with pytest.raises(FileNotFoundError):
-        fc.Camera.load(tmp_path / "missing.ini")
-    with pytest.raises(OSError, match="cannot be written"):
-        camera().save(tmp_path / "no folder" / "camera.ini")
+def test_files_without_parameters_are_reported(tmp_path: Path) -> None:
     (tmp_path / "other.ini").write_text("[Other]\nkey=1\n")
     with pytest.raises(ValueError, match="^path: .*holds no camera"):
         fc.Camera.load(tmp_path / "other.ini")

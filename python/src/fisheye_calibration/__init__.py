@@ -31,6 +31,7 @@ crop
     The centre of a picture.
 """
 
+from . import _interpreter  # noqa: F401  isort: skip
 from ._arrays import Frame, Size
 from ._calibration import calibrate
 from ._camera import Camera

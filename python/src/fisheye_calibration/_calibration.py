@@ -137,6 +137,8 @@ def calibrate(
 
 def _more_targets(views: collections.abc.Iterable[TargetView]) -> list[Record]:
     targets = []
+    if not isinstance(views, collections.abc.Iterable):
+        raise TypeError(f"more_views: not pairs (world, image) but {type(views).__name__}")
     for number, pair in enumerate(views):
         name = f"more_views[{number}]"
         try:
@@ -180,7 +182,6 @@ def _robust_result(
 
 def _rms_of(points: Record, used: npt.NDArray[np.bool_]) -> float:
     # Summed in the order of the points, as the library and its program do.
-    squares = 0.0
-    for point in points[used]:
-        squares += float(point["error_x"] * point["error_x"] + point["error_y"] * point["error_y"])
-    return float(np.sqrt(squares / np.count_nonzero(used)))
+    x, y = points["error_x"][used], points["error_y"][used]
+    squares = np.cumsum(x * x + y * y)
+    return float(np.sqrt(squares[-1] / len(squares)))

@@ -123,8 +123,8 @@ class Camera:
 
         Raises
         ------
-        FileNotFoundError
-            If there is no such file.
+        OSError
+            If there is no such file or it cannot be read: FileNotFoundError, PermissionError ...
         ValueError
             If the file holds no parameter of a camera.
         """
@@ -138,7 +138,7 @@ class Camera:
         Raises
         ------
         OSError
-            If the file cannot be written.
+            If the file cannot be written: FileNotFoundError, PermissionError ...
         """
         _files.save(path, _core.save_camera, self._record)
 
@@ -347,10 +347,10 @@ class Camera:
     def __eq__(self, other: object) -> bool:
         if not isinstance(other, Camera):
             return NotImplemented
-        return self._record.tobytes() == other._record.tobytes()
+        return _arrays.content_of(self._record) == _arrays.content_of(other._record)
 
     def __hash__(self) -> int:
-        return hash(self._record.tobytes())
+        return hash(_arrays.content_of(self._record))
 
     def __reduce__(self) -> Tuple[object, Tuple[bytes]]:
         return _from_bytes, (self._record.tobytes(),)

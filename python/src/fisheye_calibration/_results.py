@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
-from typing import Optional, Tuple
+from typing import Any, Dict, Optional, Tuple
 
 import numpy as np
 import numpy.typing as npt
@@ -39,6 +39,11 @@ class SolvedView:
     wrong: bool
     wrong_points: npt.NDArray[np.bool_]
 
+    def __repr__(self) -> str:
+        wrong = "wrong, " if self.wrong else ""
+        count = np.count_nonzero(self.wrong_points)
+        return f"<SolvedView: {wrong}{len(self.wrong_points)} points, {count} wrong>"
+
 
 @dataclass(frozen=True, eq=False)
 class BedErrorMap:
@@ -55,6 +60,13 @@ class BedErrorMap:
     x: Float64Array
     y: Float64Array
     error: Float64Array
+
+    def __repr__(self) -> str:
+        rows, columns = self.error.shape
+        return (
+            f"<BedErrorMap: {columns} x {rows} points, X {self.x[0]:.6g} ... {self.x[-1]:.6g}, "
+            f"Y {self.y[0]:.6g} ... {self.y[-1]:.6g}>"
+        )
 
 
 @dataclass(frozen=True, eq=False)
@@ -131,7 +143,7 @@ class Calibration:
 
         Parameters
         ----------
-        world : (n, 2) array_like, optional
+        world : (n, 2) or (n, 3) array_like, optional
             Points of the bed, world units; the default are the target's.
 
         Returns
@@ -145,7 +157,7 @@ class Calibration:
             If the robust solver found no solution to judge by.
         """
         points = self.world if world is None else world
-        grid = _arrays.exact_plane(points, "world")
+        grid = _arrays.exact_bed(points, "world")
         judged = _core.solution_of_camera(self.camera.record)
         errors = _core.bed_errors(self.solution, judged, grid)
         raw = self.camera.world_to_raw(grid)
@@ -188,6 +200,11 @@ class Calibration:
         corners = self.camera.view_to_world(edges, self.view_size)
         (x0, y0), (x1, y1) = corners.min(axis=0), corners.max(axis=0)
         return float(x0), float(y0), float(x1), float(y1)
+
+    def __setstate__(self, state: Dict[str, Any]) -> None:
+        self.__dict__.update(state)
+        if self._solution is not None:
+            self._solution.setflags(write=False)  # pickle has forgotten it
 
     def __repr__(self) -> str:
         return f"<Calibration: rms {self.rms:.4f} px, {len(self.world)} points, {self.camera!r}>"

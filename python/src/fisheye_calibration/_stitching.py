@@ -33,6 +33,10 @@ class RigView:
     camera: Camera
     points: TargetPoints
 
+    def __repr__(self) -> str:
+        shape = getattr(self.frame, "shape", None)
+        return f"<RigView: frame of shape {shape}, {self.camera!r}, {self.points!r}>"
+
 
 class StitchedRecord:
     """Scale, size and datum of a stitched image.
@@ -61,8 +65,8 @@ class StitchedRecord:
 
         Raises
         ------
-        FileNotFoundError
-            If there is no such file.
+        OSError
+            If there is no such file or it cannot be read: FileNotFoundError, PermissionError ...
         ValueError
             If the file holds no record of a stitched image.
         """
@@ -123,6 +127,9 @@ class StitchedRecord:
     def __hash__(self) -> int:
         return hash(self._record.tobytes())
 
+    def __reduce__(self) -> Tuple[object, Tuple[Record]]:
+        return StitchedRecord._of, (self._record,)
+
     def __repr__(self) -> str:
         width, height = self.size
         return f"<StitchedRecord: {width} x {height} pixels, {self.pixel:.6g} per pixel>"
@@ -142,6 +149,9 @@ class Stitched:
 
     image: Frame
     record: StitchedRecord
+
+    def __repr__(self) -> str:
+        return f"<Stitched: image of shape {self.image.shape}, {self.record!r}>"
 
     def crop(self, left: int, top: int, size: Size) -> Stitched:
         """Copy a rectangle.
@@ -184,7 +194,7 @@ def stitch(first: RigView, second: RigView, *, out: Optional[Frame] = None) -> S
     if views[0].shape[2:] != views[3].shape[2:]:
         raise ValueError("second: frame has not as many bytes per pixel as the first one")
     shape = _arrays.shape_of(_core.stitched_size(*views), views[0])
-    canvas = _arrays.output(out, "out", shape)
+    canvas = _arrays.output(out, "out", shape, "first and second")
     record = _core.stitch(*views, canvas)
     return Stitched(canvas, StitchedRecord._of(record))
 

@@ -14,6 +14,8 @@ from ._arrays import Float32Array, Record
 class TargetPoints:
     """Numbered points of a target as one camera sees them.
 
+    They never change; they can be compared, hashed, copied and pickled.
+
     Parameters
     ----------
     ids : (n,) array_like of int
@@ -50,6 +52,17 @@ class TargetPoints:
 
     def __len__(self) -> int:
         return len(self._points)
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, TargetPoints):
+            return NotImplemented
+        return self._points.tobytes() == other._points.tobytes()
+
+    def __hash__(self) -> int:
+        return hash(self._points.tobytes())
+
+    def __reduce__(self) -> Tuple[object, Tuple[Record]]:
+        return TargetPoints._of, (self._points,)
 
     def __repr__(self) -> str:
         return f"<TargetPoints: {len(self)} points>"
