@@ -56,11 +56,11 @@ def test_types_are_announced() -> None:
 def test_example_runs(tmp_path: Path) -> None:
     pytest.importorskip("matplotlib")
     example = Path(__file__).parents[2] / "examples" / "python" / "calibrate.py"
-    command = [sys.executable, str(example), str(tmp_path)]
+    command = [sys.executable, str(example), "--output", str(tmp_path)]
     done = subprocess.run(command, capture_output=True, text=True, check=False)
     assert done.returncode == 0, done.stderr
     assert "bed error (95 %)" in done.stdout
-    for name in ("residuals.png", "bed_error.png", "camera.ini"):
+    for name in ("residuals.png", "bed_error.png", "view.png", "camera.ini"):
         assert (tmp_path / name).stat().st_size > 500
 
 
