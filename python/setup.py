@@ -45,6 +45,11 @@ class CMakeBuild(build_ext):
         )
         place = Path(self.get_ext_fullpath(ext.name)).resolve()
         built = tree / "python" / "package" / "fisheye_calibration" / place.name
+        if not built.exists():
+            raise RuntimeError(
+                f"{tree} holds no {place.name}: it was configured for another interpreter than "
+                f"{sys.executable}"
+            )
         place.parent.mkdir(parents=True, exist_ok=True)
         shutil.copyfile(built, place)
 

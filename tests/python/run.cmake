@@ -50,7 +50,7 @@ elseif(DO STREQUAL "pip")
   unset(ENV{PYTHONPATH})
   unset(ENV{PYTHONDONTWRITEBYTECODE})
   file(REMOVE_RECURSE "${WORK}")
-  file(COPY "${PACKAGE}/../CMakeLists.txt" "${PACKAGE}" DESTINATION "${WORK}/sources")
+  file(COPY "${PACKAGE}/../CMakeLists.txt" "${PACKAGE}/../LICENSE" "${PACKAGE}" DESTINATION "${WORK}/sources")
   run("${PYTHON}" -m venv --system-site-packages "${WORK}/venv")
   set(ENV{FISHEYE_CALIBRATION_BUILD} "${BUILD}")
   run("${WORK}/venv/bin/python" -m pip install --no-index --no-build-isolation --disable-pip-version-check
@@ -61,6 +61,9 @@ elseif(DO STREQUAL "pip")
             "                   rotation_vector=(0, 0, 0), translation=(0, 0, 100))"
             "view, mask = camera.correct(numpy.full((80, 100), 7, numpy.uint8))"
             "assert (view[mask == 0] == 7).all() and (mask == 0).any()"
+            "licences = [file for file in metadata.files('fisheye_calibration') if file.name == 'LICENSE']"
+            "assert 'Apache License' in licences[0].read_text(), licences"
+            "assert metadata.metadata('fisheye_calibration')['License'] == 'Apache-2.0'"
             "print(fc.__version__, metadata.version('fisheye_calibration'))")
   list(JOIN check "\n" check)
   run("${CMAKE_COMMAND}" -E chdir "${WORK}" "${WORK}/venv/bin/python" -c "${check}")
