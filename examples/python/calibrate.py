@@ -69,7 +69,8 @@ def take_photo(tilt: float) -> Any:
     world = np.stack(np.meshgrid(np.arange(11) * 30, np.arange(9) * 30), axis=-1).reshape(-1, 2)
     image = np.empty(world.shape)
     near = np.round(camera.world_to_raw(world)).astype(int)
-    for i, (column, row) in enumerate(near.tolist()):
+    for i in range(len(near)):
+        column, row = map(int, near[i])
         window = np.s_[row - 9 : row + 10, column - 9 : column + 10]
         weight = np.clip(200.0 - photo[window], 0, None)
         image[i] = np.array([x[window], y[window]]).reshape(2, -1) @ weight.ravel() / weight.sum()
@@ -80,7 +81,8 @@ if given.files:
     photos = [read_photo(name) for name in given.files[::2]]
     views = [read_points(name) for name in given.files[1::2]]
 else:
-    photos, views = zip(*(take_photo(tilt) for tilt in (0.15, 0.35, 0.5)))
+    taken = [take_photo(tilt) for tilt in (0.15, 0.35, 0.5)]
+    photos, views = [list(both) for both in zip(*taken)]
 
 # %% The calibration. The first view's target lies on the bed, the others are held tilted.
 photo = photos[0]

@@ -192,7 +192,8 @@ def parameters(path: Path) -> list[str]:
 def test_camera_file_is_the_programs(solver: Any, tmp_path: Path) -> None:
     world, image = measured()
     lines = ["PointId,Xw,Yw,ImagePtX,ImagePtY"]
-    for i, (x, y, u, v) in enumerate(np.column_stack([world, image]).tolist()):
+    for i in range(len(world)):
+        x, y, u, v = map(float, (*world[i], *image[i]))
         lines.append(f"{i + 1},{x:.9g},{y:.9g},{u:.17g},{v:.17g}")
     (tmp_path / "points.csv").write_text("\n".join(lines) + "\n")
     run_program(
