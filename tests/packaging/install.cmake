@@ -1,5 +1,6 @@
 # Installs a build tree into an empty folder and compares what lies there with what should.
-#   cmake -DBUILD=... -DCONFIG=... -DPREFIX=... -DLIBRARY_DIR=... -DVERSION=... -P install.cmake
+#   cmake -DBUILD=... -DCONFIG=... -DPREFIX=... -DLIBRARY_DIR=... -DVERSION=... -DPROGRAM=... -DSOURCE=...
+#         -DDOCUMENT_DIR=... -DSTATIC=<ON, OFF> -P install.cmake
 include("${CMAKE_CURRENT_LIST_DIR}/support.cmake")
 
 file(REMOVE_RECURSE "${PREFIX}")
@@ -19,14 +20,23 @@ set(expected
     "${package}/fisheye_calibrationConfig.cmake"
     "${package}/fisheye_calibrationConfigVersion.cmake"
     "${package}/fisheye_calibrationTargets.cmake"
-    "${package}/fisheye_calibrationTargets-${config}.cmake")
+    "${package}/fisheye_calibrationTargets-${config}.cmake"
+    "${LIBRARY_DIR}/pkgconfig/fisheye_calibration.pc")
+if(STATIC)
+  list(APPEND expected "${LIBRARY_DIR}/libfisheye_calibration.a" "${package}/fisheye_calibrationStaticTargets.cmake"
+       "${package}/fisheye_calibrationStaticTargets-${config}.cmake")
+endif()
+file(GLOB_RECURSE pages RELATIVE "${SOURCE}" "${SOURCE}/docs/*")
+list(APPEND pages CHANGELOG.md CONTRIBUTING.md LICENSE README.md)
+list(TRANSFORM pages PREPEND "${DOCUMENT_DIR}/")
+list(APPEND expected ${pages})
 if(PROGRAM)
   list(APPEND expected bin/${PROGRAM})
 endif()
 require_same_set(installed "the installed tree" expected "the list of installed files")
 
 # The package must work wherever it is moved to.
-file(GLOB package_files "${PREFIX}/${package}/*.cmake")
+file(GLOB package_files "${PREFIX}/${package}/*.cmake" "${PREFIX}/${LIBRARY_DIR}/pkgconfig/*.pc")
 foreach(package_file IN LISTS package_files)
   file(READ "${package_file}" text)
   foreach(path IN ITEMS "${BUILD}" "${PREFIX}")
@@ -39,3 +49,18 @@ endforeach()
 if(PROGRAM)
   require_success("${PREFIX}/bin/${PROGRAM}" --version)
 endif()
+
+# Each component holds its files and no others.
+function(require_component component)
+  file(REMOVE_RECURSE "${PREFIX}-component")
+  require_success("${CMAKE_COMMAND}" --install "${BUILD}" --config "${CONFIG}" --prefix "${PREFIX}-component"
+                  --component "${component}")
+  file(GLOB_RECURSE found RELATIVE "${PREFIX}-component" "${PREFIX}-component/*")
+  set(listed ${installed})
+  list(FILTER listed ${ARGN})
+  require_same_set(found "the component ${component}" listed "the list of its files")
+endfunction()
+require_component(runtime INCLUDE REGEX "\\.so\\.")
+require_component(program INCLUDE REGEX "^bin/")
+require_component(documentation INCLUDE REGEX "^${DOCUMENT_DIR}/")
+require_component(development EXCLUDE REGEX "\\.so\\.|^bin/|^${DOCUMENT_DIR}/")

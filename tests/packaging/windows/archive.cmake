@@ -22,6 +22,7 @@ set(expected
     include/fisheye_calibration.hpp
     include/fisheye_calibration_c.h
     lib/libfisheye_calibration.dll.a
+    lib/pkgconfig/fisheye_calibration.pc
     ${cmake_folder}/fisheye_calibrationConfig.cmake
     ${cmake_folder}/fisheye_calibrationConfigVersion.cmake
     ${cmake_folder}/fisheye_calibrationTargets-release.cmake

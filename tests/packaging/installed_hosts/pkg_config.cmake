@@ -1,0 +1,51 @@
+# Compiles and runs hosts with what pkg-config says of an installed tree that has been moved.
+#   cmake -DPKG_CONFIG=... -DCC=... -DCXX=... -DFLAGS=<list> -DPREFIX=... -DLIBRARY_DIR=... -DVERSION=... -DEXAMPLES=...
+#         -DOLD_HOST=... -DFORM=<Dynamic, Static> -DWORK=... -P pkg_config.cmake
+include("${CMAKE_CURRENT_LIST_DIR}/../support.cmake")
+if(NOT PKG_CONFIG)
+  message(STATUS "Skipped: pkg-config is not installed")
+  return()
+endif()
+
+set(moved "${WORK}/moved tree") # with a space
+file(REMOVE_RECURSE "${WORK}")
+file(MAKE_DIRECTORY "${WORK}/programs")
+file(COPY "${PREFIX}/" DESTINATION "${moved}")
+set(ENV{PKG_CONFIG_LIBDIR} "${moved}/${LIBRARY_DIR}/pkgconfig") # and nowhere else
+set(ENV{LD_LIBRARY_PATH} "${moved}/${LIBRARY_DIR}")
+unset(ENV{PKG_CONFIG_PATH})
+
+require_success("${PKG_CONFIG}" --modversion fisheye_calibration)
+string(STRIP "${output}" version)
+if(NOT version STREQUAL VERSION)
+  message(FATAL_ERROR "pkg-config says version ${version}, not ${VERSION}")
+endif()
+set(static "")
+if(FORM STREQUAL Static)
+  set(static --static)
+  file(GLOB dynamic_libraries "${moved}/${LIBRARY_DIR}/*.so*")
+  file(REMOVE ${dynamic_libraries}) # leaves the linker the static one
+endif()
+require_success("${PKG_CONFIG}" --cflags fisheye_calibration)
+separate_arguments(compile UNIX_COMMAND "${output}")
+require_success("${PKG_CONFIG}" ${static} --libs fisheye_calibration)
+separate_arguments(link UNIX_COMMAND "${output}")
+if("${compile} ${link}" MATCHES "${PREFIX}/")
+  message(FATAL_ERROR "pkg-config names the place before the move: ${compile} ${link}")
+endif()
+
+# host(<name> <compiler> <source> <argument>...)
+function(host name compiler source)
+  set(program "${WORK}/programs/${name}")
+  require_success(${compiler} ${FLAGS} ${compile} "${source}" -o "${program}" ${link})
+  require_success("${program}" ${ARGN})
+  require_success(ldd "${program}")
+  if(output MATCHES "libfisheye_calibration" AND FORM STREQUAL Static)
+    message(FATAL_ERROR "${name} needs the dynamic library")
+  elseif(NOT output MATCHES "libfisheye_calibration" AND FORM STREQUAL Dynamic)
+    message(FATAL_ERROR "${name} does not need the dynamic library")
+  endif()
+endfunction()
+host(in_c "${CC};-std=c99" "${EXAMPLES}/host_in_c.c")
+host(with_wrapper "${CXX};-std=c++17" "${EXAMPLES}/host_with_wrapper.cpp")
+host(old_host "${CXX};-std=c++11" "${OLD_HOST}" "${WORK}/camera.ini")
