@@ -32,10 +32,21 @@ class FisheyeCalibrationRecipe(ConanFile):
 
     def set_version(self):
         text = load(self, os.path.join(self._tree, "CMakeLists.txt"))
-        self.version = re.search(r"^project\([^)]*?\sVERSION\s+([\d.]+)", text, re.MULTILINE).group(1)
+        self.version = re.search(r"^project\([^)]*?\sVERSION\s+([\d.]+)", text, re.MULTILINE).group(
+            1
+        )
 
     def export_sources(self):
-        for pattern in ("CMakeLists.txt", "LICENSE", "*.md", "cmake/*", "docs/*", "include/*", "program/*", "src/*"):
+        for pattern in (
+            "CMakeLists.txt",
+            "LICENSE",
+            "*.md",
+            "cmake/*",
+            "docs/*",
+            "include/*",
+            "program/*",
+            "src/*",
+        ):
             copy(self, pattern, self._tree, self.export_sources_folder)
 
     def requirements(self):
@@ -60,8 +71,12 @@ class FisheyeCalibrationRecipe(ConanFile):
         toolchain.cache_variables["FISHEYE_CALIBRATION_BUILD_TESTS"] = False
         toolchain.cache_variables["FISHEYE_CALIBRATION_INSTALL_STATIC"] = False
         toolchain.cache_variables["FISHEYE_CALIBRATION_BUILD_PROGRAM"] = bool(self.options.program)
-        toolchain.cache_variables["FISHEYE_CALIBRATION_INTERACTIVE"] = bool(self.options.interactive)
-        toolchain.cache_variables["FISHEYE_CALIBRATION_DEBUG_FILES"] = bool(self.options.debug_files)
+        toolchain.cache_variables["FISHEYE_CALIBRATION_INTERACTIVE"] = bool(
+            self.options.interactive
+        )
+        toolchain.cache_variables["FISHEYE_CALIBRATION_DEBUG_FILES"] = bool(
+            self.options.debug_files
+        )
         toolchain.generate()
         dependencies = CMakeDeps(self)
         # The names that Highway's own CMake package has.
