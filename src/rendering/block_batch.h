@@ -38,6 +38,12 @@ struct BlockBatch {
   unsigned usual;    // inside, small, gentle and about a usual node
 };
 
+// Where the blocks of a batch lie in the frame, one bit per block.
+struct FramePlaces {
+  unsigned deep;    // nothing outside the frame is read for any position
+  unsigned beyond;  // nothing inside the frame is shown
+};
+
 // Raw positions of a block, in 1/32 pixel, relative to (baseU, baseV).
 struct BlockPositions {
   alignas(64) std::int16_t u[kBlock];

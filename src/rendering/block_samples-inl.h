@@ -58,19 +58,13 @@ HWY_INLINE bool mayFitWindows(const BlockPositions& positions) {
   return std::abs(positions.v[kBlock - 1] - positions.v[0]) <= kMostRows * kFractions;
 }
 
-// Where the blocks of a batch lie in the frame, one bit per block.
-struct FramePlaces {
-  unsigned deep = 0;    // nothing outside the frame is read for any position
-  unsigned beyond = 0;  // nothing inside the frame is shown
-};
-
 using DBatch = hn::CappedTag<std::int32_t, kBatch>;
 
 // The bits of blocks that cannot be computed in float mean nothing.
 template <int kBytes>
 HWY_INLINE FramePlaces placesOf(const images::Frame& frame, const BlockBatch& batch) {
   const DBatch d;
-  FramePlaces places;
+  FramePlaces places{0, 0};
   for (int i = 0; i < kBatch; i += static_cast<int>(hn::MaxLanes(d))) {
     const auto u = hn::Load(d, batch.baseU + i);
     const auto v = hn::Load(d, batch.baseV + i);

@@ -199,7 +199,7 @@ class RowOfBlocks {
   unsigned char* const pixels_;
   unsigned char* const mask_;
   BlockBatch batches_[2];
-  FramePlaces places_;  // of the batch that is rendered
+  FramePlaces places_{};  // of the batch that is rendered
   BlockPositions positions_[2];
   int next_ = 0;
   SampledBlock pending_{};
