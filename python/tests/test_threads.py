@@ -18,6 +18,7 @@ from fisheye_calibration import _core
 
 WORLD, IMAGE = measured()
 TARGET = fc.TargetPoints(np.arange(99) + 1, WORLD, IMAGE).record
+POINTS = TARGET.copy()  # is written
 MANY = np.random.default_rng(8).uniform(0, 200, (200_000, 3)).astype(np.float32)
 RAW, RECORD = frame(4, size=(2000, 1500)), camera().record
 VIEW, MASK = np.zeros_like(RAW), np.zeros((1500, 2000), np.uint8)
@@ -35,7 +36,7 @@ CALLS: dict[str, Callable[[], object]] = {
     "crop": lambda: _core.crop(RAW, VIEW[:-3, :-5]),
     "stitch": lambda: _core.stitch(*RIG, CANVAS),
     "crop_stitched": lambda: _core.crop_stitched(RAW, 0, 0, VIEW, DUAL),
-    "calibrate": lambda: _core.calibrate(*SIZE, TARGET.copy(), *SIZE),
+    "calibrate": lambda: _core.calibrate(*SIZE, POINTS, *SIZE),
     "calibrate_views": lambda: _core.calibrate_views(
         *SIZE, VIEWS, False, True, False, 1.0, None
     ),
