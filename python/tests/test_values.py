@@ -57,6 +57,7 @@ def test_bytes_between_the_fields_do_not_count() -> None:
     assert other.record.tobytes() != one.record.tobytes()
     assert other == one
     assert hash(other) == hash(one)
+    assert pickle.dumps(other) == pickle.dumps(one)
 
 
 def test_pickled_calibrations_keep_their_solution_unchanged(calibration: fc.Calibration) -> None:

@@ -221,3 +221,11 @@ def require_apart(first: Frame, second: Frame, name: str, other: str) -> None:
 def content_of(record: Record) -> bytes:
     """Return the bytes of the fields, without those between them, which have no meaning."""
     return b"".join(record[name].tobytes() for name in record.dtype.names or ())
+
+
+def cleared(record: Record) -> Record:
+    """Return a copy of the record with zeros between its fields."""
+    copy = np.zeros(record.shape, record.dtype)
+    for name in record.dtype.names or ():
+        copy[name] = record[name]
+    return copy

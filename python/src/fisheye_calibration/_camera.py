@@ -292,8 +292,9 @@ class Camera:
             The raw frame, row 0 at the top, bytes of a pixel in any order. Rows may have any
             stride, also a negative one; it is copied only if the bytes of a row are not adjacent.
         size : (int, int), optional
-            Width and height of the view that the camera was calibrated for, pixels; the default is
-            the frame's.
+            Width and height of the view that the camera was calibrated for or that `place_view`
+            was given, pixels. The default is the frame's, as of `calibrate`. At another size the
+            picture is distorted and the mapping of points does not hold.
         out, mask : uint8 arrays, optional
             Where to write the results, such as parts of larger pictures. By default they are new
             and contiguous. They may overlap the frame, but not each other.
@@ -353,7 +354,7 @@ class Camera:
         return hash(_arrays.content_of(self._record))
 
     def __reduce__(self) -> Tuple[object, Tuple[bytes]]:
-        return _from_bytes, (self._record.tobytes(),)
+        return _from_bytes, (_arrays.cleared(self._record).tobytes(),)
 
     def __repr__(self) -> str:
         fx, fy = self.focal_length
