@@ -209,7 +209,9 @@ FISHEYE_CALIBRATION_API bool LoadDualCamerasCalibrationParam(const char* path,
 // Renders the second-corrected view of a raw frame.
 //
 //   src, srcWidth, srcHeight, bitCount   the raw frame, 8, 24 or 32 bits
-//   dst, dstWidth, dstHeight             receives the view, same bit count
+//   dst, dstWidth, dstHeight             receives the view, same bit count, of the size given to
+//                                        SingleCamCalibration: at another size the picture is
+//                                        distorted and the mapping of points does not hold
 //   mask                                 null, or dstWidth x dstHeight bytes: 0 where the pixel
 //                                        shows image content, 255 elsewhere (compatibility 30)
 //
@@ -332,13 +334,16 @@ FISHEYE_CALIBRATION_API bool ComputeStitchedImageSize(
     int& stitchedBits);
 
 // Corrects both frames at twice their size, aligns the second to the first and blends them into
-// `stitched`; fills `dual`. Canvas pixels that neither camera covers keep their value
-// (compatibility 53). stitchedBits must be 8, 24 or 32 and equal bits1 and bits2, else no pixel is
-// written (compatibility 54). Also writes the debug files of ComputeStitchedImageSize and
-// "D:/DImage.bmp". Returns false, with canvas and record untouched, if the lists share no point or
-// do not pair, else true. A camera whose frame cannot be corrected contributes nothing; nor does
-// the second camera where the transform gives NaN or a value beyond 32 bits. With a null canvas
-// only the record is filled. Throws std::bad_alloc as ComputeStitchedImageSize does.
+// `stitched`; fills `dual`. Both cameras must have been calibrated for a corrected image of twice
+// their frame's size: with other records the stitched content is many pixels away from where the
+// mapping of points puts it, which the library cannot notice. Canvas pixels that neither camera
+// covers keep their value (compatibility 53). stitchedBits must be 8, 24 or 32 and equal bits1 and
+// bits2, else no pixel is written (compatibility 54). Also writes the debug files of
+// ComputeStitchedImageSize and "D:/DImage.bmp". Returns false, with canvas and record untouched, if
+// the lists share no point or do not pair, else true. A camera whose frame cannot be corrected
+// contributes nothing; nor does the second camera where the transform gives NaN or a value beyond
+// 32 bits. With a null canvas only the record is filled. Throws std::bad_alloc as
+// ComputeStitchedImageSize does.
 FISHEYE_CALIBRATION_API bool FishEyeImageStitching(
     unsigned char* image1, ImageLong width1, ImageLong height1, int bits1,
     FishEyeCalibrationParam param1, std::vector<CalibrationPoint> points1, unsigned char* image2,

@@ -259,15 +259,18 @@ FCAL_API fcal_status fcal_load_dual(const char* path, fcal_dual* dual);
 
 // SingleCamCorrected: renders the view of a raw frame, the same pixels for every stride.
 //
-//   frame   the raw frame
+//   frame   the raw frame, of the size given to fcal_calibrate
 //   camera  its record
-//   view    receives the picture; same bits as `frame`, any size. The record's scale and datum
-//           hold for the size given to fcal_calibrate or fcal_place_view.
+//   view    receives the picture; same bits as `frame`, of the size given to fcal_calibrate,
+//           fcal_camera_of_solution or fcal_place_view. Any other size is accepted, but the
+//           picture is then distorted and no mapping of points holds for it. fcal_crop gives a
+//           smaller picture, fcal_place_view another part of the bed.
 //   mask    null, or 8 bits and the size of `view`: receives 0 where the pixel shows image content
 //           and 255 elsewhere (compatibility 30)
 //
 // View and mask may overlap the frame, but not each other. FCAL_FALSE for a frame that is entirely
-// black once the distortion is removed (compatibility 34).
+// black once the distortion is removed (compatibility 34). A singular homography gives an empty
+// picture, mask 255, and FCAL_OK (compatibility 35).
 FCAL_API fcal_status fcal_correct(const fcal_image* frame, const fcal_camera* camera,
                                   const fcal_image* view, const fcal_image* mask);
 
@@ -360,7 +363,11 @@ FCAL_API fcal_status fcal_stitched_size(const fcal_rig_view* first, const fcal_r
                                         int32_t* width, int32_t* height);
 
 // FishEyeImageStitching: corrects both frames at twice their size, aligns the second one to the
-// first, blends them into `canvas` and fills `dual`. All three have the same bits. Canvas pixels
+// first, blends them into `canvas` and fills `dual`. Each record must be made for a view of twice
+// its frame's size: corrected_width = 2 x width and corrected_height = 2 x height in
+// fcal_calibrate or fcal_camera_of_solution, or that size in fcal_place_view. This cannot be
+// checked: with other records the call succeeds, but the content is many pixels away from where
+// fcal_world_to_stitched puts it. Canvas and frames have the same bits. Canvas pixels
 // that neither camera covers keep their value (compatibility 53): fill the canvas before. A frame
 // that fcal_correct refuses covers nothing. The canvas may overlap the frames. FCAL_FALSE and
 // FCAL_NO_MEMORY as fcal_stitched_size.
@@ -421,7 +428,7 @@ typedef struct fcal_views_options {
   int32_t no_prior;  // not 0: nothing is assumed about the lens; one view may leave it far off
   int32_t keep_all;  // not 0: wrong points and views are listed but used all the same
   // The solver starts from this multiple of the focal length max(width, height)/pi; 0 counts as 1,
-  // less is FCAL_BAD_ARGUMENT.
+  // a negative or not finite number is FCAL_BAD_ARGUMENT.
   double start_focal_factor;
   // Not null: the lens is known, only the poses are solved. Its alpha is kept; the part of its
   // covariance that concerns the lens (0: exact) enters the result.
@@ -446,7 +453,8 @@ typedef struct fcal_views_result {
   int32_t refused_view;   // the view that the outcome is about, from 0, or -1
   int32_t steps;          // of the iteration
   double rms;             // reprojection error of the points in use, pixels
-  double noise_sigma;     // standard deviation of a measured coordinate, pixels
+  double noise_sigma;     // standard deviation of a measured coordinate by the chosen noise model,
+                          // pixels; for smooth noise larger than the residuals show
   int32_t noise_assumed;  // 1: too few points to estimate noise_sigma; it is at least 0.5
   int32_t reserved;       // 0
 } fcal_views_result;
