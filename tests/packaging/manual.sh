@@ -25,7 +25,7 @@ for command in '' "${commands[@]}"; do
 done
 [ "$(find "$folder" -name '*.1' | wc -l)" -eq $pages ] || fail "$pages pages are not all"
 
-# require_completion EXPECTED WORD...: what bash offers for the last word.
+# require_completion EXPECTED WORD...: what bash offers for the last word, each with a bar after it.
 # shellcheck source=/dev/null
 source "$folder/bash-completion/completions/fisheye-calibration"
 require_completion() {
@@ -34,18 +34,20 @@ require_completion() {
   COMP_WORDS=(fisheye-calibration "$@")
   COMP_CWORD=$#
   _fisheye_calibration 2>/dev/null || true # compopt works in a real completion only
-  [ "${COMPREPLY[*]}" = "$expected" ] || fail "completion of '$*': '${COMPREPLY[*]}', not '$expected'"
+  local offered=''
+  [ ${#COMPREPLY[@]} -eq 0 ] || offered=$(printf '%s|' "${COMPREPLY[@]}")
+  [ "$offered" = "$expected" ] || fail "completion of '$*': '$offered', not '$expected'"
 }
 cd "$folder"
 touch "a camera.ini"
-require_completion "calibrate" cal
-require_completion "calibrate correct crop" c
-require_completion "crop" cr
-require_completion "--version" --v
-require_completion "--residual-plot --residual-table --resolution" calibrate points.csv --res
-require_completion "auto library robust" calibrate --solver ''
-require_completion "raw" map --to ra
-require_completion "a camera.ini" info a
-require_completion "a camera.ini" map --camera a
+require_completion "calibrate|" cal
+require_completion "calibrate|correct|crop|" c
+require_completion "crop|" cr
+require_completion "--version|" --v
+require_completion "--residual-plot|--residual-table|--resolution|" calibrate points.csv --res
+require_completion "auto|library|robust|" calibrate --solver ''
+require_completion "raw|" map --to ra
+require_completion "a camera.ini|" info a
+require_completion "a camera.ini|" map --camera a
 require_completion "" calibrate --tolerance a
 ! command -v zsh >/dev/null || zsh -n zsh/site-functions/_fisheye-calibration
