@@ -11,6 +11,9 @@ mkdir -p "$folder/debian" "$folder/scripts"
 cp "$sources/CMakeLists.txt" "$folder"
 cp "$sources/debian/changelog" "$folder/debian"
 cp "$sources/scripts/release" "$folder/scripts"
+# What it would do next.
+printf '#!/bin/sh\necho "clean: $*"\n' >"$folder/scripts/clean-environment"
+chmod +x "$folder/scripts/clean-environment"
 cd "$folder"
 export GIT_CONFIG_GLOBAL=/dev/null GIT_CONFIG_SYSTEM=/dev/null GIT_AUTHOR_DATE='1700000000 +0000'
 export GIT_COMMITTER_DATE=$GIT_AUTHOR_DATE GIT_CEILING_DIRECTORIES=$folder/..
@@ -36,6 +39,8 @@ require 1 "CMakeLists.txt has version $version, not 9.9.9" 9.9.9
 require 1 "there is no tag v$version" "$version"
 git tag "v$version"
 require 0 "v$version can be released, dated 2023-11-14T22:13:20Z" --dry-run "$version"
+require 0 "scripts/release $version --output /elsewhere/a place --without-windows" "$version" --without-windows \
+  --output "/elsewhere/a place"
 touch forgotten
 require 1 "changes that are not committed" "$version"
 commit second
