@@ -6,12 +6,14 @@ sources=$1 version=$2 folder=$3
 command -v git >/dev/null || { echo "Skipped: git is not installed"; exit 77; }
 fail() { echo "$*" >&2; exit 1; }
 
-rm -rf "$folder"
+rm -rf "$folder" "$folder-outer"
 mkdir -p "$folder/debian" "$folder/scripts"
 cp "$sources/CMakeLists.txt" "$folder"
 cp "$sources/debian/changelog" "$folder/debian"
+printf '# Changelog\n\n## [%s] - 2023-11-14\n' "$version" >"$folder/CHANGELOG.md"
 cp "$sources/scripts/release" "$folder/scripts"
 # What it would do next.
+# shellcheck disable=SC2016 # for the script
 printf '#!/bin/sh\necho "clean: $*"\n' >"$folder/scripts/clean-environment"
 chmod +x "$folder/scripts/clean-environment"
 cd "$folder"
@@ -33,6 +35,11 @@ require 2 "usage:"
 require 2 "usage:" --fast "$version"
 require 2 "usage:" --dry-run "$version" "$version"
 require 1 "this is not a git tree" --dry-run "$version"
+mkdir "$folder-outer"
+cp -r . "$folder-outer/part"
+git init --quiet "$folder-outer"
+! said=$("$folder-outer/part/scripts/release" --dry-run "$version" 2>&1) || fail "a part of another tree is released"
+[[ $said == *"this is not a git tree, but part of "* ]] || fail "release in a part of another tree says: $said"
 git init --quiet .
 commit first
 require 1 "CMakeLists.txt has version $version, not 9.9.9" 9.9.9
@@ -51,6 +58,15 @@ require 0 "can be released" --dry-run "$version"
 echo >>CMakeLists.txt
 require 1 "changes that are not committed" "$version"
 git checkout --quiet CMakeLists.txt
+sed -i "s/^## .*/## [Unreleased]/" CHANGELOG.md
+commit unreleased
+git tag --force "v$version" >/dev/null
+require 1 "CHANGELOG.md has no heading [$version]" "$version"
+git checkout --quiet HEAD~ -- CHANGELOG.md
+sed -i "1s/) [a-z]*;/) UNRELEASED;/" debian/changelog
+commit undated
+git tag --force "v$version" >/dev/null
+require 1 "debian/changelog says UNRELEASED" "$version"
 sed -i "1s/$version/$version.1/" debian/changelog
 commit third
 git tag --force "v$version" >/dev/null
