@@ -1,4 +1,6 @@
-"""Recipe for Conan 2, which builds the source tree it lies in: conan create packaging/conan
+"""Recipe for Conan 2, which builds the source tree it lies in.
+
+    conan create packaging/conan -s compiler.cppstd=20 --build=missing
 
 It has not been run.
 """
@@ -40,7 +42,9 @@ class FisheyeCalibrationRecipe(ConanFile):
         for pattern in (
             "CMakeLists.txt",
             "LICENSE",
-            "*.md",
+            "CHANGELOG.md",
+            "CONTRIBUTING.md",
+            "README.md",
             "cmake/*",
             "docs/*",
             "include/*",
