@@ -1,7 +1,8 @@
 # An overlay port that builds the source tree it lies in:
-#   vcpkg install fisheye-calibration --overlay-ports=packaging/vcpkg
-# It has not been run. vcpkg takes the newest OpenCV of its list unless the caller's manifest has an override, as that
-# in the root of this tree, which names 4.9.0.
+#   vcpkg install --classic --no-binarycaching fisheye-calibration --overlay-ports=packaging/vcpkg
+# It has not been run. Without --classic, vcpkg reads the manifest in the root of this tree and refuses names of ports;
+# with it, it takes the newest OpenCV of its list, not the 4.9.0 that the manifest names. Its binary cache would not
+# notice changes of the sources.
 vcpkg_check_linkage(ONLY_DYNAMIC_LIBRARY) # the static library is for systems whose OpenCV is dynamic
 set(SOURCE_PATH "${CMAKE_CURRENT_LIST_DIR}/../../..")
 
