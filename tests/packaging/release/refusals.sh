@@ -33,6 +33,9 @@ require() {
 
 require 2 "usage:"
 require 2 "usage:" --fast "$version"
+require 2 "usage:" "$version" --output
+require 2 "usage:" "$version" --output --without-windows
+require 2 "usage:" --compare "$version" --output build
 require 2 "usage:" --dry-run "$version" "$version"
 require 1 "this is not a git tree" --dry-run "$version"
 mkdir "$folder-outer"
