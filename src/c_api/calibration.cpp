@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "c_api/arguments.h"
+#include "c_api/causes.h"
 #include "c_api/records.h"
 #include "c_api/solutions.h"
 #include "registration/hand_eye.h"
@@ -100,7 +101,8 @@ fcal_status fcal_place_view(double corner_xw, double corner_yw, float pixel, int
     requirePositive(height, "height");
     FishEyeCalibrationParam record = recordOf(required(camera, "camera"));
     if (!single::placeSecondCorrection({corner_xw, corner_yw}, pixel, width, height, record)) {
-      return withoutResult("camera", "does not see the bed, or sees it edge-on");
+      const Cause cause = causeOfNoView({corner_xw, corner_yw}, pixel, {width, height}, *camera);
+      return withoutResult(cause.argument, cause.what);
     }
     store(record, *camera);
     return FCAL_OK;

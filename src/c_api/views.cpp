@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "c_api/arguments.h"
+#include "c_api/causes.h"
 #include "c_api/records.h"
 #include "c_api/solutions.h"
 #include "robust/robust_calibration.h"
@@ -34,11 +35,11 @@ Outcome outcomeOf(RobustStatus status) {
     case RobustStatus::kSolved:
       return {FCAL_SOLVED, ""};
     case RobustStatus::kBadInput:
-      return {FCAL_BAD_INPUT, "no view, numbers that are not finite, or a held lens that is none"};
+      return {FCAL_BAD_INPUT, "bad input"};  // causeOfBadInput says more
     case RobustStatus::kTooFewPoints:
       return {FCAL_TOO_FEW_POINTS, "too few points"};
     case RobustStatus::kDegenerate:
-      return {FCAL_DEGENERATE, "the points determine no pose, or the views no lens"};
+      return {FCAL_DEGENERATE, "the points do not determine the camera"};
     case RobustStatus::kNotConverged:
       return {FCAL_NOT_CONVERGED, "the iteration does not converge"};
     case RobustStatus::kBehindCamera:
@@ -122,6 +123,19 @@ fcal_views_result resultOf(const robust::RobustCalibration& solved) {
   return result;
 }
 
+fcal_status withoutSolution(const robust::RobustCalibration& solved,
+                            std::span<const fcal_target_view> views,
+                            const fcal_views_options* options) {
+  if (solved.status == RobustStatus::kBadInput) {
+    // A held lens is an option of every version.
+    const Cause cause = causeOfBadInput(views, resultOf(solved).refused_view,
+                                        options != nullptr ? options->held_lens : nullptr);
+    return withoutResult(cause.argument, cause.what);
+  }
+  return withoutResult(solved.refusedView ? nameOf(*solved.refusedView) : "views",
+                       outcomeOf(solved.status).text);
+}
+
 }  // namespace
 }  // namespace fisheye_calibration::c_api
 
@@ -137,8 +151,8 @@ fcal_status fcal_calibrate_views(int32_t width, int32_t height, const fcal_targe
   return guarded([&]() -> fcal_status {
     requirePositive(width, "width");
     requirePositive(height, "height");
-    const std::vector<solver::ViewPoints> points =
-        checkedViews(checkedArray(views, view_count, "views"));
+    const auto list = checkedArray(views, view_count, "views");
+    const std::vector<solver::ViewPoints> points = checkedViews(list);
     const robust::RobustOptions checked = checkedOptions(options);
     const std::size_t size = declaredSize(required(result, "result"), kFirstResult, "result");
     const robust::RobustCalibration solved =
@@ -146,8 +160,7 @@ fcal_status fcal_calibrate_views(int32_t width, int32_t height, const fcal_targe
     writeGrowing(resultOf(solved), size, *result);
     writeFlags(solved, points, wrong_points, wrong_views);
     if (solved.status != RobustStatus::kSolved) {
-      return withoutResult(solved.refusedView ? nameOf(*solved.refusedView) : "views",
-                           outcomeOf(solved.status).text);
+      return withoutSolution(solved, list, options);
     }
     if (solutions != nullptr) {
       for (std::size_t j = 0; j < points.size(); ++j) {

@@ -56,6 +56,17 @@ double sigmaAt(const PosedCamera& posed, const ViewMatrix& Sigma, const cv::Poin
   return std::sqrt(std::max(0.0, cv::trace(G * Sigma * G.t())));  // rounding may make 0 negative
 }
 
+// errorAt(g) at every point; NaN if nothing is known about the view's errors.
+template <class ErrorAt>
+std::vector<double> onGrid(const BedView& view, const std::vector<cv::Point2d>& grid,
+                           const ErrorAt& errorAt) {
+  std::vector<double> errors(grid.size(), kUnknown);
+  if (isKnown(view.covariance)) {
+    std::transform(grid.begin(), grid.end(), errors.begin(), errorAt);
+  }
+  return errors;
+}
+
 }  // namespace
 
 double bedSigma(const BedView& view, const cv::Point2d& g) {
@@ -64,41 +75,26 @@ double bedSigma(const BedView& view, const cv::Point2d& g) {
 }
 
 std::vector<double> bedBounds(const BedView& view, const std::vector<cv::Point2d>& grid) {
-  std::vector<double> bounds;
-  if (!isKnown(view.covariance)) {
-    bounds.assign(grid.size(), kUnknown);
-    return bounds;
-  }
   const PosedCamera posed(view.camera, view.pose);
-  bounds.reserve(grid.size());
-  for (const cv::Point2d& g : grid) {
-    bounds.push_back(kBoundFactor * sigmaAt(posed, view.covariance, g));
-  }
-  return bounds;
+  return onGrid(view, grid, [&](const cv::Point2d& g) {
+    return kBoundFactor * sigmaAt(posed, view.covariance, g);
+  });
 }
 
 std::vector<double> judgedBedErrors(const BedView& view, const lens::Camera& judged,
                                     const lens::Pose& judgedPose,
                                     const std::vector<cv::Point2d>& grid) {
-  std::vector<double> errors;
-  if (!isKnown(view.covariance)) {
-    errors.assign(grid.size(), kUnknown);
-    return errors;
-  }
   const PosedCamera posed(view.camera, view.pose);
   const PosedCamera other(judged, judgedPose);
-  errors.reserve(grid.size());
-  for (const cv::Point2d& g : grid) {
+  return onGrid(view, grid, [&](const cv::Point2d& g) {
     cv::Point2d q;
     const auto shown = isSeen(other, g, q) ? bedPointOf(view.camera, view.pose, q) : std::nullopt;
     if (!shown) {
-      errors.push_back(kUnknown);
-      continue;
+      return kUnknown;
     }
     const double bound = kBoundFactor * sigmaAt(posed, view.covariance, *shown);
-    errors.push_back(std::hypot(cv::norm(*shown - g), bound));
-  }
-  return errors;
+    return std::hypot(cv::norm(*shown - g), bound);
+  });
 }
 
 }  // namespace fisheye_calibration::robust

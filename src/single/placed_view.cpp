@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <opencv2/core.hpp>
 
 #include "single/record.h"
@@ -30,11 +31,21 @@ bool allFinite(const cv::Matx33d& matrix) {
 
 }  // namespace
 
+bool isFloat(double value) { return std::abs(value) <= std::numeric_limits<float>::max(); }
+
+cv::Point2d viewCentre(const cv::Point2d& corner, float pixel, ImageLong width, ImageLong height) {
+  const double size = pixel;
+  return {corner.x + (width * 0.5 + 0.5) * size, corner.y + (height * 0.5 + 0.5) * size};
+}
+
 bool placeSecondCorrection(const cv::Point2d& corner, float pixel, ImageLong width,
                            ImageLong height, FishEyeCalibrationParam& param) {
+  const cv::Point2d centre = viewCentre(corner, pixel, width, height);
+  if (!isFloat(centre.x) || !isFloat(centre.y)) {
+    return false;
+  }
   const double size = pixel;
-  const cv::Point2f datum(static_cast<float>(corner.x + (width * 0.5 + 0.5) * size),
-                          static_cast<float>(corner.y + (height * 0.5 + 0.5) * size));
+  const cv::Point2f datum(static_cast<float>(centre.x), static_cast<float>(centre.y));
   bool regular = false;
   const cv::Matx33d toBed = bedHomography(param, renderedCentre(width), renderedCentre(height))
                                 .inv(cv::DECOMP_LU, &regular);

@@ -57,19 +57,46 @@ TEST(CSolutions, WithASkewGiveNoRecord) {
   EXPECT_STREQ(fcal_last_error(), "solution: alpha is not 0");
 }
 
-TEST(CSolutions, ThreePointsGiveNoRecordAndAnEdgeOnBedNoView) {
+TEST(CSolutions, ThreePointsGiveNoRecord) {
   const fcal_solution solution{};
   fcal_point points[3] = {};
   fcal_camera camera{};
-  camera.u0 = 5;
   double rms = -1;
   EXPECT_TRUE(fails(fcal_camera_of_solution(&solution, points, 3, 9, 9, &camera, &rms), FCAL_FALSE,
                     "points: fewer than 4"));
   EXPECT_EQ(rms, -1);
-  const fcal_camera before = camera;
-  EXPECT_TRUE(fails(fcal_place_view(0, 0, 1, 9, 9, &camera), FCAL_FALSE,
-                    "camera: does not see the bed, or sees it edge-on"));
-  EXPECT_TRUE(equalBytes(camera, before));
+}
+
+TEST(CSolutions, WhatLeavesARecordWithoutAViewIsNamed) {
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  fcal_camera good{};
+  good.fx = good.fy = 400;
+  good.tz = 300;
+  const auto refusal = [](fcal_camera camera, double x, double y, float pixel) {
+    const fcal_camera before = camera;
+    EXPECT_EQ(fcal_place_view(x, y, pixel, 9, 9, &camera), FCAL_FALSE);
+    EXPECT_TRUE(equalBytes(camera, before));
+    return std::string(fcal_last_error());
+  };
+  EXPECT_EQ(refusal(good, nan, 0, 1), "corner_xw: not a number");
+  EXPECT_EQ(refusal(good, 0, -HUGE_VAL, 1), "corner_yw: infinite");
+  EXPECT_EQ(refusal(good, 0, 1e300, 1), "corner_yw: too large for 32 bits");
+  EXPECT_EQ(refusal(good, 0, 0, HUGE_VALF), "pixel: infinite");
+  EXPECT_EQ(refusal(good, 0, 0, 3e38F), "pixel: the view is too large for 32 bits");
+  fcal_camera camera = good;
+  camera.ry = HUGE_VALF;
+  EXPECT_EQ(refusal(camera, 0, 0, 1), "camera: ry is infinite");
+  camera = good;
+  camera.fy = 0;
+  EXPECT_EQ(refusal(camera, 0, 0, 1), "camera: fy is 0");
+  camera = good;
+  camera.tz = 0;
+  camera.tx = 5;
+  EXPECT_EQ(refusal(camera, 0, 0, 1), "camera: sees the bed edge-on");
+  // Large, but not what is wrong here: the centre of the view fits into 32 bits.
+  EXPECT_EQ(refusal(camera, 2e38, 0, 1), "camera: sees the bed edge-on");
+  EXPECT_EQ(refusal(camera, 0, 0, 1e29F), "camera: sees the bed edge-on");
+  EXPECT_TRUE(succeeds(fcal_place_view(0, 0, 1, 9, 9, &good)));
 }
 
 TEST(CSolutions, GiveTheBedAndItsErrorsAsTheRobustCalibrationDoes) {

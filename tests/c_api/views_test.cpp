@@ -149,18 +149,66 @@ TEST(CViews, WithoutASolutionTheOutcomeSaysWhy) {
   EXPECT_EQ(solved.solutions[0].fx, 0);
 }
 
-TEST(CViews, NoViewsAndNoNumbersAreBadInput) {
+TEST(CViews, WithoutViewsTheInputIsBad) {
   fcal_views_result result{};
   result.size = sizeof result;
-  const char* const reason = ": no view, numbers that are not finite, or a held lens that is none";
   EXPECT_TRUE(
       fails(fcal_calibrate_views(640, 480, nullptr, 0, nullptr, &result, nullptr, nullptr, nullptr),
-            FCAL_FALSE, std::string("views") + reason));
+            FCAL_FALSE, "views: none"));
   EXPECT_EQ(result.outcome, FCAL_BAD_INPUT);
   EXPECT_EQ(result.refused_view, -1);
-  Views views(support::randomRig(56, 2, 0.3));
-  views.points[1][5].x = std::numeric_limits<float>::quiet_NaN();
-  EXPECT_TRUE(fails(solve(views).status, FCAL_FALSE, std::string("views[1]") + reason));
+}
+
+TEST(CViews, ANumberThatIsNotFiniteIsNamed) {
+  const Views good(support::randomRig(56, 2, 0.3));
+  const auto refusal = [&](float fcal_point::*field, float value) {
+    Views views = good;
+    views.points[1][5].*field = value;
+    const Solved solved = solve(views);
+    EXPECT_EQ(solved.status, FCAL_FALSE);
+    EXPECT_EQ(solved.result.outcome, FCAL_BAD_INPUT);
+    EXPECT_EQ(solved.result.refused_view, 1);
+    return std::string(fcal_last_error());
+  };
+  const float nan = std::numeric_limits<float>::quiet_NaN();
+  EXPECT_EQ(refusal(&fcal_point::xw, nan), "views[1]: points[5].xw is not a number");
+  EXPECT_EQ(refusal(&fcal_point::yw, -HUGE_VALF), "views[1]: points[5].yw is infinite");
+  EXPECT_EQ(refusal(&fcal_point::x, HUGE_VALF), "views[1]: points[5].x is infinite");
+  EXPECT_EQ(refusal(&fcal_point::y, nan), "views[1]: points[5].y is not a number");
+}
+
+TEST(CViews, TheCauseOfAnInvalidHeldLensIsNamed) {
+  const Views views(support::randomRig(56, 2, 0.3));
+  fcal_solution good{};
+  good.fx = good.fy = 400;
+  const auto refusal = [&](const auto& spoil) {
+    fcal_solution lens = good;
+    spoil(lens);
+    fcal_views_options options = defaultOptions();
+    options.held_lens = &lens;
+    const Solved solved = solve(views, &options);
+    EXPECT_EQ(solved.status, FCAL_FALSE);
+    EXPECT_EQ(solved.result.outcome, FCAL_BAD_INPUT);
+    EXPECT_EQ(solved.result.refused_view, -1);
+    return std::string(fcal_last_error());
+  };
+  EXPECT_EQ(refusal([](fcal_solution& lens) { lens.fx = 0; }),
+            "options: held_lens->fx is not positive");
+  EXPECT_EQ(refusal([](fcal_solution& lens) { lens.fy = -400; }),
+            "options: held_lens->fy is not positive");
+  EXPECT_EQ(refusal([](fcal_solution& lens) { lens.k1 = std::nan(""); }),
+            "options: held_lens->k1 is not a number");
+  EXPECT_EQ(refusal([](fcal_solution& lens) { lens.covariance[14] = HUGE_VAL; }),
+            "options: held_lens->covariance[14] is infinite");
+  const auto noCovariance =
+      "options: held_lens->covariance: its part for the lens is not symmetric or has a negative "
+      "eigenvalue";
+  EXPECT_EQ(refusal([](fcal_solution& lens) { lens.covariance[13] = -1; }), noCovariance);
+  EXPECT_EQ(refusal([](fcal_solution& lens) {
+              lens.covariance[0] = lens.covariance[13] = 4;
+              lens.covariance[1] = 1;  // and covariance[12] stays 0
+            }),
+            noCovariance);
 }
 
 }  // namespace
