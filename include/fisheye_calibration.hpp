@@ -129,6 +129,28 @@ class Image : public fcal_image {
   explicit Image(const fcal_image& image) : fcal_image(image) {}
 };
 
+// A picture that is only read, such as a frame.
+class ConstImage {
+ public:
+  // NOLINTNEXTLINE(google-explicit-constructor): what may be written may be read.
+  ConstImage(const Image& image) : image_(image) {}
+
+  // As Image::topDown().
+  static ConstImage topDown(const std::uint8_t* buffer, Size size, std::int32_t bits,
+                            std::int32_t stride = 0) {
+    return ConstImage(Image::topDown(const_cast<std::uint8_t*>(buffer), size, bits, stride));
+  }
+
+  Size size() const { return {image_.width, image_.height}; }
+  std::int32_t bits() const { return image_.bits; }
+
+  // For arguments of the C interface that are only read.
+  const fcal_image& record() const { return image_; }
+
+ private:
+  fcal_image image_;
+};
+
 // A picture with its own memory: rows from the top, without padding.
 class Picture {
  public:
@@ -145,6 +167,7 @@ class Picture {
   std::vector<std::uint8_t>& bytes() { return bytes_; }
   const std::vector<std::uint8_t>& bytes() const { return bytes_; }
   Image image() { return Image::topDown(bytes_.data(), size_, bits_); }
+  ConstImage image() const { return ConstImage::topDown(bytes_.data(), size_, bits_); }
 
  private:
   Size size_;
@@ -152,8 +175,7 @@ class Picture {
   std::vector<std::uint8_t> bytes_;
 };
 
-// ---- points
-// --------------------------------------------------------------------------------------
+// ---- points -------------------------------------------------------------------------------------
 
 struct XY {
   float x, y;
@@ -240,8 +262,7 @@ inline std::vector<XY> stitchedToWorld(const Dual& dual, Span<const XY> stitched
   });
 }
 
-// ---- calibration from one view, parameter files
-// --------------------------------------------------
+// ---- calibration from one view, parameter files -------------------------------------------------
 
 struct Calibration {
   Camera camera{};
@@ -276,28 +297,28 @@ inline Dual loadDual(const std::string& path) {
   return dual;
 }
 
-// ---- pictures
-// ------------------------------------------------------------------------------------
+// ---- pictures -----------------------------------------------------------------------------------
 
-inline void correct(const Image& frame, const Camera& camera, const Image& view) {
-  check(fcal_correct(&frame, &camera, &view, nullptr));
+inline void correct(const ConstImage& frame, const Camera& camera, const Image& view) {
+  check(fcal_correct(&frame.record(), &camera, &view, nullptr));
 }
 
-inline void correct(const Image& frame, const Camera& camera, const Image& view,
+inline void correct(const ConstImage& frame, const Camera& camera, const Image& view,
                     const Image& mask) {
-  check(fcal_correct(&frame, &camera, &view, &mask));
+  check(fcal_correct(&frame.record(), &camera, &view, &mask));
 }
 
-inline Picture corrected(const Image& frame, const Camera& camera, Size size) {
-  Picture view(size, frame.bits);
+inline Picture corrected(const ConstImage& frame, const Camera& camera, Size size) {
+  Picture view(size, frame.bits());
   correct(frame, camera, view.image());
   return view;
 }
 
-inline void crop(const Image& source, const Image& target) { check(fcal_crop(&source, &target)); }
+inline void crop(const ConstImage& source, const Image& target) {
+  check(fcal_crop(&source.record(), &target));
+}
 
-// ---- plane registration
-// --------------------------------------------------------------------------
+// ---- plane registration -------------------------------------------------------------------------
 
 // xw = a x + b y + e, yw = c x + d y + f
 struct Affine {
@@ -317,14 +338,31 @@ inline void straighten(Span<const Point> points) {
   check(fcal_straighten(points.data(), points.count()));
 }
 
-// ---- two cameras
-// ---------------------------------------------------------------------------------
+// ---- two cameras --------------------------------------------------------------------------------
 
-// Refers to the camera and the points, which must outlive it.
+namespace detail {
+
+// Whether a type with data() owns its elements: then those of a constant object are constant, too.
+template <class Container, class = void>
+struct Owns : std::false_type {};
+template <class Container>
+struct Owns<Container, std::void_t<decltype(std::declval<const Container&>().data())>>
+    : std::negation<std::is_same<decltype(std::declval<Container&>().data()),
+                                 decltype(std::declval<const Container&>().data())>> {};
+
+}  // namespace detail
+
+// Refers to the frame's pixels, the camera and the points, which must outlive it.
 class RigView : public fcal_rig_view {
  public:
-  RigView(const Image& picture, const Camera& record, Span<const Point> list)
-      : fcal_rig_view{picture, &record, list.data(), list.count()} {}
+  RigView(const ConstImage& picture, const Camera& record, Span<const Point> list)
+      : fcal_rig_view{picture.record(), &record, list.data(), list.count()} {}
+
+  // Temporaries would be gone before the view is used.
+  RigView(const ConstImage& picture, const Camera&& record, Span<const Point> list) = delete;
+  template <class Points, class = std::enable_if_t<!std::is_lvalue_reference_v<Points> &&
+                                                   detail::Owns<std::remove_cv_t<Points>>::value>>
+  RigView(const ConstImage& picture, const Camera& record, Points&& list) = delete;
 };
 
 using PointLists = std::array<std::vector<Point>, 2>;
@@ -354,14 +392,13 @@ inline Dual stitch(const RigView& first, const RigView& second, const Image& can
 }
 
 // Returns the record of the target.
-inline Dual cropStitched(const Image& source, std::int32_t left, std::int32_t top,
+inline Dual cropStitched(const ConstImage& source, std::int32_t left, std::int32_t top,
                          const Image& target, Dual dual) {
-  check(fcal_crop_stitched(&source, left, top, &target, &dual));
+  check(fcal_crop_stitched(&source.record(), left, top, &target, &dual));
   return dual;
 }
 
-// ---- any number of views
-// -------------------------------------------------------------------------
+// ---- any number of views ------------------------------------------------------------------------
 
 struct ViewsOptions {
   bool prior = true;

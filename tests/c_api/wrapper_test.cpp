@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 using testing::ElementsAre;
@@ -144,8 +145,7 @@ TEST(Wrapper, RendersPicturesOfEitherDirection) {
                            view.bytes().begin() + static_cast<std::ptrdiff_t>(300 * y)));
   }
   fcal::Picture middle({100, 100}, 8);
-  fcal::Picture whole = view;
-  fcal::crop(whole.image(), middle.image());
+  fcal::crop(view.image(), middle.image());
   EXPECT_EQ(middle.bytes()[0], view.bytes()[300 * 50 + 100]);
   EXPECT_THROW(fcal::Picture({0, 5}, 8), fcal::Error);
   EXPECT_THROW(fcal::Image::bottomUp(buffer.data(), {1 << 30, 1 << 30}, 32), fcal::Error);
@@ -201,6 +201,39 @@ TEST(Wrapper, StitchesTwoCameras) {
   EXPECT_EQ(part.bytes()[0], canvas.bytes()[5 * 80 + 10]);
   const fcal::RigView empty(frame.image(), camera, {});
   EXPECT_THROW(fcal::stitchedSize(view, empty), fcal::NoResult);
+}
+
+// Views refer to cameras and points: temporaries of these do not compile, views of arrays do.
+template <class CameraArgument, class PointsArgument>
+constexpr bool kMakesRigView =
+    std::is_constructible_v<fcal::RigView, fcal::Image, CameraArgument, PointsArgument>;
+using Points = std::vector<fcal::Point>;
+using PointArray = std::array<fcal::Point, 4>;
+static_assert(kMakesRigView<fcal::Camera&, Points&>);
+static_assert(kMakesRigView<const fcal::Camera&, const Points&>);
+static_assert(kMakesRigView<fcal::Camera&, fcal::Span<const fcal::Point>>);
+static_assert(kMakesRigView<fcal::Camera&, const PointArray&>);
+static_assert(!kMakesRigView<fcal::Camera, Points&>);
+static_assert(!kMakesRigView<const fcal::Camera, Points&>);
+static_assert(!kMakesRigView<fcal::Camera&, Points>);
+static_assert(!kMakesRigView<fcal::Camera&, const Points>);
+static_assert(!kMakesRigView<fcal::Camera&, PointArray>);
+static_assert(!kMakesRigView<fcal::Camera, Points>);
+
+// A constant picture can be read, but not written.
+template <class Target>
+constexpr bool kCanBeCroppedInto =
+    std::is_invocable_v<decltype(&fcal::crop), fcal::ConstImage, Target>;
+static_assert(kCanBeCroppedInto<decltype(std::declval<fcal::Picture&>().image())>);
+static_assert(!kCanBeCroppedInto<decltype(std::declval<const fcal::Picture&>().image())>);
+
+TEST(Wrapper, ConstantPicturesCanBeRead) {
+  fcal::Picture original({8, 6}, 8);
+  original.bytes()[8 * 2 + 2] = 77;
+  const fcal::Picture picture = original;
+  fcal::Picture middle({4, 2}, 8);
+  fcal::crop(picture.image(), middle.image());
+  EXPECT_EQ(middle.bytes()[0], 77);
 }
 
 TEST(Wrapper, CalibratesSeveralViews) {
