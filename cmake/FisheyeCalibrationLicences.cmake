@@ -1,5 +1,5 @@
-# Installs the documents and the licence; in the Windows archive, at its top, with the licences of the libraries that
-# a cross-build links into the dynamic library and the program.
+# Installs the documents, the examples that they name and the licence; in the Windows archive, at its top, with the
+# licences of the libraries that a cross-build links into the dynamic library and the program.
 set(is_windows_archive OFF)
 set(document_dir "${CMAKE_INSTALL_DOCDIR}")
 if(MINGW AND CMAKE_CROSSCOMPILING AND PROJECT_IS_TOP_LEVEL)
@@ -13,6 +13,12 @@ if(PROJECT_IS_TOP_LEVEL)
     install(FILES "${PROJECT_SOURCE_DIR}/${page}" DESTINATION "${document_dir}" COMPONENT documentation)
   endforeach()
   install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs" DESTINATION "${document_dir}" COMPONENT documentation)
+  foreach(example IN ITEMS host_in_c.c host_with_wrapper.cpp stitching_in_c.c
+                  csharp/FisheyeCalibration.cs csharp/Host.cs csharp/Stitching.cs)
+    cmake_path(GET example PARENT_PATH folder)
+    install(FILES "${PROJECT_SOURCE_DIR}/examples/${example}" DESTINATION "${document_dir}/examples/${folder}"
+            COMPONENT documentation)
+  endforeach()
 endif()
 if(NOT is_windows_archive)
   return()

@@ -4,7 +4,8 @@
 // (<AllowUnsafeBlocks>true</AllowUnsafeBlocks>). docs/csharp.md shows how to use it.
 //
 // Failures are exceptions with the library's text: NoResultException where the C function returns
-// FCAL_FALSE, FcalException otherwise. All methods may be called from any thread. The methods with
+// FCAL_FALSE, FcalException otherwise. Null arguments are ArgumentNullException, arrays and spans
+// that are too short ArgumentException. All methods may be called from any thread. The methods with
 // spans are there on .NET (Core) 2.1 and later, and elsewhere if FISHEYE_CALIBRATION_SPANS is
 // defined.
 #if NET || NETCOREAPP2_1_OR_GREATER
@@ -231,6 +232,7 @@ namespace FisheyeCalibration
         // A full path: on Windows the library looks for bare names in the Windows folder.
         internal static byte[] Path(string path)
         {
+            if (path == null) throw new ArgumentNullException("path");
             return Encoding.UTF8.GetBytes(System.IO.Path.GetFullPath(path) + "\0");
         }
 
@@ -340,7 +342,12 @@ namespace FisheyeCalibration
         public Camera Camera;
         public Point[] Points;
 
-        internal Pinned Pin() { return new Pinned(this); }
+        internal Pinned Pin(string name)
+        {
+            if (Frame == null) throw new ArgumentException("Frame is null", name);
+            if (Points == null) throw new ArgumentException("Points is null", name);
+            return new Pinned(this);
+        }
 
         internal sealed class Pinned : IDisposable
         {
@@ -405,6 +412,7 @@ namespace FisheyeCalibration
         public static Camera Calibrate(int width, int height, Point[] points, int correctedWidth,
                                        int correctedHeight, out double rms)
         {
+            NotNull(points, "points");
             var camera = new Camera();
             double error;
             fixed (Point* p = points)
@@ -441,6 +449,8 @@ namespace FisheyeCalibration
         // The mask may be null.
         public static void Correct(Picture frame, Camera camera, Picture view, Picture mask)
         {
+            NotNull(frame, "frame");
+            NotNull(view, "view");
             using (var from = frame.Pin())
             using (var to = view.Pin())
             using (var flags = mask == null ? null : mask.Pin())
@@ -452,6 +462,8 @@ namespace FisheyeCalibration
 
         public static void Crop(Picture source, Picture target)
         {
+            NotNull(source, "source");
+            NotNull(target, "target");
             using (var from = source.Pin())
             using (var to = target.Pin())
             {
@@ -462,6 +474,7 @@ namespace FisheyeCalibration
 
         public static Xy[] WorldToRaw(Camera camera, Xyz[] world)
         {
+            NotNull(world, "world");
             var raw = new Xy[world.Length];
             fixed (Xyz* p = world) fixed (Xy* q = raw)
                 Native.Check(Native.fcal_world_to_raw(&camera, p, world.Length, q));
@@ -470,6 +483,7 @@ namespace FisheyeCalibration
 
         public static Xy[] WorldToCorrected(Camera camera, float cx, float cy, Xyz[] world)
         {
+            NotNull(world, "world");
             var corrected = new Xy[world.Length];
             fixed (Xyz* p = world) fixed (Xy* q = corrected)
                 Native.Check(Native.fcal_world_to_corrected(&camera, cx, cy, p, world.Length, q));
@@ -478,6 +492,7 @@ namespace FisheyeCalibration
 
         public static Xy[] WorldToView(Camera camera, float cx, float cy, Xy[] world)
         {
+            NotNull(world, "world");
             var view = new Xy[world.Length];
             fixed (Xy* p = world) fixed (Xy* q = view)
                 Native.Check(Native.fcal_world_to_view(&camera, cx, cy, p, world.Length, q));
@@ -486,6 +501,7 @@ namespace FisheyeCalibration
 
         public static Xy[] ViewToWorld(Camera camera, float cx, float cy, Xy[] view)
         {
+            NotNull(view, "view");
             var world = new Xy[view.Length];
             fixed (Xy* p = view) fixed (Xy* q = world)
                 Native.Check(Native.fcal_view_to_world(&camera, cx, cy, p, view.Length, q));
@@ -494,6 +510,7 @@ namespace FisheyeCalibration
 
         public static Xy[] RawToWorld(Camera camera, Xy[] raw)
         {
+            NotNull(raw, "raw");
             var world = new Xy[raw.Length];
             fixed (Xy* p = raw) fixed (Xy* q = world)
                 Native.Check(Native.fcal_raw_to_world(&camera, p, raw.Length, q));
@@ -502,6 +519,7 @@ namespace FisheyeCalibration
 
         public static Xy[] RawToCorrected(Camera camera, float cx, float cy, Xy[] raw)
         {
+            NotNull(raw, "raw");
             var corrected = new Xy[raw.Length];
             fixed (Xy* p = raw) fixed (Xy* q = corrected)
                 Native.Check(Native.fcal_raw_to_corrected(&camera, cx, cy, p, raw.Length, q));
@@ -510,6 +528,7 @@ namespace FisheyeCalibration
 
         public static Affine FitAffine(Point[] points)
         {
+            NotNull(points, "points");
             var k = stackalloc double[6];
             var fit = new Affine();
             fixed (Point* p = points)
@@ -520,12 +539,15 @@ namespace FisheyeCalibration
 
         public static void Straighten(Point[] points)
         {
+            NotNull(points, "points");
             fixed (Point* p = points) Native.Check(Native.fcal_straighten(p, points.Length));
         }
 
         public static void CommonPoints(Point[] first, Point[] second, int idCount, out Point[] common1,
                                         out Point[] common2)
         {
+            NotNull(first, "first");
+            NotNull(second, "second");
             common1 = new Point[first.Length];
             common2 = new Point[second.Length];
             int needed1, needed2;
@@ -538,9 +560,11 @@ namespace FisheyeCalibration
 
         public static void StitchedSize(RigView first, RigView second, out int width, out int height)
         {
+            NotNull(first, "first");
+            NotNull(second, "second");
             int w, h;
-            using (var pinned1 = first.Pin())
-            using (var pinned2 = second.Pin())
+            using (var pinned1 = first.Pin("first"))
+            using (var pinned2 = second.Pin("second"))
             {
                 NativeRigView a = pinned1.View, b = pinned2.View;
                 Native.Check(Native.fcal_stitched_size(&a, &b, &w, &h));
@@ -551,9 +575,12 @@ namespace FisheyeCalibration
 
         public static Dual Stitch(RigView first, RigView second, Picture canvas)
         {
+            NotNull(first, "first");
+            NotNull(second, "second");
+            NotNull(canvas, "canvas");
             var dual = new Dual();
-            using (var pinned1 = first.Pin())
-            using (var pinned2 = second.Pin())
+            using (var pinned1 = first.Pin("first"))
+            using (var pinned2 = second.Pin("second"))
             using (var target = canvas.Pin())
             {
                 NativeRigView a = pinned1.View, b = pinned2.View;
@@ -566,6 +593,8 @@ namespace FisheyeCalibration
         // Returns the record of the target.
         public static Dual CropStitched(Picture source, int left, int top, Picture target, Dual dual)
         {
+            NotNull(source, "source");
+            NotNull(target, "target");
             using (var from = source.Pin())
             using (var to = target.Pin())
             {
@@ -577,6 +606,7 @@ namespace FisheyeCalibration
 
         public static Xy[] WorldToStitched(Dual dual, Xy[] world)
         {
+            NotNull(world, "world");
             var stitched = new Xy[world.Length];
             fixed (Xy* p = world) fixed (Xy* q = stitched)
                 Native.Check(Native.fcal_world_to_stitched(&dual, p, world.Length, q));
@@ -585,6 +615,7 @@ namespace FisheyeCalibration
 
         public static Xy[] StitchedToWorld(Dual dual, Xy[] stitched)
         {
+            NotNull(stitched, "stitched");
             var world = new Xy[stitched.Length];
             fixed (Xy* p = stitched) fixed (Xy* q = world)
                 Native.Check(Native.fcal_stitched_to_world(&dual, p, stitched.Length, q));
@@ -594,8 +625,13 @@ namespace FisheyeCalibration
         // The options may be null.
         public static ViewsCalibration CalibrateViews(int width, int height, Point[][] views, ViewsOptions options)
         {
+            NotNull(views, "views");
             int total = 0;
-            foreach (Point[] view in views) total += view.Length;
+            for (int j = 0; j < views.Length; ++j)
+            {
+                if (views[j] == null) throw new ArgumentException("views[" + j + "] is null", "views");
+                total += views[j].Length;
+            }
             var wrongPoints = new byte[total];
             var wrongViews = new byte[views.Length];
             var targets = new NativeTargetView[views.Length];
@@ -650,6 +686,7 @@ namespace FisheyeCalibration
         public static Camera CameraOf(Solution solution, Point[] points, int correctedWidth, int correctedHeight,
                                       out double rms)
         {
+            NotNull(points, "points");
             var camera = new Camera();
             double error;
             fixed (Point* p = points)
@@ -676,6 +713,7 @@ namespace FisheyeCalibration
 
         public static BedPoint[] RawToBed(Solution solution, BedPoint[] raw)
         {
+            NotNull(raw, "raw");
             var bed = new BedPoint[raw.Length];
             fixed (BedPoint* p = raw) fixed (BedPoint* q = bed)
                 Native.Check(Native.fcal_raw_to_bed(&solution, p, raw.Length, q));
@@ -684,6 +722,7 @@ namespace FisheyeCalibration
 
         public static double[] BedBounds(Solution solution, BedPoint[] bed)
         {
+            NotNull(bed, "bed");
             var bounds = new double[bed.Length];
             fixed (BedPoint* p = bed) fixed (double* q = bounds)
                 Native.Check(Native.fcal_bed_bounds(&solution, p, bed.Length, q));
@@ -692,15 +731,21 @@ namespace FisheyeCalibration
 
         public static double[] BedErrors(Solution solution, Solution judged, BedPoint[] bed)
         {
+            NotNull(bed, "bed");
             var errors = new double[bed.Length];
             fixed (BedPoint* p = bed) fixed (double* q = errors)
                 Native.Check(Native.fcal_bed_errors(&solution, &judged, p, bed.Length, q));
             return errors;
         }
+
+        static void NotNull(object argument, string name)
+        {
+            if (argument == null) throw new ArgumentNullException(name);
+        }
     }
 
 #if FISHEYE_CALIBRATION_SPANS
-    // The same into memory of the caller: as many results as points.
+    // The same into memory of the caller: at least as many results as points; those beyond stay.
     public static unsafe partial class Fcal
     {
         public static Camera Calibrate(int width, int height, Span<Point> points, int correctedWidth,
@@ -717,7 +762,7 @@ namespace FisheyeCalibration
 
         public static void WorldToRaw(Camera camera, ReadOnlySpan<Xyz> world, Span<Xy> raw)
         {
-            CheckLengths(world.Length, raw.Length);
+            FitsInto(world.Length, raw.Length, "raw");
             fixed (Xyz* p = &MemoryMarshal.GetReference(world)) fixed (Xy* q = &MemoryMarshal.GetReference(raw))
                 Native.Check(Native.fcal_world_to_raw(&camera, p, world.Length, q));
         }
@@ -725,56 +770,56 @@ namespace FisheyeCalibration
         public static void WorldToCorrected(Camera camera, float cx, float cy, ReadOnlySpan<Xyz> world,
                                             Span<Xy> corrected)
         {
-            CheckLengths(world.Length, corrected.Length);
+            FitsInto(world.Length, corrected.Length, "corrected");
             fixed (Xyz* p = &MemoryMarshal.GetReference(world)) fixed (Xy* q = &MemoryMarshal.GetReference(corrected))
                 Native.Check(Native.fcal_world_to_corrected(&camera, cx, cy, p, world.Length, q));
         }
 
         public static void WorldToView(Camera camera, float cx, float cy, ReadOnlySpan<Xy> world, Span<Xy> view)
         {
-            CheckLengths(world.Length, view.Length);
+            FitsInto(world.Length, view.Length, "view");
             fixed (Xy* p = &MemoryMarshal.GetReference(world)) fixed (Xy* q = &MemoryMarshal.GetReference(view))
                 Native.Check(Native.fcal_world_to_view(&camera, cx, cy, p, world.Length, q));
         }
 
         public static void ViewToWorld(Camera camera, float cx, float cy, ReadOnlySpan<Xy> view, Span<Xy> world)
         {
-            CheckLengths(view.Length, world.Length);
+            FitsInto(view.Length, world.Length, "world");
             fixed (Xy* p = &MemoryMarshal.GetReference(view)) fixed (Xy* q = &MemoryMarshal.GetReference(world))
                 Native.Check(Native.fcal_view_to_world(&camera, cx, cy, p, view.Length, q));
         }
 
         public static void RawToWorld(Camera camera, ReadOnlySpan<Xy> raw, Span<Xy> world)
         {
-            CheckLengths(raw.Length, world.Length);
+            FitsInto(raw.Length, world.Length, "world");
             fixed (Xy* p = &MemoryMarshal.GetReference(raw)) fixed (Xy* q = &MemoryMarshal.GetReference(world))
                 Native.Check(Native.fcal_raw_to_world(&camera, p, raw.Length, q));
         }
 
         public static void RawToCorrected(Camera camera, float cx, float cy, ReadOnlySpan<Xy> raw, Span<Xy> corrected)
         {
-            CheckLengths(raw.Length, corrected.Length);
+            FitsInto(raw.Length, corrected.Length, "corrected");
             fixed (Xy* p = &MemoryMarshal.GetReference(raw)) fixed (Xy* q = &MemoryMarshal.GetReference(corrected))
                 Native.Check(Native.fcal_raw_to_corrected(&camera, cx, cy, p, raw.Length, q));
         }
 
         public static void WorldToStitched(Dual dual, ReadOnlySpan<Xy> world, Span<Xy> stitched)
         {
-            CheckLengths(world.Length, stitched.Length);
+            FitsInto(world.Length, stitched.Length, "stitched");
             fixed (Xy* p = &MemoryMarshal.GetReference(world)) fixed (Xy* q = &MemoryMarshal.GetReference(stitched))
                 Native.Check(Native.fcal_world_to_stitched(&dual, p, world.Length, q));
         }
 
         public static void StitchedToWorld(Dual dual, ReadOnlySpan<Xy> stitched, Span<Xy> world)
         {
-            CheckLengths(stitched.Length, world.Length);
+            FitsInto(stitched.Length, world.Length, "world");
             fixed (Xy* p = &MemoryMarshal.GetReference(stitched)) fixed (Xy* q = &MemoryMarshal.GetReference(world))
                 Native.Check(Native.fcal_stitched_to_world(&dual, p, stitched.Length, q));
         }
 
         public static void RawToBed(Solution solution, ReadOnlySpan<BedPoint> raw, Span<BedPoint> bed)
         {
-            CheckLengths(raw.Length, bed.Length);
+            FitsInto(raw.Length, bed.Length, "bed");
             fixed (BedPoint* p = &MemoryMarshal.GetReference(raw))
             fixed (BedPoint* q = &MemoryMarshal.GetReference(bed))
                 Native.Check(Native.fcal_raw_to_bed(&solution, p, raw.Length, q));
@@ -782,7 +827,7 @@ namespace FisheyeCalibration
 
         public static void BedBounds(Solution solution, ReadOnlySpan<BedPoint> bed, Span<double> bounds)
         {
-            CheckLengths(bed.Length, bounds.Length);
+            FitsInto(bed.Length, bounds.Length, "bounds");
             fixed (BedPoint* p = &MemoryMarshal.GetReference(bed))
             fixed (double* q = &MemoryMarshal.GetReference(bounds))
                 Native.Check(Native.fcal_bed_bounds(&solution, p, bed.Length, q));
@@ -791,15 +836,15 @@ namespace FisheyeCalibration
         public static void BedErrors(Solution solution, Solution judged, ReadOnlySpan<BedPoint> bed,
                                      Span<double> errors)
         {
-            CheckLengths(bed.Length, errors.Length);
+            FitsInto(bed.Length, errors.Length, "errors");
             fixed (BedPoint* p = &MemoryMarshal.GetReference(bed))
             fixed (double* q = &MemoryMarshal.GetReference(errors))
                 Native.Check(Native.fcal_bed_errors(&solution, &judged, p, bed.Length, q));
         }
 
-        static void CheckLengths(int points, int results)
+        static void FitsInto(int points, int results, string name)
         {
-            if (points != results) throw new ArgumentException("not as many results as points");
+            if (results < points) throw new ArgumentException("fewer results than points", name);
         }
     }
 #endif

@@ -4,7 +4,7 @@ using System.Runtime.InteropServices;
 using System.Threading;
 using FisheyeCalibration;
 
-static class Checks
+static partial class Checks
 {
     static bool failed;
 
@@ -61,14 +61,6 @@ static class Checks
         ExpectThrown<ArgumentOutOfRangeException>(() => solution.GetCovariance(-1, 0), "rows begin at 0");
     }
 
-#if FISHEYE_CALIBRATION_SPANS
-    static void Spans()
-    {
-        ExpectThrown<ArgumentException>(() => Fcal.WorldToRaw(new Camera(), new Xyz[3], new Xy[2]),
-                                        "a result of another length is refused");
-    }
-#endif
-
     // Every thread sees its own text.
     static void Threads()
     {
@@ -99,8 +91,10 @@ static class Checks
     {
         Pictures();
         Covariances();
+        NullArrays();
+        NullPictures();
 #if FISHEYE_CALIBRATION_SPANS
-        Spans();
+        ShortSpans();
 #endif
         Threads();
         if (!failed) Print.Line("all checks passed");

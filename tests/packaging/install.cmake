@@ -27,7 +27,9 @@ if(STATIC)
        "${package}/fisheye_calibrationStaticTargets-${config}.cmake")
 endif()
 file(GLOB_RECURSE pages RELATIVE "${SOURCE}" "${SOURCE}/docs/*")
-list(APPEND pages CHANGELOG.md CONTRIBUTING.md LICENSE README.md)
+list(APPEND pages CHANGELOG.md CONTRIBUTING.md LICENSE README.md examples/host_in_c.c examples/host_with_wrapper.cpp
+     examples/stitching_in_c.c examples/csharp/FisheyeCalibration.cs examples/csharp/Host.cs
+     examples/csharp/Stitching.cs)
 list(TRANSFORM pages PREPEND "${DOCUMENT_DIR}/")
 list(APPEND expected ${pages})
 if(PROGRAM)

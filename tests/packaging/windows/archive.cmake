@@ -18,6 +18,12 @@ set(expected
     README.md
     bin/fisheye-calibration.exe
     bin/fisheye_calibration.dll
+    examples/csharp/FisheyeCalibration.cs
+    examples/csharp/Host.cs
+    examples/csharp/Stitching.cs
+    examples/host_in_c.c
+    examples/host_with_wrapper.cpp
+    examples/stitching_in_c.c
     include/fisheye_calibration.h
     include/fisheye_calibration.hpp
     include/fisheye_calibration_c.h
