@@ -2,6 +2,9 @@
 
 The version is that of CMakeLists.txt. FISHEYE_CALIBRATION_BUILD names a configured build tree of
 the library to be used instead of a new one in python/build.
+
+The extension module contains code of pybind11, whose licence wants its notice to go with it: where
+Debian has installed pybind11, the wheel gets Debian's copy, as LICENSE.pybind11 beside LICENSE.
 """
 
 from __future__ import annotations
@@ -11,6 +14,8 @@ import re
 import shutil
 import subprocess
 import sys
+from collections.abc import Iterator
+from contextlib import contextmanager
 from pathlib import Path
 
 from setuptools import Extension, setup
@@ -19,6 +24,7 @@ from setuptools.command.build_ext import build_ext
 HERE = Path(__file__).resolve().parent
 SOURCES = HERE.parent
 TARGET = "fisheye_calibration_python"
+NOTICE = Path("/usr/share/doc/pybind11-dev/copyright")
 
 
 def version() -> str:
@@ -28,6 +34,18 @@ def version() -> str:
     if found is None:
         raise RuntimeError("CMakeLists.txt: no version")
     return found.group(1)
+
+
+@contextmanager
+def notice() -> Iterator[None]:
+    """Put pybind11's notice where setuptools finds it by its name, for as long as it runs."""
+    place = HERE / "LICENSE.pybind11"
+    if NOTICE.exists():
+        shutil.copyfile(NOTICE, place)
+    try:
+        yield
+    finally:
+        place.unlink(missing_ok=True)
 
 
 class CMakeBuild(build_ext):
@@ -72,8 +90,9 @@ class CMakeBuild(build_ext):
         )
 
 
-setup(
-    version=version(),
-    ext_modules=[Extension("fisheye_calibration._core", sources=[])],
-    cmdclass={"build_ext": CMakeBuild},
-)
+with notice():
+    setup(
+        version=version(),
+        ext_modules=[Extension("fisheye_calibration._core", sources=[])],
+        cmdclass={"build_ext": CMakeBuild},
+    )

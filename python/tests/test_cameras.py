@@ -7,8 +7,9 @@ import pickle
 from pathlib import Path
 
 import numpy as np
+import numpy.typing as npt
 import pytest
-from conftest import SIZE, camera, frame, grid
+from conftest import SIZE, camera, frame, grid, measured
 
 import fisheye_calibration as fc
 
@@ -74,6 +75,11 @@ def test_files_keep_the_camera(tmp_path: Path, calibration: fc.Calibration) -> N
     again = tmp_path / "again.ini"
     loaded.save(again)
     assert fc.Camera.load(again) == loaded
+    sized = fc.Camera.load(again, view_size=(240, 160))
+    assert sized.view_size == (240, 160)
+    assert (sized, hash(sized)) == (loaded, hash(loaded))
+    with pytest.raises(ValueError, match="view_size"):
+        fc.Camera.load(again, view_size=(240, 0))
 
 
 def test_z_of_bed_points_may_be_given() -> None:
@@ -123,8 +129,59 @@ def test_crop_takes_the_centre() -> None:
     assert larger.sum() == picture.sum()
 
 
-def test_default_size_is_the_frames() -> None:
-    view, mask = camera().correct(frame(3))
-    assert view.shape == (240, 320, 3)
-    assert mask.shape == (240, 320)
+def test_no_points_give_no_points() -> None:
+    one = camera()
+    empties: list[npt.ArrayLike] = [[], (), np.array([]), np.zeros((0, 2))]
+    for empty in empties:
+        mapped = [
+            one.world_to_raw(empty),
+            one.raw_to_world(empty),
+            one.world_to_corrected(empty, SIZE),
+            one.raw_to_corrected(empty, SIZE),
+            one.world_to_view(empty, SIZE),
+            one.view_to_world(empty, SIZE),
+        ]
+        assert all(points.shape == (0, 2) and points.dtype == np.float32 for points in mapped)
+    with pytest.raises(ValueError, match=r"^world: shape \(1, 0\)"):
+        one.world_to_raw([[]])
+
+
+def test_default_size_is_that_of_the_view(calibration: fc.Calibration) -> None:
+    raw = frame(3)
+    placed = calibration.camera.place_view((30, 40), 0.5, (240, 160))
+    assert placed.view_size == (240, 160)
+    view, mask = placed.correct(raw)
+    assert view.shape == (160, 240, 3)
+    assert mask.shape == (160, 240)
     assert view.flags.c_contiguous and mask.flags.c_contiguous
+    assert view.tobytes() == placed.correct(raw, (240, 160))[0].tobytes()
+    assert placed.correct(raw, (64, 48))[0].shape == (48, 64, 3)
+
+    assert calibration.camera.view_size == SIZE
+    world, image = measured()
+    larger = fc.calibrate(world, image, SIZE, view_size=(400, 300)).camera
+    assert larger.view_size == (400, 300)
+    assert larger.correct(raw)[0].shape == (300, 400, 3)
+
+
+def test_default_size_is_the_frames_if_the_views_is_unknown(
+    tmp_path: Path, calibration: fc.Calibration
+) -> None:
+    path = tmp_path / "camera.ini"
+    calibration.camera.place_view((30, 40), 0.5, (240, 160)).save(path)
+    for one in (camera(), fc.Camera.load(path)):
+        assert one.view_size is None
+        view, mask = one.correct(frame(3))
+        assert view.shape == (240, 320, 3)
+        assert mask.shape == (240, 320)
+
+
+def test_copies_know_the_size_of_the_view(calibration: fc.Calibration) -> None:
+    placed = calibration.camera.place_view((30, 40), 0.5, (240, 160))
+    for again in (pickle.loads(pickle.dumps(placed)), copy.copy(placed), copy.deepcopy(placed)):
+        assert again == placed
+        assert hash(again) == hash(placed)
+        assert again.view_size == (240, 160)
+    unknown = fc.Camera._of(placed.record.copy())
+    assert unknown.view_size is None
+    assert unknown == placed

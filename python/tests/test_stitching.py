@@ -6,7 +6,7 @@ from pathlib import Path
 
 import numpy as np
 import pytest
-from conftest import camera, frame, grid
+from conftest import SIZE, camera, frame, grid
 
 import fisheye_calibration as fc
 
@@ -40,6 +40,18 @@ def test_cameras_that_share_no_point_have_no_result() -> None:
     other = fc.TargetPoints(np.arange(12) + 50, second.points.world, second.points.image)
     with pytest.raises(fc.NoResultError):
         fc.stitch(first, fc.RigView(second.frame, second.camera, other))
+
+
+def test_cameras_are_made_for_views_of_twice_the_frames_size() -> None:
+    first, second = rig()
+    doubled = 2 * SIZE[0], 2 * SIZE[1]
+    placed = [camera().place_view((0, 0), 0.5, size) for size in (doubled, SIZE)]
+    good, wrong = (fc.RigView(first.frame, one, first.points) for one in placed)
+    assert fc.stitched_size(good, second)[0] >= doubled[0]
+    with pytest.raises(ValueError, match=r"^second\.camera: .*\(320, 240\), not \(640, 480\)"):
+        fc.stitch(good, wrong)
+    with pytest.raises(ValueError, match=r"^first\.camera: "):
+        fc.stitched_size(wrong, good)
 
 
 def test_canvas_keeps_what_no_camera_covers() -> None:

@@ -76,3 +76,22 @@ def test_large_results_are_shown_in_one_line(calibration: fc.Calibration) -> Non
     assert repr(calibration.views[1]) == "<SolvedView: 99 points, 0 wrong>"
     for value in (calibration, stitched, chart):
         assert "\n" not in repr(value)
+
+
+@pytest.mark.parametrize("make", MAKE)
+def test_other_types_of_values_differ(make: Callable[[], Any]) -> None:
+    others = [other() for other in MAKE if other is not make]
+    assert len(others) == 2
+    assert all(make() != other for other in others)
+
+
+def test_no_points_are_a_value() -> None:
+    none = fc.TargetPoints([], [], [])
+    assert len(none) == 0
+    assert none.ids.shape == (0,) and none.world.shape == (0, 2) and none.image.shape == (0, 2)
+    assert none == fc.TargetPoints(np.zeros(0, int), np.zeros((0, 3)), np.zeros((0, 2)))
+    assert pickle.loads(pickle.dumps(none)) == none
+    assert fc.common_points(none, rig()[0].points) == (none, none)
+    with pytest.raises(fc.NoResultError):
+        first, second = rig()
+        fc.stitch(first, fc.RigView(second.frame, second.camera, none))

@@ -63,6 +63,9 @@ elseif(DO STREQUAL "pip")
             "assert (view[mask == 0] == 7).all() and (mask == 0).any()"
             "licences = [file for file in metadata.files('fisheye_calibration') if file.name == 'LICENSE']"
             "assert 'Apache License' in licences[0].read_text(), licences"
+            "files = metadata.files('fisheye_calibration')"
+            "notices = [file.read_text() for file in files if file.name == 'LICENSE.pybind11']"
+            "assert len(notices) == 1 and 'Wenzel Jakob' in notices[0], notices"
             "assert metadata.metadata('fisheye_calibration')['License'] == 'Apache-2.0'"
             "print(fc.__version__, metadata.version('fisheye_calibration'))")
   list(JOIN check "\n" check)

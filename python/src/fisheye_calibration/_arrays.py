@@ -102,6 +102,8 @@ def matrix(value: npt.ArrayLike, name: str, rows: int, columns: int) -> Float64A
 
 def _rows(value: npt.ArrayLike, name: str, widths: tuple[int, ...]) -> npt.NDArray[Any]:
     array = numbers(value, name)
+    if array.shape == (0,):  # [] is no points
+        array = array.reshape(0, widths[0])
     if array.ndim != 2 or array.shape[1] not in widths:
         wanted = " or ".join(f"(n, {width})" for width in widths)
         raise ValueError(f"{name}: shape {array.shape}, not {wanted}")

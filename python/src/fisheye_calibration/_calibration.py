@@ -51,7 +51,8 @@ def calibrate(
     size : (int, int)
         Width and height of the raw image, pixels.
     view_size : (int, int), optional
-        Width and height of the view that the camera is to render; the default is `size`.
+        Width and height of the view that the camera is to render, and the default of
+        `Camera.correct`; the default is `size`.
     more_views : iterable of (world, image), optional
         Views of targets that are held anywhere, for example tilted. They make the lens, and with
         it the bed, more accurate.
@@ -120,7 +121,7 @@ def calibrate(
         if not keep_all:
             rms = _rms_of(points, ~robust.views[0].wrong_points)
     return Calibration(
-        camera=Camera._of(record),
+        camera=Camera._of(record, view),
         rms=rms,
         world=np.stack([points["xw"], points["yw"]], axis=1),
         image=np.stack([points["x"], points["y"]], axis=1),

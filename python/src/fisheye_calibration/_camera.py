@@ -10,6 +10,7 @@ import numpy.typing as npt
 from . import _arrays, _core, _files
 from ._arrays import Float32Array, Float64Array, Frame, Record, Size
 from ._files import PathLike
+from ._record_value import RecordValue
 
 _PAIRS = {
     "focal_length": ("fx", "fy"),
@@ -31,7 +32,7 @@ def _rotation_matrix(vector: Float64Array) -> Float64Array:
     return rotation
 
 
-class Camera:
+class Camera(RecordValue):
     """A calibrated fisheye camera and the work bed that it looks at.
 
     Usually the result of `calibrate` or `Camera.load`. Cameras never change; they can be compared,
@@ -68,8 +69,8 @@ class Camera:
         Share of y that is added to x before fx.
     """
 
-    __slots__ = ("_record",)
-    _record: Record
+    __slots__ = ("_view_size",)
+    _view_size: Optional[Size]
 
     def __init__(
         self,
@@ -107,19 +108,27 @@ class Camera:
         record["skewness"] = _arrays.real(skewness, "skewness")
         record.setflags(write=False)
         self._record = record
+        self._view_size = None
 
     @classmethod
-    def _of(cls, record: Record) -> Camera:
-        camera = cls.__new__(cls)
-        camera._record = record
-        record.setflags(write=False)
+    def _of(cls, record: Record, view_size: Optional[Size] = None) -> Camera:
+        camera = super()._of(record)
+        camera._view_size = view_size
         return camera
 
     @classmethod
-    def load(cls, path: PathLike) -> Camera:
+    def load(cls, path: PathLike, view_size: Optional[Size] = None) -> Camera:
         """Read a parameter file (INI).
 
         Missing parameters are 0.
+
+        Parameters
+        ----------
+        path : str or path-like
+            The file.
+        view_size : (int, int), optional
+            Width and height of the view that the file was made for, pixels, which files do not
+            hold. If None, `correct` needs its `size` unless it is the frame's.
 
         Raises
         ------
@@ -128,7 +137,8 @@ class Camera:
         ValueError
             If the file holds no parameter of a camera.
         """
-        return cls._of(_files.load(path, _core.load_camera, "camera"))
+        size = None if view_size is None else _arrays.size_of(view_size, "view_size")
+        return cls._of(_files.load(path, _core.load_camera, "camera"), size)
 
     def save(self, path: PathLike) -> None:
         """Write a parameter file (INI), or change its camera; other sections stay as they are.
@@ -206,6 +216,14 @@ class Camera:
     def datum(self) -> Tuple[float, float]:
         """World point at the view's centre."""
         return self._pair("datum")
+
+    @property
+    def view_size(self) -> Optional[Size]:
+        """(width, height) of the view, pixels, given to `calibrate`, `place_view` or `load`, or None.
+
+        Files do not hold it, and it does not count when cameras are compared.
+        """
+        return self._view_size
 
     @property
     def shift(self) -> Tuple[float, float]:
@@ -292,9 +310,10 @@ class Camera:
             The raw frame, row 0 at the top, bytes of a pixel in any order. Rows may have any
             stride, also a negative one; it is copied only if the bytes of a row are not adjacent.
         size : (int, int), optional
-            Width and height of the view that the camera was calibrated for or that `place_view`
-            was given, pixels. The default is the frame's, as of `calibrate`. At another size the
-            picture is distorted and the mapping of points does not hold.
+            Width and height of the view, pixels. The default is `view_size`, the size that
+            `calibrate`, `place_view` or `load` was given, or the frame's if that is None.
+            At any other size than that of `calibrate` or `place_view` the picture is distorted and
+            the mapping of points does not hold.
         out, mask : uint8 arrays, optional
             Where to write the results, such as parts of larger pictures. By default they are new
             and contiguous. They may overlap the frame, but not each other.
@@ -313,7 +332,7 @@ class Camera:
         """
         source = _arrays.picture(frame, "frame")
         if size is None:
-            size = source.shape[1], source.shape[0]
+            size = self._view_size or (source.shape[1], source.shape[0])
         size = _arrays.size_of(size, "size")
         view = _arrays.output(out, "out", _arrays.shape_of(size, source))
         marks = _arrays.output(mask, "mask", (size[1], size[0]))
@@ -332,7 +351,7 @@ class Camera:
         pixel : float
             World units per pixel.
         size : (int, int)
-            Width and height of the view, pixels.
+            Width and height of the view, pixels; from then on the default of `correct`.
 
         Raises
         ------
@@ -343,18 +362,11 @@ class Camera:
         width, height = _arrays.size_of(size, "size")
         record = self._record.copy()
         _core.place_view(float(x), float(y), _arrays.real(pixel, "pixel"), width, height, record)
-        return Camera._of(record)
+        return Camera._of(record, (width, height))
 
-    def __eq__(self, other: object) -> bool:
-        if not isinstance(other, Camera):
-            return NotImplemented
-        return _arrays.content_of(self._record) == _arrays.content_of(other._record)
-
-    def __hash__(self) -> int:
-        return hash(_arrays.content_of(self._record))
-
-    def __reduce__(self) -> Tuple[object, Tuple[bytes]]:
-        return _from_bytes, (_arrays.cleared(self._record).tobytes(),)
+    def __reduce__(self) -> Tuple[object, Tuple[object, ...]]:
+        function, content = super().__reduce__()
+        return function, (*content, self._view_size)
 
     def __repr__(self) -> str:
         fx, fy = self.focal_length
@@ -363,10 +375,6 @@ class Camera:
             f"<Camera: focal length ({fx:.1f}, {fy:.1f}) px, position ({x:.1f}, {y:.1f}, {z:.1f}),"
             f" view {self.pixel:.6g} per pixel>"
         )
-
-
-def _from_bytes(data: bytes) -> Camera:
-    return Camera._of(np.frombuffer(data, _core.camera_dtype).reshape(()).copy())
 
 
 def _centre(size: Size) -> Tuple[float, float]:

@@ -12,6 +12,7 @@ from . import _arrays, _core, _files
 from ._arrays import Float32Array, Frame, Record, Size
 from ._camera import Camera
 from ._files import PathLike
+from ._record_value import RecordValue
 from ._target_points import TargetPoints, points_of
 
 
@@ -24,7 +25,8 @@ class RigView:
     frame : (h, w), (h, w, 3) or (h, w, 4) uint8 array
         Its raw frame, row 0 at the top, of any strides.
     camera : Camera
-        Its calibration, for views of twice the frame's size.
+        Its calibration, for views of twice the frame's size: the `view_size` of `calibrate` or the
+        `size` of `Camera.place_view`.
     points : TargetPoints
         What it saw of the target on the bed, within 0 ... 10000 world units.
     """
@@ -38,7 +40,7 @@ class RigView:
         return f"<RigView: frame of shape {shape}, {self.camera!r}, {self.points!r}>"
 
 
-class StitchedRecord:
+class StitchedRecord(RecordValue):
     """Scale, size and datum of a stitched image.
 
     The world point `datum` is at the pixel `datum_pixel` of an image of `size`, `pixel` world
@@ -46,18 +48,10 @@ class StitchedRecord:
     rows are counted from the top here.
     """
 
-    __slots__ = ("_record",)
-    _record: Record
+    __slots__ = ()
 
     def __init__(self) -> None:
         raise TypeError("StitchedRecord: the result of stitch() or StitchedRecord.load()")
-
-    @classmethod
-    def _of(cls, record: Record) -> StitchedRecord:
-        stitched = cls.__new__(cls)
-        record.setflags(write=False)
-        stitched._record = record
-        return stitched
 
     @classmethod
     def load(cls, path: PathLike) -> StitchedRecord:
@@ -119,17 +113,6 @@ class StitchedRecord:
         points[:, 1] -= self._rows_above()
         return _core.stitched_to_world(self._record, points)
 
-    def __eq__(self, other: object) -> bool:
-        if not isinstance(other, StitchedRecord):
-            return NotImplemented
-        return self._record.tobytes() == other._record.tobytes()
-
-    def __hash__(self) -> int:
-        return hash(self._record.tobytes())
-
-    def __reduce__(self) -> Tuple[object, Tuple[Record]]:
-        return StitchedRecord._of, (self._record,)
-
     def __repr__(self) -> str:
         width, height = self.size
         return f"<StitchedRecord: {width} x {height} pixels, {self.pixel:.6g} per pixel>"
@@ -189,6 +172,8 @@ def stitch(first: RigView, second: RigView, *, out: Optional[Frame] = None) -> S
     ------
     NoResultError
         If the cameras share no point, or their points do not pair.
+    ValueError
+        If a camera is known to be made for a view of another size than twice its frame's.
     """
     views = _checked(first, "first") + _checked(second, "second")
     if views[0].shape[2:] != views[3].shape[2:]:
@@ -200,7 +185,13 @@ def stitch(first: RigView, second: RigView, *, out: Optional[Frame] = None) -> S
 
 
 def stitched_size(first: RigView, second: RigView) -> Size:
-    """Return (width, height) of the canvas that `stitch` needs, multiples of 4."""
+    """Return (width, height) of the canvas that `stitch` needs, multiples of 4.
+
+    Raises
+    ------
+    NoResultError, ValueError
+        As `stitch`.
+    """
     return _core.stitched_size(*_checked(first, "first"), *_checked(second, "second"))
 
 
@@ -210,4 +201,10 @@ def _checked(view: object, name: str) -> Tuple[Frame, Record, Record]:
     if not isinstance(view.camera, Camera):
         raise TypeError(f"{name}.camera: not a Camera but {type(view.camera).__name__}")
     frame = _arrays.picture(view.frame, f"{name}.frame")
+    doubled = 2 * frame.shape[1], 2 * frame.shape[0]
+    if view.camera.view_size not in (None, doubled):
+        raise ValueError(
+            f"{name}.camera: made for a view of {view.camera.view_size}, not {doubled}, which is "
+            "twice the frame's size"
+        )
     return frame, view.camera.record, points_of(view.points, f"{name}.points")

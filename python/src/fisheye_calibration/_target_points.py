@@ -9,12 +9,13 @@ import numpy.typing as npt
 
 from . import _arrays, _core
 from ._arrays import Float32Array, Record
+from ._record_value import RecordValue
 
 
-class TargetPoints:
+class TargetPoints(RecordValue):
     """Numbered points of a target as one camera sees them.
 
-    They never change; they can be compared, hashed, copied and pickled.
+    They never change; they can be compared, hashed, copied and pickled. There may be none.
 
     Parameters
     ----------
@@ -26,13 +27,12 @@ class TargetPoints:
         The same points in the raw image, pixels.
     """
 
-    __slots__ = ("_points",)
-    _points: Record
+    __slots__ = ()
 
     def __init__(self, ids: npt.ArrayLike, world: npt.ArrayLike, image: npt.ArrayLike) -> None:
         points = _arrays.target(world, image)
         numbers = _arrays.numbers(ids, "ids")
-        if numbers.dtype.kind not in "iu":
+        if numbers.dtype.kind not in "iu" and numbers.size > 0:  # [] has no type of its own
             raise TypeError(f"ids: not whole numbers but {numbers.dtype}")
         if numbers.shape != points.shape:
             raise ValueError(f"ids: shape {numbers.shape}, but world has {len(points)} points")
@@ -41,28 +41,10 @@ class TargetPoints:
             raise ValueError("ids: more than 32 bits")
         points["id"] = numbers
         points.setflags(write=False)
-        self._points = points
-
-    @classmethod
-    def _of(cls, points: Record) -> TargetPoints:
-        target = cls.__new__(cls)
-        points.setflags(write=False)
-        target._points = points
-        return target
+        self._record = points
 
     def __len__(self) -> int:
-        return len(self._points)
-
-    def __eq__(self, other: object) -> bool:
-        if not isinstance(other, TargetPoints):
-            return NotImplemented
-        return self._points.tobytes() == other._points.tobytes()
-
-    def __hash__(self) -> int:
-        return hash(self._points.tobytes())
-
-    def __reduce__(self) -> Tuple[object, Tuple[Record]]:
-        return TargetPoints._of, (self._points,)
+        return len(self._record)
 
     def __repr__(self) -> str:
         return f"<TargetPoints: {len(self)} points>"
@@ -70,22 +52,22 @@ class TargetPoints:
     @property
     def record(self) -> Record:
         """The fields of the C interface's ``fcal_point``: a read-only structured array, (n,)."""
-        return self._points
+        return self._record
 
     @property
     def ids(self) -> npt.NDArray[np.int32]:
         """Numbers of the points, shape (n,)."""
-        return np.array(self._points["id"], np.int32)
+        return np.array(self._record["id"], np.int32)
 
     @property
     def world(self) -> Float32Array:
         """Points of the bed, world units, shape (n, 2)."""
-        return np.stack([self._points["xw"], self._points["yw"]], axis=1)
+        return np.stack([self._record["xw"], self._record["yw"]], axis=1)
 
     @property
     def image(self) -> Float32Array:
         """Points of the raw image, pixels, shape (n, 2)."""
-        return np.stack([self._points["x"], self._points["y"]], axis=1)
+        return np.stack([self._record["x"], self._record["y"]], axis=1)
 
 
 def common_points(
