@@ -31,8 +31,8 @@ struct RobustOptions {
 enum class RobustStatus {
   kSolved,
   kBadInput,      // no view or image size, lists that do not pair, numbers that are not finite,
-                  // target points with Z other than 0, a held lens without focal length or
-                  // whose covariance is none (not symmetric, or a negative variance)
+                  // target points with Z other than 0, a held lens without focal length or with
+                  // a matrix that is no covariance (not symmetric, or a negative variance)
   kTooFewPoints,  // a view has fewer than four, a single one fewer than seven
   kDegenerate,    // a view's points do not determine its pose, or the views not the lens
   kNotConverged,
