@@ -24,6 +24,7 @@
 #include "fisheye_calibration.h"
 #include "geometry/metric_picture.h"
 #include "reports/progress_bar.h"
+#include "sources/picture_folder.h"
 
 namespace fisheye_calibration::program {
 namespace fs = std::filesystem;

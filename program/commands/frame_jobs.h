@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <iosfwd>
+#include <string>
 #include <vector>
 
 namespace fisheye_calibration::program {
@@ -12,7 +13,8 @@ struct FrameJob {
   std::filesystem::path output;
 };
 
-bool isFolder(const std::filesystem::path& path);
+// Makes the folder that an option names if it is missing. Fails as bad input if that is impossible.
+void prepareFolder(const std::string& option, const std::filesystem::path& folder);
 
 // One picture goes to the file `output`; several pictures, or a folder of them, go to the folder
 // `output`, which is made if it is missing. Of a folder, every file is taken that is a picture or

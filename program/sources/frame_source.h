@@ -37,7 +37,14 @@ class FrameSource {
 
   // Number of frames, if it is known beforehand.
   virtual std::optional<int> count() const = 0;
+
+  // The four letters that name the codec of a video, such as "avc1"; empty if there are none.
+  virtual std::string codec() const { return {}; }
 };
+
+// What `text` names, by what is there and by its name; nothing is opened. Files that are not there
+// count as pictures, or as videos if they are named so.
+SourceKind sourceKind(const std::string& text);
 
 // Opens what `text` names: a file, a folder, "/dev/video0" or a device's index, or an address with
 // "://". Fails as bad input, with the text and the reason, if it cannot be opened.

@@ -1,0 +1,38 @@
+#include "files/video_kind.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace fisheye_calibration::program {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(VideoKind, VideosAreKnownByTheirExtension) {
+  EXPECT_TRUE(hasVideoName("folder/in.mp4"));
+  EXPECT_TRUE(hasVideoName("IN.AVI"));
+  EXPECT_FALSE(hasVideoName("mp4"));
+  EXPECT_FALSE(hasVideoName("notes.txt"));
+  EXPECT_FALSE(hasVideoName("frame.png"));
+}
+
+TEST(VideoKind, CodesOfOneCodecHaveOneName) {
+  for (const char* code : {"avc1", "H264", "h264", "x264"}) {
+    EXPECT_EQ(codecName(code), "H.264") << code;
+  }
+  EXPECT_EQ(codecName("mjpg"), "Motion JPEG");
+  EXPECT_EQ(codecName("XVID"), "MPEG-4");
+  EXPECT_EQ(codecName("abcd"), "abcd");
+  EXPECT_EQ(codecName(""), "");
+}
+
+TEST(VideoKind, TheOriginalsCodecIsTriedFirst) {
+  EXPECT_THAT(codesFor("out.mp4", "FMP4"), ElementsAre("mp4v", "avc1"));
+  EXPECT_THAT(codesFor("out.mp4", "MJPG"), ElementsAre("avc1", "mp4v"));
+  EXPECT_THAT(codesFor("out.avi", ""), ElementsAre("MJPG", "H264", "XVID"));
+  EXPECT_THAT(codesFor("out.avi", "avc1"), ElementsAre("H264", "MJPG", "XVID"));
+  EXPECT_THAT(codesFor("out.png", "avc1"), ElementsAre());
+}
+
+}  // namespace
+}  // namespace fisheye_calibration::program
