@@ -3,26 +3,22 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
-#include <new>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
 
 #include "base/failure.h"
 #include "base/file_path.h"
-#include "base/frame_buffer.h"
 #include "base/text.h"
 #include "checks/checked_camera.h"
+#include "commands/corrected_source.h"
+#include "commands/corrected_view.h"
 #include "commands/declared_options.h"
 #include "commands/frame_jobs.h"
 #include "commands/option_values.h"
-#include "drawing/grid_overlay.h"
 #include "files/output_files.h"
 #include "files/output_paths.h"
 #include "files/picture_file.h"
-#include "fisheye_calibration.h"
-#include "geometry/metric_picture.h"
 #include "reports/progress_bar.h"
 #include "sources/picture_folder.h"
 
@@ -32,24 +28,14 @@ namespace {
 
 struct Options {
   fs::path camera;
-  std::vector<fs::path> frames;  // pictures, or one folder of them
-  fs::path output;               // a picture; a folder for several frames
+  std::vector<fs::path> frames;  // pictures, one folder of them, or a moving source
+  fs::path output;               // a picture or a video; a folder for several frames
   std::string size;
   fs::path mask;
   std::string grid;
+  std::string frameLimit;
+  std::string rate;
   bool force = false;
-};
-
-struct Renderer {
-  CheckedCamera camera;
-  std::optional<Size> size;  // empty: the one that the camera's file notes, or the frame's own
-  double gridSpacing = 0;    // 0: no grid
-};
-
-struct View {
-  cv::Mat picture;
-  cv::Mat mask;
-  Size frame;
 };
 
 void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
@@ -65,25 +51,6 @@ void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
   }
 }
 
-View render(const Renderer& renderer, const fs::path& path, std::ostream& messages) {
-  FrameBuffer frame = toBuffer(readFrame(path, messages));
-  const Size size = renderer.size.value_or(renderer.camera.corrected.value_or(frame.size));
-  FrameBuffer view = blankBuffer(size, frame.bitCount);
-  FrameBuffer mask = blankBuffer(size, 8);
-  if (!SingleCamCorrected(frame.data(), frame.size.width, frame.size.height, frame.bitCount,
-                          renderer.camera.param, view.data(), size.width, size.height,
-                          mask.data())) {
-    failJob(nameOf(path) +
-            ": the library could not correct the frame; nothing of it but black is left");
-  }
-  View result = {.picture = toPicture(view), .mask = toPicture(mask), .frame = frame.size};
-  if (renderer.gridSpacing > 0) {
-    const MetricPicture metric = metricPicture(renderer.camera.param, size);
-    drawGrid(result.picture, gridOver(metric, renderer.gridSpacing));
-  }
-  return result;
-}
-
 Renderer preparedRenderer(const Options& options, std::ostream& messages) {
   Renderer renderer;
   if (!options.size.empty()) {
@@ -92,67 +59,37 @@ Renderer preparedRenderer(const Options& options, std::ostream& messages) {
   if (!options.grid.empty()) {
     renderer.gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
   }
+  renderer.cameraFile = options.camera;
+  renderer.force = options.force;
   renderer.camera = loadCheckedCamera(options.camera, options.force, messages);
   return renderer;
 }
 
-// Ends a run over many frames, because the next one would fail for the same reason.
-class HopelessRun : public Failure {
- public:
-  using Failure::Failure;
-};
-
-// Frames of one size and one camera: the mask and the warning of the first hold for all.
+// Frames that are pictures, each with the file for its view.
 class Batch {
  public:
   Batch(const Options& options, const Renderer& renderer, std::ostream& messages)
-      : options_(options), renderer_(renderer), messages_(messages) {}
+      : options_(options), corrector_(renderer, messages), messages_(messages) {}
 
   // Failures name the frame.
   void correct(const FrameJob& job) {
-    try {
-      correctFrame(job);
-    } catch (const std::bad_alloc&) {
-      failJob(nameOf(job.frame) + ": not enough memory");
-    } catch (const cv::Exception& error) {
-      failJob(nameOf(job.frame) + ": the frame cannot be corrected (" + error.err + ")");
-    }
+    const std::string name = nameOf(job.frame);
+    onFrame(name, [&] {
+      const View view = corrector_.correct(readFrame(job.frame, messages_), name);
+      OutputFiles files;
+      if (corrector_.isFirst() && !options_.mask.empty()) {
+        stagePicture(files, options_.mask, view.mask);
+      }
+      stagePicture(files, job.output, view.picture);
+      files.commit();
+      corrector_.accept(view);
+    });
   }
 
  private:
-  void correctFrame(const FrameJob& job) {
-    const View view = render(renderer_, job.frame, messages_);
-    const bool isFirst = first_ == Size();
-    if (!isFirst && first_ != view.frame) {
-      failBadInput(nameOf(job.frame) + ": its size is not that of the first frame");
-    }
-    OutputFiles files;
-    if (isFirst) {
-      checkSizes(view, nameOf(job.frame));
-      if (!options_.mask.empty()) {
-        stagePicture(files, options_.mask, view.mask);
-      }
-    }
-    stagePicture(files, job.output, view.picture);
-    files.commit();
-    first_ = view.frame;
-  }
-
-  void checkSizes(const View& view, const std::string& frame) const {
-    const Size rendered = {.width = view.picture.cols, .height = view.picture.rows};
-    try {
-      requireFrameSize(renderer_.camera, options_.camera, frame, view.frame, options_.force,
-                       messages_);
-      requireFittingSize(renderer_.camera, options_.camera, rendered, options_.force, messages_);
-    } catch (const Failure& failure) {
-      throw HopelessRun(failure.code(), failure.what());
-    }
-  }
-
   const Options& options_;
-  const Renderer& renderer_;
+  FrameCorrector corrector_;
   std::ostream& messages_;
-  Size first_;  // that of the first frame; no size before it
 };
 
 int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path& folder,
@@ -190,6 +127,17 @@ int run(const Options& options, const Streams& streams) {
     failBadInput("no frame is given");
   }
   const Renderer renderer = preparedRenderer(options, streams.messages);
+  if (isMovingSource(options.frames, options.output)) {
+    return correctSource({.source = nameOf(options.frames[0]),
+                          .output = options.output,
+                          .mask = options.mask,
+                          .frames = options.frameLimit,
+                          .rate = options.rate},
+                         renderer, streams);
+  }
+  if (!options.frameLimit.empty() || !options.rate.empty()) {
+    failBadInput("--frames and --fps go with a video, a device or a stream, or with a video as -o");
+  }
   const std::vector<FrameJob> jobs = plannedJobs(options.frames, options.output, streams.messages);
   checkMask(options, jobs);
   Batch batch(options, renderer, streams.messages);
@@ -215,11 +163,12 @@ Command addCorrectCommand(CLI::App& app) {
   addPath(*command, "--camera", options->camera, "the camera's parameter file")
       .typeName("INI")
       .required();
-  addPaths(*command, "frames", options->frames, "pictures of the camera, or a folder of them")
+  addPaths(*command, "frames", options->frames,
+           "pictures of the camera, a folder of them, a video, a device or a stream")
       .typeName("FRAME")
       .required();
   addPath(*command, "-o,--output", options->output,
-          "the corrected picture; a folder for several frames (made if it is missing)")
+          "the corrected picture or video; a folder for several frames (made if it is missing)")
       .typeName("PATH")
       .required();
   addOption(*command, "--size", options->size,
@@ -233,11 +182,19 @@ Command addCorrectCommand(CLI::App& app) {
   addForce(*command, options->force);
   addOption(*command, "--grid", options->grid, "draw the bed's lines at multiples of this distance")
       .typeName("MM");
+  addOption(*command, "--frames", options->frameLimit, "end a video, device or stream after these")
+      .typeName("N");
+  addOption(*command, "--fps", options->rate,
+            "frames per second of the video to write (default: those of the source, otherwise 25)")
+      .typeName("RATE");
   setFooter(
       *command,
-      "Grey frames give grey pictures, colour frames give colour.\n\nExamples:\n"
+      "Grey frames give grey pictures, colour frames give colour. A device is /dev/video0 or a "
+      "number, a stream an address with ://; both run until Ctrl+C.\n\nExamples:\n"
       "  fisheye-calibration correct --camera camera.ini frame.png -o top.png --grid 50\n"
-      "  fisheye-calibration correct --camera camera.ini frames -o corrected --mask mask.png");
+      "  fisheye-calibration correct --camera camera.ini frames -o corrected --mask mask.png\n"
+      "  fisheye-calibration correct --camera camera.ini in.mp4 -o out.mp4\n"
+      "  fisheye-calibration correct --camera camera.ini /dev/video0 -o out.mp4 --frames 250");
   return {command, [options](const Streams& streams) { return run(*options, streams); }};
 }
 

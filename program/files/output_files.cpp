@@ -23,11 +23,12 @@ fs::path resolved(const fs::path& path) {
   return error ? absolute : target;
 }
 
-fs::path temporaryNextTo(const fs::path& destination) {
+fs::path temporaryNextTo(const fs::path& destination, const fs::path& extension = {}) {
   std::random_device random;
   for (int attempt = 0; attempt < 16; ++attempt) {
     fs::path candidate = destination;
     candidate += ".new-" + std::to_string(random() % 1000000u);
+    candidate += extension;
     std::error_code error;
     if (!fs::exists(candidate, error)) {
       return candidate;
@@ -83,6 +84,12 @@ fs::path OutputFiles::stageCopy(const fs::path& path) {
     }
   }
   return temporary;
+}
+
+fs::path OutputFiles::stageNew(const fs::path& path) {
+  const fs::path destination = resolved(path);
+  staged_.push_back({temporaryNextTo(destination, destination.extension()), destination});
+  return staged_.back().temporary;
 }
 
 void OutputFiles::commit() {

@@ -21,6 +21,10 @@ class OutputFiles {
   // path, to be edited in place.
   std::filesystem::path stageCopy(const std::filesystem::path& path);
 
+  // Stages a file that others write: returns its temporary path, which has the destination's
+  // extension. Nothing is there yet.
+  std::filesystem::path stageNew(const std::filesystem::path& path);
+
   void commit();
 
  private:

@@ -5,6 +5,14 @@
 #include "base/text.h"
 
 namespace fisheye_calibration::program {
+namespace {
+
+// Nothing before any time has passed.
+std::string rateText(std::size_t done, double seconds) {
+  return seconds > 0 ? "  " + general(static_cast<double>(done) / seconds, 3) + " frames/s" : "";
+}
+
+}  // namespace
 
 std::string progressText(std::size_t done, std::size_t total, double seconds) {
   constexpr std::size_t kLength = 20;
@@ -12,10 +20,11 @@ std::string progressText(std::size_t done, std::size_t total, double seconds) {
   std::string text(1, '[');
   text.append(filled, '#').append(kLength - filled, '-').append("] ");
   text.append(std::to_string(done)).append("/").append(std::to_string(total));
-  if (seconds > 0) {
-    text += "  " + general(static_cast<double>(done) / seconds, 3) + " frames/s";
-  }
-  return text;
+  return text + rateText(done, seconds);
+}
+
+std::string progressText(std::size_t done, double seconds) {
+  return std::to_string(done) + " frames" + rateText(done, seconds);
 }
 
 ProgressBar::~ProgressBar() {

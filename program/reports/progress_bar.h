@@ -10,6 +10,9 @@ namespace fisheye_calibration::program {
 // "[##########----------] 5/10  12.5 frames/s"; no rate before any time has passed.
 std::string progressText(std::size_t done, std::size_t total, double seconds);
 
+// "12 frames  12.5 frames/s", where nobody knows how many there will be.
+std::string progressText(std::size_t done, double seconds);
+
 class ProgressBar {
  public:
   ProgressBar(std::ostream& stream, bool shown) : stream_(stream), shown_(shown) {}

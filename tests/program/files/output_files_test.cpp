@@ -35,6 +35,20 @@ TEST(OutputFiles, WhatIsNotCommittedLeavesNoTrace) {
   EXPECT_THAT(namesIn(folder), ElementsAre("a.txt"));
 }
 
+TEST(OutputFiles, AFileThatOthersWriteReplacesTheOldOneOnCommit) {
+  const support::TemporaryFolder folder;
+  const std::string old = writeFile(folder, "a.avi", "old");
+  OutputFiles files;
+  const std::filesystem::path temporary = files.stageNew(old);
+  EXPECT_EQ(temporary.extension(), ".avi");
+  EXPECT_FALSE(std::filesystem::exists(temporary));
+  writeFile(folder, temporary.filename().string(), "new");
+  EXPECT_EQ(support::bytesOf(old), "old");
+  files.commit();
+  EXPECT_EQ(support::bytesOf(old), "new");
+  EXPECT_THAT(namesIn(folder), ElementsAre("a.avi"));
+}
+
 #if !defined(_WIN32)
 TEST(OutputFiles, ALinkStaysALink) {
   const support::TemporaryFolder folder;

@@ -12,6 +12,11 @@ TEST(ProgressBar, ShowsShareAndRate) {
   EXPECT_EQ(progressText(0, 3, 0), "[--------------------] 0/3");
 }
 
+TEST(ProgressBar, ShowsTheNumberWhereTheTotalIsNotKnown) {
+  EXPECT_EQ(progressText(12, 6), "12 frames  2 frames/s");
+  EXPECT_EQ(progressText(0, 0), "0 frames");
+}
+
 TEST(ProgressBar, IsDrawnOnlyIfSomebodyWatches) {
   std::ostringstream watched;
   std::ostringstream file;

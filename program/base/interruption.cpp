@@ -1,0 +1,27 @@
+#include "base/interruption.h"
+
+#include <csignal>
+
+namespace fisheye_calibration::program {
+namespace {
+
+// NOLINTNEXTLINE(cppcoreguidelines-avoid-non-const-global-variables): all that a handler may set
+volatile std::sig_atomic_t interrupted = 0;
+
+extern "C" void noteInterruption(int signal) {
+  interrupted = 1;
+  std::signal(signal, SIG_DFL);
+}
+
+}  // namespace
+
+Interruption::Interruption() {
+  interrupted = 0;
+  before_ = std::signal(SIGINT, noteInterruption);
+}
+
+Interruption::~Interruption() { std::signal(SIGINT, before_ == SIG_ERR ? SIG_DFL : before_); }
+
+bool Interruption::requested() const { return interrupted != 0; }
+
+}  // namespace fisheye_calibration::program
