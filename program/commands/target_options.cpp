@@ -54,11 +54,13 @@ std::string caption(const DetectedTarget& found, const World& world) {
                                     const std::string& seen) {
   const std::string missing = name + ": no target with " + describeTarget(target) + " was found; ";
   if (!seen.empty()) {
-    failJob(missing + seen);
+    throw NoTarget(kExitJobFailed, missing + seen);
   }
-  failJob(missing + (target.kind == TargetKind::kCharuco
-                         ? "are the markers those of this target, sharp and evenly lit?"
-                         : "is the count right, the whole target in view, sharp and evenly lit?"));
+  throw NoTarget(
+      kExitJobFailed,
+      missing + (target.kind == TargetKind::kCharuco
+                     ? "are the markers those of this target, sharp and evenly lit?"
+                     : "is the count right, the whole target in view, sharp and evenly lit?"));
 }
 
 void checkMarkers(const TargetOptions& options, const Target& target) {
@@ -196,33 +198,46 @@ void addTargetOptions(CLI::App& command, TargetOptions& target) {
       .typeName("PICTURE");
 }
 
-DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetOptions& options,
-                               OutputFiles& files, const Streams& streams) {
+DetectedTarget detectIn(const cv::Mat& grey, const std::string& name, const TargetOptions& options,
+                        std::ostream& progress) {
   const Target target = parseTarget(options);
   const World world = parseWorld(options, target.columns * target.rows);
-  checkOverlay(options.overlay, image);
-  const std::string name = nameOf(image);
-  DetectedTarget found;
-  found.grey = readGreyPicture(image, streams.messages);
   Search search;
   try {
-    search = detectTarget(found.grey, target, [&](const std::string& step) {
-      streams.progress << name << ": " << step << " ..." << std::endl;
+    search = detectTarget(grey, target, [&](const std::string& step) {
+      progress << name << ": " << step << " ..." << std::endl;
     });
   } catch (const cv::Exception&) {
-    failJob(name + ": a picture of " + sizeText({found.grey.cols, found.grey.rows}) +
+    failJob(name + ": a picture of " + sizeText({grey.cols, grey.rows}) +
             " pixels cannot be searched for a target");
   }
   if (!search.detection) {
     failWithoutTarget(name, target, search.seen);
   }
   const Detection& detection = *search.detection;
+  DetectedTarget found;
+  found.grey = grey;
   found.points = numbered(detection.grid, world);
   found.summary = std::to_string(found.points.size()) + " points (" + describeTarget(target) +
                   ", found by " + detection.method + ")";
+  return found;
+}
+
+cv::Mat overlayOf(const DetectedTarget& found, const TargetOptions& options) {
+  const Target target = parseTarget(options);
+  const World world = parseWorld(options, target.columns * target.rows);
+  return drawTargetOverlay(found.grey, found.points, caption(found, world));
+}
+
+DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetOptions& options,
+                               OutputFiles& files, const Streams& streams) {
+  const Target target = parseTarget(options);
+  parseWorld(options, target.columns * target.rows);
+  checkOverlay(options.overlay, image);
+  const DetectedTarget found =
+      detectIn(readGreyPicture(image, streams.messages), nameOf(image), options, streams.progress);
   if (!options.overlay.empty()) {
-    stagePicture(files, options.overlay,
-                 drawTargetOverlay(found.grey, found.points, caption(found, world)));
+    stagePicture(files, options.overlay, overlayOf(found, options));
   }
   return found;
 }

@@ -3,10 +3,12 @@
 #pragma once
 
 #include <filesystem>
+#include <iosfwd>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
+#include "base/failure.h"
 #include "commands/command.h"
 #include "commands/option_values.h"
 #include "detection/target_detection.h"
@@ -62,6 +64,20 @@ struct DetectedTarget {
   std::vector<CalibrationPoint> points;
   std::string summary;  // what was found and how
 };
+
+// There is no such target in a picture that can be searched.
+class NoTarget : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+// Finds the target in a grey picture and numbers its points. `name` names the picture in messages.
+// Fails as NoTarget if it is not there.
+DetectedTarget detectIn(const cv::Mat& grey, const std::string& name, const TargetOptions& options,
+                        std::ostream& progress);
+
+// The picture with the numbered points.
+cv::Mat overlayOf(const DetectedTarget& found, const TargetOptions& options);
 
 // Reads the picture, finds the target and numbers its points; stages the overlay if one is wanted.
 DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetOptions& options,
