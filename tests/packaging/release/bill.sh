@@ -44,7 +44,8 @@ import zipfile
 
 folder, version = sys.argv[1:]
 with zipfile.ZipFile(f"{folder}/fisheye_calibration-{version}-win64.zip", "w") as archive:
-    for name in ("bin/fisheye_calibration.dll", "licences/opencv/LICENSE", "licences/libpng/LICENSE"):
+    licences = ("opencv/LICENSE", "opencv/videoInput", "libpng/LICENSE")
+    for name in ("bin/fisheye_calibration.dll", *(f"licences/{licence}" for licence in licences)):
         archive.writestr(f"fisheye_calibration-{version}-win64/{name}", name)
 with zipfile.ZipFile(f"{folder}/fisheye_calibration-{version}-cp311-cp311-linux_x86_64.whl", "w") as wheel:
     metadata = f"Name: fisheye_calibration\nVersion: {version}\nRequires-Dist: numpy>=1.24\n"
@@ -60,6 +61,7 @@ make_bill() {
 make_bill
 "$python" "$sources/scripts/check-sbom" "$shipped"
 for sign in '"created": "2023-11-14T22:13:20Z"' '"versionInfo": "4.10.0"' '"versionInfo": "1.6.39"' '"libpng-2.0"' \
+  '"extractedText": "licences/opencv/videoInput"' \
   '"name": "numpy"' '"comment": "numpy>=1.24"' '"name": "python3-numpy"' '"comment": "python3-f2py"' \
   '"comment": "libc6 (>= 2.34), libc6 (<< 9)"' '"comment": "libgcc-s1 | libgcc1"' \
   "\"versionInfo\": \"$(dpkg-query -W -f '${Version}' libopencv-dev)\"" \
