@@ -39,7 +39,7 @@ SourceKind sourceKind(const std::string& text) {
   if (text.find("://") != std::string::npos) {
     return SourceKind::kStream;
   }
-  if (!fs::exists(status) && isIndex(text)) {
+  if (!fs::exists(status) && (isIndex(text) || text.starts_with("/dev/video"))) {
     return SourceKind::kDevice;
   }
   return hasVideoName(path) ? SourceKind::kVideo : SourceKind::kPicture;

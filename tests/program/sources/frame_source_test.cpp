@@ -127,6 +127,7 @@ TEST_F(FrameSourceTest, DevicesAndStreamsThatAreNotThereAreRefused) {
 
 TEST_F(FrameSourceTest, KindsAreToldByWhatIsThereAndByTheName) {
   EXPECT_EQ(sourceKind("0"), SourceKind::kDevice);
+  EXPECT_EQ(sourceKind("/dev/video87"), SourceKind::kDevice);
   EXPECT_EQ(sourceKind("rtsp://camera/1"), SourceKind::kStream);
   EXPECT_EQ(sourceKind(folder.file("none.MP4")), SourceKind::kVideo);
   EXPECT_EQ(sourceKind(folder.file("none.png")), SourceKind::kPicture);
