@@ -234,7 +234,7 @@ DetectedTarget detectInPicture(const std::filesystem::path& image, const TargetO
   const Target target = parseTarget(options);
   parseWorld(options, target.columns * target.rows);
   checkOverlay(options.overlay, image);
-  const DetectedTarget found =
+  DetectedTarget found =
       detectIn(readGreyPicture(image, streams.messages), nameOf(image), options, streams.progress);
   if (!options.overlay.empty()) {
     stagePicture(files, options.overlay, overlayOf(found, options));
