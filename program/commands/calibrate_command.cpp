@@ -136,6 +136,9 @@ void reportOutcome(const Options& options, const OutputOptions& outputs,
   streams.out << "Residuals: " << nameOf(outputs.residualPlot) << ", "
               << nameOf(outputs.residualTable) << "\nBed error: " << nameOf(outputs.accuracyMap)
               << "\n";
+  if (!outputs.report.empty()) {
+    streams.out << "Report: " << nameOf(outputs.report) << "\n";
+  }
   if (saved) {
     streams.out << "Camera: " << nameOf(outputs.camera)
                 << (trusted ? "\n" : " (written all the same)\n");
@@ -164,6 +167,7 @@ int run(const Options& options, const Streams& streams) {
       (inputs.views.size() > 1 || !options.lens.empty())) {
     failBadInput("--solver library takes one view and no lens");
   }
+  const cv::Mat reportFrame = readReportFrame(outputs, inputs, streams.messages);
   Warnings warnings(streams.messages);
   const RobustRequest request = requestOf(options, inputs, warnings);
   warnOfPoints(inputs, options.solver, warnings);
@@ -193,7 +197,7 @@ int run(const Options& options, const Streams& streams) {
                                  .seen = seen,
                                  .warnings = warnings.texts()};
   streams.out << describeResult(chosen.result, streams.verbose) << std::flush;
-  stageReports(files, outputs, inputs, report, trusted);
+  stageReports(files, outputs, inputs, report, {.trusted = trusted, .saved = save}, reportFrame);
   if (save) {
     stageCamera(files, outputs.camera, chosen.result.param, notesOf(report));
   }

@@ -12,6 +12,7 @@
 #include "files/picture_file.h"
 #include "files/points_csv.h"
 #include "geometry/point_spread.h"
+#include "report_pages/calibration_page.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -51,6 +52,12 @@ void addOutputOptions(CLI::App& command, OutputOptions& options) {
       .typeName("PICTURE");
   addPath(command, "--json", options.json, "everything that is reported, for programs")
       .typeName("FILE");
+  addPath(command, "--report", options.report,
+          "everything that is reported, as a page for a browser in one file")
+      .typeName("HTML");
+  addPath(command, "--report-frame", options.reportFrame,
+          "picture of the bed for the page, if the points come from a list")
+      .typeName("PICTURE");
 }
 
 OutputOptions checkedOutputs(const OutputOptions& options,
@@ -71,9 +78,15 @@ OutputOptions checkedOutputs(const OutputOptions& options,
   if (!outputs.json.empty()) {
     all.emplace_back("--json", outputs.json);
   }
+  if (!outputs.report.empty()) {
+    all.emplace_back("--report", outputs.report);
+  }
   for (std::size_t i = 0; i < all.size(); ++i) {
     const auto& [option, path] = all[i];
     requireWritable(option, path);
+    if (!outputs.reportFrame.empty() && isSameFile(path, outputs.reportFrame)) {
+      failBadInput(option + ": " + nameOf(path) + " is the input itself");
+    }
     for (const std::filesystem::path& input : inputs) {
       if (isSameFile(path, input)) {
         failBadInput(option + ": " + nameOf(path) + " is the input itself");
@@ -90,15 +103,40 @@ OutputOptions checkedOutputs(const OutputOptions& options,
   return outputs;
 }
 
+cv::Mat readReportFrame(const OutputOptions& outputs, const CalibrationInputs& inputs,
+                        std::ostream& messages) {
+  if (outputs.reportFrame.empty()) {
+    return outputs.report.empty() ? cv::Mat() : inputs.background;
+  }
+  if (outputs.report.empty()) {
+    failBadInput("--report-frame: there is no --report to show it");
+  }
+  cv::Mat frame = readFrame(outputs.reportFrame, messages);
+  const Size size{frame.cols, frame.rows};
+  if (size != inputs.image) {
+    failBadInput("--report-frame: " + nameOf(outputs.reportFrame) + " has " + sizeText(size) +
+                 " pixels, the views " + sizeText(inputs.image));
+  }
+  return frame;
+}
+
 void stageReports(OutputFiles& files, const OutputOptions& outputs, const CalibrationInputs& inputs,
-                  const CalibrationReport& report, bool trusted) {
+                  const CalibrationReport& report, const Outcomes& outcomes,
+                  const cv::Mat& reportFrame) {
   const CalibrationResult& result = report.chosen.result;
-  stagePicture(files, outputs.residualPlot, residualPlot(inputs, result, trusted));
+  stagePicture(files, outputs.residualPlot, residualPlot(inputs, result, outcomes.trusted));
   stagePicture(files, outputs.accuracyMap, accuracyMap(report.chosen));
   files.stage(outputs.residualTable,
               formatResiduals(result.points, report.robust.solved.wrongPoints[inputs.bedView]));
   if (!outputs.json.empty()) {
     files.stage(outputs.json, formatJson(report));
+  }
+  if (!outputs.report.empty()) {
+    files.stage(outputs.report, calibrationPage({.report = report,
+                                                 .cameraName = nameOf(outputs.camera),
+                                                 .trusted = outcomes.trusted,
+                                                 .saved = outcomes.saved,
+                                                 .bedPicture = reportFrame}));
   }
 }
 

@@ -31,6 +31,7 @@
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
 #include "geometry/whole_datum.h"
+#include "report_pages/stitch_page.h"
 #include "reports/agreement_report.h"
 
 namespace fisheye_calibration::program {
@@ -44,6 +45,7 @@ struct Options {
   fs::path dual;
   std::string crop;  // "X,Y,WxH"
   fs::path seam;
+  fs::path report;
   std::string grid;  // distance of the lines, world units
   bool force = false;
 };
@@ -57,6 +59,9 @@ void checkOutputs(const Options& options, const CameraFiles& left, const CameraF
   std::vector<Output> outputs = {{"-o", options.output, true}, {"--dual", options.dual, false}};
   if (!options.seam.empty()) {
     outputs.push_back({"--seam", options.seam, true});
+  }
+  if (!options.report.empty()) {
+    outputs.push_back({"--report", options.report, false});
   }
   std::vector<fs::path> taken = {left.frame,  left.camera,  left.points,
                                  right.frame, right.camera, right.points};
@@ -168,6 +173,19 @@ Stitched stitchedFrames(StitchPair& pair, const fs::path& left, const fs::path& 
   }
 }
 
+// The canvas row of the left view's first one.
+int seamOffset(const StitchPair& pair, const Size& canvas) {
+  return (canvas.height - pair.left.viewSize().height) / 2;
+}
+
+std::vector<std::string> textsOf(const Findings& findings) {
+  std::vector<std::string> texts;
+  for (const Finding& finding : findings) {
+    texts.push_back(finding.text);
+  }
+  return texts;
+}
+
 // Of the same size as the stitched picture.
 cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
                     const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
@@ -208,9 +226,9 @@ int run(const Options& options, const Streams& streams) {
   auto [canvas, exact] = stitchedFrames(pair, left.frame, right.frame);
   const std::vector<Agreement> agreement = agreementAt(pair, shared, exact);
   streams.out << describeAgreement(agreement, static_cast<double>(exact.Pixel)) << std::flush;
-  trusted = reportFindings(checkAgreement(agreement, shared.left.size()), options.force,
-                           streams.messages) &&
-            trusted;
+  const Findings doubts = checkAgreement(agreement, shared.left.size());
+  trusted = reportFindings(doubts, options.force, streams.messages) && trusted;
+  findings.insert(findings.end(), doubts.begin(), doubts.end());
 
   OutputFiles files;
   const WholeDatum whole = withWholeDatum(exact);
@@ -221,6 +239,18 @@ int run(const Options& options, const Streams& streams) {
   if (!options.seam.empty()) {
     stagePicture(files, options.seam,
                  seamPicture(toPicture(canvas), pair, shared, agreement, crop, whole.addedRows));
+  }
+  if (!options.report.empty()) {
+    files.stage(options.report, stitchPage({.leftName = nameOf(left.frame),
+                                            .rightName = nameOf(right.frame),
+                                            .pictureName = nameOf(options.output),
+                                            .canvas = toPicture(canvas),
+                                            .record = exact,
+                                            .agreement = agreement,
+                                            .seam = seamRows(pair, shared),
+                                            .seamOffset = seamOffset(pair, canvas.size),
+                                            .warnings = textsOf(findings),
+                                            .trusted = trusted}));
   }
   addRowsBelow(canvas, whole.addedRows);
   if (crop) {
@@ -237,6 +267,9 @@ int run(const Options& options, const Streams& streams) {
   streams.out << "\n";
   describe(options, dual, streams.out);
   describeDatum(exact, whole, crop.has_value(), streams.out);
+  if (!options.report.empty()) {
+    streams.out << "Report: " << nameOf(options.report) << "\n";
+  }
   return trusted ? kExitOk : kExitJobFailed;
 }
 
@@ -270,6 +303,9 @@ Command addStitchCommand(CLI::App& app) {
   addPath(*command, "--seam", options->seam,
           "write the picture with the blended strip and the shared points")
       .typeName("PICTURE");
+  addPath(*command, "--report", options->report,
+          "how well the views agree, as a page for a browser in one file")
+      .typeName("HTML");
   setFooter(
       *command,
       "Points with the same PointId in both lists are the same point of the bed; at least four of "

@@ -52,15 +52,8 @@ cv::Mat1d errorsPerPixel(const AccuracyMap& map, const cv::Size& size) {
   return result;
 }
 
-// From 0 for the smallest to 1 for the largest level, in equal steps of the logarithm.
-double shareOf(double error, const std::vector<double>& levels) {
-  const double first = std::log(levels.front() / 2);
-  const double last = std::log(levels.back() * 2);
-  return std::clamp((std::log(error) - first) / (last - first), 0.0, 1.0);
-}
-
-void drawColours(cv::Mat& canvas, const Layout& layout, const cv::Mat1d& errors,
-                 const std::vector<double>& levels) {
+// Transparent where the error is not a number.
+cv::Mat4b coloursOf(const cv::Mat1d& errors, const std::vector<double>& levels) {
   cv::Mat1b shares(errors.size(), 0);
   cv::Mat1b seen(errors.size(), 0);
   for (int row = 0; row < errors.rows; ++row) {
@@ -68,13 +61,16 @@ void drawColours(cv::Mat& canvas, const Layout& layout, const cv::Mat1d& errors,
       if (!std::isnan(errors(row, column))) {
         seen(row, column) = 255;
         shares(row, column) =
-            cv::saturate_cast<unsigned char>(255 * (1 - shareOf(errors(row, column), levels)));
+            cv::saturate_cast<unsigned char>(255 * (1 - levelShare(errors(row, column), levels)));
       }
     }
   }
   cv::Mat colours;
   cv::applyColorMap(shares, colours, cv::COLORMAP_CIVIDIS);
-  colours.copyTo(canvas(layout.area), seen);
+  cv::Mat4b result;
+  cv::cvtColor(colours, result, cv::COLOR_BGR2BGRA);
+  cv::insertChannel(seen, result, 3);
+  return result;
 }
 
 void drawContours(cv::Mat& canvas, const Layout& layout, const cv::Mat1d& errors,
@@ -144,16 +140,11 @@ void drawLegend(cv::Mat& canvas, const Layout& layout, const AccuracyMap& map,
   line("inside the target " + roundedToTwo(map.insideTarget) + " mm", kTextHeight, 28);
   line("on the bed " + roundedToTwo(map.onBed) + " mm", kTextHeight, 50);
   constexpr int kSteps = 280;
-  cv::Mat1b shares(kSteps, 34);
-  for (int i = 0; i < kSteps; ++i) {
-    shares.row(i) = cv::saturate_cast<unsigned char>(255.0 * i / (kSteps - 1));
-  }
-  cv::Mat colours;
-  cv::applyColorMap(shares, colours, cv::COLORMAP_CIVIDIS);
+  const cv::Mat colours = accuracyScale({34, kSteps});
   colours.copyTo(
       canvas(cv::Rect(static_cast<int>(left), static_cast<int>(y), colours.cols, colours.rows)));
   for (const double level : levels) {
-    const double at = y + (1 - shareOf(level, levels)) * (kSteps - 1);
+    const double at = y + (1 - levelShare(level, levels)) * (kSteps - 1);
     drawLine(canvas, {left + 34, at}, {left + 42, at}, kInk, 1);
     drawText(canvas, roundedToTwo(level) + " mm", {left + 50, at + kTextHeight / 2}, kTextHeight,
              kInk);
@@ -188,6 +179,30 @@ std::vector<double> contourLevels(const std::vector<double>& errors) {
   return levels;
 }
 
+double levelShare(double error, const std::vector<double>& levels) {
+  const double first = std::log(levels.front() / 2);
+  const double last = std::log(levels.back() * 2);
+  return std::clamp((std::log(error) - first) / (last - first), 0.0, 1.0);
+}
+
+cv::Mat accuracyColours(const AccuracyMap& map, const cv::Size& size) {
+  const std::vector<double> levels = contourLevels(map.errors);
+  if (levels.empty()) {
+    return cv::Mat4b(size, cv::Vec4b());
+  }
+  return coloursOf(errorsPerPixel(map, size), levels);
+}
+
+cv::Mat accuracyScale(const cv::Size& size) {
+  cv::Mat1b shares(size);
+  for (int i = 0; i < size.height; ++i) {
+    shares.row(i) = cv::saturate_cast<unsigned char>(255.0 * i / (size.height - 1));
+  }
+  cv::Mat colours;
+  cv::applyColorMap(shares, colours, cv::COLORMAP_CIVIDIS);
+  return colours;
+}
+
 cv::Mat drawAccuracyMap(const AccuracyMap& map) {
   const cv::Rect2d& bed = map.grid.area;
   const double scale = kLongSide / std::max(bed.width, bed.height);
@@ -199,7 +214,12 @@ cv::Mat drawAccuracyMap(const AccuracyMap& map) {
   const std::vector<double> levels = contourLevels(map.errors);
   if (!levels.empty()) {
     const cv::Mat1d errors = errorsPerPixel(map, layout.area.size());
-    drawColours(canvas, layout, errors, levels);
+    cv::Mat4b colours = coloursOf(errors, levels);
+    cv::Mat seen;
+    cv::extractChannel(colours, seen, 3);
+    cv::Mat opaque;
+    cv::cvtColor(colours, opaque, cv::COLOR_BGRA2BGR);
+    opaque.copyTo(canvas(layout.area), seen);
     drawContours(canvas, layout, errors, levels);
     drawLegend(canvas, layout, map, levels);
   }

@@ -25,4 +25,15 @@ cv::Mat drawAccuracyMap(const AccuracyMap& map);
 // value, at most seven, the largest ones.
 std::vector<double> contourLevels(const std::vector<double>& errors);
 
+// The colours alone, in any size, with four channels: transparent where the bed is not seen, and
+// everywhere if there is no level.
+cv::Mat accuracyColours(const AccuracyMap& map, const cv::Size& size);
+
+// Where an error stands on the scale of colours: from 0 for the smallest to 1 for the largest
+// level, in equal steps of the logarithm. There is at least one level.
+double levelShare(double error, const std::vector<double>& levels);
+
+// The scale of colours, from the largest error at the top to the smallest.
+cv::Mat accuracyScale(const cv::Size& size);
+
 }  // namespace fisheye_calibration::program

@@ -50,6 +50,10 @@ std::vector<std::optional<SeamRow>> seamRows(const cv::Mat& leftMask, const cv::
   return rows;
 }
 
+std::vector<std::optional<SeamRow>> seamRows(StitchPair& pair, const SharedPoints& shared) {
+  return seamRows(maskOf(pair.left), maskOf(pair.right), viewTransform(pair, shared));
+}
+
 cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
                  const std::vector<Agreement>& agreement) {
   cv::Mat picture;
@@ -63,7 +67,7 @@ cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& sh
   const int shorter = std::min(canvas.cols, canvas.rows);
   const int thickness = std::max(1, shorter / 700);
   const int offset = (canvas.rows - pair.left.viewSize().height) / 2;
-  const auto rows = seamRows(maskOf(pair.left), maskOf(pair.right), viewTransform(pair, shared));
+  const auto rows = seamRows(pair, shared);
   for (std::size_t y = 0; y < rows.size(); ++y) {
     if (!rows[y]) {
       continue;

@@ -20,6 +20,9 @@ struct SeamRow {
 std::vector<std::optional<SeamRow>> seamRows(const cv::Mat& leftMask, const cv::Mat& rightMask,
                                              const cv::Matx33d& transform);
 
+// The same for a pair, from the masks of its corrected views.
+std::vector<std::optional<SeamRow>> seamRows(StitchPair& pair, const SharedPoints& shared);
+
 // The canvas in colour with the beginning of the overlap (blue), its end (red) and the shared
 // points: a ring where the left view shows them, a disc where the right one does.
 cv::Mat drawSeam(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,

@@ -1,0 +1,33 @@
+// The points of every view: their residuals as arrows and numbers, and where they lie in the
+// picture.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "base/size.h"
+#include "fisheye_calibration.h"
+#include "reports/calibration_json.h"
+
+namespace fisheye_calibration::program {
+
+struct ViewPoints {
+  std::string name;
+  std::vector<CalibrationPoint> points;  // with their reprojections, if there are any
+  std::vector<std::size_t> leftOut;      // positions of the points that contradict the others
+  bool fits = true;                      // the view does not contradict the others
+  bool projected = true;                 // there are reprojections
+};
+
+// Of the bed's view as the camera that is written sees its points, of the others as the robust
+// solver does: only that one knows where their targets are. In the order of the command line.
+std::vector<ViewPoints> viewPointsOf(const CalibrationReport& report);
+
+std::string residualFigure(const ViewPoints& view, const Size& image, std::size_t number);
+std::string residualTable(const ViewPoints& view, std::size_t number);
+
+// The points of all views in the raw picture with the area that they cover, and a table of it.
+std::string coverageFigure(const std::vector<ViewPoints>& views, const Size& image);
+
+}  // namespace fisheye_calibration::program
