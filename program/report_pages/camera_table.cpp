@@ -57,7 +57,7 @@ std::string cameraTable(const CalibrationReport& report) {
     Cell cell = numberCell(value, unit == "px" || unit == "mm" ? 3 : 6);
     Cell half{"-"};
     if (const std::optional<double> interval = intervalOf(report, field.name)) {
-      half = {*interval > 0 ? general(*interval, 2) : "kept", *interval};
+      half = {*interval > 0 ? roundedToTwo(*interval) : "kept", *interval};
     }
     table.rows.push_back({{field.name}, cell, half, {field.unit}, {field.meaning}});
   }

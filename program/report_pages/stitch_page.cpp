@@ -6,6 +6,7 @@
 
 #include "base/nice_number.h"
 #include "base/text.h"
+#include "geometry/bed_grid.h"
 #include "geometry/metric_picture.h"
 #include "html/markup.h"
 #include "html/table.h"
@@ -62,13 +63,25 @@ std::string textOf(const StitchPage& page, const Agreement& at) {
          " mm, right " + fixed(at.rightError * unit, 3) + " mm";
 }
 
+// The box of the shared points with a fifth of its longer side around it; without points, all of
+// the canvas.
+cv::Rect2d aroundPoints(const StitchPage& page, const MetricPicture& metric) {
+  std::vector<cv::Point2d> places;
+  for (const Agreement& at : page.agreement) {
+    places.push_back(metric.bedAt(at.left));
+  }
+  if (places.empty()) {
+    places = {metric.bedAt({-0.5, -0.5}),
+              metric.bedAt({page.canvas.cols - 0.5, page.canvas.rows - 0.5})};
+  }
+  const cv::Rect2d box = boxAround(places);
+  const double rim = std::max(0.2 * std::max(box.width, box.height), 10 * metric.pixel);
+  return {box.x - rim, box.y - rim, box.width + 2 * rim, box.height + 2 * rim};
+}
+
 std::string arrowFigure(const StitchPage& page) {
   const MetricPicture metric = metricPicture(page.record);
-  const cv::Point2d a = metric.bedAt({-0.5, -0.5});
-  const cv::Point2d b = metric.bedAt({page.canvas.cols - 0.5, page.canvas.rows - 0.5});
-  const Plan plan(cv::Rect2d(cv::Point2d(std::min(a.x, b.x), std::min(a.y, b.y)),
-                             cv::Point2d(std::max(a.x, b.x), std::max(a.y, b.y))),
-                  "mm");
+  const Plan plan(aroundPoints(page, metric), "mm");
   std::vector<Arrow> arrows;
   for (const Agreement& at : page.agreement) {
     arrows.push_back({.id = at.pointId,
