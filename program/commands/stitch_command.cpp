@@ -17,10 +17,10 @@
 #include "checks/stitch_checks.h"
 #include "commands/declared_options.h"
 #include "commands/option_values.h"
+#include "commands/stitch_outputs.h"
 #include "commands/stitch_values.h"
 #include "commands/stitched_canvas.h"
 #include "drawing/grid_overlay.h"
-#include "drawing/seam_overlay.h"
 #include "files/dual_file.h"
 #include "files/output_files.h"
 #include "files/output_paths.h"
@@ -31,7 +31,6 @@
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
 #include "geometry/whole_datum.h"
-#include "report_pages/stitch_page.h"
 #include "reports/agreement_report.h"
 
 namespace fisheye_calibration::program {
@@ -173,33 +172,6 @@ Stitched stitchedFrames(StitchPair& pair, const fs::path& left, const fs::path& 
   }
 }
 
-// The canvas row of the left view's first one.
-int seamOffset(const StitchPair& pair, const Size& canvas) {
-  return (canvas.height - pair.left.viewSize().height) / 2;
-}
-
-std::vector<std::string> textsOf(const Findings& findings) {
-  std::vector<std::string> texts;
-  for (const Finding& finding : findings) {
-    texts.push_back(finding.text);
-  }
-  return texts;
-}
-
-// Of the same size as the stitched picture.
-cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
-                    const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
-                    int addedRows) {
-  cv::Mat drawn = drawSeam(canvas, pair, shared, agreement);
-  if (addedRows > 0) {
-    drawn.push_back(cv::Mat(addedRows, drawn.cols, drawn.type(), cv::Scalar::all(0)));
-  }
-  if (crop) {
-    return drawn({crop->left, crop->top, crop->size.width, crop->size.height});
-  }
-  return drawn;
-}
-
 int run(const Options& options, const Streams& streams) {
   const CameraFiles left = parseFiles("--left", options.left);
   const CameraFiles right = parseFiles("--right", options.right);
@@ -241,16 +213,14 @@ int run(const Options& options, const Streams& streams) {
                  seamPicture(toPicture(canvas), pair, shared, agreement, crop, whole.addedRows));
   }
   if (!options.report.empty()) {
-    files.stage(options.report, stitchPage({.leftName = nameOf(left.frame),
-                                            .rightName = nameOf(right.frame),
-                                            .pictureName = nameOf(options.output),
-                                            .canvas = toPicture(canvas),
-                                            .record = exact,
-                                            .agreement = agreement,
-                                            .seam = seamRows(pair, shared),
-                                            .seamOffset = seamOffset(pair, canvas.size),
-                                            .warnings = textsOf(findings),
-                                            .trusted = trusted}));
+    files.stage(options.report, stitchReport({.leftName = nameOf(left.frame),
+                                              .rightName = nameOf(right.frame),
+                                              .pictureName = nameOf(options.output),
+                                              .canvas = toPicture(canvas),
+                                              .record = exact,
+                                              .agreement = agreement,
+                                              .trusted = trusted},
+                                             pair, shared, findings));
   }
   addRowsBelow(canvas, whole.addedRows);
   if (crop) {

@@ -1,0 +1,30 @@
+#include "commands/stitch_outputs.h"
+
+#include "drawing/seam_overlay.h"
+
+namespace fisheye_calibration::program {
+
+cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
+                    const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
+                    int addedRows) {
+  cv::Mat drawn = drawSeam(canvas, pair, shared, agreement);
+  if (addedRows > 0) {
+    drawn.push_back(cv::Mat(addedRows, drawn.cols, drawn.type(), cv::Scalar::all(0)));
+  }
+  if (crop) {
+    return drawn({crop->left, crop->top, crop->size.width, crop->size.height});
+  }
+  return drawn;
+}
+
+std::string stitchReport(StitchPage page, StitchPair& pair, const SharedPoints& shared,
+                         const Findings& findings) {
+  page.seam = seamRows(pair, shared);
+  page.seamOffset = (page.canvas.rows - pair.left.viewSize().height) / 2;
+  for (const Finding& finding : findings) {
+    page.warnings.push_back(finding.text);
+  }
+  return stitchPage(page);
+}
+
+}  // namespace fisheye_calibration::program

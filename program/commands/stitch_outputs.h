@@ -1,0 +1,27 @@
+// What `stitch` writes besides the stitched picture and its record.
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "checks/finding.h"
+#include "commands/stitched_canvas.h"
+#include "geometry/stitch_agreement.h"
+#include "geometry/stitch_pair.h"
+#include "report_pages/stitch_page.h"
+
+namespace fisheye_calibration::program {
+
+// The seam over the canvas, with the rows that are added below and cut out as the stitched picture
+// is: of the same size.
+cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints& shared,
+                    const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
+                    int addedRows);
+
+// The page, completed with the seam of the pair and the findings.
+std::string stitchReport(StitchPage page, StitchPair& pair, const SharedPoints& shared,
+                         const Findings& findings);
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,95 @@
+// The numbers behind the drawings of a report.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "report_pages/arrows.h"
+#include "report_pages/bed_map.h"
+#include "report_pages/lens_figure.h"
+#include "report_pages/plan.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+// The longer side is 720 units long and begins at (62, 14).
+TEST(Plan, KeepsTheShapeOfWhatItShows) {
+  const Plan plan({100, 50, 400, 200}, "mm");
+  EXPECT_DOUBLE_EQ(plan.scale(), 1.8);
+  EXPECT_EQ(plan.position({100, 50}), cv::Point2d(62, 14));
+  EXPECT_EQ(plan.position({500, 250}), cv::Point2d(782, 374));
+}
+
+// Values that rise along x: 0 at x = 0, 4 at x = 100.
+AccuracyMap slope() {
+  return {.grid = {.area = {0, 0, 100, 50}, .columns = 2, .rows = 2}, .errors = {0, 4, 0, 4}};
+}
+
+TEST(BedMap, ContoursLieWhereTheLevelIsReached) {
+  const auto lines = contourAt(slope(), 1);
+  ASSERT_THAT(lines, SizeIs(1));
+  EXPECT_EQ(lines[0].first, cv::Point2d(25, 0));
+  EXPECT_EQ(lines[0].second, cv::Point2d(25, 50));
+  EXPECT_THAT(contourAt(slope(), 5), IsEmpty());
+}
+
+TEST(BedMap, NoContourCrossesWhatIsNotSeen) {
+  AccuracyMap map = slope();
+  map.errors[3] = NAN;
+  EXPECT_THAT(contourAt(map, 1), IsEmpty());
+}
+
+TEST(BedMap, NothingSeenIsNoError) {
+  AccuracyMap map = slope();
+  map.errors = {NAN, NAN, NAN, NAN};
+  EXPECT_THAT(bedMapFigure(map), Not(HasSubstr("<image")));
+}
+
+// r = 100 (0.5 + 0.1 0.25 - 0.2 0.125) = 50. With a deviation of 0.01 of k0 alone, that of r is
+// 100 0.25 0.01 = 0.25, its band 1.96 times as wide; with 2 of fx alone, 2 0.5/2 = 0.5.
+TEST(LensFigure, BandFollowsTheDeviationOfEveryParameter) {
+  LensCurve curve{.camera = {.fx = 101, .fy = 99, .k0 = 0.1, .k1 = -0.2},
+                  .covariance = cv::Matx66d::zeros()};
+  EXPECT_NEAR(lensRadius(curve.camera, 0.5), 50, 1e-12);
+  EXPECT_EQ(lensBand(curve, 0.5), 0);
+  curve.covariance(4, 4) = 0.0001;
+  EXPECT_NEAR(lensBand(curve, 0.5), 0.49, 1e-12);
+  curve.covariance = cv::Matx66d::zeros();
+  curve.covariance(0, 0) = 4;
+  EXPECT_NEAR(lensBand(curve, 0.5), 0.98, 1e-12);
+}
+
+TEST(LensFigure, SaysWhereTheDataEnds) {
+  const LensCurve curve{.camera = {.fx = 100, .fy = 100},
+                        .covariance = cv::Matx66d::eye(),
+                        .dataEnd = 0.5,
+                        .pictureEnd = 1};
+  EXPECT_THAT(lensFigure(curve), HasSubstr("the data ends at 28.6\xC2\xB0"));
+}
+
+// A twelfth of the shorter side, 360 units, is 30 units; a length of 0.5 is 0.9 units: 33 times.
+TEST(Arrows, AreEnlargedByARoundNumber) {
+  const Plan plan({100, 50, 400, 200}, "mm");
+  std::vector<Arrow> arrows(2);
+  EXPECT_EQ(arrowMagnification(plan, arrows), 1);
+  arrows[1].length = {0.3, 0.4};
+  EXPECT_NEAR(arrowMagnification(plan, arrows), 20, 1e-9);
+  arrows[0].length = {NAN, 0};
+  EXPECT_NEAR(arrowMagnification(plan, arrows), 20, 1e-9);
+}
+
+TEST(Arrows, TellTheirTextAndEndWhereTheyShould) {
+  const Plan plan({0, 0, 720, 360}, "px");
+  const std::string markup = arrowsMarkup(
+      plan, {{.id = 7, .from = {10, 20}, .length = {0.1, 0}, .text = "Point <7>"}}, 10);
+  EXPECT_THAT(markup, HasSubstr("data-id=\"7\"><title>Point &lt;7&gt;</title>"));
+  EXPECT_THAT(markup, HasSubstr("d=\"M72 34L73 34\""));
+}
+
+}  // namespace
+}  // namespace fisheye_calibration::program
