@@ -135,6 +135,9 @@ void describe(const Options& options, const DualFishEyeCalibrationParam& dual, s
     out << "Seam: " << nameOf(options.seam) << " (blue: the blend begins, red: it ends; ring and "
         << "disc: a shared point in the left and the right view)\n";
   }
+  if (!options.report.empty()) {
+    out << "Report: " << nameOf(options.report) << "\n";
+  }
 }
 
 // Where the datum went and what that leaves.
@@ -172,26 +175,38 @@ Stitched stitchedFrames(StitchPair& pair, const fs::path& left, const fs::path& 
   }
 }
 
+Findings findingsOn(const StitchPair& pair, const SharedPoints& shared, const fs::path& left,
+                    const fs::path& right) {
+  Findings findings = checkStitch(pair, shared);
+  if (isSameFile(left, right)) {
+    addUntrusted(findings, FindingKind::kSameCamera,
+                 nameOf(left) + " and " + nameOf(right) + " are the same frame");
+  }
+  return findings;
+}
+
+// With the bed's lines unless their distance is 0.
+cv::Mat pictureOf(const FrameBuffer& canvas, const DualFishEyeCalibrationParam& dual,
+                  double gridSpacing) {
+  cv::Mat picture = toPicture(canvas);
+  if (gridSpacing > 0) {
+    drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
+  }
+  return picture;
+}
+
 int run(const Options& options, const Streams& streams) {
   const CameraFiles left = parseFiles("--left", options.left);
   const CameraFiles right = parseFiles("--right", options.right);
-  std::optional<Crop> crop;
-  if (!options.crop.empty()) {
-    crop = parseCrop(options.crop);
-  }
-  double gridSpacing = 0;  // 0: no grid
-  if (!options.grid.empty()) {
-    gridSpacing = static_cast<double>(parsePositive("--grid", options.grid));
-  }
+  const std::optional<Crop> crop =
+      options.crop.empty() ? std::nullopt : std::optional(parseCrop(options.crop));
+  const double gridSpacing =
+      options.grid.empty() ? 0 : static_cast<double>(parsePositive("--grid", options.grid));
   checkOutputs(options, left, right);
   StitchPair pair = {.left = readCamera(left, options.force, streams.messages),
                      .right = readCamera(right, options.force, streams.messages)};
   const SharedPoints shared = sharedPoints(pair);
-  Findings findings = checkStitch(pair, shared);
-  if (isSameFile(left.frame, right.frame)) {
-    addUntrusted(findings, FindingKind::kSameCamera,
-                 nameOf(left.frame) + " and " + nameOf(right.frame) + " are the same frame");
-  }
+  Findings findings = findingsOn(pair, shared, left.frame, right.frame);
   bool trusted = reportFindings(findings, options.force, streams.messages);
 
   streams.progress << "stitching by " << shared.left.size() << " shared points ..." << std::endl;
@@ -226,20 +241,13 @@ int run(const Options& options, const Streams& streams) {
   if (crop) {
     canvas = cutOut(canvas, *crop, dual);
   }
-  cv::Mat picture = toPicture(canvas);
-  if (gridSpacing > 0) {
-    drawGrid(picture, gridOver(metricPicture(dual), gridSpacing));
-  }
-  stagePicture(files, options.output, picture);
+  stagePicture(files, options.output, pictureOf(canvas, dual, gridSpacing));
   stageDual(files, options.dual, dual);
   files.commit();
 
   streams.out << "\n";
   describe(options, dual, streams.out);
   describeDatum(exact, whole, crop.has_value(), streams.out);
-  if (!options.report.empty()) {
-    streams.out << "Report: " << nameOf(options.report) << "\n";
-  }
   return trusted ? kExitOk : kExitJobFailed;
 }
 

@@ -78,7 +78,7 @@ std::string arrowsMarkup(const Plan& plan, const std::vector<Arrow>& arrows, dou
 
 std::string arrowScale(const Plan& plan, double magnification, const std::string& unit) {
   const double length = niceBelow(longestSide(plan) / (magnification * plan.scale()));
-  const cv::Point2d from(plan.frame().x, plan.frame().br().y + 36);
+  const cv::Point2d from(plan.frame().x, plan.frame().br().y + 64);
   const cv::Point2d to = from + cv::Point2d(length * magnification * plan.scale(), 0);
   return element("g", {{"class", "scale"}},
                  element("path", {{"class", "shaft"}, {"d", arrowPath(from, to)}}, "") +

@@ -21,6 +21,8 @@ constexpr std::int64_t kMostPixels = 100'000'000;  // that are rendered for a re
 constexpr double kLines = 8;                       // about so many along the longer side
 constexpr double kUnits = 800;                     // of the drawing, along the longer side
 
+constexpr double kLabelWidth = 60;  // of a number, with room for a small screen's larger letters
+
 cv::Mat rendered(const CalibrationResult& result, const cv::Mat& frame) {
   FrameBuffer raw = toBuffer(frame);
   FrameBuffer view = blankBuffer(result.corrected, raw.bitCount);
@@ -36,7 +38,9 @@ std::string lineMarkup(const Grid& grid, double scale, cv::Point2d end) {
   for (const GridLine& line : grid.columns) {
     const double x = line.pixel * scale;
     markup += svgLine({x, 0}, {x, end.y}, "on-picture");
-    markup += svgText({x + 4, 14}, general(line.world + 0.0, 6), "start on-picture-label");
+    if (x < end.x - kLabelWidth) {
+      markup += svgText({x + 4, 14}, general(line.world + 0.0, 6), "start on-picture-label");
+    }
   }
   for (const GridLine& line : grid.rows) {
     const double y = line.pixel * scale;

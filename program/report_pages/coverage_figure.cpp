@@ -13,6 +13,7 @@ namespace {
 
 std::string hullMarkup(const Plan& plan, const std::vector<CalibrationPoint>& points) {
   std::vector<cv::Point2f> positions;
+  positions.reserve(points.size());
   for (const CalibrationPoint& point : points) {
     positions.emplace_back(point.ImagePtX, point.ImagePtY);
   }

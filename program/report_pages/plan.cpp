@@ -15,7 +15,7 @@ constexpr double kLongSide = 720;
 constexpr double kLeft = 62;
 constexpr double kTop = 14;
 constexpr double kRight = 22;
-constexpr double kBottom = 46;
+constexpr double kBottom = 72;
 constexpr double kTicks = 9;  // about so many on the longer side
 
 }  // namespace
@@ -50,7 +50,7 @@ std::string Plan::axes(std::string_view xName, std::string_view yName) const {
     markup += svgLine(at, at - cv::Point2d(5, 0), "tick");
     markup += svgText(at + cv::Point2d(-9, 4), general(y + 0.0, 6), "end");
   }
-  const cv::Point2d corner(frame_.br().x, frame_.br().y + 36);
+  const cv::Point2d corner(frame_.br().x, frame_.br().y + 42);
   markup += svgText(
       corner, std::string(xName) + " to the right, " + std::string(yName) + " downwards, " + unit_,
       "end soft");
