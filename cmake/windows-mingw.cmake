@@ -33,6 +33,16 @@ foreach(package IN ITEMS OpenCV hwy GTest CLI11 nlohmann_json)
   endif()
 endforeach()
 
+foreach(prefix IN LISTS CMAKE_FIND_ROOT_PATH)
+  cmake_path(IS_PREFIX prefix "${FISHEYE_CALIBRATION_HTTPLIB_HEADERS}" holds_it)
+  if(holds_it)
+    break()
+  endif()
+endforeach()
+if(NOT holds_it)
+  unset(FISHEYE_CALIBRATION_HTTPLIB_HEADERS CACHE)
+endif()
+
 # Messages of the libraries' inline functions contain header paths: make them the same on every machine.
 list(GET CMAKE_FIND_ROOT_PATH 1 prefix)
 get_filename_component(folder "${prefix}" DIRECTORY)

@@ -59,6 +59,7 @@ class FisheyeCalibrationRecipe(ConanFile):
         self.requires("highway/[>=1.0.3 <2]")
         if self.options.program:
             self.requires("cli11/[>=2.1 <3]")
+            self.requires("cpp-httplib/[>=0.11 <1]")
             self.requires("nlohmann_json/[>=3.7 <4]")
 
     def build_requirements(self):

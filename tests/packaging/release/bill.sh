@@ -8,7 +8,7 @@ for needed in dpkg-deb dpkg-shlibdeps "$python"; do
   command -v "$needed" >/dev/null || { echo "Skipped: $needed is not installed"; exit 77; }
 done
 # What the bill names of this machine.
-for package in libopencv-dev libhwy-dev libcli11-dev nlohmann-json3-dev pybind11-dev python3-numpy; do
+for package in libopencv-dev libhwy-dev libcli11-dev nlohmann-json3-dev libcpp-httplib-dev pybind11-dev python3-numpy; do
   dpkg-query -W "$package" >/dev/null 2>&1 || { echo "Skipped: $package is not installed"; exit 77; }
 done
 fail() { echo "$*" >&2; exit 1; }
@@ -33,7 +33,7 @@ make_package() {
 }
 make_package libfisheye-calibration0 "libc6 (>= 2.34), libgcc-s1 | libgcc1"
 make_package fisheye-calibration "libc6 (>= 2.34), libc6 (<< 9), libfisheye-calibration0 (= $version)" \
-  CLI11.gz nlohmann-json
+  CLI11.gz cpp-httplib nlohmann-json
 make_package python3-fisheye-calibration "python3:any, python3-f2py" pybind11
 mkdir -p "$folder/libraries/libpng-0123abc/lib/pkgconfig" "$folder/libraries/opencv-4567def/lib/cmake/opencv4"
 echo 'Version: 1.6.39' >"$folder/libraries/libpng-0123abc/lib/pkgconfig/libpng.pc"
@@ -132,12 +132,12 @@ sed -i '0,/"relationshipType": "CONTAINS"/s//"relationshipType": "HOLDS"/' "$bil
 require_notice "a relationship is 'HOLDS'"
 
 # A package without a notice is reported; a dependency on what is neither installed nor shipped is refused.
-make_package fisheye-calibration libc6 CLI11
+make_package fisheye-calibration libc6 CLI11 cpp-httplib
 make_bill
 ! said=$("$python" "$sources/scripts/check-sbom" "$shipped" 2>&1) || fail "a missing notice is not reported"
 [[ $said == *"the notices differ by ['nlohmann-json']"* ]] || fail "of a missing notice the check says: $said"
 require_refusal() {
-  make_package fisheye-calibration "$1" CLI11 nlohmann-json
+  make_package fisheye-calibration "$1" CLI11 cpp-httplib nlohmann-json
   ! said=$(make_bill 2>&1) || fail "a dependency on $1 is not refused"
   [[ $said == *"make-sbom: $2"* ]] || fail "of $1 it says: $said"
 }
@@ -145,12 +145,12 @@ require_refusal no-such-package "no-such-package, which the bill has to name, is
 require_refusal fisheye-calibration-data "fisheye-calibration-data is needed, but not shipped"
 
 # Of alternatives, the one that is installed counts.
-make_package fisheye-calibration "no-such-package (>= 2) | libc6:amd64 (>= 2)" CLI11 nlohmann-json
+make_package fisheye-calibration "no-such-package (>= 2) | libc6:amd64 (>= 2)" CLI11 cpp-httplib nlohmann-json
 make_bill
 "$python" "$sources/scripts/check-sbom" "$shipped"
 
 # So is a library whose licence the archive holds, but of which nothing is known.
-make_package fisheye-calibration libc6 CLI11 nlohmann-json
+make_package fisheye-calibration libc6 CLI11 cpp-httplib nlohmann-json
 "$python" - "$shipped"/*.zip <<'END'
 import sys
 import zipfile

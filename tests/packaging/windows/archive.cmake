@@ -36,6 +36,7 @@ set(expected
     licences/cli11/copyright
     licences/gcc-runtime/copyright
     licences/highway/LICENSE
+    licences/httplib/LICENSE
     licences/json/copyright
     licences/libjpeg/LICENSE.md
     licences/libjpeg/README.ijg
