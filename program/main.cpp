@@ -21,6 +21,7 @@
 #include "commands/hand_eye_command.h"
 #include "commands/info_command.h"
 #include "commands/map_command.h"
+#include "commands/simulate_command.h"
 #include "commands/stitch_command.h"
 #include "commands/straighten_command.h"
 #include "commands/target_command.h"
@@ -41,7 +42,9 @@ constexpr const char* kFooter =
     "  fisheye-calibration crop top.png --size 1200x800 -o bed.png\n"
     "  fisheye-calibration stitch --left l.png,l.ini,l.csv --right r.png,r.ini,r.csv -o bed.png "
     "--dual dual.ini\n"
-    "  fisheye-calibration info camera.ini\n\n"
+    "  fisheye-calibration info camera.ini\n"
+    "  fisheye-calibration simulate --camera camera.ini --bed-picture bed.png --bed 0,0,600x400 "
+    "-o raw.png\n\n"
     "Exit codes: 0 done; 1 the job failed or its result is not to be trusted; 2 bad usage or "
     "input.";
 
@@ -49,7 +52,7 @@ std::vector<Command> addCommands(CLI::App& app) {
   return {addTargetCommand(app),  addDetectCommand(app),  addCalibrateCommand(app),
           addCorrectCommand(app), addCropCommand(app),    addStitchCommand(app),
           addMapCommand(app),     addHandEyeCommand(app), addStraightenCommand(app),
-          addInfoCommand(app),    addVerifyCommand(app)};
+          addInfoCommand(app),    addVerifyCommand(app),  addSimulateCommand(app)};
 }
 
 // The image library's errors arrive as exceptions with their text; its own messages would repeat

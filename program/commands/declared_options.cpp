@@ -22,6 +22,10 @@ DeclaredOption DeclaredOption::showDefault() const {
   return DeclaredOption(option_->capture_default_str());
 }
 
+DeclaredOption DeclaredOption::orWithoutValue(const std::string& value) const {
+  return DeclaredOption(option_->expected(0, 1)->default_str(value));
+}
+
 DeclaredOption DeclaredOption::oneValueEachTime() const {
   return DeclaredOption(option_->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
 }

@@ -33,6 +33,9 @@ class DeclaredOption {
   // The help shows the value that the variable has now.
   DeclaredOption showDefault() const;
 
+  // The option may be given without a value, and then has this one.
+  DeclaredOption orWithoutValue(const std::string& value) const;
+
   // An option for a list takes one value each time it is given, instead of all that follow.
   DeclaredOption oneValueEachTime() const;
 

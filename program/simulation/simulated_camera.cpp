@@ -1,0 +1,121 @@
+#include "simulation/simulated_camera.h"
+
+#include <cmath>
+#include <cstddef>
+#include <numbers>
+#include <opencv2/calib3d.hpp>
+
+#include "geometry/conversions.h"
+#include "geometry/raw_ray.h"
+#include "geometry/record_matrices.h"
+#include "single/placed_view.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+using Param = FishEyeCalibrationParam;
+
+cv::Matx33d turned(const cv::Vec3d& degrees) {
+  cv::Matx33d R;
+  cv::Rodrigues(degrees * (std::numbers::pi / 180), R);
+  return R;
+}
+
+void setPose(const cv::Matx33d& R, const cv::Vec3d& T, Param& param) {
+  cv::Vec3d vector;
+  cv::Rodrigues(R, vector);
+  param.Rx = static_cast<float>(vector[0]);
+  param.Ry = static_cast<float>(vector[1]);
+  param.Rz = static_cast<float>(vector[2]);
+  // The matrix of what is left of the vector.
+  const Matrix3 rounded = rotationOfVector(param);
+  float* const entries[] = {&param.R1, &param.R2, &param.R3, &param.R4, &param.R5,
+                            &param.R6, &param.R7, &param.R8, &param.R9};
+  for (std::size_t i = 0; i < rounded.size(); ++i) {
+    *entries[i] = static_cast<float>(rounded[i]);
+  }
+  param.Tx = static_cast<float>(T[0]);
+  param.Ty = static_cast<float>(T[1]);
+  param.Tz = static_cast<float>(T[2]);
+}
+
+}  // namespace
+
+NominalCamera varied(const NominalCamera& camera, const CameraVariation& by,
+                     RandomNumbers& random) {
+  const auto within = [&](double most) { return most * (2 * random.uniform() - 1); };
+  NominalCamera result = camera;
+  const double share = 1 + within(by.focalLength);
+  result.fx *= share;
+  result.fy *= share;
+  result.centre += cv::Point2d(within(by.centre), 0);
+  result.centre += cv::Point2d(0, within(by.centre));
+  result.k0 += within(by.k);
+  result.k1 += within(by.k);
+  result.over.x += within(by.place);
+  result.over.y += within(by.place);
+  result.height += within(by.place);
+  for (int i = 0; i < 3; ++i) {
+    result.tilt[i] += within(by.tilt);
+  }
+  return result;
+}
+
+TrueCamera trueCamera(const NominalCamera& camera, const cv::Rect2d& bed) {
+  TrueCamera result = {.image = camera.size};
+  Param& param = result.param;
+  param.fx = static_cast<float>(camera.fx);
+  param.fy = static_cast<float>(camera.fy);
+  param.u0 = static_cast<float>(camera.centre.x);
+  param.v0 = static_cast<float>(camera.centre.y);
+  param.k0 = camera.k0;
+  param.k1 = camera.k1;
+  // T = -R C with the lens at C = (X, Y, -height), as Z points away from the camera.
+  const cv::Matx33d R = turned(camera.tilt);
+  setPose(R, R * cv::Vec3d(-camera.over.x, -camera.over.y, camera.height), param);
+  const auto pixel = static_cast<float>(
+      std::max({camera.height / camera.fx, bed.width / 16000, bed.height / 16000}));
+  const auto pixels = [&](double side) {
+    return 2 * static_cast<int>(std::ceil(side / static_cast<double>(pixel) / 2));
+  };
+  result.corrected = {.width = pixels(bed.width), .height = pixels(bed.height)};
+  static_cast<void>(single::placeSecondCorrection(bed.tl(), pixel, result.corrected.width,
+                                                  result.corrected.height, param));
+  return result;
+}
+
+Param seenFromPlane(const Param& camera, const PlanePose& plane) {
+  // With X = Rp (p - c) + c + t for a point p of the plane, R X + T = (R Rp) p + R (c + t - Rp c) +
+  // T.
+  cv::Matx33d R(rotationOfVector(camera).data());
+  const Vector3 translation = translationOf(camera);
+  const cv::Vec3d T(translation[0], translation[1], translation[2]);
+  const double side = (R.t() * T)[2] > 0 ? -1 : 1;  // the camera is at Z = -(R^T T)_z
+  const cv::Matx33d Rp = turned(plane.tilt);
+  const cv::Vec3d c(plane.centre.x, plane.centre.y, 0);
+  const cv::Vec3d t(plane.move.x, plane.move.y, side * plane.height);
+  Param result = camera;
+  setPose(R * Rp, R * (c + t - Rp * c) + T, result);
+  return result;
+}
+
+std::vector<CalibrationPoint> seenPoints(const Param& camera,
+                                         const std::vector<CalibrationPoint>& points,
+                                         const Size& image) {
+  std::vector<CalibrationPoint> seen;
+  for (CalibrationPoint point : points) {
+    const cv::Point2f at = rawPosition(camera, {point.Xw, point.Yw});
+    const SeenPoint back = bedPointAt(camera, at);  // not where the lens curve has turned back
+    constexpr double kSame = 0.01;
+    const cv::Point2d world(static_cast<double>(point.Xw), static_cast<double>(point.Yw));
+    if (isInPicture(at, image) && back.sight == Sight::kBed &&
+        cv::norm(back.bed - world) < kSame * (1 + cv::norm(world))) {
+      point.ImagePtX = at.x;
+      point.ImagePtY = at.y;
+      seen.push_back(point);
+    }
+  }
+  return seen;
+}
+
+}  // namespace fisheye_calibration::program
