@@ -114,7 +114,8 @@ int simulateFrame(const SimulateOptions& options, const Streams& streams) {
   const Size size = frameSize(options, camera);
   const SceneItem item = itemsOf(options, streams).front();
   const FishEyeCalibrationParam seeing = seenFromPlane(camera.param, item.pose);
-  const cv::Mat clean = withLight(rawFrame({{seeing, item.picture}}, size, kBackground), effects);
+  const cv::Mat clean =
+      withLight(rawFrame(CornerRays(seeing, size), {{seeing, item.picture}}, kBackground), effects);
 
   OutputFiles files;
   stagePicture(files, options.output, SensorNoise(effects.noise, seed).added(clean, 0));

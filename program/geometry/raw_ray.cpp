@@ -4,7 +4,6 @@
 #include <numbers>
 
 #include "geometry/lens_curve.h"
-#include "geometry/record_matrices.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -51,29 +50,28 @@ std::optional<cv::Point2d> rayThrough(const Param& param, cv::Point2d raw) {
   return cv::Point2d(a, b) * scale;
 }
 
-SeenPoint bedPointAt(const Param& param, cv::Point2d raw) {
-  const std::optional<cv::Point2d> ray = rayThrough(param, raw);
-  if (!ray) {
-    return {.sight = Sight::kBeyondLens};
-  }
+SeenPoint BedSight::along(cv::Point2d ray) const {
   // With world = R^T (s (a, b, 1) - T), Zw = 0 where s = (n T)/(n (a, b, 1)), n the last column of
   // R.
-  const Matrix3 R = rotationOfVector(param);
-  const Vector3 T = translationOf(param);
-  const Vector3 d = {ray->x, ray->y, 1};
+  const Vector3 d = {ray.x, ray.y, 1};
   const auto column = [&](std::size_t k, const Vector3& v) {
-    return R[k] * v[0] + R[3 + k] * v[1] + R[6 + k] * v[2];
+    return R_[k] * v[0] + R_[3 + k] * v[1] + R_[6 + k] * v[2];
   };
   const double descent = column(2, d);
   if (!(std::abs(descent) > kParallelSine * std::hypot(d[0], d[1], d[2]))) {
     return {.sight = Sight::kParallel};
   }
-  const double s = column(2, T) / descent;
+  const double s = column(2, T_) / descent;
   if (!(s > 0)) {
     return {.sight = Sight::kAwayFromBed};
   }
-  const Vector3 fromOrigin = {s * d[0] - T[0], s * d[1] - T[1], s * d[2] - T[2]};
+  const Vector3 fromOrigin = {s * d[0] - T_[0], s * d[1] - T_[1], s * d[2] - T_[2]};
   return {.sight = Sight::kBed, .bed = {column(0, fromOrigin), column(1, fromOrigin)}};
+}
+
+SeenPoint bedPointAt(const Param& param, cv::Point2d raw) {
+  const std::optional<cv::Point2d> ray = rayThrough(param, raw);
+  return ray ? BedSight(param).along(*ray) : SeenPoint{.sight = Sight::kBeyondLens};
 }
 
 std::optional<cv::Point2d> correctedPositionOf(const Param& param, cv::Point2d raw,

@@ -7,6 +7,7 @@
 
 #include "base/size.h"
 #include "fisheye_calibration.h"
+#include "geometry/record_matrices.h"
 
 namespace fisheye_calibration::program {
 
@@ -24,6 +25,20 @@ enum class Sight {
 struct SeenPoint {
   Sight sight = Sight::kBeyondLens;
   cv::Point2d bed;  // if the ray meets it
+};
+
+// Where rays of a camera with this pose meet the bed (Z = 0).
+class BedSight {
+ public:
+  explicit BedSight(const FishEyeCalibrationParam& param)
+      : R_(rotationOfVector(param)), T_(translationOf(param)) {}
+
+  // Along the ray (a, b, 1) in the camera's frame.
+  SeenPoint along(cv::Point2d ray) const;
+
+ private:
+  Matrix3 R_;
+  Vector3 T_;
 };
 
 // The point of the bed (Z = 0) that the camera sees at a raw pixel.

@@ -14,23 +14,22 @@ namespace {
 constexpr int kMostSamples = 4;  // of a pixel, in each direction
 constexpr int kFewestSamples = 2;
 
+const cv::Point2d kNowhere(std::numeric_limits<double>::quiet_NaN(),
+                           std::numeric_limits<double>::quiet_NaN());
+
 // Of a pixel: where its corners lie on the plane.
 using Corners = std::array<cv::Point2d, 4>;  // top left, top right, bottom left, bottom right
 
-// Not numbers where the camera does not see the plane.
-cv::Point2d planePoint(const FishEyeCalibrationParam& camera, double x, double y) {
-  constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
-  const SeenPoint seen = bedPointAt(camera, {x, y});
-  return seen.sight == Sight::kBed ? seen.bed : cv::Point2d(kNowhere, kNowhere);
-}
-
 using Line = std::vector<cv::Point2d>;
 
-Line cornerLine(const FishEyeCalibrationParam& camera, int width, int row) {
+// Where the corners at the top of a row of pixels lie; not numbers where the camera does not see
+// the plane.
+Line cornerLine(const CornerRays& rays, const BedSight& sight, int row) {
   Line line;
-  line.reserve(static_cast<std::size_t>(width) + 1);
-  for (int x = 0; x <= width; ++x) {
-    line.push_back(planePoint(camera, x - 0.5, row - 0.5));
+  line.reserve(static_cast<std::size_t>(rays.size().width) + 1);
+  for (int x = 0; x <= rays.size().width; ++x) {
+    const SeenPoint seen = sight.along(rays.at(x, row));
+    line.push_back(seen.sight == Sight::kBed ? seen.bed : kNowhere);
   }
   return line;
 }
@@ -110,18 +109,20 @@ class PixelView {
   bool hidden_ = false;
 };
 
-void drawRows(const std::vector<SeenPicture>& pictures, const cv::Range& rows, int background,
-              cv::Mat& frame) {
+void drawRows(const CornerRays& rays, const std::vector<SeenPicture>& pictures,
+              const cv::Range& rows, int background, cv::Mat& frame) {
   PixelView view(background);
+  std::vector<BedSight> sights;
   std::vector<Line> above(pictures.size());
   std::vector<Line> below;
   for (const SeenPicture& seen : pictures) {
-    below.push_back(cornerLine(seen.camera, frame.cols, rows.start));
+    sights.emplace_back(seen.camera);
+    below.push_back(cornerLine(rays, sights.back(), rows.start));
   }
   for (int y = rows.start; y < rows.end; ++y) {
     std::swap(above, below);
     for (std::size_t k = 0; k < pictures.size(); ++k) {
-      below[k] = cornerLine(pictures[k].camera, frame.cols, y + 1);
+      below[k] = cornerLine(rays, sights[k], y + 1);
     }
     auto* const row = frame.ptr<cv::Vec3b>(y);
     for (int x = 0; x < frame.cols; ++x) {
@@ -138,10 +139,22 @@ void drawRows(const std::vector<SeenPicture>& pictures, const cv::Range& rows, i
 
 }  // namespace
 
-cv::Mat rawFrame(const std::vector<SeenPicture>& pictures, const Size& size, int background) {
-  cv::Mat frame(size.height, size.width, CV_8UC3);
-  cv::parallel_for_(cv::Range(0, size.height),
-                    [&](const cv::Range& rows) { drawRows(pictures, rows, background, frame); });
+CornerRays::CornerRays(const FishEyeCalibrationParam& camera, const Size& size)
+    : size_(size), rays_(size.height + 1, size.width + 1) {
+  cv::parallel_for_(cv::Range(0, rays_.rows), [&](const cv::Range& rows) {
+    for (int y = rows.start; y < rows.end; ++y) {
+      for (int x = 0; x < rays_.cols; ++x) {
+        rays_(y, x) = rayThrough(camera, {x - 0.5, y - 0.5}).value_or(kNowhere);
+      }
+    }
+  });
+}
+
+cv::Mat rawFrame(const CornerRays& rays, const std::vector<SeenPicture>& pictures, int background) {
+  cv::Mat frame(rays.size().height, rays.size().width, CV_8UC3);
+  cv::parallel_for_(cv::Range(0, frame.rows), [&](const cv::Range& rows) {
+    drawRows(rays, pictures, rows, background, frame);
+  });
   const bool coloured = std::any_of(pictures.begin(), pictures.end(), [](const SeenPicture& seen) {
     return seen.picture.channels() == 3;
   });

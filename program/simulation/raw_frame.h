@@ -10,8 +10,24 @@
 
 namespace fisheye_calibration::program {
 
-// A picture and the camera as seen from its plane: the record's lens, and the pose that takes
-// points (x, y, 0) of the plane to the camera's frame.
+// The rays at the corners of a camera's pixels. They take most of the time of a frame and depend on
+// the lens only.
+class CornerRays {
+ public:
+  CornerRays(const FishEyeCalibrationParam& camera, const Size& size);
+
+  const Size& size() const { return size_; }
+
+  // Through the corner (x - 1/2, y - 1/2); not a number where there is none.
+  cv::Point2d at(int x, int y) const { return rays_(y, x); }
+
+ private:
+  Size size_;
+  cv::Mat_<cv::Point2d> rays_;
+};
+
+// A picture and the camera as seen from its plane: a pose that takes points (x, y, 0) of the plane
+// to the camera's frame.
 struct SeenPicture {
   FishEyeCalibrationParam camera;
   PlacedPicture picture;
@@ -25,6 +41,6 @@ struct SeenPicture {
 //
 // Earlier pictures cover later ones; where there is none, the frame has the grey level
 // `background`. It has three channels if a picture has, otherwise one.
-cv::Mat rawFrame(const std::vector<SeenPicture>& pictures, const Size& size, int background);
+cv::Mat rawFrame(const CornerRays& rays, const std::vector<SeenPicture>& pictures, int background);
 
 }  // namespace fisheye_calibration::program

@@ -1,5 +1,6 @@
 #include "simulation/simulated_camera.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <numbers>
@@ -73,8 +74,20 @@ TrueCamera trueCamera(const NominalCamera& camera, const cv::Rect2d& bed) {
   // T = -R C with the lens at C = (X, Y, -height), as Z points away from the camera.
   const cv::Matx33d R = turned(camera.tilt);
   setPose(R, R * cv::Vec3d(-camera.over.x, -camera.over.y, camera.height), param);
-  const auto pixel = static_cast<float>(
-      std::max({camera.height / camera.fx, bed.width / 16000, bed.height / 16000}));
+  // The view before the second correction must hold the whole bed.
+  cv::Point2d reach;
+  for (const cv::Point2d& corner :
+       {bed.tl(), {bed.x + bed.width, bed.y}, bed.br(), {bed.x, bed.y + bed.height}}) {
+    const cv::Point2f at = correctedPosition(param, corner, {0, 0});
+    reach.x = std::max(reach.x, std::abs(static_cast<double>(at.x)) + 2);
+    reach.y = std::max(reach.y, std::abs(static_cast<double>(at.y)) + 2);
+  }
+  constexpr double kMostPixels = 16000;  // a side
+  // Parameter files keep six decimals.
+  const double finest = std::max(bed.width, bed.height) / kMostPixels;
+  const double wanted =
+      std::max(finest, std::min(bed.width / (2 * reach.x), bed.height / (2 * reach.y)));
+  const auto pixel = static_cast<float>(std::floor(wanted * 1e6) / 1e6);
   const auto pixels = [&](double side) {
     return 2 * static_cast<int>(std::ceil(side / static_cast<double>(pixel) / 2));
   };
@@ -105,11 +118,13 @@ std::vector<CalibrationPoint> seenPoints(const Param& camera,
   std::vector<CalibrationPoint> seen;
   for (CalibrationPoint point : points) {
     const cv::Point2f at = rawPosition(camera, {point.Xw, point.Yw});
-    const SeenPoint back = bedPointAt(camera, at);  // not where the lens curve has turned back
-    constexpr double kSame = 0.01;
-    const cv::Point2d world(static_cast<double>(point.Xw), static_cast<double>(point.Yw));
-    if (isInPicture(at, image) && back.sight == Sight::kBed &&
-        cv::norm(back.bed - world) < kSame * (1 + cv::norm(world))) {
+    // A point behind the camera, or where the lens curve has turned back, is not the one that its
+    // pixel shows.
+    const SeenPoint shown = bedPointAt(camera, at);
+    constexpr double kSame = 0.1;  // world units
+    const cv::Point2d place(static_cast<double>(point.Xw), static_cast<double>(point.Yw));
+    if (isInPicture(at, image) && shown.sight == Sight::kBed &&
+        cv::norm(shown.bed - place) < kSame) {
       point.ImagePtX = at.x;
       point.ImagePtY = at.y;
       seen.push_back(point);

@@ -34,8 +34,7 @@ struct CameraVariation {
 
 NominalCamera varied(const NominalCamera& camera, const CameraVariation& by, RandomNumbers& random);
 
-// Lens and pose. The second correction shows `bed` with as many pixels as the camera has along
-// it; `corrected` is then the picture's size.
+// Lens and pose, and a second correction by which a picture of the size `corrected` shows the bed.
 struct TrueCamera {
   FishEyeCalibrationParam param{};
   Size image;

@@ -11,6 +11,7 @@ SimulatedMachine::SimulatedMachine(Machine machine, std::uint64_t seed)
   RandomNumbers random(seed);
   for (const NominalCamera& nominal : machine_.cameras) {
     cameras_.push_back(trueCamera(varied(nominal, machine_.variation, random), machine_.bed));
+    rays_.emplace_back(cameras_.back().param, cameras_.back().image);
   }
 }
 
@@ -21,7 +22,7 @@ cv::Mat SimulatedMachine::cleanFrame(const Scene& scene, std::size_t camera) con
     pictures.push_back({seenFromPlane(seeing.param, item.pose), item.picture});
   }
   pictures.push_back({seeing.param, machine_.bedPicture});
-  return withLight(rawFrame(pictures, seeing.image, machine_.background), scene.effects);
+  return withLight(rawFrame(rays_[camera], pictures, machine_.background), scene.effects);
 }
 
 SensorNoise SimulatedMachine::noise(const Scene& scene, std::size_t camera) const {

@@ -57,6 +57,7 @@ class SimulatedMachine {
   Machine machine_;
   std::uint64_t seed_;
   std::vector<TrueCamera> cameras_;
+  std::vector<CornerRays> rays_;  // of the cameras
 };
 
 // A bed of slats: lines of a slightly darker grey every 10 units.

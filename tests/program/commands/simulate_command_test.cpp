@@ -1,0 +1,133 @@
+// simulate from the outside.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <opencv2/imgcodecs.hpp>
+#include <string>
+#include <vector>
+
+#include "files/points_csv.h"
+#include "program/support/run_program.h"
+#include "program/support/sample_record.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// One camera of 480 x 360 px, 200 above a bed of 200 x 150.
+const char* const kMachine = R"({
+  "bed": [0, 0, 200, 150],
+  "cameras": [{"size": [480, 360], "focal": [400, 400], "centre": [240, 180], "k": [0.01, -0.05],
+               "over": [100, 75], "height": 200}],
+  "variation": {"focal": 0.01, "centre": 3, "place": 3, "tilt": 1},
+  "scenes": {
+    "empty": {"effects": {"noise": 1}},
+    "board": {"like": "empty", "target": {"chessboard": "8x5", "spacing": 20, "origin": [30, 35]}}
+  }
+})";
+
+class SimulateCommand : public testing::Test {
+ protected:
+  static Outcome simulate(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "simulate");
+    return runProgram(arguments);
+  }
+
+  support::TemporaryFolder folder;
+  std::string machine = writeFile(folder, "machine.json", kMachine);
+};
+
+TEST_F(SimulateCommand, TheTargetOfAMachineIsDetectedWhereItsTruthSays) {
+  const std::string frames = folder.file("frames");
+  const Outcome run = simulate({"--machine", machine, "--frames", frames, "--seed", "5"});
+  ASSERT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("2 frames of 1 camera written to "));
+  const std::string found = folder.file("found.csv");
+  const Outcome detected = runProgram({"detect", frames + "/camera1-board.png", "--chessboard",
+                                       "8x5", "--spacing", "20", "--origin", "30,35", "-o", found});
+  ASSERT_EQ(detected.exitCode, 0) << detected.err;
+  const auto truth = readPoints(frames + "/camera1-board.csv");
+  const auto points = readPoints(found);
+  ASSERT_EQ(truth.size(), 40u);
+  ASSERT_EQ(points.size(), 40u);
+  for (std::size_t i = 0; i < truth.size(); ++i) {
+    EXPECT_EQ(points[i].Xw, truth[i].Xw);
+    EXPECT_NEAR(points[i].ImagePtX, truth[i].ImagePtX, 0.1);
+    EXPECT_NEAR(points[i].ImagePtY, truth[i].ImagePtY, 0.1);
+  }
+  EXPECT_EQ(
+      simulate({"--compare", frames + "/camera1.ini", "--truth-camera", frames + "/camera1.ini"})
+          .exitCode,
+      0);
+}
+
+TEST_F(SimulateCommand, TheSameSeedGivesTheSameMachineAndAnotherOneDoesNot) {
+  for (const auto& [name, seed] : {std::pair("a", "5"), {"b", "5"}, {"c", "6"}}) {
+    ASSERT_EQ(simulate({"--machine", machine, "--frames", folder.file(name), "--seed", seed,
+                        "--scene", "empty"})
+                  .exitCode,
+              0);
+  }
+  const auto bytes = [&](const std::string& name) { return support::bytesOf(folder.file(name)); };
+  EXPECT_EQ(bytes("a/camera1.ini"), bytes("b/camera1.ini"));
+  EXPECT_EQ(bytes("a/camera1-empty.png"), bytes("b/camera1-empty.png"));
+  EXPECT_NE(bytes("a/camera1.ini"), bytes("c/camera1.ini"));
+  const Outcome differ = simulate({"--compare", folder.file("c/camera1.ini"), "--truth-camera",
+                                   folder.file("a/camera1.ini"), "--tolerance", "0.001"});
+  EXPECT_EQ(differ.exitCode, 1);
+  EXPECT_THAT(differ.err, HasSubstr("more than 0.001 mm off the true camera"));
+}
+
+TEST_F(SimulateCommand, ATargetAboveTheBedIsSeenLarger) {
+  const std::string camera = folder.file("camera.ini");
+  SaveCalibrationParam(camera.c_str(), sampleRecord());  // 170 above the bed
+  const std::vector<std::string> common = {
+      "--camera",  camera, "--size",   "960x720", "--circles", "5x4",
+      "--spacing", "20",   "--origin", "60,60",   "-o",        folder.file("raw.png"),
+      "--truth"};
+  const auto widthWith = [&](const std::vector<std::string>& further) {
+    std::vector<std::string> arguments = common;
+    arguments.push_back(folder.file("truth.csv"));
+    arguments.insert(arguments.end(), further.begin(), further.end());
+    EXPECT_EQ(simulate(arguments).exitCode, 0);
+    const auto points = readPoints(folder.file("truth.csv"));
+    EXPECT_EQ(points.size(), 20u);
+    return points[4].ImagePtX - points[0].ImagePtX;
+  };
+  // theta_d = theta + 0.01 theta^2 - 0.05 theta^3; the row reaches from -60 to 20 in X at Y = -30.
+  const auto expected = [](double height) {
+    const auto column = [&](double X) {
+      const double r = std::hypot(X, -30);
+      const double theta = std::atan(r / height);
+      return 300 * (theta + 0.01 * theta * theta - 0.05 * theta * theta * theta) * X / r;
+    };
+    return column(20) - column(-60);
+  };
+  EXPECT_NEAR(widthWith({}), expected(170), 0.01);
+  EXPECT_NEAR(widthWith({"--height", "20"}), expected(150), 0.01);
+}
+
+TEST_F(SimulateCommand, BadInputIsRefusedAndNothingIsWritten) {
+  const std::string bad = writeFile(folder, "bad.json", "{\"bed\": [0, 0, 1]}");
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+      {{}, "simulate: give --camera and -o for a frame"},
+      {{"--machine", machine}, "--machine: give either --frames or --serve"},
+      {{"--machine", bad, "--frames", folder.file("f")}, "bad.json: bed: give a list of 4 numbers"},
+      {{"--machine", machine, "--frames", folder.file("f"), "--scene", "none"},
+       "--scene: there is no \"none\", there are empty, board"},
+      {{"--machine", machine, "--serve", "8738"}, "--serve: give an address as HOST:PORT"},
+      {{"--machine", machine, "--frames", folder.file("f"), "--seed", "x"}, "--seed: give a whole"},
+      {{"-o", folder.file("raw.png")}, "--camera is missing"},
+  };
+  for (const auto& [arguments, message] : wrong) {
+    const Outcome run = simulate(arguments);
+    EXPECT_EQ(run.exitCode, 2) << testing::PrintToString(arguments);
+    EXPECT_THAT(run.err, HasSubstr(message));
+  }
+  EXPECT_THAT(namesIn(folder), ElementsAre("bad.json", "machine.json"));
+}
+
+}  // namespace
+}  // namespace fisheye_calibration::program
