@@ -17,6 +17,8 @@ class MachineServer {
  public:
   // Shows the machine's first scene.
   MachineServer(const SimulatedMachine& machine, double framesPerSecond);
+  MachineServer(const MachineServer&) = delete;
+  MachineServer& operator=(const MachineServer&) = delete;
   ~MachineServer();
 
   // Takes the address; port 0 takes a free one. Returns the port, or 0 if the address cannot be
