@@ -55,7 +55,8 @@ TEST_F(ReportPage, ShowsTheNumbersOfTheCalibration) {
   EXPECT_EQ(readingOf(html, "insideTarget"), report["bedError"]["insideTarget"].get<double>());
   EXPECT_EQ(readingOf(html, "onBed"), report["bedError"]["onBed"].get<double>());
   EXPECT_EQ(readingOf(html, "rms"), report["rms"].get<double>());
-  EXPECT_THAT(html, HasSubstr(">" + report["verdict"].get<std::string>() + "</p>"));
+  EXPECT_THAT(html,
+              HasSubstr(std::string(">").append(report["verdict"].get<std::string>()) + "</p>"));
 }
 
 TEST_F(ReportPage, AsksNoOtherPlaceForAnything) {
