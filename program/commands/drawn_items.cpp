@@ -6,8 +6,8 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "commands/target_sheet.h"
 #include "drawing/sheet.h"
+#include "drawing/target_sheet.h"
 
 namespace fisheye_calibration::program {
 namespace {

@@ -19,7 +19,6 @@
 #include "commands/option_values.h"
 #include "commands/stitch_outputs.h"
 #include "commands/stitch_values.h"
-#include "commands/stitched_canvas.h"
 #include "drawing/grid_overlay.h"
 #include "files/dual_file.h"
 #include "files/output_files.h"
@@ -30,6 +29,7 @@
 #include "geometry/metric_picture.h"
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
+#include "geometry/stitched_canvas.h"
 #include "geometry/whole_datum.h"
 #include "reports/agreement_report.h"
 

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "checks/finding.h"
-#include "commands/stitched_canvas.h"
 #include "geometry/stitch_agreement.h"
 #include "geometry/stitch_pair.h"
+#include "geometry/stitched_canvas.h"
 #include "report_pages/stitch_page.h"
 
 namespace fisheye_calibration::program {

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <string>
 
-#include "commands/stitched_canvas.h"
+#include "geometry/stitched_canvas.h"
 
 namespace fisheye_calibration::program {
 

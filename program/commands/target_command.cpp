@@ -11,7 +11,7 @@
 #include "commands/declared_options.h"
 #include "commands/option_values.h"
 #include "commands/target_options.h"
-#include "commands/target_sheet.h"
+#include "drawing/target_sheet.h"
 #include "files/output_files.h"
 #include "files/output_paths.h"
 #include "files/picture_file.h"

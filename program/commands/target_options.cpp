@@ -31,19 +31,6 @@ void checkOverlay(const std::filesystem::path& overlay, const std::filesystem::p
   }
 }
 
-std::vector<CalibrationPoint> numbered(const std::vector<GridPoint>& grid, const World& world) {
-  std::vector<CalibrationPoint> points;
-  for (const GridPoint& position : grid) {
-    const cv::Point2f onBed = world.at(position.world);
-    points.push_back({.PointId = world.firstId + position.index,
-                      .Xw = onBed.x,
-                      .Yw = onBed.y,
-                      .ImagePtX = position.image.x,
-                      .ImagePtY = position.image.y});
-  }
-  return points;
-}
-
 std::string caption(const DetectedTarget& found, const World& world) {
   return found.summary + ", spacing " + shortest(world.spacing) + "; point " +
          std::to_string(world.firstId) + " at (" + shortest(world.origin.first) + ", " +
@@ -104,14 +91,6 @@ Target parseCharuco(const TargetOptions& options) {
 
 }  // namespace
 
-cv::Point2f World::at(cv::Point2d steps) const {
-  // In doubles, and rounded to the record's floats once.
-  const auto onBed = [&](float start, double count) {
-    return static_cast<float>(static_cast<double>(start) + static_cast<double>(spacing) * count);
-  };
-  return {onBed(origin.first, steps.x), onBed(origin.second, steps.y)};
-}
-
 Target parseTarget(const TargetOptions& options) {
   const int kinds = (options.chessboard.empty() ? 0 : 1) + (options.charuco.empty() ? 0 : 1) +
                     (options.circles.empty() ? 0 : 1);
@@ -148,22 +127,7 @@ World parseWorld(const TargetOptions& options, int pointCount) {
   if (!firstId || *firstId < 1 || *firstId > std::numeric_limits<int>::max() - pointCount) {
     failBadInput("--first-id: give a whole number from 1, not " + inQuotes(options.firstId));
   }
-  return {.spacing = spacing, .origin = origin, .firstId = *firstId};
-}
-
-std::string describeTarget(const Target& target) {
-  const std::string size = std::to_string(target.columns) + " x " + std::to_string(target.rows);
-  switch (target.kind) {
-    case TargetKind::kChessboard:
-      return size + " inner corners";
-    case TargetKind::kCharuco:
-      return size + " inner corners and markers";
-    case TargetKind::kCircles:
-      return size + " circles";
-    case TargetKind::kAsymmetricCircles:
-      break;
-  }
-  return size + " staggered circles";
+  return {.spacing = spacing, .origin = {origin.first, origin.second}, .firstId = *firstId};
 }
 
 void addTargetKindOptions(CLI::App& command, TargetOptions& target) {
@@ -217,7 +181,7 @@ DetectedTarget detectIn(const cv::Mat& grey, const std::string& name, const Targ
   const Detection& detection = *search.detection;
   DetectedTarget found;
   found.grey = grey;
-  found.points = numbered(detection.grid, world);
+  found.points = numberedPoints(detection.grid, world);
   found.summary = std::to_string(found.points.size()) + " points (" + describeTarget(target) +
                   ", found by " + detection.method + ")";
   return found;

@@ -10,8 +10,8 @@
 
 #include "base/failure.h"
 #include "commands/command.h"
-#include "commands/option_values.h"
 #include "detection/target_detection.h"
+#include "detection/target_places.h"
 #include "files/output_files.h"
 #include "fisheye_calibration.h"
 
@@ -46,18 +46,8 @@ void addTargetKindOptions(CLI::App& command, TargetOptions& target);
 // The same, and those for looking for it in a picture.
 void addTargetOptions(CLI::App& command, TargetOptions& target);
 
-struct World {
-  float spacing = 0;
-  Pair origin;
-  int firstId = 1;
-
-  cv::Point2f at(cv::Point2d steps) const;
-};
-
 Target parseTarget(const TargetOptions& options);
 World parseWorld(const TargetOptions& options, int pointCount);
-// "8 x 6 inner corners"
-std::string describeTarget(const Target& target);
 
 struct DetectedTarget {
   cv::Mat grey;

@@ -6,9 +6,9 @@
 #include <map>
 #include <opencv2/imgproc.hpp>
 
-#include "commands/target_sheet.h"
 #include "detection/charuco_board.h"
 #include "detection/markers.h"
+#include "drawing/target_sheet.h"
 #include "program/support/synthetic_target.h"
 
 namespace fisheye_calibration::program {

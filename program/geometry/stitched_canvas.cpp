@@ -1,4 +1,4 @@
-#include "commands/stitched_canvas.h"
+#include "geometry/stitched_canvas.h"
 
 #include <string>
 

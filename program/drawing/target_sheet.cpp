@@ -1,4 +1,4 @@
-#include "commands/target_sheet.h"
+#include "drawing/target_sheet.h"
 
 #include <algorithm>
 #include <cmath>

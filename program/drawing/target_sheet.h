@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "base/size.h"
-#include "commands/target_options.h"
+#include "detection/target_places.h"
 #include "drawing/sheet.h"
 
 namespace fisheye_calibration::program {
