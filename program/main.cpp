@@ -20,6 +20,7 @@
 #include "commands/detect_command.h"
 #include "commands/hand_eye_command.h"
 #include "commands/info_command.h"
+#include "commands/live_command.h"
 #include "commands/map_command.h"
 #include "commands/simulate_command.h"
 #include "commands/stitch_command.h"
@@ -49,10 +50,15 @@ constexpr const char* kFooter =
     "input.";
 
 std::vector<Command> addCommands(CLI::App& app) {
-  return {addTargetCommand(app),  addDetectCommand(app),  addCalibrateCommand(app),
-          addCorrectCommand(app), addCropCommand(app),    addStitchCommand(app),
-          addMapCommand(app),     addHandEyeCommand(app), addStraightenCommand(app),
-          addInfoCommand(app),    addVerifyCommand(app),  addSimulateCommand(app)};
+  std::vector<Command> commands = {
+      addTargetCommand(app),  addDetectCommand(app),  addCalibrateCommand(app),
+      addCorrectCommand(app), addCropCommand(app),    addStitchCommand(app),
+      addMapCommand(app),     addHandEyeCommand(app), addStraightenCommand(app),
+      addInfoCommand(app),    addVerifyCommand(app),  addSimulateCommand(app)};
+#ifdef FISHEYE_CALIBRATION_LIVE
+  commands.push_back(addLiveCommand(app));
+#endif
+  return commands;
 }
 
 // The image library's errors arrive as exceptions with their text; its own messages would repeat

@@ -25,6 +25,7 @@
 #include "files/camera_notes.h"
 #include "reports/accuracy_report.h"
 #include "reports/calibration_json.h"
+#include "reports/calibration_notes.h"
 #include "reports/calibration_report.h"
 #include "reports/picture_report.h"
 #include "robust/robust_input.h"
@@ -94,18 +95,6 @@ std::optional<SeenShares> seenOfBed(const ChosenCamera& chosen, const RobustRequ
   }
   return seenShares(chosen.result.param, request.image, chosen.result.corrected,
                     *request.picture.bed);
-}
-
-CameraNotes notesOf(const CalibrationReport& report) {
-  CameraNotes notes{.image = report.request.image,
-                    .corrected = report.chosen.result.corrected,
-                    .insideTarget = report.chosen.accuracy.insideTarget,
-                    .onBed = report.chosen.accuracy.onBed};
-  if (isSolved(report.robust)) {
-    const cv::Matx66d lens = report.robust.bed.covariance.get_minor<6, 6>(0, 0);
-    notes.lensCovariance = std::vector<double>(lens.val, lens.val + 36);
-  }
-  return notes;
 }
 
 std::string nextStep(const Options& options, const CalibrationReport& report) {

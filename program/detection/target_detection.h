@@ -19,6 +19,8 @@ struct Target {
   int rows = 0;
   int markerBits = 5;        // of kCharuco: modules on each side of a marker
   double markerShare = 0.7;  // of kCharuco: the marker's side as a share of the square's
+
+  bool operator==(const Target&) const = default;
 };
 
 struct Detection {

@@ -17,6 +17,8 @@ struct World {
   int firstId = 1;
 
   cv::Point2f at(cv::Point2d steps) const;
+
+  bool operator==(const World&) const = default;
 };
 
 // "8 x 6 inner corners"

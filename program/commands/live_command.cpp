@@ -1,0 +1,113 @@
+#include "commands/live_command.h"
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "base/interruption.h"
+#include "base/text.h"
+#include "commands/declared_options.h"
+#include "commands/option_values.h"
+#include "page/engine.h"
+#include "page/server.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+struct Options {
+  std::vector<std::string> sources;
+  std::string listen = "127.0.0.1:8737";
+  std::filesystem::path output;
+};
+
+struct Listen {
+  std::string host;
+  int port = 0;
+};
+
+// "127.0.0.1:8737" or "[::1]:8737"; port 0 takes a free one.
+Listen parseListen(const std::string& text) {
+  const std::size_t colon = text.rfind(':');
+  if (colon != std::string::npos) {
+    std::string host = text.substr(0, colon);
+    if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
+      host = host.substr(1, host.size() - 2);
+    } else if (host.find(':') != std::string::npos) {
+      host.clear();
+    }
+    const auto port = parseInteger(text.substr(colon + 1));
+    if (!host.empty() && port && *port >= 0 && *port <= 65535) {
+      return {.host = host, .port = *port};
+    }
+  }
+  failBadInput("--listen: give an address and a port like 127.0.0.1:8737, not " + inQuotes(text));
+}
+
+void checkOutput(const std::filesystem::path& folder) {
+  std::error_code error;
+  if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
+    failBadInput("--output: " + nameOf(folder) + " is no folder");
+  }
+}
+
+int run(const Options& options, const Streams& streams) {
+  if (options.sources.size() > 2) {
+    failBadInput("--source: give one or two sources");
+  }
+  const Listen listen = parseListen(options.listen);
+  checkOutput(options.output);
+  Engine engine({.sources = options.sources,
+                 .folder = options.output,
+                 .version = FISHEYE_CALIBRATION_VERSION});
+  Server server(engine, listen.host, listen.port);
+  const Interruption interruption;
+  std::thread answering([&] { server.run(); });
+  streams.out << "Open this address in a browser: " << server.address() << std::endl;
+  if (!server.access().token.empty()) {
+    streams.messages << "note: whoever has this address can see the cameras and calibrate them; "
+                        "what is sent is not encrypted\n";
+  }
+  streams.progress << "Ctrl+C ends it" << std::endl;
+  while (!interruption.requested()) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  engine.stop();
+  server.stop();
+  answering.join();
+  return kExitOk;
+}
+
+}  // namespace
+
+Command addLiveCommand(CLI::App& app) {
+  const auto options = std::make_shared<Options>();
+  CLI::App* command =
+      addCommand(app, "live", "Set a machine up in the browser: a page that guides through it");
+  addOption(*command, "--source", options->sources,
+            "a device (/dev/video0 or its index), stream address, video file, folder or picture; "
+            "a second one for two cameras")
+      .typeName("SOURCE")
+      .oneValueEachTime()
+      .required();
+  addOption(*command, "--listen", options->listen,
+            "where to answer; beyond this machine only with the token in the printed address")
+      .typeName("ADDRESS:PORT")
+      .showDefault();
+  addPath(*command, "--output", options->output, "folder for camera.ini, dual.ini and the reports")
+      .typeName("FOLDER");
+  setFooter(*command,
+            "No browser is opened: open the printed address.\n\nExamples:\n"
+            "  fisheye-calibration live --source /dev/video0 --output machine\n"
+            "  fisheye-calibration live --source 0 --source 1 --output machine");
+  return {.arguments = command,
+          .run = [options](const Streams& streams) { return run(*options, streams); },
+          .printsResults = true};
+}
+
+}  // namespace fisheye_calibration::program

@@ -1,0 +1,96 @@
+#include "page/saved_files.h"
+
+#include <system_error>
+
+#include "base/failure.h"
+#include "base/file_path.h"
+#include "files/camera_file.h"
+#include "files/dual_file.h"
+#include "files/output_files.h"
+#include "files/points_csv.h"
+#include "files/read_file.h"
+#include "page/request_checks.h"
+#include "reports/calibration_json.h"
+#include "reports/calibration_notes.h"
+
+namespace fisheye_calibration::program {
+namespace fs = std::filesystem;
+namespace {
+
+void stageCamera(OutputFiles& files, const fs::path& path, const CalibrationOutcome& outcome) {
+  stageCamera(files, path, outcome.chosen.result.param, notesOf(reportOf(outcome)));
+}
+
+// A folder of its own among the system's temporary ones, gone at the end.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() : path_(fs::temp_directory_path() / ("fisheye-calibration-" + newToken())) {
+    fs::create_directory(path_);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  fs::path file(const char* name) const { return path_ / name; }
+
+ private:
+  fs::path path_;
+};
+
+// The library writes parameter files only to a path.
+template <class Stage>
+std::string textOf(const char* name, const Stage& stage) {
+  const TemporaryFolder folder;
+  OutputFiles files;
+  stage(files, folder.file(name));
+  files.commit();
+  return readFile(folder.file(name));
+}
+
+}  // namespace
+
+std::vector<std::string> saveFiles(const fs::path& folder, const Outcomes& outcomes,
+                                   const std::shared_ptr<const StitchOutcome>& stitch) {
+  OutputFiles files;
+  std::vector<std::string> names;
+  const auto pathOf = [&](const std::string& name) {
+    names.push_back(name);
+    return folder / name;
+  };
+  for (std::size_t i = 0; i < outcomes.size(); ++i) {
+    if (!outcomes[i]) {
+      failJob("calibrate first");
+    }
+    const std::string suffix = outcomes.size() > 1 ? std::to_string(i + 1) : "";
+    stageCamera(files, pathOf("camera" + suffix + ".ini"), *outcomes[i]);
+    files.stage(pathOf("points" + suffix + ".csv"), pointsText(*outcomes[i]));
+    files.stage(pathOf("report" + suffix + ".json"), reportText(*outcomes[i]));
+  }
+  if (stitch) {
+    stageDual(files, pathOf("dual.ini"), stitch->whole.record);
+  }
+  files.commit();
+  return names;
+}
+
+std::string cameraText(const CalibrationOutcome& outcome) {
+  return textOf("camera.ini", [&](OutputFiles& files, const fs::path& path) {
+    stageCamera(files, path, outcome);
+  });
+}
+
+std::string pointsText(const CalibrationOutcome& outcome) {
+  return formatPoints(outcome.request.views[outcome.request.bedView].points);
+}
+
+std::string reportText(const CalibrationOutcome& outcome) { return formatJson(reportOf(outcome)); }
+
+std::string dualText(const StitchOutcome& stitch) {
+  return textOf("dual.ini", [&](OutputFiles& files, const fs::path& path) {
+    stageDual(files, path, stitch.whole.record);
+  });
+}
+
+}  // namespace fisheye_calibration::program

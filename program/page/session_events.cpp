@@ -1,0 +1,209 @@
+// What sources and jobs tell the session.
+#include <algorithm>
+#include <cmath>
+
+#include "page/session.h"
+
+namespace fisheye_calibration::program {
+namespace {
+
+constexpr double kStillPoint = 1.5;  // px that a point of a steady target may move between searches
+constexpr double kWorthwhile = 0.9;  // of the present bound: a view that leaves less is useful
+
+// Whether the points of two searches are the same ones at the same places.
+bool sameplaced(const std::vector<CalibrationPoint>& a, const std::vector<CalibrationPoint>& b) {
+  if (a.empty() || b.empty()) {
+    return false;
+  }
+  std::size_t shared = 0;
+  for (const CalibrationPoint& point : a) {
+    const auto other = std::find_if(b.begin(), b.end(), [&](const CalibrationPoint& candidate) {
+      return candidate.PointId == point.PointId;
+    });
+    if (other != b.end()) {
+      ++shared;
+      if (std::hypot(other->ImagePtX - point.ImagePtX, other->ImagePtY - point.ImagePtY) >
+          static_cast<float>(kStillPoint)) {
+        return false;
+      }
+    }
+  }
+  return 2 * shared > a.size();
+}
+
+}  // namespace
+
+void Session::sourceLive(std::size_t index) {
+  SourceState& source = sources_.at(index);
+  if (source.status != SourceStatus::kLive) {
+    source.status = SourceStatus::kLive;
+    source.message.clear();
+    changed();
+  }
+}
+
+void Session::sourceLost(std::size_t index, const std::string& message) {
+  SourceState& source = sources_.at(index);
+  if (source.status == SourceStatus::kLost && source.message == message) {
+    return;
+  }
+  source.status = SourceStatus::kLost;
+  source.message = message;
+  source.rate.reset();
+  source.still = false;
+  source.search.reset();
+  source.gain.reset();
+  source.gainAsked = false;
+  changed();
+}
+
+void Session::measured(std::size_t index, const Size& image, double rate, const Exposure& exposure,
+                       const Focus& focus, bool still) {
+  SourceState& source = sources_.at(index);
+  if (source.image != image) {
+    if (source.image != Size()) {
+      forgetViews(source);  // of another camera or another mode of it
+      source.calibration = {};
+    }
+    source.image = image;
+  }
+  source.rate = rate;
+  source.exposure = exposure;
+  source.focus = focus;
+  source.still = still;
+  if (!still) {
+    source.gain.reset();
+    source.gainAsked = false;
+  }
+  changed();
+}
+
+Jobs Session::searched(std::size_t index, const SearchResult& result, double rate) {
+  SourceState& source = sources_.at(index);
+  if (!target_ || result.image != source.image) {
+    return {};
+  }
+  source.pointsStill = source.search && sameplaced(source.search->points, result.points);
+  source.search = result;
+  source.searchRate = rate;
+  changed();
+  if (!source.steady()) {
+    source.gain.reset();
+    source.gainAsked = false;
+    return {};
+  }
+  if (!result.exact || source.gainAsked || step_ != 2 ||
+      (!source.views.empty() && !source.expectation)) {
+    return {};
+  }
+  source.gainAsked = true;
+  return {{Job::Kind::kGain, index}};
+}
+
+void Session::searchStopped(std::size_t index) {
+  SourceState& source = sources_.at(index);
+  if (source.search) {
+    source.search.reset();
+    source.searchRate.reset();
+    source.pointsStill = false;
+    source.gain.reset();
+    source.gainAsked = false;
+    changed();
+  }
+}
+
+void Session::frameSent(std::size_t index, double age) { sources_.at(index).age = age; }
+
+void Session::calibrationStep(std::size_t index, double progress, const std::string& step) {
+  CalibrationState& calibration = sources_.at(index).calibration;
+  if (calibration.status == JobStatus::kRunning) {
+    calibration.progress = progress;
+    calibration.step = step;
+    changed();
+  }
+}
+
+void Session::calibrationDone(std::size_t index, int revision,
+                              const std::shared_ptr<const CalibrationOutcome>& outcome) {
+  CalibrationState& calibration = sources_.at(index).calibration;
+  if (calibration.status != JobStatus::kRunning) {
+    return;  // reset in the meantime
+  }
+  calibration = {
+      .status = JobStatus::kDone, .progress = 1, .revision = revision, .outcome = outcome};
+  sources_.at(index).verify = {};
+  stitch_ = {};
+  changed();
+}
+
+void Session::calibrationFailed(std::size_t index, const std::string& message) {
+  CalibrationState& calibration = sources_.at(index).calibration;
+  if (calibration.status == JobStatus::kRunning) {
+    calibration.status = JobStatus::kFailed;
+    calibration.message = message;
+    calibration.outcome.reset();
+    changed();
+  }
+}
+
+void Session::expectationDone(std::size_t index, int revision, const Expectation& expectation) {
+  SourceState& source = sources_.at(index);
+  if (source.revision == revision) {
+    source.expectation = expectation;
+    changed();
+  }
+}
+
+Jobs Session::gainDone(std::size_t index, int revision, double after) {
+  SourceState& source = sources_.at(index);
+  if (source.revision != revision || !source.steady() || !source.found()) {
+    return {};
+  }
+  Gain gain{.after = after};
+  if (source.expectation) {
+    gain.before = source.expectation->onBed;
+  }
+  gain.useful = !gain.before || (std::isfinite(after) && after < kWorthwhile * *gain.before);
+  source.gain = gain;
+  changed();
+  return autoTake_ && gain.useful ? take(source, index) : Jobs();
+}
+
+void Session::verifyDone(std::size_t index, const BedMotion& motion) {
+  VerifyState& verify = sources_.at(index).verify;
+  if (verify.status == JobStatus::kRunning) {
+    verify.status = JobStatus::kDone;
+    verify.motion = motion;
+    changed();
+  }
+}
+
+void Session::verifyFailed(std::size_t index, const std::string& message) {
+  VerifyState& verify = sources_.at(index).verify;
+  if (verify.status == JobStatus::kRunning) {
+    verify.status = JobStatus::kFailed;
+    verify.message = message;
+    changed();
+  }
+}
+
+void Session::stitchDone(const std::shared_ptr<const StitchOutcome>& outcome) {
+  if (stitch_.status == JobStatus::kRunning) {
+    stitch_ = {.status = JobStatus::kDone, .message = "", .outcome = outcome};
+    changed();
+  }
+}
+
+void Session::stitchFailed(const std::string& message) {
+  if (stitch_.status == JobStatus::kRunning) {
+    stitch_ = {.status = JobStatus::kFailed, .message = message, .outcome = nullptr};
+    changed();
+  }
+}
+
+void Session::saved(const std::vector<std::string>& files) {
+  savedFiles_ = files;
+  changed();
+}
+
+}  // namespace fisheye_calibration::program
