@@ -104,7 +104,7 @@ using Reader = std::function<Action(const Fields&, const json&)>;
 const std::map<std::string, Reader>& readers() {
   using F = const Fields&;
   using J = const json&;
-  static const std::map<std::string, Reader> all = {
+  static const std::map<std::string, Reader> kAll = {
       {"setStep", [](F f, J) -> Action { return SetStep{f.whole("step", 1, 5)}; }},
       {"setTarget", [](F f, J) -> Action { return targetAction(f); }},
       {"setBed", [](F f, J body) -> Action { return bedAction(f, body); }},
@@ -128,19 +128,19 @@ const std::map<std::string, Reader>& readers() {
       {"stitch", [](F, J) -> Action { return Stitch{}; }},
       {"save", [](F, J) -> Action { return Save{}; }},
       {"reset", [](F, J) -> Action { return Reset{}; }}};
-  return all;
+  return kAll;
 }
 
 }  // namespace
 
-Action parseAction(std::string_view text, std::size_t sources) {
+Action parseAction(std::string_view request, std::size_t sources) {
   const auto shallow = [](int depth, json::parse_event_t, const json&) {
     if (depth > kDeepest) {
       failBadInput("the request is nested too deeply");
     }
     return true;
   };
-  const json body = json::parse(text, shallow, false);
+  const json body = json::parse(request, shallow, false);
   if (body.is_discarded() || !body.is_object()) {
     failBadInput("the request is no JSON object");
   }

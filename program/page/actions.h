@@ -62,7 +62,7 @@ using Action = std::variant<SetStep, SetTarget, SetBed, SetTolerance, SetAutoTak
                             SetBedView, TakeView, Calibrate, Accept, Verify, Stitch, Save, Reset>;
 
 // Fails as bad input, in words for the person at the page.
-Action parseAction(std::string_view json, std::size_t sources);
+Action parseAction(std::string_view request, std::size_t sources);
 
 // A target from its kind and numbers, within the same limits. `columns` and `rows` are doubles
 // because they come from outside.

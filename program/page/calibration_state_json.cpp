@@ -8,23 +8,23 @@
 
 namespace fisheye_calibration::program {
 
-using json = nlohmann::ordered_json;
+using Json = nlohmann::ordered_json;
 
 namespace {
 
-json mapJson(const BedAccuracy& accuracy) {
-  json map = rectangle(accuracy.grid.area);
+Json mapJson(const BedAccuracy& accuracy) {
+  Json map = rectangle(accuracy.grid.area);
   map["columns"] = accuracy.grid.columns;
   map["rows"] = accuracy.grid.rows;
-  json errors = json::array();
+  Json errors = Json::array();
   for (const double error : accuracy.errors) {
-    errors.push_back(std::isfinite(error) ? json(std::stod(general(error, 4))) : json(nullptr));
+    errors.push_back(std::isfinite(error) ? Json(std::stod(general(error, 4))) : Json(nullptr));
   }
   map["errors"] = std::move(errors);
   return map;
 }
 
-void addOutcome(json& calibration, const CalibrationOutcome& outcome) {
+void addOutcome(Json& calibration, const CalibrationOutcome& outcome) {
   const BedAccuracy& accuracy = outcome.chosen.accuracy;
   const CalibrationResult& result = outcome.chosen.result;
   calibration["insideTarget"] = number(accuracy.insideTarget);
@@ -35,13 +35,13 @@ void addOutcome(json& calibration, const CalibrationOutcome& outcome) {
   calibration["verdict"] = outcome.verdict.text;
   calibration["accuracy"] = describeAccuracy(accuracy);
   calibration["trusted"] = outcome.trusted;
-  calibration["remedies"] = json::array();
+  calibration["remedies"] = Json::array();
   for (const Remedy& remedy : outcome.remedies) {
     calibration["remedies"].push_back({{"advice", remedy.advice}, {"onBed", number(remedy.onBed)}});
   }
   calibration["warnings"] = outcome.warnings;
   calibration["map"] = mapJson(accuracy);
-  calibration["target"] = json::array();
+  calibration["target"] = Json::array();
   for (const cv::Point2d& place : bedPositions(result.points)) {
     calibration["target"].push_back(pairOf(place));
   }
@@ -56,23 +56,23 @@ void addOutcome(json& calibration, const CalibrationOutcome& outcome) {
 
 }  // namespace
 
-json number(double value) {
+Json number(double value) {
   if (!std::isfinite(value)) {
     return nullptr;
   }
   return std::stod(general(value, 7));
 }
 
-json optionalText(const std::string& text) { return text.empty() ? json(nullptr) : json(text); }
+Json optionalText(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 
-json rectangle(const cv::Rect2d& area) {
+Json rectangle(const cv::Rect2d& area) {
   return {{"x", number(area.x)},
           {"y", number(area.y)},
           {"width", number(area.width)},
           {"height", number(area.height)}};
 }
 
-json pairOf(cv::Point2d point) { return {number(point.x), number(point.y)}; }
+Json pairOf(cv::Point2d point) { return {number(point.x), number(point.y)}; }
 
 const char* wordOf(JobStatus status) {
   switch (status) {
@@ -88,7 +88,7 @@ const char* wordOf(JobStatus status) {
   return "failed";
 }
 
-json viewJson(const MetricPicture& picture) {
+Json viewJson(const MetricPicture& picture) {
   const cv::Point2d origin = picture.bedAt({0, 0});
   const double width = picture.size.width;
   const double height = picture.size.height;
@@ -100,8 +100,8 @@ json viewJson(const MetricPicture& picture) {
           {"toBed", {u.x, v.x, origin.x, u.y, v.y, origin.y}}};
 }
 
-json calibrationJson(const CalibrationState& state, bool outdated) {
-  json calibration = {{"status", wordOf(state.status)},
+Json calibrationJson(const CalibrationState& state, bool outdated) {
+  Json calibration = {{"status", wordOf(state.status)},
                       {"progress", number(state.progress)},
                       {"step", state.step},
                       {"message", optionalText(state.message)},

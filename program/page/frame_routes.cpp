@@ -41,13 +41,13 @@ PartWish wishOf(const httplib::Request& request, bool parts) {
   return wish;
 }
 
-double milliseconds_(Clock::duration time) {
+double inMilliseconds(Clock::duration time) {
   return std::chrono::duration<double, std::milli>(time).count();
 }
 
 double answerPicture(httplib::Response& response, const EncodedPicture& picture,
                      std::uint64_t number, const Frame& frame) {
-  const double age = milliseconds_(Clock::now() - frame.captured);
+  const double age = inMilliseconds(Clock::now() - frame.captured);
   const auto wall =
       std::chrono::duration_cast<milliseconds>(frame.wallClock.time_since_epoch()).count();
   response.set_header("X-Frame", std::to_string(number));

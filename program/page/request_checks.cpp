@@ -82,7 +82,7 @@ std::optional<Refusal> refusalOfSite(const RequestRecord& request, const std::st
       return forbidden("requests from other pages are not answered");
     }
   }
-  const bool hasOrigin = request.headers.count("origin") > 0;
+  const bool hasOrigin = request.headers.contains("origin");
   const bool ownOrigin = onlyHeader(request, "origin") == std::optional("http://" + host);
   if (hasOrigin ? !ownOrigin : request.method == "POST") {
     return forbidden("requests from other pages are not answered");
@@ -91,13 +91,13 @@ std::optional<Refusal> refusalOfSite(const RequestRecord& request, const std::st
 }
 
 std::optional<Refusal> refusalOfBody(const RequestRecord& request) {
-  if (request.headers.count("transfer-encoding") > 0 ||
-      request.headers.count("content-encoding") > 0) {
+  if (request.headers.contains("transfer-encoding") ||
+      request.headers.contains("content-encoding")) {
     return Refusal{400, "badRequest", "send the body as it is, with its length"};
   }
   const auto length = onlyHeader(request, "content-length");
   if (request.method != "POST") {
-    return request.headers.count("content-length") == 0 || length == std::optional<std::string>("0")
+    return !request.headers.contains("content-length") || length == std::optional<std::string>("0")
                ? std::nullopt
                : std::optional(Refusal{400, "badRequest", "only a POST has a body"});
   }
@@ -175,7 +175,7 @@ std::optional<Refusal> refusalOf(const RequestRecord& request, const Access& acc
   if (bringsToken(request, access)) {
     return refusalOfBody(request);
   }
-  if (const auto refusal = refusalOfSite(request, *host)) {
+  if (auto refusal = refusalOfSite(request, *host)) {
     return refusal;
   }
   if (!hasToken(request, access)) {

@@ -12,9 +12,9 @@
 
 namespace fisheye_calibration::program {
 
-constexpr std::size_t kLargestBody = 16 * 1024;     // bytes
-constexpr std::size_t kLargestTarget = 2048;        // bytes of path and query
-constexpr std::size_t kLargestHeaders = 16 * 1024;  // bytes of all of them
+constexpr std::size_t kLargestBody = 16384;     // bytes
+constexpr std::size_t kLargestTarget = 2048;    // bytes of path and query
+constexpr std::size_t kLargestHeaders = 16384;  // bytes of all of them
 
 // A request before its body is read.
 struct RequestRecord {

@@ -110,31 +110,31 @@ class Session {
   Jobs apply(const Action& action);
 
   // Events of a source.
-  void sourceLive(std::size_t source);
-  void sourceLost(std::size_t source, const std::string& message);
-  void measured(std::size_t source, const Size& image, double rate, const Exposure& exposure,
+  void sourceLive(std::size_t index);
+  void sourceLost(std::size_t index, const std::string& message);
+  void measured(std::size_t index, const Size& image, double rate, const Exposure& exposure,
                 const Focus& focus, bool still);
   // Returns the calculation of the gain if it is time for it.
-  Jobs searched(std::size_t source, const SearchResult& result, double rate);
-  void searchStopped(std::size_t source);
-  void frameSent(std::size_t source, double age);
+  Jobs searched(std::size_t index, const SearchResult& result, double rate);
+  void searchStopped(std::size_t index);
+  void frameSent(std::size_t index, double age);
 
   // Results of jobs. Those that belong to views that have changed since are dropped or marked.
-  void calibrationStep(std::size_t source, double progress, const std::string& step);
-  void calibrationDone(std::size_t source, int revision,
+  void calibrationStep(std::size_t index, double progress, const std::string& step);
+  void calibrationDone(std::size_t index, int revision,
                        const std::shared_ptr<const CalibrationOutcome>& outcome);
-  void calibrationFailed(std::size_t source, const std::string& message);
-  void expectationDone(std::size_t source, int revision, const Expectation& expectation);
+  void calibrationFailed(std::size_t index, const std::string& message);
+  void expectationDone(std::size_t index, int revision, const Expectation& expectation);
   // Returns further jobs if the view was taken, because pages wish for that.
-  Jobs gainDone(std::size_t source, int revision, double after);
-  void verifyDone(std::size_t source, const BedMotion& motion);
-  void verifyFailed(std::size_t source, const std::string& message);
+  Jobs gainDone(std::size_t index, int revision, double after);
+  void verifyDone(std::size_t index, const BedMotion& motion);
+  void verifyFailed(std::size_t index, const std::string& message);
   void stitchDone(const std::shared_ptr<const StitchOutcome>& outcome);
   void stitchFailed(const std::string& message);
   void saved(const std::vector<std::string>& files);
 
   // What a calibration of the views would work on; `with` is added to them.
-  CalibrationWish wishOf(std::size_t source,
+  CalibrationWish wishOf(std::size_t index,
                          const std::vector<CalibrationPoint>* with = nullptr) const;
 
   // Whether the target is to be looked for.
@@ -156,16 +156,16 @@ class Session {
   std::uint64_t number() const { return number_; }
 
  private:
-  Jobs takeViews(const std::optional<std::size_t>& source);
+  Jobs takeViews(const std::optional<std::size_t>& which);
   Jobs take(SourceState& source, std::size_t index);
-  Jobs begin(Job::Kind kind, const std::optional<std::size_t>& source);
+  Jobs begin(Job::Kind kind, const std::optional<std::size_t>& which);
   Jobs beginStitch();
   Jobs beginSave();
-  void beginVerify(std::size_t source);
-  void accept(const std::optional<std::size_t>& source);
+  void beginVerify(std::size_t index);
+  void accept(const std::optional<std::size_t>& which);
   void choose(const ChosenTarget& chosen);
   void forgetViews(SourceState& source);
-  Jobs viewsChanged(std::size_t source);
+  Jobs viewsChanged(std::size_t index);
   Jobs bedChanged();
   Jobs deleteView(const DeleteView& action);
   Jobs setBedView(const SetBedView& action);

@@ -14,13 +14,13 @@
 namespace fisheye_calibration::program {
 namespace {
 
-using json = nlohmann::ordered_json;
+using Json = nlohmann::ordered_json;
 
 constexpr int kCoverageColumns = 12;
 constexpr int kCoverageRows = 8;
 
-json optionalNumber(const std::optional<double>& value) {
-  return value ? number(*value) : json(nullptr);
+Json optionalNumber(const std::optional<double>& value) {
+  return value ? number(*value) : Json(nullptr);
 }
 
 const char* wordOf(SourceStatus status) {
@@ -35,7 +35,7 @@ const char* wordOf(SourceStatus status) {
   return "lost";
 }
 
-json targetJson(const std::optional<ChosenTarget>& chosen) {
+Json targetJson(const std::optional<ChosenTarget>& chosen) {
   if (!chosen) {
     return nullptr;
   }
@@ -50,11 +50,11 @@ json targetJson(const std::optional<ChosenTarget>& chosen) {
           {"expected", target.columns * target.rows}};
 }
 
-json verifyJson(const VerifyState& state) {
+Json verifyJson(const VerifyState& state) {
   if (state.status == JobStatus::kNone) {
     return nullptr;
   }
-  json verify = {{"status", wordOf(state.status)}};
+  Json verify = {{"status", wordOf(state.status)}};
   if (state.status == JobStatus::kFailed) {
     verify["message"] = state.message;
   }
@@ -74,7 +74,7 @@ json verifyJson(const VerifyState& state) {
   return verify;
 }
 
-json coverageJson(const SourceState& source) {
+Json coverageJson(const SourceState& source) {
   std::vector<int> counts(static_cast<std::size_t>(kCoverageColumns) * kCoverageRows);
   for (const TakenView& view : source.views) {
     for (const CalibrationPoint& point : view.points) {
@@ -97,7 +97,7 @@ double coveredShare(const SourceState& source) {
   return all.size() < 3 ? 0 : coverage(all, source.image);
 }
 
-json detectionJson(const SourceState& source, const std::optional<ChosenTarget>& target) {
+Json detectionJson(const SourceState& source, const std::optional<ChosenTarget>& target) {
   const bool searched = target && source.search;
   const char* status = !target          ? "off"
                        : !searched      ? "searching"
@@ -108,10 +108,10 @@ json detectionJson(const SourceState& source, const std::optional<ChosenTarget>&
           {"expected", target ? target->target.columns * target->target.rows : 0},
           {"seen", searched ? source.search->seen : ""},
           {"rate", optionalNumber(source.searchRate)},
-          {"frame", searched ? json(source.search->frame) : json(nullptr)}};
+          {"frame", searched ? Json(source.search->frame) : Json(nullptr)}};
 }
 
-json gainJson(const std::optional<Gain>& gain) {
+Json gainJson(const std::optional<Gain>& gain) {
   if (!gain) {
     return nullptr;
   }
@@ -130,8 +130,8 @@ json gainJson(const std::optional<Gain>& gain) {
           {"text", text}};
 }
 
-json viewsJson(const SourceState& source) {
-  json views = json::array();
+Json viewsJson(const SourceState& source) {
+  Json views = Json::array();
   for (const TakenView& view : source.views) {
     views.push_back({{"id", view.id},
                      {"points", view.points.size()},
@@ -141,14 +141,14 @@ json viewsJson(const SourceState& source) {
   return views;
 }
 
-json sourceJson(const Session& session, std::size_t index) {
+Json sourceJson(const Session& session, std::size_t index) {
   const SourceState& source = session.at(index);
   const bool known = source.image != Size();
-  json result = {{"name", source.name},
+  Json result = {{"name", source.name},
                  {"status", wordOf(source.status)},
                  {"message", optionalText(source.message)},
-                 {"width", known ? json(source.image.width) : json(nullptr)},
-                 {"height", known ? json(source.image.height) : json(nullptr)},
+                 {"width", known ? Json(source.image.width) : Json(nullptr)},
+                 {"height", known ? Json(source.image.height) : Json(nullptr)},
                  {"rate", optionalNumber(source.rate)},
                  {"ageMs", optionalNumber(source.age)},
                  {"exposure", nullptr},
@@ -168,18 +168,18 @@ json sourceJson(const Session& session, std::size_t index) {
   result["covered"] = number(coveredShare(source));
   result["gain"] = gainJson(source.gain);
   result["views"] = viewsJson(source);
-  result["expectedError"] = source.expectation ? number(source.expectation->onBed) : json(nullptr);
+  result["expectedError"] = source.expectation ? number(source.expectation->onBed) : Json(nullptr);
   result["calibration"] = calibrationJson(source.calibration, session.isOutdated(index));
   result["verify"] = verifyJson(source.verify);
   return result;
 }
 
-json stitchJson(const Session& session) {
+Json stitchJson(const Session& session) {
   if (session.sourceCount() < 2) {
     return nullptr;
   }
   const StitchState& state = session.stitch();
-  json stitch = {{"status", wordOf(state.status)}, {"message", optionalText(state.message)}};
+  Json stitch = {{"status", wordOf(state.status)}, {"message", optionalText(state.message)}};
   if (state.status != JobStatus::kDone) {
     return stitch;
   }
@@ -190,7 +190,7 @@ json stitchJson(const Session& session) {
   stitch["text"] = "the cameras agree to " + roundedToTwo(outcome.rms) +
                    " mm (root mean square) at " + std::to_string(outcome.points.size()) +
                    " shared points, to " + roundedToTwo(outcome.worst) + " mm at the worst";
-  stitch["points"] = json::array();
+  stitch["points"] = Json::array();
   for (const StitchedPoint& point : outcome.points) {
     stitch["points"].push_back({{"id", point.id},
                                 {"x", number(point.bed.x)},
@@ -208,7 +208,7 @@ json stitchJson(const Session& session) {
 }  // namespace
 
 std::string snapshotOf(const Session& session, const Instance& instance) {
-  json state = {
+  Json state = {
       {"instance", instance.id},
       {"number", session.number()},
       {"version", instance.version},
@@ -216,10 +216,10 @@ std::string snapshotOf(const Session& session, const Instance& instance) {
       {"step", session.step()},
       {"markersAvailable", markersAvailable()},
       {"target", targetJson(session.target())},
-      {"bed", session.bed() ? rectangle(*session.bed()) : json(nullptr)},
-      {"tolerance", session.tolerance() > 0 ? number(session.tolerance()) : json(nullptr)},
+      {"bed", session.bed() ? rectangle(*session.bed()) : Json(nullptr)},
+      {"tolerance", session.tolerance() > 0 ? number(session.tolerance()) : Json(nullptr)},
       {"autoTake", session.autoTake()}};
-  state["sources"] = json::array();
+  state["sources"] = Json::array();
   for (std::size_t i = 0; i < session.sourceCount(); ++i) {
     state["sources"].push_back(sourceJson(session, i));
   }
@@ -231,16 +231,16 @@ std::string snapshotOf(const Session& session, const Instance& instance) {
         {"text", joined(session.savedFiles(), ", ") + " written to " + session.folder()}};
   }
   // Names of sources may hold bytes that are no UTF-8.
-  return state.dump(-1, ' ', false, json::error_handler_t::replace);
+  return state.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 std::string pointsEvent(std::size_t source, const SearchResult& result) {
-  json points = json::array();
+  Json points = Json::array();
   for (const CalibrationPoint& point : result.points) {
     points.push_back({point.PointId, number(static_cast<double>(point.ImagePtX)),
                       number(static_cast<double>(point.ImagePtY))});
   }
-  return json({{"source", source},
+  return Json({{"source", source},
                {"frame", result.frame},
                {"width", result.image.width},
                {"height", result.image.height},
