@@ -155,6 +155,8 @@ void addFileRoutes(httplib::Server& server, Service& service) {
              guarded([](const auto& request, auto& response) { answerTarget(request, response); }));
   server.Get("/download/camera\\.ini", ofOutcome(service, "camera.ini", "text/plain", cameraText));
   server.Get("/download/points\\.csv", ofOutcome(service, "points.csv", "text/csv", pointsText));
+  server.Get("/download/report\\.html",
+             ofOutcome(service, "report.html", "text/html; charset=utf-8", reportPage));
   server.Get("/download/report\\.json",
              ofOutcome(service, "report.json", "application/json", reportText));
   server.Get("/download/dual\\.ini", guarded([&service](const auto&, auto& response) {

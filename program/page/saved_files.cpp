@@ -10,6 +10,7 @@
 #include "files/points_csv.h"
 #include "files/read_file.h"
 #include "page/request_checks.h"
+#include "report_pages/calibration_page.h"
 #include "reports/calibration_json.h"
 #include "reports/calibration_notes.h"
 
@@ -19,6 +20,14 @@ namespace {
 
 void stageCamera(OutputFiles& files, const fs::path& path, const CalibrationOutcome& outcome) {
   stageCamera(files, path, outcome.chosen.result.param, notesOf(reportOf(outcome)));
+}
+
+std::string pageOf(const CalibrationOutcome& outcome, const std::string& camera) {
+  const CalibrationReport report = reportOf(outcome);
+  return calibrationPage({.report = report,
+                          .cameraName = camera,
+                          .trusted = outcome.trusted,
+                          .bedPicture = outcome.bedPicture});
 }
 
 // A folder of its own among the system's temporary ones, gone at the end.
@@ -64,9 +73,10 @@ std::vector<std::string> saveFiles(const fs::path& folder, const Outcomes& outco
       failJob("calibrate first");
     }
     const std::string suffix = outcomes.size() > 1 ? std::to_string(i + 1) : "";
-    stageCamera(files, pathOf("camera" + suffix + ".ini"), *outcomes[i]);
+    const std::string camera = "camera" + suffix + ".ini";
+    stageCamera(files, pathOf(camera), *outcomes[i]);
     files.stage(pathOf("points" + suffix + ".csv"), pointsText(*outcomes[i]));
-    files.stage(pathOf("report" + suffix + ".json"), reportText(*outcomes[i]));
+    files.stage(pathOf("report" + suffix + ".html"), pageOf(*outcomes[i], camera));
   }
   if (stitch) {
     stageDual(files, pathOf("dual.ini"), stitch->whole.record);
@@ -86,6 +96,8 @@ std::string pointsText(const CalibrationOutcome& outcome) {
 }
 
 std::string reportText(const CalibrationOutcome& outcome) { return formatJson(reportOf(outcome)); }
+
+std::string reportPage(const CalibrationOutcome& outcome) { return pageOf(outcome, "camera.ini"); }
 
 std::string dualText(const StitchOutcome& stitch) {
   return textOf("dual.ini", [&](OutputFiles& files, const fs::path& path) {

@@ -172,8 +172,13 @@ TEST(PageServer, FromATargetToSavedFilesWithTheMillimetresThatThePageShows) {
   EXPECT_EQ(running.act({{"action", "accept"}}), 200);
   EXPECT_EQ(running.act({{"action", "save"}}), 200);
   EXPECT_EQ(running.state()["saved"]["files"],
-            json::array({"camera.ini", "points.csv", "report.json"}));
+            json::array({"camera.ini", "points.csv", "report.html"}));
   EXPECT_EQ(folder.entryCount(), 3);
+  const auto report = running.get("/download/report.html?source=0");
+  EXPECT_EQ(report->get_header_value("Content-Disposition"),
+            "attachment; filename=\"report.html\"");
+  EXPECT_NE(report->body.find("bed error"), std::string::npos);
+  EXPECT_EQ(report->body, support::bytesOf(folder.file("report.html")));
   EXPECT_TRUE(loadCamera(folder.path() / "camera.ini").complaints.empty());
   EXPECT_EQ(support::bytesOf(folder.file("camera.ini")).substr(0, 1), "[");
 
