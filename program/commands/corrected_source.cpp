@@ -36,6 +36,11 @@ void checkPaths(const SourceOptions& options) {
   if (isSamePath(options.mask, options.output)) {
     failBadInput("--mask: " + nameOf(options.mask) + " is named twice");
   }
+  // There it might replace a frame, or be replaced by a view.
+  const fs::path folder = fs::absolute(options.mask).parent_path();
+  if (isSamePath(folder, pathOf(options.source)) || isSamePath(folder, options.output)) {
+    failBadInput("--mask: " + nameOf(options.mask) + " must not lie among the frames");
+  }
 }
 
 }  // namespace

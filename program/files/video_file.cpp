@@ -27,19 +27,22 @@ int fourLetters(const std::string& code) {
   return code.size() == 4 ? cv::VideoWriter::fourcc(code[0], code[1], code[2], code[3]) : 0;
 }
 
-struct Stated {
-  double count = 0;
-  double rate = 0;
+struct Written {
+  int count = 0;    // frames that can be read
+  double rate = 0;  // as the file states it
 };
 
-// What a finished file states; nothing if it cannot be read.
-Stated statedBy(const fs::path& path) {
+// Reads a finished file to its end: its header may count frames for which the disk had no room.
+Written readBack(const fs::path& path) {
   for (const cv::VideoCaptureAPIs backend : kBackends) {
     try {
-      const cv::VideoCapture capture(nameOf(path), backend);
+      cv::VideoCapture capture(nameOf(path), backend);
       if (capture.isOpened()) {
-        return {.count = capture.get(cv::CAP_PROP_FRAME_COUNT),
-                .rate = capture.get(cv::CAP_PROP_FPS)};
+        Written written = {.rate = capture.get(cv::CAP_PROP_FPS)};
+        while (capture.grab()) {
+          ++written.count;
+        }
+        return written;
       }
     } catch (const cv::Exception&) {  // the next one may do better
       continue;
@@ -124,15 +127,14 @@ bool VideoFile::tryToOpen(const std::string& code, const Size& size) {
 double VideoFile::finish() {
   writer_.release();
   // The writer does not say whether all has been written.
-  const Stated stated = statedBy(temporary_);
-  const double lost = std::abs(count_ - stated.count);
-  if (stated.count <= 0 || lost > (statesFrameCount(path_) ? 0 : 2 + count_ / 50)) {
+  const Written written = readBack(temporary_);
+  if (written.count < count_) {
     failJob(nameOf(path_) + ": the video could not be written as a whole (" +
-            general(std::max(stated.count, 0.0), 9) + " of " + std::to_string(count_) +
+            std::to_string(written.count) + " of " + std::to_string(count_) +
             " frames arrived); is there room on the disk?");
   }
   files_.commit();
-  return stated.rate;
+  return written.rate;
 }
 
 }  // namespace fisheye_calibration::program

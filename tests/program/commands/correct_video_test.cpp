@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -15,6 +16,9 @@
 #include "program/support/sample_video.h"
 #include "program/support/synthetic_target.h"
 #include "sources/frame_source.h"
+#ifdef __linux__
+#include <sys/resource.h>
+#endif
 
 namespace fisheye_calibration::program {
 namespace {
@@ -211,6 +215,54 @@ TEST_F(CorrectVideo, AFailedRunLeavesAnOldFileAsItWas) {
   EXPECT_EQ(support::bytesOf(top), "old");
   EXPECT_THAT(namesIn(folder), ElementsAre("camera.ini", "in.avi", "top.avi"));
 }
+
+TEST_F(CorrectVideo, AMaskAmongTheFramesIsRefused) {
+  std::filesystem::create_directory(folder.file("frames"));
+  std::filesystem::create_directory(folder.file("views"));
+  const std::string frame = folder.file("frames") + "/1.png";
+  ASSERT_TRUE(cv::imwrite(frame, targetPictures()[0]));
+  const std::string before = support::bytesOf(frame);
+  const Outcome run = correct({folder.file("frames"), "-o", top, "--mask", frame});
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_EQ(run.err, "--mask: " + frame + " must not lie among the frames\n");
+  EXPECT_EQ(support::bytesOf(frame), before);
+  const std::string view = folder.file("views") + "/frame-000001.png";
+  EXPECT_EQ(correct({video, "-o", folder.file("views"), "--mask", view}).exitCode, 2);
+  EXPECT_FALSE(std::filesystem::exists(view));
+}
+
+#ifdef __linux__
+// Limits the size of files that this process writes, as a full disk would, and lets it know by an
+// error instead of a signal.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : ignored_(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &before_);
+    const rlimit limit = {.rlim_cur = bytes, .rlim_max = before_.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &before_);
+    std::signal(SIGXFSZ, ignored_);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  rlimit before_ = {};
+  void (*ignored_)(int);
+};
+
+TEST_F(CorrectVideo, AFullDiskLeavesAnOldFileAsItWas) {
+  writeFile(folder, "top.avi", "old");
+  const FileSizeLimit limit(8192);
+  const Outcome run = correct({video, "-o", top});
+  EXPECT_EQ(run.exitCode, 1) << run.out;
+  EXPECT_THAT(run.err, HasSubstr(top + ": the video could not be written as a whole ("));
+  EXPECT_EQ(support::bytesOf(top), "old");
+  EXPECT_THAT(namesIn(folder), ElementsAre("camera.ini", "in.avi", "top.avi"));
+}
+#endif
 
 TEST_F(CorrectVideo, OddSizesAreRefusedWithARemedy) {
   const Outcome run = correct({video, "-o", top, "--size", "301x200"});
