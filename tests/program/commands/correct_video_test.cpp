@@ -23,7 +23,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-using testing::ContainsRegex;
+using testing::AnyOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -96,8 +96,7 @@ TEST_F(CorrectVideo, AVideoKeepsItsFramesRateAndCodec) {
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_EQ(run.err, "");
   EXPECT_THAT(run.out, StartsWith(video + ": 6 of 6 frames corrected in "));
-  EXPECT_THAT(run.out,
-              ContainsRegex(" s, [0-9.]+ frames per second, reading and writing included"));
+  EXPECT_THAT(run.out, HasSubstr(" frames per second, reading and writing included"));
   EXPECT_THAT(run.out, HasSubstr("; written to " + top + " (Motion JPEG, 12 frames per second)\n"));
   EXPECT_TRUE(std::filesystem::exists(folder.file("mask.png")));
   ASSERT_EQ(correct({video, "-o", folder.file("views")}).exitCode, 0);
@@ -175,7 +174,8 @@ TEST_F(CorrectVideo, ADamagedFrameIsNamedAndTheRestGoesOn) {
   const Outcome run = correct({video, "-o", top});
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_THAT(run.err, StartsWith(video));
-  EXPECT_THAT(run.err, ContainsRegex("frame 3: it cannot be decoded|time jumps after frame 2"));
+  EXPECT_THAT(run.err, AnyOf(HasSubstr("frame 3: it cannot be decoded"),
+                             HasSubstr("time jumps after frame 2")));
   EXPECT_THAT(run.out, HasSubstr(": 5 of 6 frames corrected in "));
   EXPECT_EQ(openSource(top)->count(), 5);
 }
@@ -219,15 +219,15 @@ TEST_F(CorrectVideo, AFailedRunLeavesAnOldFileAsItWas) {
 TEST_F(CorrectVideo, AMaskAmongTheFramesIsRefused) {
   std::filesystem::create_directory(folder.file("frames"));
   std::filesystem::create_directory(folder.file("views"));
-  const std::string frame = folder.file("frames") + "/1.png";
+  const std::string frame = (std::filesystem::path(folder.file("frames")) / "1.png").string();
   ASSERT_TRUE(cv::imwrite(frame, targetPictures()[0]));
   const std::string before = support::bytesOf(frame);
   const Outcome run = correct({folder.file("frames"), "-o", top, "--mask", frame});
   EXPECT_EQ(run.exitCode, 2);
   EXPECT_EQ(run.err, "--mask: " + frame + " must not lie among the frames\n");
   EXPECT_EQ(support::bytesOf(frame), before);
-  const std::string view = folder.file("views") + "/frame-000001.png";
-  EXPECT_EQ(correct({video, "-o", folder.file("views"), "--mask", view}).exitCode, 2);
+  const std::filesystem::path view = std::filesystem::path(folder.file("views")) / "frame-1.png";
+  EXPECT_EQ(correct({video, "-o", folder.file("views"), "--mask", view.string()}).exitCode, 2);
   EXPECT_FALSE(std::filesystem::exists(view));
 }
 
