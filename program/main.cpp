@@ -45,20 +45,17 @@ constexpr const char* kFooter =
     "--dual dual.ini\n"
     "  fisheye-calibration info camera.ini\n"
     "  fisheye-calibration simulate --camera camera.ini --bed-picture bed.png --bed 0,0,600x400 "
-    "-o raw.png\n\n"
+    "-o raw.png\n"
+    "  fisheye-calibration live --source /dev/video0 --output machine\n\n"
     "Exit codes: 0 done; 1 the job failed or its result is not to be trusted; 2 bad usage or "
     "input.";
 
 std::vector<Command> addCommands(CLI::App& app) {
-  std::vector<Command> commands = {
-      addTargetCommand(app),  addDetectCommand(app),  addCalibrateCommand(app),
-      addCorrectCommand(app), addCropCommand(app),    addStitchCommand(app),
-      addMapCommand(app),     addHandEyeCommand(app), addStraightenCommand(app),
-      addInfoCommand(app),    addVerifyCommand(app),  addSimulateCommand(app)};
-#ifdef FISHEYE_CALIBRATION_LIVE
-  commands.push_back(addLiveCommand(app));
-#endif
-  return commands;
+  return {addTargetCommand(app),  addDetectCommand(app),  addCalibrateCommand(app),
+          addCorrectCommand(app), addCropCommand(app),    addStitchCommand(app),
+          addMapCommand(app),     addHandEyeCommand(app), addStraightenCommand(app),
+          addInfoCommand(app),    addVerifyCommand(app),  addSimulateCommand(app),
+          addLiveCommand(app)};
 }
 
 // The image library's errors arrive as exceptions with their text; its own messages would repeat

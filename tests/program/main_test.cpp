@@ -65,7 +65,8 @@ TEST_F(Program, DetectCalibrateInfoAndMapWorkTogether) {
 }
 
 TEST_F(Program, EveryCommandHasHelpWithAnExample) {
-  for (const char* command : {"detect", "calibrate", "correct", "crop", "stitch", "map", "info"}) {
+  for (const char* command : {"target", "detect", "calibrate", "correct", "crop", "stitch", "map",
+                              "info", "simulate", "live"}) {
     const Outcome run = runProgram({command, "--help"});
     EXPECT_EQ(run.exitCode, 0);
     std::string example = "\n  fisheye-calibration ";
