@@ -3,6 +3,7 @@
 
 const kDot = 2.5; // px
 const kDigit = 7; // px that a digit of an id takes
+const kApart = 6; // px between ids
 const kLabel = "600 11px system-ui, sans-serif";
 
 // points: { width, height (raw px), points: [[id, x, y], ...] }; width, height of the drawing.
@@ -27,7 +28,7 @@ export function drawPoints(context, { points, width: rawWidth, height: rawHeight
   context.lineJoin = "round";
   const taken = [];
   for (const { id, x, y } of placed) {
-    const box = { left: x + 5, top: y - 14, right: x + 7 + kDigit * String(id).length, bottom: y - 2 };
+    const box = { left: x + 5, top: y - 14, right: x + 5 + kApart + kDigit * String(id).length, bottom: y - 2 };
     if (taken.some((other) => overlap(box, other))) {
       continue;
     }

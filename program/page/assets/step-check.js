@@ -113,7 +113,7 @@ export function checkStep(app, count, bed) {
       setText(
         reached,
         errors.every((error) => error !== null)
-          ? `Places are right to ${errors.map((error, index) => mm(error) + (count > 1 ? ` (${cameraName(index).toLowerCase()})` : "")).join(", ")} (95 %).`
+          ? `Places on the bed are right to ${errors.map((error, index) => mm(error) + (count > 1 ? ` (${cameraName(index).toLowerCase()})` : "")).join(" and ")}, 95 % of them.`
           : "",
       );
       verify.update(state);
