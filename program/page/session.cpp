@@ -161,7 +161,7 @@ Jobs Session::takeViews(const std::optional<std::size_t>& which) {
                            ? "the target is not found; " + source.search->seen
                            : "the target is not found in the picture"));
     }
-    if (!source.steady() || !source.search->exact) {
+    if (!source.ready()) {
       failJob(where + "the picture moves; hold the target still for a moment");
     }
     if (source.views.size() >= kMostViews) {

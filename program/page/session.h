@@ -92,6 +92,8 @@ struct SourceState {
 
   bool steady() const { return still && pointsStill; }
   bool found() const { return search && !search->points.empty(); }
+  // A view can be taken now.
+  bool ready() const { return found() && steady() && search->exact; }
 };
 
 // Work that an action asks for, to be done elsewhere.

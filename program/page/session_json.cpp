@@ -104,6 +104,7 @@ Json detectionJson(const SourceState& source, const std::optional<ChosenTarget>&
                        : source.found() ? "found"
                                         : "none";
   return {{"status", status},
+          {"ready", searched && source.ready()},
           {"points", searched ? source.search->points.size() : 0},
           {"expected", target ? target->target.columns * target->target.rows : 0},
           {"seen", searched ? source.search->seen : ""},

@@ -12,6 +12,7 @@ import { pictureStep } from "./step-picture.js";
 import { targetStep } from "./step-target.js";
 
 const find = (id) => document.getElementById(id);
+const kPatience = 10000; // ms that something asked for is waited for
 const kNames = ["Picture", "Target", "Calibrate", "Check", "Keep"];
 
 const app = {
@@ -28,6 +29,28 @@ const app = {
   },
   focusHeading: () => find("step-heading")?.focus(),
   update: () => app.state && update(app.state),
+  // Resolves as soon as `test(state)` is true; gives up with `text` for the person.
+  until(test, text) {
+    return new Promise((resolve, reject) => {
+      const waiting = { test, resolve };
+      waiting.timer = setTimeout(() => {
+        app.waiting.delete(waiting);
+        reject(new Error(text));
+      }, kPatience);
+      app.waiting.add(waiting);
+      app.tryAgain();
+    });
+  },
+  waiting: new Set(),
+  tryAgain() {
+    for (const waiting of app.waiting) {
+      if (waiting.test(app.state)) {
+        clearTimeout(waiting.timer);
+        app.waiting.delete(waiting);
+        waiting.resolve();
+      }
+    }
+  },
 };
 
 // What of the way is behind: a step is done when what it is for is there.
@@ -122,6 +145,7 @@ function takeState(state) {
     app.bed.renew();
   }
   update(state);
+  app.tryAgain();
   app.news.compare(before, state);
   if (before && before.step !== state.step) {
     document.title = `${kNames[state.step - 1]} – Set up a camera`;

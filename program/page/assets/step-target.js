@@ -90,11 +90,38 @@ class CameraViews {
 const goodEnough = ({ tolerance }, { expectedError, views }) =>
   tolerance === null ? views.length >= kEnough : expectedError !== null && expectedError <= tolerance;
 
+function takeLabel({ shown }, count) {
+  if (count === 1) {
+    return "Take this view";
+  }
+  return shown === "both" ? "Take both views" : `Take ${cameraName(shown).toLowerCase()}'s view`;
+}
+
 export function targetStep(app, count) {
   const form = new TargetForm(app);
   const cameras = Array.from({ length: count }, (_, index) => new CameraViews(app, index, count > 1));
   const which = () => (app.shown === "both" || count === 1 ? {} : { source: app.shown });
-  const take = actionButton("Take this view", () => app.act("takeView", which()), { primary: true });
+  const meant = ({ sources }) => sources.filter((_, index) => app.shown === "both" || app.shown === index);
+  let taking = false;
+  // A view is measured in a still picture: pressed while it moves, the button takes the view as soon as it rests.
+  const take = actionButton(
+    "Take this view",
+    async () => {
+      taking = true;
+      app.update();
+      try {
+        await app.until(
+          (state) => meant(state).every(({ detection }) => detection.ready),
+          "The picture moves: hold the target still, then take the view.",
+        );
+        await app.act("takeView", which());
+      } finally {
+        taking = false;
+        app.update();
+      }
+    },
+    { primary: true },
+  );
   const calibrate = actionButton("Go on: calibrate", async () => {
     await app.act("setStep", { step: 3 });
     await app.act("calibrate");
@@ -139,9 +166,8 @@ export function targetStep(app, count) {
       if (automatic.checked !== state.autoTake && document.activeElement !== automatic) {
         automatic.checked = state.autoTake;
       }
-      const meant = state.sources.filter((_, index) => app.shown === "both" || app.shown === index);
-      take.enable(meant.every(({ detection }) => detection.status === "found"));
-      take.label(count === 1 ? "Take this view" : app.shown === "both" ? "Take both views" : `Take ${cameraName(app.shown).toLowerCase()}'s view`);
+      take.enable(meant(state).every(({ detection }) => detection.status === "found"));
+      take.label(taking ? "Hold it still …" : takeLabel(app, count));
       const enough = state.sources.every((source) => goodEnough(state, source));
       const some = state.sources.every((source) => source.views.length > 0);
       calibrate.enable(some);

@@ -84,8 +84,10 @@ TEST_F(SessionWithTarget, TheGainIsComputedOnceWhileThePictureIsSteady) {
   ASSERT_EQ(jobs.size(), 1U);
   EXPECT_EQ(jobs[0].kind, Job::Kind::kGain);
   EXPECT_TRUE(session.searched(0, found(), 10).empty());
+  EXPECT_EQ(shown()["detection"]["ready"], true);
   measure(false);
   EXPECT_TRUE(session.searched(0, found(), 10).empty());
+  EXPECT_EQ(shown()["detection"]["ready"], false);
   measure(true);
   EXPECT_EQ(session.searched(0, found(), 10).size(), 1U);
 }
