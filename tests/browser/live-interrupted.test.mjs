@@ -131,6 +131,7 @@ describe("interruptions", () => {
     await machine.post("/off");
     const stage = person.page.locator("#stage");
     await person.reads(/no stream can be opened there; next try in \d+ s/, stage);
+    await person.reads(/Light\s+waiting\s+for the picture to come back/);
     await until("the state says so", async () => (await live.state()).sources[0].status === "lost");
     await person.looksRight("lost-source", [390]);
     await person.goTo("Check");
@@ -155,6 +156,7 @@ describe("interruptions", () => {
     await person.page.locator("#lost").waitFor({ state: "hidden" });
     // The new program knows nothing of what the old one had not saved.
     await person.isAt("Picture");
+    await person.page.getByText("The program was started again.").first().waitFor();
     await person.reads(/Light\s+(good|too)/);
     await until("pictures come", async () => (await person.page.locator("figcaption").first().textContent()).includes("pictures a second"));
     // What the browser says about the time without an answer is all that may have gone wrong.

@@ -143,6 +143,10 @@ function takeState(state) {
   if (before && before.instance !== state.instance) {
     app.raw.renew();
     app.bed.renew();
+    show(find("anew"), true);
+    app.tell(find("anew").textContent);
+  } else if (before && before.step !== state.step) {
+    show(find("anew"), false);
   }
   update(state);
   app.tryAgain();

@@ -12,16 +12,19 @@ const kAdvice = {
 };
 
 // Readings of a camera: [what, word, number in words, good?, advice].
-function readingsOf({ exposure, focus }) {
+// Those of a picture that is gone are told no more.
+function readingsOf(source) {
+  const { exposure, focus } = source.status === "live" ? source : { exposure: null, focus: null };
+  const nothing = source.status === "lost" ? ["waiting", "for the picture to come back"] : ["waiting", "for the first picture"];
   const light = exposure
     ? [
         "Light",
         exposure.word,
         `brightness ${Math.round(exposure.mean)} of 255; ${percent(exposure.dark)} black, ${percent(exposure.bright)} white`,
       ]
-    : ["Light", "waiting", "for the first picture"];
+    : ["Light", ...nothing];
   const edges = focus && focus.blur !== null ? `edges are ${focus.blur.toFixed(1)} pixels soft` : "no edges are seen";
-  const sharpness = focus ? ["Focus", focus.word, edges] : ["Focus", "waiting", "for the first picture"];
+  const sharpness = focus ? ["Focus", focus.word, edges] : ["Focus", ...nothing];
   return [light, sharpness].map(([what, word, number]) => ({
     what,
     word,
@@ -138,7 +141,7 @@ export function pictureStep(app, count) {
         setText(camera.covered, coveredText(state.sources[index]));
       });
       bed.update(state);
-      const live = state.sources.every(({ width }) => width !== null);
+      const live = state.sources.every(({ width, status }) => width !== null && status === "live");
       const good = state.sources.every((source) => readingsOf(source).every((reading) => reading.good));
       go.enable(live);
       fill(why, [live, good], () => [

@@ -12,11 +12,14 @@ const kStart = 60_000; // ms
 const kUnderWay = 5; // frames of the scene before that may be on their way
 export const kLong = 90_000; // ms that a calibration may take on a busy computer
 
-const machineFile = (name) => join(repository, "examples", "machines", `${name}.json`);
+// One of the examples by its name, or the path of another machine's description.
+export const machineFile = (name) =>
+  name.endsWith(".json") ? name : join(repository, "examples", "machines", `${name}.json`);
 
 // Starts the program and waits for the address in its first line.
 function start(options, cwd) {
   const child = spawn(program, options, { cwd, stdio: ["ignore", "pipe", "pipe"] });
+  process.once("exit", () => child.kill("SIGKILL"));
   let said = "";
   child.stderr.on("data", (text) => {
     said += text;
