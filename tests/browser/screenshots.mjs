@@ -88,8 +88,8 @@ async function measured(person) {
 async function oneCamera(browser, folder) {
   const machine = await calmMachine("one", folder);
   // As a person would type it: the name of a folder that lies where the program runs.
-  mkdirSync(join(folder, "machine"));
-  const live = await Live.start(machine.sources, { folder: "machine", cwd: folder });
+  mkdirSync(join(folder, "cutter"));
+  const live = await Live.start(machine.sources, { folder: "cutter", cwd: folder });
   const person = await Person.arrive(browser, live.address, { width: kWidth });
   try {
     await person.reads(/Light\s+good[\s\S]+Focus\s+sharp/);

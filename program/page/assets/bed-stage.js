@@ -114,7 +114,8 @@ export class BedStage {
     }
     const source = state.sources[this.shown] ?? state.sources.find(({ status }) => status !== "live") ?? state.sources[0];
     const gone = source.status !== "live" ? (source.message ?? "The picture is gone.") : "";
-    setText(this.message, this.viewport.view ? gone : "Calibrate first: step 3.");
+    const waiting = this.frame ? "" : "Waiting for the picture.";
+    setText(this.message, this.viewport.view ? gone || waiting : "Calibrate first: step 3.");
     show(this.message, this.message.textContent !== "");
     this.element.classList.toggle("gone", source.status !== "live");
     this.redraw();
@@ -142,9 +143,13 @@ export class BedStage {
       frame.bitmap.close();
       return;
     }
+    const isFirst = this.frame === null;
     this.frame?.bitmap.close();
     this.frame = frame;
     this.redraw();
+    if (isFirst) {
+      this.update(this.state);
+    }
   }
 
   moved(byKey = false) {

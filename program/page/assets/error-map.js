@@ -7,6 +7,7 @@ const kBands = 6; // colours at most
 const kGood = ["#d3ecf3", "#a3d3e2", "#6fb3c9", "#3f91ad", "#1b6f8e", "#0a4d68"];
 const kBad = ["#f6cd95", "#eca75f", "#dd8136", "#c45d1c", "#a1420f", "#7d2f08"];
 const kUnseen = "#7d858d";
+const kDot = 4; // px of the canvas
 const kCell = 18; // px of the canvas for a step of the map
 
 const length = (value) => String(Number(value.toPrecision(6)));
@@ -66,7 +67,7 @@ export class ErrorMap {
     });
     for (const [X, Y] of target) {
       context.beginPath();
-      context.arc((X - x) * scale, (Y - y) * scale, 3, 0, 2 * Math.PI);
+      context.arc((X - x) * scale, (Y - y) * scale, kDot, 0, 2 * Math.PI);
       context.fillStyle = "#ffffff";
       context.fill();
       context.strokeStyle = "#14191f";

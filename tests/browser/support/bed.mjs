@@ -109,6 +109,8 @@ export class Bed {
 
   // Waits until a picture of the lit bed is drawn.
   async showsPicture() {
+    await this.page.evaluate(() => new Promise((resolve) => requestAnimationFrame(() => requestAnimationFrame(resolve))));
+    await until("no message over the bed", () => this.page.locator(".bed-stage .view-message").isHidden());
     await until("a picture of the bed", () =>
       this.page.evaluate(() => {
         const { data, width, height } = window.pixelsOf(".view.bed canvas");
