@@ -264,4 +264,16 @@ test("the files are saved and can be downloaded", async () => {
   execFileSync(program, ["simulate", ...options, "--bed", "0,0,600x400", "--tolerance", String(kGoodEnough)]);
 });
 
+test("everything can begin again, when asked twice", async () => {
+  await person.press("Begin again");
+  await person.isAt("Keep");
+  await person.press("Press again: forget all views");
+  await person.isAt("Picture");
+  await until("all is forgotten", async () => {
+    const { views, calibration } = await source();
+    return views.length === 0 && calibration.status === "none";
+  });
+  assert.ok(readFileSync(join(folder, "camera.ini"), "utf8").length > 500);
+});
+
 test("no error and no refusal on the whole way", () => person.leave());

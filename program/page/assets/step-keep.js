@@ -45,8 +45,10 @@ export function keepStep(app) {
   const list = element("ul", { class: "downloads" });
   const again = actionButton("Begin again", async () => {
     if (confirmed()) {
-      await app.act("reset");
+      // The bed is not shown any more before it is forgotten: no picture is asked for that is not there.
       await app.act("setStep", { step: 1 });
+      await app.until(({ step }) => step === 1, "The program does not go back to the first step; try again.");
+      await app.act("reset");
     }
   });
   // Asked twice, in the page: the first press says what would be lost.
