@@ -4,8 +4,6 @@ import assert from "node:assert/strict";
 import { axeViolations, openPage, takeScreenshot } from "./browser.mjs";
 import { kLong, until } from "./live.mjs";
 
-export const kSteps = ["Picture", "Target", "Calibrate", "Check", "Keep"];
-
 // For reading a canvas: a copy, so that the page's own one stays where it is drawn fastest.
 function providePixels() {
   window.pixelsOf = (selector, index = 0) => {
