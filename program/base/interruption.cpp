@@ -18,6 +18,9 @@ extern "C" void noteInterruption(int signal) {
 Interruption::Interruption() {
   interrupted = 0;
   before_ = std::signal(SIGINT, noteInterruption);
+  if (before_ == SIG_IGN) {  // as in the background of a script
+    std::signal(SIGINT, SIG_IGN);
+  }
 }
 
 Interruption::~Interruption() { std::signal(SIGINT, before_ == SIG_ERR ? SIG_DFL : before_); }

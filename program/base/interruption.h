@@ -3,8 +3,8 @@
 
 namespace fisheye_calibration::program {
 
-// While it exists, the first interruption of the process is only noted; a second one ends it. One
-// at a time.
+// While it exists, the first interruption of the process is only noted; a second one ends it. A
+// process that ignores interruptions goes on doing so. One at a time.
 class Interruption {
  public:
   Interruption();

@@ -41,6 +41,7 @@ std::string general(double value, int significant);
 std::string roundedToTwo(double value);
 
 std::string_view trimmed(std::string_view text);
+std::string lowerCase(std::string_view text);  // of ASCII letters
 bool equalIgnoringCase(std::string_view a, std::string_view b);
 std::string padLeft(std::string text, std::size_t width);
 std::string padRight(std::string text, std::size_t width);

@@ -1,6 +1,7 @@
 #include "commands/corrected_source.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <ostream>
 
@@ -43,6 +44,18 @@ void checkPaths(const SourceOptions& options) {
   }
 }
 
+// A camera says how many frames it gives; how many of them can be corrected in time shows
+// afterwards.
+void noteSpeed(const std::string& name, const SourceTally& tally, double rate,
+               std::ostream& messages) {
+  const double taken = static_cast<double>(tally.done) / tally.seconds;
+  if (rate > 0 && tally.done > 1 && std::abs(taken - rate) > 0.1 * rate) {
+    messages << "note: " << name << ": " << general(taken, 3)
+             << " frames per second were taken; the video plays at " << general(rate, 6)
+             << " (--fps changes that)\n";
+  }
+}
+
 }  // namespace
 
 bool isMovingSource(const std::vector<fs::path>& frames, const fs::path& output) {
@@ -64,27 +77,32 @@ int correctSource(const SourceOptions& options, const Renderer& renderer, const 
   const std::unique_ptr<FrameSource> source = openSource(options.source);
   const std::unique_ptr<FrameSink> sink =
       openSink(options.output, options.rate, *source, streams.messages);
+  const Interruption interruption;  // until all has been written
   FrameCorrector corrector(renderer, streams.messages);
   OutputFiles mask;
   const SourceTally tally =
-      runOver(*source, limit, streams, [&](const SourceFrame& frame, int number) {
+      runOver(*source, limit, interruption, streams, [&](const SourceFrame& frame, int number) {
         onFrame(frame.name, [&] {
           const View view = corrector.correct(frame.picture, frame.name);
-          sink->put(view.picture, number);
           if (corrector.isFirst() && !options.mask.empty()) {
             stagePicture(mask, options.mask, view.mask);
           }
+          sink->put(view.picture, number);
           corrector.accept(view);
         });
         return std::string();
       });
   const std::string written = sink->finish(streams.messages);
   mask.commit();
-  streams.out << options.source << ": " << shareDone(tally, *source, limit) << " corrected in "
+  const std::string name = sourceName(options.source);
+  if (isEndless(source->kind())) {
+    noteSpeed(name, tally, sink->rate(), streams.messages);
+  }
+  streams.out << name << ": " << shareDone(tally, *source, limit) << " corrected in "
               << general(tally.seconds, 3) << " s, "
               << general(static_cast<double>(tally.done) / tally.seconds, 3)
               << " frames per second, reading and writing included; written to " << written << "\n";
-  return tally.broken == 0 && tally.done > 0 ? kExitOk : kExitJobFailed;
+  return exitCodeOf(tally, name, streams.messages);
 }
 
 }  // namespace fisheye_calibration::program

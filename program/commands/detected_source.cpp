@@ -7,6 +7,7 @@
 
 #include "base/file_path.h"
 #include "base/text.h"
+#include "checks/input_checks.h"
 #include "commands/corrected_view.h"
 #include "commands/frame_jobs.h"
 #include "commands/frame_sink.h"
@@ -40,13 +41,17 @@ class FileNames {
       return frameFileName(number);
     }
     const fs::path picture = pathOf(frame.name).filename();
-    const std::string stem = nameOf(picture.stem());
-    return used_.insert(stem).second ? stem : nameOf(picture);  // a.png and a.jpg
+    const std::string whole = nameOf(picture);
+    std::string name = nameOf(picture.stem());
+    for (int copy = 1; !used_.insert(lowerCase(name)).second; ++copy) {  // a.png and a.jpg
+      name = copy == 1 ? whole : whole + "-" + std::to_string(copy);
+    }
+    return name;
   }
 
  private:
   bool isFolder_;
-  std::set<std::string> used_;
+  std::set<std::string> used_;  // in small letters: some systems do not distinguish them
 };
 
 void checkFolders(const std::string& source, const fs::path& output, const fs::path& overlay) {
@@ -81,6 +86,10 @@ int detectInSource(const std::string& text, const TargetOptions& target, const f
       try {
         const std::string name = names.nameFor(frame, number);
         const DetectedTarget found = detectIn(greyOf(frame.picture), frame.name, target, nowhere);
+        for (const Finding& finding :
+             checkInput(found.points, {.width = found.grey.cols, .height = found.grey.rows})) {
+          streams.messages << "warning: " << frame.name << ": " << finding.text << "\n";
+        }
         OutputFiles files;
         files.stage(output / pathOf(name + ".csv"), formatPoints(found.points));
         if (!target.overlay.empty()) {
@@ -93,10 +102,12 @@ int detectInSource(const std::string& text, const TargetOptions& target, const f
     });
     return remark;
   };
-  const SourceTally tally = runOver(*source, limit, streams, detect);
-  streams.out << text << ": the target was found in " << shareDone(tally, *source, limit) << " in "
+  const Interruption interruption;
+  const SourceTally tally = runOver(*source, limit, interruption, streams, detect);
+  const std::string name = sourceName(text);
+  streams.out << name << ": the target was found in " << shareDone(tally, *source, limit) << " in "
               << general(tally.seconds, 3) << " s; points written to " << nameOf(output) << "\n";
-  return tally.broken == 0 && tally.done > 0 ? kExitOk : kExitJobFailed;
+  return exitCodeOf(tally, name, streams.messages);
 }
 
 }  // namespace fisheye_calibration::program

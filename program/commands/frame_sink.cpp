@@ -57,6 +57,8 @@ class VideoSink : public FrameSink {
     }
   }
 
+  double rate() const override { return rate_; }
+
   std::string finish(std::ostream& messages) override {
     if (video_.count() == 0) {
       failJob(nameOf(path_) + ": not written, for want of a frame");

@@ -20,6 +20,9 @@ class FrameSink {
   // `number`: of the frame in its source, from 1.
   virtual void put(const cv::Mat& picture, int number) = 0;
 
+  // Frames per second at which a video plays; 0 where there is none.
+  virtual double rate() const { return 0; }
+
   // Ends the work and says in the summary how it was written: "out.mp4 (H.264, 25 frames per
   // second)".
   virtual std::string finish(std::ostream& messages) = 0;

@@ -7,7 +7,6 @@
 #include <ostream>
 
 #include "base/failure.h"
-#include "base/interruption.h"
 #include "base/text.h"
 #include "commands/corrected_view.h"
 #include "reports/progress_bar.h"
@@ -32,8 +31,10 @@ std::string progressOf(int seen, const std::optional<int>& expected, double seco
                   : progressText(done, seconds);
 }
 
-bool isEndless(const FrameSource& source) {
-  return source.kind() == SourceKind::kDevice || source.kind() == SourceKind::kStream;
+// A camera does not end by itself, and a stream not before the frames that were asked for.
+bool isCutShort(const FrameSource& source, int limit) {
+  return source.kind() == SourceKind::kDevice ||
+         (source.kind() == SourceKind::kStream && limit < kNoLimit);
 }
 
 }  // namespace
@@ -49,14 +50,14 @@ int parseFrameLimit(const std::string& text) {
   return *limit;
 }
 
-SourceTally runOver(FrameSource& source, int limit, const Streams& streams,
+SourceTally runOver(FrameSource& source, int limit, const Interruption& interruption,
+                    const Streams& streams,
                     const std::function<std::string(const SourceFrame&, int number)>& work) {
   const auto start = std::chrono::steady_clock::now();
   const auto seconds = [&] {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   };
   SourceTally tally;
-  const Interruption interruption;
   ProgressBar bar(streams.messages, streams.progressBar);
   const auto report = [&](const std::string& text) {
     bar.clear();
@@ -65,6 +66,7 @@ SourceTally runOver(FrameSource& source, int limit, const Streams& streams,
   while (tally.seen < limit && !interruption.requested()) {
     const std::optional<SourceFrame> frame = source.next();
     if (!frame) {
+      tally.cutShort = isCutShort(source, limit);
       break;
     }
     ++tally.seen;
@@ -89,7 +91,7 @@ SourceTally runOver(FrameSource& source, int limit, const Streams& streams,
     }
     bar.show(progressOf(tally.seen, expectedCount(source, limit), seconds()));
   }
-  if (interruption.requested() && !isEndless(source)) {
+  if (interruption.requested() && !isEndless(source.kind())) {
     failJob("interrupted");
   }
   tally.seconds = seconds();
@@ -98,8 +100,15 @@ SourceTally runOver(FrameSource& source, int limit, const Streams& streams,
 
 std::string shareDone(const SourceTally& tally, const FrameSource& source, int limit) {
   const int expected = source.count() ? std::min(*source.count(), limit) : tally.seen;
-  const int all = tally.broken > 0 ? std::max(expected, tally.done) : tally.seen;
+  const int all = tally.broken > 0 ? std::max(expected, tally.seen) : tally.seen;
   return std::to_string(tally.done) + " of " + std::to_string(all) + " frames";
+}
+
+int exitCodeOf(const SourceTally& tally, const std::string& name, std::ostream& messages) {
+  if (tally.cutShort) {
+    messages << name << ": no more frames come after frame " << tally.seen << "\n";
+  }
+  return tally.broken == 0 && tally.done > 0 && !tally.cutShort ? kExitOk : kExitJobFailed;
 }
 
 }  // namespace fisheye_calibration::program

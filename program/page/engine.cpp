@@ -7,6 +7,7 @@
 #include "base/file_path.h"
 #include "page/frame_meters.h"
 #include "page/request_checks.h"
+#include "sources/frame_source.h"
 
 namespace fisheye_calibration::program {
 
@@ -17,12 +18,17 @@ using std::chrono::milliseconds;
 constexpr milliseconds kSilence{3000};        // after which a source counts as lost
 constexpr milliseconds kShortestSearch{100};  // no more than 10 searches a second
 
+std::vector<std::string> shownNames(std::vector<std::string> sources) {
+  std::transform(sources.begin(), sources.end(), sources.begin(), sourceName);
+  return sources;
+}
+
 }  // namespace
 
 Engine::Engine(const EngineSetup& setup)
     : folder_(setup.folder),
       instance_{newToken().substr(0, 16), setup.version},
-      session_(setup.sources, nameOf(setup.folder)),
+      session_(shownNames(setup.sources), nameOf(setup.folder)),
       points_(setup.sources.size()) {
   for (std::size_t i = 0; i < setup.sources.size(); ++i) {
     slots_.push_back(std::make_shared<FrameSlot>());

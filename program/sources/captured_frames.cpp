@@ -1,6 +1,7 @@
 #include "sources/captured_frames.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <utility>
 
@@ -32,8 +33,8 @@ int tolerance(int count) { return 2 + count / 50; }
 }  // namespace
 
 CapturedFrames::CapturedFrames(SourceKind kind, std::string name, const cv::VideoCapture& capture,
-                               bool exactCount)
-    : kind_(kind), name_(std::move(name)), capture_(capture), exactCount_(exactCount) {
+                               StatedCount stated)
+    : kind_(kind), name_(std::move(name)), capture_(capture), stated_(stated) {
   rate_ = statedRate(capture_);
   if (kind_ == SourceKind::kVideo) {
     count_ = statedCount(capture_);
@@ -41,6 +42,9 @@ CapturedFrames::CapturedFrames(SourceKind kind, std::string name, const cv::Vide
 }
 
 std::string CapturedFrames::codec() const {
+  if (kind_ == SourceKind::kDevice) {
+    return {};  // what it states is the layout of its pixels
+  }
   const double value = capture_.get(cv::CAP_PROP_FOURCC);
   if (!(value >= 1 && value <= 4294967295.0)) {
     return {};
@@ -49,6 +53,9 @@ std::string CapturedFrames::codec() const {
   std::string code;
   for (unsigned int shift = 0; shift < 32; shift += 8) {
     const auto letter = static_cast<char>((bits >> shift) & 0xffu);
+    if (letter == '\0' && !code.empty() && (bits >> shift) == 0) {
+      break;  // a shorter name, such as "vp9"
+    }
     if (letter < ' ' || letter > '~') {
       return {};
     }
@@ -125,16 +132,33 @@ void CapturedFrames::retrieve(SourceFrame& frame) {
 void CapturedFrames::noteGap() {
   const double position = capture_.get(cv::CAP_PROP_POS_MSEC);
   const double frames = (position - position_) * rate_ / 1000;
-  if (number_ > 1 && frames > 1.5) {
-    gaps_.push_back(number_ - 1);
+  if (kind_ == SourceKind::kVideo && number_ > 1 && frames > 1.5 && frames < kHighestCount) {
+    jumped_ += static_cast<int>(std::min(std::round(frames) - 1, kHighestCount - jumped_));
+    if (gaps_.size() <= kMostNamedGaps) {
+      gaps_.push_back(number_ - 1);
+    }
   }
   position_ = position;
+}
+
+bool CapturedFrames::isDamage(int missing) const {
+  switch (stated_) {
+    case StatedCount::kEstimate:
+      return missing > tolerance(*count_);
+    case StatedCount::kExact:
+      return missing > 0;
+    case StatedCount::kBeforeEdits:
+      break;
+  }
+  // What is left out on purpose leaves no jumps. Times that are uneven on purpose would jump by
+  // more.
+  return jumped_ > 0 && jumped_ <= missing;
 }
 
 std::optional<SourceFrame> CapturedFrames::end() {
   ended_ = true;
   const int missing = count_.value_or(0) - number_;
-  if (missing <= (exactCount_ ? 0 : tolerance(count_.value_or(0)))) {
+  if (!count_ || !isDamage(missing)) {
     return std::nullopt;
   }
   SourceFrame frame;

@@ -9,14 +9,20 @@
 
 namespace fisheye_calibration::program {
 
+// What the number of frames means that a capture states.
+enum class StatedCount {
+  kEstimate,     // it follows from duration and rate
+  kExact,        // each of them can be read unless the file is damaged
+  kBeforeEdits,  // the file is whole, and may leave some of them out of what it shows
+};
+
 // Takes frames from an open capture. A frame that arrives but cannot be decoded, or is of another
-// size than the first one, is broken. A file that states more frames than it yields ends with one
-// more broken frame, whose fault says how many are missing and where.
+// size than the first one, is broken. A file that lacks frames ends with one more broken frame,
+// whose fault says how many are missing and where.
 class CapturedFrames : public FrameSource {
  public:
-  // `exactCount`: the capture knows the number of frames rather than estimating it.
   CapturedFrames(SourceKind kind, std::string name, const cv::VideoCapture& capture,
-                 bool exactCount);
+                 StatedCount stated);
 
   std::optional<SourceFrame> next() override;
   SourceKind kind() const override { return kind_; }
@@ -30,19 +36,21 @@ class CapturedFrames : public FrameSource {
   std::optional<SourceFrame> end();
   void retrieve(SourceFrame& frame);
   void noteGap();
+  bool isDamage(int missing) const;
 
   SourceKind kind_;
   std::string name_;
   cv::VideoCapture capture_;
   double rate_ = 0;
   std::optional<int> count_;
-  bool exactCount_;
+  StatedCount stated_;
   Size first_;             // size of the first frame; no size before it
   int number_ = 0;         // of the last frame, from 1
   int broken_ = 0;         // frames that have been skipped and are to be reported
   bool grabbed_ = false;   // the one behind them has arrived
   double position_ = 0;    // time of the last frame, milliseconds
-  std::vector<int> gaps_;  // the numbers of frames after which time jumps
+  std::vector<int> gaps_;  // the numbers of the first frames after which time jumps
+  int jumped_ = 0;         // frames for which there was time in all jumps
   bool ended_ = false;
 };
 

@@ -46,6 +46,13 @@ class FrameSource {
 // count as pictures, or as videos if they are named so.
 SourceKind sourceKind(const std::string& text);
 
+// `text` as messages show it: without the user's name and password in an address. They end up in
+// logs otherwise.
+std::string sourceName(const std::string& text);
+
+// True for devices and streams, which go on until somebody ends them.
+bool isEndless(SourceKind kind);
+
 // Opens what `text` names: a file, a folder, "/dev/video0" or a device's index, or an address with
 // "://". Fails as bad input, with the text and the reason, if it cannot be opened.
 std::unique_ptr<FrameSource> openSource(const std::string& text);

@@ -7,6 +7,7 @@
 #include "base/failure.h"
 #include "base/file_path.h"
 #include "base/text.h"
+#include "files/iso_boxes.h"
 #include "files/quiet_decoders.h"
 #include "files/video_kind.h"
 #include "sources/captured_frames.h"
@@ -37,6 +38,14 @@ cv::VideoCapture firstThatOpens(const Readers& wanted, const Readers& built,
   return {};
 }
 
+// Phones and editors cut films by a list of edits, and leave the frames where they are.
+StatedCount statedCountOf(const std::filesystem::path& path) {
+  if (isIsoMedia(path) && holdsWholeBoxes(path)) {
+    return StatedCount::kBeforeEdits;
+  }
+  return statesFrameCount(path) ? StatedCount::kExact : StatedCount::kEstimate;
+}
+
 }  // namespace
 
 std::unique_ptr<FrameSource> openVideo(const std::string& file) {
@@ -52,7 +61,7 @@ std::unique_ptr<FrameSource> openVideo(const std::string& file) {
                  "is missing");
   }
   return std::make_unique<CapturedFrames>(SourceKind::kVideo, file, capture,
-                                          statesFrameCount(pathOf(file)));
+                                          statedCountOf(pathOf(file)));
 }
 
 std::unique_ptr<FrameSource> openDevice(const std::string& device) {
@@ -66,17 +75,20 @@ std::unique_ptr<FrameSource> openDevice(const std::string& device) {
     failBadInput(device + ": no camera can be opened there; is it connected, and not in use?");
   }
   const std::string name = index ? "camera " + device : device;
-  return std::make_unique<CapturedFrames>(SourceKind::kDevice, name, capture, false);
+  return std::make_unique<CapturedFrames>(SourceKind::kDevice, name, capture,
+                                          StatedCount::kEstimate);
 }
 
 std::unique_ptr<FrameSource> openStream(const std::string& address) {
   const cv::VideoCapture capture = firstThatOpens(
       {cv::CAP_FFMPEG, cv::CAP_GSTREAMER, cv::CAP_MSMF}, cv::videoio_registry::getStreamBackends(),
       [&](cv::VideoCapture& tried, int reader) { return tried.open(address, reader); });
+  const std::string name = sourceName(address);
   if (!capture.isOpened()) {
-    failBadInput(address + ": no stream can be opened there");
+    failBadInput(name + ": no stream can be opened there");
   }
-  return std::make_unique<CapturedFrames>(SourceKind::kStream, address, capture, false);
+  return std::make_unique<CapturedFrames>(SourceKind::kStream, name, capture,
+                                          StatedCount::kEstimate);
 }
 
 }  // namespace fisheye_calibration::program

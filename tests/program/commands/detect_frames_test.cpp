@@ -48,18 +48,20 @@ TEST_F(DetectFrames, EachPictureOfAFolderGetsItsPoints) {
   std::filesystem::create_directory(pictures);
   ASSERT_TRUE(cv::imwrite(pictures + "/a.png", target));
   ASSERT_TRUE(cv::imwrite(pictures + "/a.bmp", target));
+  ASSERT_TRUE(cv::imwrite(pictures + "/a.png.png", target));
   ASSERT_TRUE(cv::imwrite(pictures + "/b.png", nothing));
   const Outcome run = detect({pictures, "-o", points, "--overlay", folder.file("found")});
   EXPECT_EQ(run.exitCode, 0) << run.err;
   EXPECT_THAT(run.err, HasSubstr("b.png: no target with 9 x 7 inner corners was found; "));
-  EXPECT_THAT(run.out, HasSubstr(pictures + ": the target was found in 2 of 3 frames in "));
+  EXPECT_THAT(run.out, HasSubstr(pictures + ": the target was found in 3 of 4 frames in "));
   EXPECT_THAT(run.out, HasSubstr(" s; points written to " + points + "\n"));
-  EXPECT_THAT(namesIn(points), ElementsAre("a.csv", "a.png.csv"));
-  EXPECT_THAT(namesIn(folder.file("found")), ElementsAre("a.png", "a.png.png"));
+  EXPECT_THAT(namesIn(points), ElementsAre("a.csv", "a.png.csv", "a.png.png.csv"));
+  EXPECT_THAT(namesIn(folder.file("found")), ElementsAre("a.png", "a.png.png", "a.png.png.png"));
   ASSERT_EQ(detect({pictures + "/a.png", "-o", folder.file("single.csv")}).exitCode, 0);
   const std::string single = support::bytesOf(folder.file("single.csv"));
   EXPECT_EQ(support::bytesOf(points + "/a.csv"), single);
   EXPECT_EQ(support::bytesOf(points + "/a.png.csv"), single);
+  EXPECT_EQ(support::bytesOf(points + "/a.png.png.csv"), single);
 }
 
 TEST_F(DetectFrames, ABrokenPictureMakesTheExitCodeOneAndTheRestGoesOn) {

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <fstream>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/videoio/registry.hpp>
 #include <string>
@@ -24,6 +26,29 @@ constexpr int kCount = 12;
 bool hasFfmpeg() {
   const auto readers = cv::videoio_registry::getStreamBackends();
   return std::find(readers.begin(), readers.end(), cv::CAP_FFMPEG) != readers.end();
+}
+
+std::uint32_t bigEndian(const std::string& bytes, std::size_t at) {
+  std::uint32_t value = 0;
+  for (std::size_t i = at; i < at + 4; ++i) {
+    value = value << 8u | static_cast<unsigned char>(bytes[i]);
+  }
+  return value;
+}
+
+// Lets the edit list of an .mp4 file begin at a later frame, as an editor does that cuts a film.
+void leaveOutAtTheBeginning(const std::string& path, std::uint32_t frames) {
+  std::string bytes = support::bytesOf(path);
+  // Behind the type: version and flags, two dates, the time scale in ticks a second.
+  const std::uint32_t scale = bigEndian(bytes, bytes.find("mdhd") + 16);
+  // Behind the type: version and flags, the number of edits, the first one's duration and start.
+  const std::size_t start = bytes.find("elst") + 16;
+  ASSERT_LT(start, bytes.size());
+  const auto ticks = static_cast<std::uint32_t>(frames * scale / kSampleRate);
+  for (std::size_t i = 0; i < 4; ++i) {
+    bytes[start + i] = static_cast<char>(ticks >> (24 - 8 * i) & 0xffu);
+  }
+  std::ofstream(path, std::ios::binary) << bytes;
 }
 
 class VideoSource : public testing::Test {
@@ -88,7 +113,7 @@ TEST_F(VideoSource, AFrameOfAnotherSizeIsNamedAndTheRestGoesOn) {
   replaceFrame(video, 5, std::string(small.begin(), small.end()));
   // FFmpeg's reader makes all frames as large as the first one and does not say so.
   CapturedFrames source(SourceKind::kVideo, video, cv::VideoCapture(video, cv::CAP_OPENCV_MJPEG),
-                        true);
+                        StatedCount::kExact);
   EXPECT_THAT(shades(source), ElementsAre(1, 2, 3, 4, 6, 7, 8, 9, 10, 11, 12));
   EXPECT_THAT(faults, ElementsAre(", frame 5: 32x24 pixels; the first frame has 64x48"));
 }
@@ -122,6 +147,35 @@ TEST_F(VideoSource, WhatIsMissingAtTheEndIsCounted) {
                             "cut off (the last one read is frame 8)"));
   }
   EXPECT_THAT(frames, ElementsAre(1, 2, 3, 4, 5, 6, 7, 8));
+}
+
+TEST_F(VideoSource, WhatAnEditLeavesOutIsNoDamage) {
+  const std::string film = folder.file("in.mp4");
+  cv::VideoWriter writer(film, cv::CAP_FFMPEG, cv::VideoWriter::fourcc('m', 'p', '4', 'v'),
+                         kSampleRate, {64, 48});
+  if (!writer.isOpened()) {
+    GTEST_SKIP() << "the image library cannot write .mp4 files here";
+  }
+  for (const cv::Mat& picture : shadedPictures(kCount, {64, 48})) {
+    writer.write(picture);
+  }
+  writer.release();
+  leaveOutAtTheBeginning(film, 3);
+  const auto source = openSource(film);
+  EXPECT_EQ(source->count(), kCount);
+  EXPECT_EQ(shades(*source).size(), 9u);  // this codec does not keep the shades
+  EXPECT_THAT(faults, ElementsAre());
+}
+
+TEST_F(VideoSource, FramesOfAWholeFileAreMissingOnlyWhereTimeJumps) {
+  if (!hasFfmpeg()) {
+    GTEST_SKIP() << "without FFmpeg, the image library cannot open a video that has been cut off";
+  }
+  cutOffIn(video, 9);
+  CapturedFrames source(SourceKind::kVideo, video, cv::VideoCapture(video, cv::CAP_FFMPEG),
+                        StatedCount::kBeforeEdits);
+  EXPECT_GE(shades(source).size(), 8u);
+  EXPECT_THAT(faults, ElementsAre());
 }
 
 }  // namespace
