@@ -67,9 +67,6 @@ void OutputFiles::stage(const fs::path& path, std::string_view bytes) {
   }
   staged_.push_back({temporaryNextTo(destination), destination});
   writeBytes(staged_.back().temporary, path, bytes);
-  if (fs::exists(before)) {
-    fs::permissions(staged_.back().temporary, before.permissions(), error);
-  }
 }
 
 fs::path OutputFiles::stageCopy(const fs::path& path) {
@@ -95,6 +92,10 @@ fs::path OutputFiles::stageNew(const fs::path& path) {
 void OutputFiles::commit() {
   for (const Staged& file : staged_) {
     std::error_code error;
+    const fs::file_status before = fs::status(file.destination, error);
+    if (fs::is_regular_file(before)) {
+      fs::permissions(file.temporary, before.permissions(), error);
+    }
     fs::rename(file.temporary, file.destination, error);
     if (error) {
       failJob(nameOf(file.destination) + ": " + error.message());

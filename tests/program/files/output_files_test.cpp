@@ -50,6 +50,21 @@ TEST(OutputFiles, AFileThatOthersWriteReplacesTheOldOneOnCommit) {
 }
 
 #if !defined(_WIN32)
+TEST(OutputFiles, PermissionsOfTheOldFilesAreKept) {
+  const support::TemporaryFolder folder;
+  const std::string text = writeFile(folder, "a.txt", "old");
+  const std::string film = writeFile(folder, "a.avi", "old");
+  const auto shared = static_cast<std::filesystem::perms>(0660);
+  std::filesystem::permissions(text, shared);
+  std::filesystem::permissions(film, shared);
+  OutputFiles files;
+  files.stage(text, "new");
+  writeFile(folder, files.stageNew(film).filename().string(), "new");
+  files.commit();
+  EXPECT_EQ(std::filesystem::status(text).permissions(), shared);
+  EXPECT_EQ(std::filesystem::status(film).permissions(), shared);
+}
+
 TEST(OutputFiles, ALinkStaysALink) {
   const support::TemporaryFolder folder;
   writeFile(folder, "real.txt", "old");
