@@ -12,6 +12,7 @@
 #include "base/failure.h"
 #include "base/file_path.h"
 #include "base/text.h"
+#include "files/decoder_messages.h"
 #include "files/output_paths.h"
 #include "files/quiet_decoders.h"
 #include "files/video_kind.h"
@@ -112,6 +113,7 @@ bool VideoFile::tryToOpen(const std::string& code, const Size& size) {
     }
     // The image library's own writer would cut the fraction off.
     const double rate = backend == cv::CAP_OPENCV_MJPEG ? std::max(std::round(rate_), 1.0) : rate_;
+    const DecoderMessages quiet;  // some encoders announce themselves
     try {
       if (writer_.open(nameOf(temporary_), backend, fourLetters(code), rate,
                        cv::Size(size.width, size.height), true)) {
@@ -125,7 +127,10 @@ bool VideoFile::tryToOpen(const std::string& code, const Size& size) {
 }
 
 double VideoFile::finish() {
-  writer_.release();
+  {
+    const DecoderMessages quiet;  // and some say good-bye
+    writer_.release();
+  }
   // The writer does not say whether all has been written.
   const Written written = readBack(temporary_);
   if (written.count < count_) {

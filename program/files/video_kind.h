@@ -15,13 +15,16 @@ bool hasVideoName(const std::filesystem::path& path);
 // from which the number is estimated.
 bool statesFrameCount(const std::filesystem::path& path);
 
+// True for the extensions of ISO base media files, such as .mp4 and .mov.
+bool isIsoMedia(const std::filesystem::path& path);
+
 // The name of the codec that a four-letter code stands for, whatever its case: "H.264". An unknown
 // code is its own name.
 std::string codecName(const std::string& code);
 
 // The codes to try for a video to be written, of which that of the original's codec comes first if
-// it is there. Empty if no such file can be written. Codecs whose encoders print messages of their
-// own, or that do not suit the kind of file, are left out.
+// it is there. Empty if no such file can be written. Codecs that do not suit the kind of file are
+// left out, and so are those that take long to encode unless the original has them.
 std::vector<std::string> codesFor(const std::filesystem::path& path, const std::string& original);
 
 }  // namespace fisheye_calibration::program

@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <opencv2/imgcodecs.hpp>
@@ -120,41 +121,38 @@ TEST_F(CorrectVideo, AVideoKeepsItsFramesRateAndCodec) {
 }
 
 TEST_F(CorrectVideo, OtherCodecsAreKept) {
-  struct Case {
-    const char* name;
-    const char* code;
-    const char* family;
-  };
+  using Case = std::array<const char*, 3>;
   int tried = 0;
-  for (const Case& kind :
-       {Case{"a.mp4", "avc1", "H.264"}, {"b.mp4", "mp4v", "MPEG-4"}, {"c.avi", "XVID", "MPEG-4"}}) {
-    const std::string in = folder.file(kind.name);
-    if (!canWrite(in, kind.code)) {
+  for (const auto& [name, code, family] : {Case{"a.mp4", "avc1", "H.264"},
+                                           {"b.mp4", "mp4v", "MPEG-4"},
+                                           {"c.avi", "XVID", "MPEG-4"},
+                                           {"d.mp4", "hvc1", "H.265"}}) {
+    const std::string in = folder.file(name);
+    if (!canWrite(in, code)) {
       continue;
     }
     ++tried;
     {
-      cv::VideoWriter writer(
-          in, cv::CAP_FFMPEG,
-          cv::VideoWriter::fourcc(kind.code[0], kind.code[1], kind.code[2], kind.code[3]), 12.5,
-          cv::Size(960, 720), true);
+      cv::VideoWriter writer(in, cv::CAP_FFMPEG,
+                             cv::VideoWriter::fourcc(code[0], code[1], code[2], code[3]), 12.5,
+                             cv::Size(960, 720), true);
       for (const cv::Mat& picture : targetPictures()) {
         writer.write(picture);
       }
     }
-    const std::string out = folder.file(std::string("out_") + kind.name);
+    const std::string out = folder.file(std::string("out_") + name);
     const Outcome run = correct({in, "-o", out});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.err, "");
-    EXPECT_THAT(run.out, HasSubstr(std::string("(") + kind.family + ", 12.5 frames per second)"));
+    EXPECT_THAT(run.out, HasSubstr(std::string("(") + family + ", 12.5 frames per second)"));
     const auto source = openSource(out);
-    EXPECT_EQ(codecName(source->codec()), kind.family);
+    EXPECT_EQ(codecName(source->codec()), family);
     EXPECT_EQ(source->count(), kCount);
     EXPECT_EQ(source->rate(), 12.5);
   }
-  if (tried == 0) {
-    GTEST_SKIP() << "the image library has no encoder of H.264 or MPEG-4 here";
-  }
+#ifdef __linux__
+  EXPECT_EQ(tried, 4);
+#endif
 }
 
 TEST_F(CorrectVideo, AnotherCodecThanTheOriginalsIsNoted) {
@@ -277,7 +275,7 @@ TEST_F(CorrectVideo, BadInputIsRefusedAndNothingIsWritten) {
   const std::vector<std::vector<std::string>> wrong = {
       {video, "-o", video},
       {video, "-o", folder.file("none") + "/top.avi"},
-      {video, "-o", folder.file("top.webm")},
+      {video, "-o", folder.file("top.wmv")},
       {video, "-o", picture},
       {video, "-o", top, "--frames", "0"},
       {video, "-o", top, "--fps", "-1"},

@@ -31,7 +31,17 @@ TEST(VideoKind, TheOriginalsCodecIsTriedFirst) {
   EXPECT_THAT(codesFor("out.mp4", "MJPG"), ElementsAre("avc1", "mp4v"));
   EXPECT_THAT(codesFor("out.avi", ""), ElementsAre("MJPG", "H264", "XVID"));
   EXPECT_THAT(codesFor("out.avi", "avc1"), ElementsAre("H264", "MJPG", "XVID"));
+  EXPECT_THAT(codesFor("out.webm", "vp9"), ElementsAre("VP90", "VP80"));
   EXPECT_THAT(codesFor("out.png", "avc1"), ElementsAre());
+}
+
+TEST(VideoKind, CodecsThatTakeLongAreWrittenOnlyWhereTheOriginalHasThem) {
+  EXPECT_THAT(codesFor("out.mp4", "hev1"), ElementsAre("hvc1", "avc1", "mp4v"));
+  EXPECT_THAT(codesFor("out.mkv", "hevc"), ElementsAre("HEVC", "H264", "XVID", "MJPG", "VP90"));
+  EXPECT_THAT(codesFor("out.mp4", "vp09"), ElementsAre("vp09", "avc1", "mp4v"));
+  EXPECT_THAT(codesFor("out.mp4", "av1"), ElementsAre("av01", "avc1", "mp4v"));
+  EXPECT_THAT(codesFor("out.avi", "HEVC"), ElementsAre("MJPG", "H264", "XVID"));
+  EXPECT_THAT(codesFor("out.png", "HEVC"), ElementsAre());
 }
 
 }  // namespace
