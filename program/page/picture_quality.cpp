@@ -63,7 +63,8 @@ double steepestRise(const cv::Mat& grey) {
     const auto* const alongX = dx.ptr<short>(y);
     const auto* const alongY = dy.ptr<short>(y);
     for (int x = 0; x < grey.cols; ++x) {
-      const double rise = std::hypot(alongX[x], alongY[x]);
+      // Not by hypot(), which would take a third of the time of all that is measured.
+      const double rise = std::sqrt(alongX[x] * alongX[x] + alongY[x] * alongY[x]);
       ++counts[static_cast<std::size_t>(std::min(2048.0, rise))];
     }
   }
