@@ -40,6 +40,15 @@ function(fisheye_calibration_compile_settings target)
   endif()
 endfunction()
 
+# fisheye_calibration_precompile(<target> <header>...): with FISHEYE_CALIBRATION_PRECOMPILED_HEADERS, the
+# headers that most of the target's sources include are compiled once.
+function(fisheye_calibration_precompile target)
+  if(FISHEYE_CALIBRATION_PRECOMPILED_HEADERS)
+    list(TRANSFORM ARGN REPLACE "(.+)" "<\\1>" OUTPUT_VARIABLE headers)
+    target_precompile_headers(${target} PRIVATE ${headers})
+  endif()
+endfunction()
+
 # Links everything but the system's own libraries statically into a program or dynamic library for Windows,
 # so that it needs no files of the compiler. For reproducible builds it contains no time stamp; the linker
 # strips the symbols, because stripping later would add one.
