@@ -5,6 +5,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -49,10 +50,17 @@ Listen parseListen(const std::string& text) {
   failBadInput("--listen: give an address and a port like 127.0.0.1:8737, not " + inQuotes(text));
 }
 
-void checkOutput(const std::filesystem::path& folder) {
+void prepareOutput(const std::filesystem::path& folder) {
   std::error_code error;
-  if (!folder.empty() && !std::filesystem::is_directory(folder, error)) {
+  if (folder.empty() || std::filesystem::is_directory(folder, error)) {
+    return;
+  }
+  if (std::filesystem::exists(folder, error)) {
     failBadInput("--output: " + nameOf(folder) + " is no folder");
+  }
+  std::filesystem::create_directory(folder, error);
+  if (error) {
+    failBadInput("--output: " + nameOf(folder) + ": " + error.message());
   }
 }
 
@@ -61,7 +69,7 @@ int run(const Options& options, const Streams& streams) {
     failBadInput("--source: give one or two sources");
   }
   const Listen listen = parseListen(options.listen);
-  checkOutput(options.output);
+  prepareOutput(options.output);
   Engine engine({.sources = options.sources,
                  .folder = options.output,
                  .version = FISHEYE_CALIBRATION_VERSION});
@@ -99,7 +107,8 @@ Command addLiveCommand(CLI::App& app) {
             "where to answer; beyond this machine only with the token in the printed address")
       .typeName("ADDRESS:PORT")
       .showDefault();
-  addPath(*command, "--output", options->output, "folder for camera.ini, dual.ini and the reports")
+  addPath(*command, "--output", options->output,
+          "folder for camera.ini, dual.ini and the reports (made if it is missing)")
       .typeName("FOLDER");
   setFooter(*command,
             "No browser is opened: open the printed address.\n\nExamples:\n"

@@ -1,4 +1,7 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 #include "page/server.h"
 #include "program/page/fake_machine.h"
@@ -22,10 +25,21 @@ TEST(LiveCommand, BadUsageIsRefusedBeforeAnythingIsOpened) {
             "--listen: give an address and a port like 127.0.0.1:8737, not \"nowhere\"\n");
   EXPECT_EQ(refusal({"--listen", "127.0.0.1:65536"}),
             "--listen: give an address and a port like 127.0.0.1:8737, not \"127.0.0.1:65536\"\n");
-  EXPECT_EQ(refusal({"--output", folder.file("missing")}),
-            "--output: " + folder.file("missing") + " is no folder\n");
+  const std::string file = writeFile(folder, "file", "text");
+  EXPECT_EQ(refusal({"--output", file}), "--output: " + file + " is no folder\n");
+  const std::string inner = (std::filesystem::path(folder.file("missing")) / "inner").string();
+  EXPECT_THAT(refusal({"--output", inner}), testing::StartsWith("--output: " + inner + ": "));
   EXPECT_EQ(refusal({"--source", "b.png", "--source", "c.png"}),
             "--source: give one or two sources\n");
+}
+
+TEST(LiveCommand, AMissingFolderForFilesIsMade) {
+  const support::TemporaryFolder folder;
+  const RunningServer running;  // so that the command ends
+  const Outcome outcome = runProgram({"live", "--source", "a.png", "--listen", running.host(),
+                                      "--output", folder.file("machine")});
+  EXPECT_EQ(outcome.exitCode, 2);
+  EXPECT_TRUE(std::filesystem::is_directory(folder.file("machine")));
 }
 
 TEST(LiveCommand, APortInUseIsNamed) {
