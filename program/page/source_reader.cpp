@@ -119,7 +119,9 @@ struct SourceReader::Shared {
       const bool any = readAll(*source);
       const bool repeats =
           source->kind() != SourceKind::kDevice && source->kind() != SourceKind::kStream;
-      return any && repeats ? "" : text + (any ? ": gives no more frames" : ": gives no frame");
+      return any && repeats
+                 ? ""
+                 : sourceName(text) + (any ? ": gives no more frames" : ": gives no frame");
     } catch (const std::exception& failure) {
       return onOneLine(failure.what());
     }
