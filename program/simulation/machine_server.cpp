@@ -92,21 +92,22 @@ class MachineServer::Implementation {
     response.set_header("Cache-Control", "no-store");
     response.set_header("Connection", "close");
     const std::uint64_t plugged = plugged_;
-    response.set_content_provider(std::string("multipart/x-mixed-replace; boundary=") + kBoundary,
-                                  [this, &stream, plugged, last = std::uint64_t{0}](
-                                      std::size_t, httplib::DataSink& sink) mutable {
-                                    const StreamedFrame frame = stream.newerThan(last, kPatience);
-                                    if (!on_ || plugged != plugged_) {
-                                      sink.done();
-                                      return true;
-                                    }
-                                    if (!frame.bytes || frame.number == last) {
-                                      return true;
-                                    }
-                                    last = frame.number;
-                                    return send(sink, partHeader(frame.bytes->size())) &&
-                                           send(sink, *frame.bytes) && send(sink, "\r\n");
-                                  });
+    response.set_content_provider(
+        std::string("multipart/x-mixed-replace; boundary=").append(kBoundary),
+        [this, &stream, plugged, last = std::uint64_t{0}](std::size_t,
+                                                          httplib::DataSink& sink) mutable {
+          const StreamedFrame frame = stream.newerThan(last, kPatience);
+          if (!on_ || plugged != plugged_) {
+            sink.done();
+            return true;
+          }
+          if (!frame.bytes || frame.number == last) {
+            return true;
+          }
+          last = frame.number;
+          return send(sink, partHeader(frame.bytes->size())) && send(sink, *frame.bytes) &&
+                 send(sink, "\r\n");
+        });
   }
 
   void addControls() {
