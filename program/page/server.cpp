@@ -37,13 +37,6 @@ class PatientServer : public httplib::Server {
   static constexpr int kMostWaiting = 512;
 };
 
-std::string lowerCase(std::string text) {
-  for (char& c : text) {
-    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  }
-  return text;
-}
-
 RequestRecord recordOf(const httplib::Request& request) {
   RequestRecord record{.method = request.method, .target = request.target, .path = request.path};
   record.query.insert(request.params.begin(), request.params.end());
