@@ -45,6 +45,7 @@ set(expected
     licences/opencv/COPYRIGHT
     licences/opencv/LICENSE
     licences/opencv/SoftFloat-COPYING.txt
+    licences/opencv/videoInput
     licences/zlib/copyright)
 file(GLOB_RECURSE pages RELATIVE "${SOURCE}" "${SOURCE}/docs/*")
 list(APPEND expected ${pages})

@@ -5,16 +5,13 @@
 
 #include <chrono>
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/videoio.hpp>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "program/support/sample_video.h"
 #include "simulation/machine_server.h"
-
-#if FISHEYE_CALIBRATION_VIDEO
-#include <opencv2/videoio.hpp>
-#include <opencv2/videoio/registry.hpp>
-#endif
 
 namespace fisheye_calibration::program {
 namespace {
@@ -114,9 +111,7 @@ TEST_F(MachineServerTest, UnpluggedStreamsEndAndAreRefusedUntilTheyAreBack) {
 }
 
 TEST_F(MachineServerTest, ItsStreamsOpenAsVideo) {
-#if FISHEYE_CALIBRATION_VIDEO
-  const auto backends = cv::videoio_registry::getStreamBackends();
-  if (std::find(backends.begin(), backends.end(), cv::CAP_FFMPEG) == backends.end()) {
+  if (!hasFfmpeg()) {
     GTEST_SKIP() << "the image library has no FFmpeg here";
   }
   cv::VideoCapture video("http://127.0.0.1:" + std::to_string(port) + "/2.mjpg", cv::CAP_FFMPEG);
@@ -127,9 +122,6 @@ TEST_F(MachineServerTest, ItsStreamsOpenAsVideo) {
     EXPECT_EQ(frame.size(), cv::Size(320, 240));
   }
   EXPECT_NEAR(frame.at<cv::Vec3b>(120, 160)[1], 50, 12);
-#else
-  GTEST_SKIP() << "the image library was built without video here";
-#endif
 }
 
 }  // namespace

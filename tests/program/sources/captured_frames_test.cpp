@@ -4,11 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <fstream>
 #include <opencv2/imgcodecs.hpp>
-#include <opencv2/videoio/registry.hpp>
 #include <string>
 #include <vector>
 
@@ -22,11 +20,6 @@ using testing::AnyOf;
 using testing::ElementsAre;
 
 constexpr int kCount = 12;
-
-bool hasFfmpeg() {
-  const auto readers = cv::videoio_registry::getStreamBackends();
-  return std::find(readers.begin(), readers.end(), cv::CAP_FFMPEG) != readers.end();
-}
 
 std::uint32_t bigEndian(const std::string& bytes, std::size_t at) {
   std::uint32_t value = 0;

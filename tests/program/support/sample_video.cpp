@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <opencv2/videoio.hpp>
+#include <opencv2/videoio/registry.hpp>
 #include <stdexcept>
 
 namespace fisheye_calibration::program {
@@ -46,6 +47,8 @@ Chunk chunkOf(const std::string& bytes, int frame) {
 }
 
 }  // namespace
+
+bool hasFfmpeg() { return cv::videoio_registry::isBackendBuiltIn(cv::CAP_FFMPEG); }
 
 void writeVideo(const std::string& path, const std::vector<cv::Mat>& pictures) {
   cv::VideoWriter writer(path, cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'),

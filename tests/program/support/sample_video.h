@@ -10,6 +10,9 @@ namespace fisheye_calibration::program {
 
 constexpr double kSampleRate = 12;  // frames per second; whole, as such files need it
 
+// True if the image library itself reads by FFmpeg: streams, and videos that have been cut off.
+bool hasFfmpeg();
+
 // Writes the pictures as an .avi file.
 void writeVideo(const std::string& path, const std::vector<cv::Mat>& pictures);
 
