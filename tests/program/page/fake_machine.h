@@ -20,6 +20,7 @@ struct FakeCamera {
   std::atomic<bool> present = true;
   std::atomic<int> periodMs = 20;  // between frames
   std::atomic<int> opened = 0;
+  std::atomic<int> given = 0;  // frames
 
   void show(const cv::Mat& shown) {
     const std::lock_guard lock(mutex);
@@ -38,6 +39,7 @@ class FakeFrames : public FrameSource {
       return std::nullopt;
     }
     const std::lock_guard lock(camera_->mutex);
+    ++camera_->given;
     return SourceFrame{camera_->picture.clone(), "fake", ""};
   }
   SourceKind kind() const override { return kind_; }

@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <opencv2/imgcodecs.hpp>
+#include <string>
 
 #include "base/failure.h"
 #include "files/camera_file.h"
@@ -68,30 +67,24 @@ TEST(PageServer, ASlowPageGetsTheNewestFrameOnly) {
   EXPECT_LT(std::stod(second->get_header_value("X-Age")), 500);
 }
 
-TEST(PageServer, FramesOfAFastLargeSourceReachThePageSoon) {
+TEST(PageServer, FramesOfAFastLargeSourceAreTheNewest) {
   const auto camera = std::make_shared<FakeCamera>();
   cv::Mat picture(1080, 1920, CV_8UC3);
   cv::randu(picture, 90, 110);  // as noisy as a camera's
   picture(cv::Rect(400, 300, 800, 500)) = cv::Scalar(220, 210, 200);
   camera->picture = picture;
-  camera->periodMs = 33;
+  camera->periodMs = 10;
   const RunningServer running({}, 0, {"fake"}, camera);
-  std::vector<double> ages;
-  std::string last = "0";
-  const auto start = std::chrono::steady_clock::now();
-  for (int i = 0; i < 60; ++i) {
-    const auto frame = running.get("/frames/0/raw.jpg?after=" + last);
+  int last = 0;
+  for (int i = 0; i < 30; ++i) {
+    const int given = camera->given;
+    const auto frame = running.get("/frames/0/raw.jpg?after=" + std::to_string(last));
     ASSERT_EQ(frame->status, 200);
-    last = frame->get_header_value("X-Frame");
-    ages.push_back(std::stod(frame->get_header_value("X-Age")));
+    const int number = std::stoi(frame->get_header_value("X-Frame"));
+    EXPECT_GT(number, last);
+    EXPECT_GE(number, given - 1);  // the last one given may not have been taken yet
+    last = number;
   }
-  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-  std::sort(ages.begin(), ages.end());
-  RecordProperty("median_age_ms", std::to_string(ages[30]));
-  RecordProperty("frames_per_second", std::to_string(60 / time.count()));
-  std::printf("median age %.1f ms, %.1f frames/s\n", ages[30], 60 / time.count());
-  EXPECT_LT(ages[30], 150);
-  EXPECT_GT(60 / time.count(), 10);
 }
 
 TEST(PageServer, ASlowSourceAnswersThatNothingIsNew) {
