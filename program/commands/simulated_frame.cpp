@@ -48,8 +48,13 @@ FrameEffects effectsOf(const SimulateOptions& options) {
 void checkOutputs(const SimulateOptions& options) {
   requireWritable("-o", options.output);
   requirePictureName("-o", options.output);
-  if (!options.bedPicture.empty() && isSameFile(options.output, options.bedPicture)) {
-    failBadInput("-o: " + nameOf(options.output) + " is the picture of the bed itself");
+  for (const auto& [option, output] :
+       {std::pair("-o", options.output), {"--truth", options.truth}}) {
+    for (const std::filesystem::path& input : {options.bedPicture, options.camera}) {
+      if (!output.empty() && !input.empty() && isSameFile(output, input)) {
+        failBadInput(std::string(option) + ": " + nameOf(output) + " is the input itself");
+      }
+    }
   }
   if (options.truth.empty()) {
     return;

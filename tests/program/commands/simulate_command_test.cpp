@@ -129,5 +129,17 @@ TEST_F(SimulateCommand, BadInputIsRefusedAndNothingIsWritten) {
   EXPECT_THAT(namesIn(folder), ElementsAre("bad.json", "machine.json"));
 }
 
+TEST_F(SimulateCommand, InputsAreNotOverwritten) {
+  ASSERT_EQ(simulate({"--machine", machine, "--frames", folder.file("f")}).exitCode, 0);
+  const std::string camera = (std::filesystem::path(folder.file("f")) / "camera1.ini").string();
+  const std::string before = support::bytesOf(camera);
+  const Outcome run = simulate({"--camera", camera, "--chessboard", "9x7", "--spacing", "30", "-o",
+                                folder.file("raw.png"), "--truth", camera});
+  EXPECT_EQ(run.exitCode, 2);
+  EXPECT_EQ(run.err, "--truth: " + camera + " is the input itself\n");
+  EXPECT_EQ(support::bytesOf(camera), before);
+  EXPECT_FALSE(std::filesystem::exists(folder.file("raw.png")));
+}
+
 }  // namespace
 }  // namespace fisheye_calibration::program
