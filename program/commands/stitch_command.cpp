@@ -90,30 +90,6 @@ StitchCamera readCamera(const CameraFiles& files, bool force, std::ostream& mess
           .points = readPoints(files.points)};
 }
 
-// Reports all findings and fails with the first that makes the stitch impossible or, unless that is
-// forced, with the first that makes it untrustworthy. Returns whether it is to be trusted.
-bool reportFindings(const Findings& findings, bool force, std::ostream& messages) {
-  const auto reportAll = [&](Severity severity, const char* prefix) {
-    for (const Finding& finding : findings) {
-      if (finding.severity == severity) {
-        messages << prefix << finding.text << "\n";
-      }
-    }
-  };
-  reportAll(Severity::kDoubtful, "warning: ");
-  reportAll(Severity::kUntrusted, "not to be trusted: ");
-  if (anyImpossible(findings)) {
-    reportAll(Severity::kImpossible, "impossible: ");
-    failBadInput("these frames cannot be stitched");
-  }
-  const bool trusted = !anyOf(findings, Severity::kUntrusted);
-  if (!trusted && !force) {
-    failJob(
-        "the result is not to be trusted; nothing was written (--force writes it all the same)");
-  }
-  return trusted;
-}
-
 void requireInside(const Crop& crop, const Size& canvas) {
   if (crop.left <= canvas.width - crop.size.width && crop.top <= canvas.height - crop.size.height) {
     return;
@@ -213,29 +189,36 @@ int run(const Options& options, const Streams& streams) {
   auto [canvas, exact] = stitchedFrames(pair, left.frame, right.frame);
   const std::vector<Agreement> agreement = agreementAt(pair, shared, exact);
   streams.out << describeAgreement(agreement, static_cast<double>(exact.Pixel)) << std::flush;
-  const Findings doubts = checkAgreement(agreement, shared.left.size());
-  trusted = reportFindings(doubts, options.force, streams.messages) && trusted;
-  findings.insert(findings.end(), doubts.begin(), doubts.end());
-
-  OutputFiles files;
   const WholeDatum whole = withWholeDatum(exact);
   DualFishEyeCalibrationParam dual = whole.record;
   if (crop) {
     requireInside(*crop, {dual.StdImageWidth, dual.StdImageHeight});
   }
+  const Findings doubts = checkAgreement(agreement, shared.left.size());
+  findings.insert(findings.end(), doubts.begin(), doubts.end());
+  if (!options.report.empty()) {
+    // Above all of cameras that do not agree.
+    OutputFiles report;
+    report.stage(options.report,
+                 stitchReport({.leftName = nameOf(left.frame),
+                               .rightName = nameOf(right.frame),
+                               .pictureName = nameOf(options.output),
+                               .pictureSize = crop ? crop->size
+                                                   : Size{dual.StdImageWidth, dual.StdImageHeight},
+                               .canvas = toPicture(canvas),
+                               .record = exact,
+                               .agreement = agreement,
+                               .trusted = trusted && !anyOf(doubts, Severity::kUntrusted)},
+                              pair, shared, findings));
+    report.commit();
+  }
+  trusted =
+      reportFindings(doubts, options.force, streams.messages, !options.report.empty()) && trusted;
+
+  OutputFiles files;
   if (!options.seam.empty()) {
     stagePicture(files, options.seam,
                  seamPicture(toPicture(canvas), pair, shared, agreement, crop, whole.addedRows));
-  }
-  if (!options.report.empty()) {
-    files.stage(options.report, stitchReport({.leftName = nameOf(left.frame),
-                                              .rightName = nameOf(right.frame),
-                                              .pictureName = nameOf(options.output),
-                                              .canvas = toPicture(canvas),
-                                              .record = exact,
-                                              .agreement = agreement,
-                                              .trusted = trusted},
-                                             pair, shared, findings));
   }
   addRowsBelow(canvas, whole.addedRows);
   if (crop) {

@@ -1,5 +1,8 @@
 #include "commands/stitch_outputs.h"
 
+#include <ostream>
+
+#include "base/failure.h"
 #include "drawing/seam_overlay.h"
 
 namespace fisheye_calibration::program {
@@ -15,6 +18,28 @@ cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints&
     return drawn({crop->left, crop->top, crop->size.width, crop->size.height});
   }
   return drawn;
+}
+
+bool reportFindings(const Findings& findings, bool force, std::ostream& messages, bool hasReport) {
+  const auto reportAll = [&](Severity severity, const char* prefix) {
+    for (const Finding& finding : findings) {
+      if (finding.severity == severity) {
+        messages << prefix << finding.text << "\n";
+      }
+    }
+  };
+  reportAll(Severity::kDoubtful, "warning: ");
+  reportAll(Severity::kUntrusted, "not to be trusted: ");
+  if (anyImpossible(findings)) {
+    reportAll(Severity::kImpossible, "impossible: ");
+    failBadInput("these frames cannot be stitched");
+  }
+  const bool trusted = !anyOf(findings, Severity::kUntrusted);
+  if (!trusted && !force) {
+    failJob(std::string("the result is not to be trusted; nothing was written") +
+            (hasReport ? " but the report" : "") + " (--force writes it all the same)");
+  }
+  return trusted;
 }
 
 std::string stitchReport(StitchPage page, StitchPair& pair, const SharedPoints& shared,

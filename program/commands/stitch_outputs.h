@@ -1,6 +1,7 @@
 // What `stitch` writes besides the stitched picture and its record.
 #pragma once
 
+#include <iosfwd>
 #include <opencv2/core.hpp>
 #include <optional>
 #include <string>
@@ -23,5 +24,11 @@ cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints&
 // The page, completed with the seam of the pair and the findings.
 std::string stitchReport(StitchPage page, StitchPair& pair, const SharedPoints& shared,
                          const Findings& findings);
+
+// Reports all findings and fails with the first that makes the stitch impossible or, unless that is
+// forced, with the first that makes it untrustworthy. Returns whether it is to be trusted.
+// `hasReport`: the report has been written in any case.
+bool reportFindings(const Findings& findings, bool force, std::ostream& messages,
+                    bool hasReport = false);
 
 }  // namespace fisheye_calibration::program

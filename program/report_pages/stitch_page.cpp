@@ -170,8 +170,7 @@ std::string stitchPage(const StitchPage& page) {
   sections.push_back({"points", "Shared points", agreementTable(page)});
   return reportPage("Stitch report",
                     page.pictureName + " of " + page.leftName + " and " + page.rightName + ", " +
-                        std::to_string(page.record.StdImageWidth) + "x" +
-                        std::to_string(page.record.StdImageHeight) + " px",
+                        sizeText(page.pictureSize) + " px",
                     headMarkup(page), sections);
 }
 

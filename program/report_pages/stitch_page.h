@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/size.h"
 #include "drawing/seam_overlay.h"
 #include "fisheye_calibration.h"
 #include "geometry/stitch_agreement.h"
@@ -16,6 +17,7 @@ struct StitchPage {
   std::string leftName;  // of the frames
   std::string rightName;
   std::string pictureName;                   // of the stitched picture's file
+  Size pictureSize;                          // of that file, which may be cut out of the canvas
   cv::Mat canvas;                            // the whole stitched picture
   DualFishEyeCalibrationParam record{};      // of that canvas
   std::vector<Agreement> agreement;          // in its pixels

@@ -7,6 +7,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <regex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "files/points_csv.h"
@@ -113,20 +114,31 @@ TEST_F(ReportPage, IsNotWrittenOverAnotherFile) {
   EXPECT_EQ(support::bytesOf(list), before);
 }
 
-TEST_F(ReportPage, ShowsHowWellTwoViewsAgree) {
-  std::vector<std::string> files;
-  for (const double Xw : {160.0, 260.0}) {
-    const std::string name = Xw < 200 ? "l" : "r";
-    const SyntheticCamera camera = cameraOver(Xw);
-    ASSERT_TRUE(cv::imwrite(folder.file(name + ".png"), drawTarget(camera, kBoard)));
-    SaveCalibrationParam(folder.file(name + ".ini").c_str(), recordOver(Xw));
-    writeFile(folder, name + ".csv", formatPoints(exactPoints(camera, kBoard)));
-    files.push_back(folder.file(name + ".png") + "," + folder.file(name + ".ini") + "," +
-                    folder.file(name + ".csv"));
+// stitch with the views of two cameras over 160 and 260 mm, of which the right one is said to be at
+// `right`.
+class StitchReportPage : public ReportPage {
+ protected:
+  Outcome stitch(double right, const std::vector<std::string>& further) {
+    std::vector<std::string> arguments = {
+        "stitch",   "-o", folder.file("bed.png"), "--dual", folder.file("dual.ini"),
+        "--report", page};
+    for (const auto& [option, Xw, said] :
+         {std::tuple("--left", 160.0, 160.0), {"--right", 260.0, right}}) {
+      const std::string name = folder.file(option + 2);
+      const SyntheticCamera camera = cameraOver(Xw);
+      EXPECT_TRUE(cv::imwrite(name + ".png", drawTarget(camera, kBoard)));
+      SaveCalibrationParam((name + ".ini").c_str(), recordOver(said));
+      writeFile(folder, std::string(option + 2) + ".csv",
+                formatPoints(exactPoints(camera, kBoard)));
+      arguments.insert(arguments.end(), {option, name + ".png," + name + ".ini," + name + ".csv"});
+    }
+    arguments.insert(arguments.end(), further.begin(), further.end());
+    return runProgram(arguments);
   }
-  const Outcome run =
-      runProgram({"stitch", "--left", files[0], "--right", files[1], "-o", folder.file("bed.png"),
-                  "--dual", folder.file("dual.ini"), "--report", page});
+};
+
+TEST_F(StitchReportPage, ShowsHowWellTwoViewsAgree) {
+  const Outcome run = stitch(260, {});
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_THAT(run.out, HasSubstr("Report: " + page + "\n"));
   const std::string html = support::bytesOf(page);
@@ -136,6 +148,27 @@ TEST_F(ReportPage, ShowsHowWellTwoViewsAgree) {
   EXPECT_GE(readingOf(html, "worst"), readingOf(html, "rms"));
   EXPECT_THAT(html, HasSubstr("id=\"seam-picture\""));
   EXPECT_THAT(html, HasSubstr("class=\"seam-begin\" d=\"M"));
+}
+
+TEST_F(StitchReportPage, NamesTheSizeOfThePictureThatIsWritten) {
+  const auto sizeInPage = [&] {
+    const cv::Mat bed = cv::imread(folder.file("bed.png"));
+    return ", " + std::to_string(bed.cols) + "x" + std::to_string(bed.rows) + " px";
+  };
+  ASSERT_EQ(stitch(260, {}).exitCode, 0);
+  EXPECT_THAT(support::bytesOf(page), HasSubstr(sizeInPage()));
+  ASSERT_EQ(stitch(260, {"--crop", "0,0,300x200"}).exitCode, 0);
+  EXPECT_EQ(sizeInPage(), ", 300x200 px");
+  EXPECT_THAT(support::bytesOf(page), HasSubstr(sizeInPage()));
+}
+
+TEST_F(StitchReportPage, ShowsViewsThatDoNotAgree) {
+  const Outcome run = stitch(300, {});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_THAT(run.err, HasSubstr("nothing was written but the report"));
+  EXPECT_THAT(support::bytesOf(page), HasSubstr("data-verdict=\"bad\""));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("bed.png")));
+  EXPECT_FALSE(std::filesystem::exists(folder.file("dual.ini")));
 }
 
 }  // namespace
