@@ -48,8 +48,15 @@ std::string circle(cv::Point2d at, double radius, const std::string& style) {
 double arrowMagnification(const Plan& plan, const std::vector<Arrow>& arrows) {
   double longest = 0;
   for (const Arrow& arrow : arrows) {
-    if (std::isfinite(lengthOf(arrow))) {
+    // Those that stand out have a colour of their own, and would leave nothing to see of the
+    // others.
+    if (std::isfinite(lengthOf(arrow)) && !arrow.conspicuous) {
       longest = std::max(longest, lengthOf(arrow));
+    }
+  }
+  if (longest == 0) {
+    for (const Arrow& arrow : arrows) {
+      longest = std::max(longest, std::isfinite(lengthOf(arrow)) ? lengthOf(arrow) : 0);
     }
   }
   return longest > 0 ? niceBelow(longestSide(plan) / (longest * plan.scale())) : 1;
@@ -62,7 +69,9 @@ std::string arrowsMarkup(const Plan& plan, const std::vector<Arrow>& arrows, dou
     std::string content = textElement("title", {}, arrow.text) + circle(from, 9, "reach");
     content += circle(from, 2.5, "dot");
     if (std::isfinite(lengthOf(arrow))) {
-      const cv::Point2d to = from + magnification * plan.scale() * arrow.length;
+      const double drawn = magnification * plan.scale() * lengthOf(arrow);
+      const double share = drawn > 0 ? std::min(1.0, 3 * longestSide(plan) / drawn) : 1;
+      const cv::Point2d to = from + share * magnification * plan.scale() * arrow.length;
       content += element("path", {{"class", "shaft"}, {"d", arrowPath(from, to)}}, "");
     }
     markup += element("g",

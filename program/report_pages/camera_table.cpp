@@ -44,7 +44,8 @@ bool isRowOfMatrixOrFiller(std::string_view name) {
 std::string cameraTable(const CalibrationReport& report) {
   Table table{
       .caption =
-          "The camera file's values; the true ones lie within the interval with 95 % confidence",
+          "The camera file's values; the true ones lie within the interval with at least 95 % "
+          "confidence",
       .columns = {{"Name"}, {"Value", true}, {"\xC2\xB1 95 %", true}, {"Unit"}, {"Meaning"}},
       .rows = {},
       .name = "camera"};
@@ -57,7 +58,7 @@ std::string cameraTable(const CalibrationReport& report) {
     Cell cell = numberCell(value, unit == "px" || unit == "mm" ? 3 : 6);
     Cell half{"-"};
     if (const std::optional<double> interval = intervalOf(report, field.name)) {
-      half = {*interval > 0 ? roundedToTwo(*interval) : "kept", *interval};
+      half = {*interval > 0 ? general(*interval, 2) : "kept", *interval};
     }
     table.rows.push_back({{field.name}, cell, half, {field.unit}, {field.meaning}});
   }

@@ -134,11 +134,12 @@ std::string lensFigure(const LensCurve& curve) {
                                        {"role", "img"},
                                        {"aria-label", label}},
                                       content);
-  return figureMarkup("lens-curve", drawing,
-                      "The curve tells how far from the principal point the lens shows what lies "
-                      "at an angle to its "
-                      "axis; the true curve lies within the band with 95 % confidence, and beyond "
-                      "the dashed line no point was measured.");
+  return figureMarkup(
+      "lens-curve", drawing,
+      "The curve tells how far from the principal point the lens shows what lies "
+      "at an angle to its "
+      "axis; the true curve lies within the band with at least 95 % confidence, and beyond "
+      "the dashed line no point was measured.");
 }
 
 }  // namespace fisheye_calibration::program

@@ -83,6 +83,17 @@ TEST(Arrows, AreEnlargedByARoundNumber) {
   EXPECT_NEAR(arrowMagnification(plan, arrows), 20, 1e-9);
 }
 
+// The long one ends after three twelfths of 360 units; 20 times enlarged it had 20 * 1.8 * 40 =
+// 1440.
+TEST(Arrows, OneThatStandsOutLeavesTheOthersAsLargeAsTheyWere) {
+  const Plan plan({100, 50, 400, 200}, "mm");
+  const std::vector<Arrow> arrows = {{.from = {100, 50}, .length = {0.3, 0.4}},
+                                     {.from = {100, 50}, .length = {40, 0}, .conspicuous = true}};
+  EXPECT_NEAR(arrowMagnification(plan, arrows), 20, 1e-9);
+  EXPECT_NEAR(arrowMagnification(plan, {arrows[1]}), 0.2, 1e-9);      // 30 / (40 * 1.8) = 0.42
+  EXPECT_THAT(arrowsMarkup(plan, arrows, 20), HasSubstr("L152 14"));  // from (62, 14), 90 units
+}
+
 TEST(Arrows, TellTheirTextAndEndWhereTheyShould) {
   const Plan plan({0, 0, 720, 360}, "px");
   const std::string markup = arrowsMarkup(
