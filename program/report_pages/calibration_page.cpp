@@ -113,8 +113,9 @@ Section residualSection(const std::vector<ViewPoints>& views, const Size& image)
       content += textElement("p", {}, "No camera was found that sees these points.");
       continue;
     }
-    content += residualFigure(views[j], image, j + 1);
-    content += residualTable(views[j], j + 1);
+    const std::size_t most = mostPointsOf(views[j], views);
+    content += residualFigure(views[j], image, j + 1, most);
+    content += residualTable(views[j], j + 1, most);
   }
   return {"residuals", "Points and residuals", content};
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <utility>
 
 #include "base/text.h"
 #include "html/markup.h"
@@ -40,6 +42,36 @@ std::string textOf(const CalibrationPoint& point, bool leftOut) {
          (leftOut ? "; contradicts the others" : "");
 }
 
+double residualOf(const CalibrationPoint& point) {
+  const double length = std::hypot(point.ReprojErrX, point.ReprojErrY);
+  return std::isfinite(length) ? length : 0;
+}
+
+// Positions in the order of the list.
+std::vector<std::size_t> shownPoints(const ViewPoints& view, std::size_t most) {
+  std::vector<std::size_t> shown(view.points.size());
+  std::iota(shown.begin(), shown.end(), std::size_t{0});
+  if (shown.size() > most) {
+    std::stable_sort(shown.begin(), shown.end(), [&](std::size_t a, std::size_t b) {
+      const auto rank = [&](std::size_t i) {
+        return std::pair(isLeftOut(view, i), residualOf(view.points[i]));
+      };
+      return rank(a) > rank(b);
+    });
+    shown.resize(most);
+    std::sort(shown.begin(), shown.end());
+  }
+  return shown;
+}
+
+// " (the 20 with the largest residuals of 300)"
+std::string shareShown(const ViewPoints& view, std::size_t shown) {
+  return shown == view.points.size()
+             ? ""
+             : " (the " + std::to_string(shown) + " with the largest residuals of " +
+                   std::to_string(view.points.size()) + ")";
+}
+
 }  // namespace
 
 std::vector<ViewPoints> viewPointsOf(const CalibrationReport& report) {
@@ -63,11 +95,22 @@ std::vector<ViewPoints> viewPointsOf(const CalibrationReport& report) {
   return views;
 }
 
-std::string residualFigure(const ViewPoints& view, const Size& image, std::size_t number) {
+std::size_t mostPointsOf(const ViewPoints& view, const std::vector<ViewPoints>& views) {
+  constexpr std::size_t kMost = 1500;  // of about 1.1 kB each, beside pictures of up to 1 MB
+  constexpr std::size_t kFewest = 9;   // of a view, however many there are
+  std::size_t all = 0;
+  for (const ViewPoints& each : views) {
+    all += each.points.size();
+  }
+  return all <= kMost ? view.points.size() : std::max(kFewest, view.points.size() * kMost / all);
+}
+
+std::string residualFigure(const ViewPoints& view, const Size& image, std::size_t number,
+                           std::size_t most) {
   const Plan plan({0, 0, static_cast<double>(image.width), static_cast<double>(image.height)},
                   "px");
   std::vector<Arrow> arrows;
-  for (std::size_t i = 0; i < view.points.size(); ++i) {
+  for (const std::size_t i : shownPoints(view, most)) {
     const CalibrationPoint& point = view.points[i];
     const bool leftOut = isLeftOut(view, i) || !view.fits;
     arrows.push_back(
@@ -79,19 +122,21 @@ std::string residualFigure(const ViewPoints& view, const Size& image, std::size_
   }
   const double magnification = arrowMagnification(plan, arrows);
   const std::string label = "Residuals of " + std::to_string(arrows.size()) + " points of " +
-                            view.name + ", enlarged " + general(magnification, 6) + " times";
+                            view.name + shareShown(view, arrows.size()) + ", enlarged " +
+                            general(magnification, 6) + " times";
   return figureMarkup(
       "residuals-" + std::to_string(number),
       plan.drawing(label, plan.axes("x", "y") + arrowsMarkup(plan, arrows, magnification) +
                               arrowScale(plan, magnification, "px")),
       "Each arrow shows, enlarged, by how much a point was measured beside the place at which the "
       "camera should see it; arrows in all directions are noise, neighbours that point the same "
-      "way "
-      "a bent target or a wrong lens.");
+      "way a bent target or a wrong lens.");
 }
 
-std::string residualTable(const ViewPoints& view, std::size_t number) {
-  Table table{.caption = "Points of " + view.name + " (residual: measured - reprojected)",
+std::string residualTable(const ViewPoints& view, std::size_t number, std::size_t most) {
+  const std::vector<std::size_t> shown = shownPoints(view, most);
+  Table table{.caption = "Points of " + view.name + shareShown(view, shown.size()) +
+                         " (residual: measured - reprojected)",
               .columns = {{"Point", true},
                           {"X, mm", true},
                           {"Y, mm", true},
@@ -104,7 +149,7 @@ std::string residualTable(const ViewPoints& view, std::size_t number) {
               .rows = {},
               .name = "points-" + std::to_string(number),
               .sortable = true};
-  for (std::size_t i = 0; i < view.points.size(); ++i) {
+  for (const std::size_t i : shown) {
     const CalibrationPoint& point = view.points[i];
     table.rows.push_back({{std::to_string(point.PointId), point.PointId},
                           numberCell(static_cast<double>(point.Xw), 2),

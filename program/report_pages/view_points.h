@@ -24,8 +24,14 @@ struct ViewPoints {
 // solver does: only that one knows where their targets are. In the order of the command line.
 std::vector<ViewPoints> viewPointsOf(const CalibrationReport& report);
 
-std::string residualFigure(const ViewPoints& view, const Size& image, std::size_t number);
-std::string residualTable(const ViewPoints& view, std::size_t number);
+// The residuals of the view of that number, from 1. Of more than `most` points, those are shown
+// that contradict the others, then those with the largest residuals.
+std::string residualFigure(const ViewPoints& view, const Size& image, std::size_t number,
+                           std::size_t most);
+std::string residualTable(const ViewPoints& view, std::size_t number, std::size_t most);
+
+// How many points of each of these views a page of less than 3 MB shows.
+std::size_t mostPointsOf(const ViewPoints& view, const std::vector<ViewPoints>& views);
 
 // The points of all views in the raw picture with the area that they cover, and a table of it.
 std::string coverageFigure(const std::vector<ViewPoints>& views, const Size& image);

@@ -8,6 +8,7 @@
 #include "report_pages/bed_map.h"
 #include "report_pages/lens_figure.h"
 #include "report_pages/plan.h"
+#include "report_pages/view_points.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -100,6 +101,50 @@ TEST(Arrows, TellTheirTextAndEndWhereTheyShould) {
       plan, {{.id = 7, .from = {10, 20}, .length = {0.1, 0}, .text = "Point <7>"}}, 10);
   EXPECT_THAT(markup, HasSubstr("data-id=\"7\"><title>Point &lt;7&gt;</title>"));
   EXPECT_THAT(markup, HasSubstr("d=\"M72 34L73 34\""));
+}
+
+ViewPoints viewOf(int count) {
+  ViewPoints view{.name = "a view of the target with a long name.png"};
+  for (int i = 0; i < count; ++i) {
+    CalibrationPoint point{};
+    point.PointId = 1000 + i;
+    point.Xw = 123.45F;
+    point.Yw = 678.9F;
+    point.ImagePtX = 1234.567F;
+    point.ImagePtY = 987.654F;
+    point.ReprojErrX = 0.001 * i / 3;
+    view.points.push_back(point);
+  }
+  return view;
+}
+
+TEST(Residuals, OfManyPointsTheWorstAreShown) {
+  ViewPoints view = viewOf(20);
+  view.leftOut = {2};
+  const std::string all = residualTable(view, 1, 20);
+  EXPECT_THAT(all, Not(HasSubstr("largest residuals")));
+  EXPECT_THAT(all, HasSubstr(">1000</th>"));
+  const std::string few = residualTable(view, 1, 3);
+  EXPECT_THAT(few, HasSubstr("(the 3 with the largest residuals of 20)"));
+  for (int id = 1000; id < 1020; ++id) {
+    const bool isShown = id == 1002 || id >= 1018;
+    EXPECT_EQ(few.find(std::to_string(id).append("</th>")) != std::string::npos, isShown) << id;
+  }
+  EXPECT_THAT(residualFigure(view, {2000, 1000}, 1, 3),
+              HasSubstr("Residuals of 3 points of a view"));
+}
+
+TEST(Residuals, FitIntoThePageHoweverManyThereAre) {
+  const std::vector<ViewPoints> views(20, viewOf(800));
+  std::size_t size = 0;
+  for (std::size_t j = 0; j < views.size(); ++j) {
+    const std::size_t most = mostPointsOf(views[j], views);
+    EXPECT_EQ(most, 75u);  // 1500 of 16,000
+    size += residualFigure(views[j], {2000, 1000}, j + 1, most).size() +
+            residualTable(views[j], j + 1, most).size();
+  }
+  EXPECT_LT(size, 2'000'000u);
+  EXPECT_EQ(mostPointsOf(viewOf(300), {viewOf(300)}), 300u);
 }
 
 }  // namespace
