@@ -196,22 +196,17 @@ int run(const Options& options, const Streams& streams) {
   }
   const Findings doubts = checkAgreement(agreement, shared.left.size());
   findings.insert(findings.end(), doubts.begin(), doubts.end());
-  if (!options.report.empty()) {
-    // Above all of cameras that do not agree.
-    OutputFiles report;
-    report.stage(options.report,
-                 stitchReport({.leftName = nameOf(left.frame),
-                               .rightName = nameOf(right.frame),
-                               .pictureName = nameOf(options.output),
-                               .pictureSize = crop ? crop->size
-                                                   : Size{dual.StdImageWidth, dual.StdImageHeight},
-                               .canvas = toPicture(canvas),
-                               .record = exact,
-                               .agreement = agreement,
-                               .trusted = trusted && !anyOf(doubts, Severity::kUntrusted)},
-                              pair, shared, findings));
-    report.commit();
-  }
+  writeStitchReport(
+      options.report,
+      {.leftName = nameOf(left.frame),
+       .rightName = nameOf(right.frame),
+       .pictureName = nameOf(options.output),
+       .pictureSize = crop ? crop->size : Size{dual.StdImageWidth, dual.StdImageHeight},
+       .canvas = toPicture(canvas),
+       .record = exact,
+       .agreement = agreement,
+       .trusted = trusted && !anyOf(doubts, Severity::kUntrusted)},
+      pair, shared, findings);
   trusted =
       reportFindings(doubts, options.force, streams.messages, !options.report.empty()) && trusted;
 

@@ -4,6 +4,7 @@
 
 #include "base/failure.h"
 #include "drawing/seam_overlay.h"
+#include "files/output_files.h"
 
 namespace fisheye_calibration::program {
 
@@ -42,14 +43,19 @@ bool reportFindings(const Findings& findings, bool force, std::ostream& messages
   return trusted;
 }
 
-std::string stitchReport(StitchPage page, StitchPair& pair, const SharedPoints& shared,
-                         const Findings& findings) {
+void writeStitchReport(const std::filesystem::path& path, StitchPage page, StitchPair& pair,
+                       const SharedPoints& shared, const Findings& findings) {
+  if (path.empty()) {
+    return;
+  }
   page.seam = seamRows(pair, shared);
   page.seamOffset = (page.canvas.rows - pair.left.viewSize().height) / 2;
   for (const Finding& finding : findings) {
     page.warnings.push_back(finding.text);
   }
-  return stitchPage(page);
+  OutputFiles report;
+  report.stage(path, stitchPage(page));
+  report.commit();
 }
 
 }  // namespace fisheye_calibration::program

@@ -1,6 +1,7 @@
 // What `stitch` writes besides the stitched picture and its record.
 #pragma once
 
+#include <filesystem>
 #include <iosfwd>
 #include <opencv2/core.hpp>
 #include <optional>
@@ -21,9 +22,10 @@ cv::Mat seamPicture(const cv::Mat& canvas, StitchPair& pair, const SharedPoints&
                     const std::vector<Agreement>& agreement, const std::optional<Crop>& crop,
                     int addedRows);
 
-// The page, completed with the seam of the pair and the findings.
-std::string stitchReport(StitchPage page, StitchPair& pair, const SharedPoints& shared,
-                         const Findings& findings);
+// Writes the page, completed with the seam of the pair and the findings, unless `path` is empty.
+// Cameras that do not agree need it most, so it does not wait for the other files.
+void writeStitchReport(const std::filesystem::path& path, StitchPage page, StitchPair& pair,
+                       const SharedPoints& shared, const Findings& findings);
 
 // Reports all findings and fails with the first that makes the stitch impossible or, unless that is
 // forced, with the first that makes it untrustworthy. Returns whether it is to be trusted.
