@@ -163,7 +163,7 @@ Command addCorrectCommand(CLI::App& app) {
   addPath(*command, "--camera", options->camera, "the camera's parameter file")
       .typeName("INI")
       .required();
-  addPaths(*command, "frames", options->frames,
+  addPaths(*command, "sources", options->frames,
            "pictures of the camera, a folder of them, a video, a device or a stream")
       .typeName("FRAME")
       .required();

@@ -66,7 +66,8 @@ bool isMovingSource(const std::vector<fs::path>& frames, const fs::path& output)
   }
   const auto moving = std::find_if(frames.begin(), frames.end(), isMoving);
   if (moving != frames.end()) {
-    failBadInput(nameOf(*moving) + ": a video, device or stream goes alone, not with other frames");
+    failBadInput(sourceName(nameOf(*moving)) +
+                 ": a video, device or stream goes alone, not with other frames");
   }
   return false;
 }
