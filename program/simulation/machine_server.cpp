@@ -66,7 +66,10 @@ class MachineServer::Implementation {
       std::string name = "/";
       name += std::to_string(camera + 1);
       FrameStream& stream = *streams_[camera];
-      server.Get(name + "\\.mjpg", [this, &stream](const Request&, Response& response) {
+      server.Get(name + "\\.mjpg", [this, &stream](const Request& request, Response& response) {
+        // FFmpeg asks for the bytes from the first one on. Newer versions of the library, whose own
+        // this object is, refuse that where no length is known.
+        const_cast<Request&>(request).ranges.clear();
         serveStream(stream, response);
       });
       server.Get(name + "\\.jpg", [this, &stream](const Request&, Response& response) {
