@@ -46,9 +46,9 @@ RequestRecord recordOf(const httplib::Request& request) {
   return record;
 }
 
+// Without a redirection: after a link on another site, such as a message, browsers would follow it
+// without the cookie.
 void rememberToken(httplib::Response& response, const Access& access) {
-  response.status = 303;
-  response.set_header("Location", "/");
   response.set_header("Set-Cookie", cookieName(access) + "=" + access.token +
                                         "; Path=/; HttpOnly; SameSite=Strict");
 }
@@ -94,7 +94,6 @@ Server::Server(Engine& engine, const std::string& host, int port)
     }
     if (bringsToken(record, access)) {
       rememberToken(response, access);
-      return httplib::Server::HandlerResponse::Handled;
     }
     return httplib::Server::HandlerResponse::Unhandled;
   });

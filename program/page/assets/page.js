@@ -176,4 +176,8 @@ function connected(alive) {
   }
 }
 
+// The token of the address is in a cookie by now.
+if (location.search) {
+  history.replaceState(null, "", location.pathname);
+}
 connect({ state: takeState, points: (points) => app.raw?.found(points), connected });

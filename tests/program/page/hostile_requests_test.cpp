@@ -105,5 +105,41 @@ TEST(HostileRequests, NamesFromThePageReachNoFile) {
             "the program was started without --output; download the files instead");
 }
 
+TEST(HostileRequests, OffTheLoopbackTheTokenLetsIn) {
+  Engine engine({.sources = {"fake"},
+                 .open = openerOf(RunningServer::chessboardCamera()),
+                 .folder = {},
+                 .version = "1.2.3"});
+  Server server(engine, "0.0.0.0", 0);
+  std::thread running([&] { server.run(); });
+  const auto statusOf = [&](const std::string& path, const httplib::Headers& headers) {
+    const auto result = httplib::Client("127.0.0.1", server.access().port).Get(path, headers);
+    return result ? result->status : 0;
+  };
+  const std::string token = server.access().token;
+  EXPECT_EQ(server.address(),
+            "http://0.0.0.0:" + std::to_string(server.access().port) + "/?token=" + token);
+  EXPECT_EQ(statusOf("/", {}), 403);
+  EXPECT_EQ(statusOf("/api/state", {}), 403);
+  EXPECT_EQ(statusOf("/?token=" + std::string(64, '0'), {}), 403);
+  EXPECT_EQ(statusOf("/api/state?token=" + token, {}), 403) << "it is for the page only";
+
+  // As after a link on another site.
+  const auto page = httplib::Client("127.0.0.1", server.access().port)
+                        .Get("/?token=" + token, {{"Sec-Fetch-Site", "cross-site"}});
+  ASSERT_TRUE(page);
+  EXPECT_EQ(page->status, 200);
+  EXPECT_EQ(page->get_header_value("Content-Type"), "text/html; charset=utf-8");
+  const std::string cookie = page->get_header_value("Set-Cookie");
+  EXPECT_EQ(cookie,
+            cookieName(server.access()) + "=" + token + "; Path=/; HttpOnly; SameSite=Strict");
+  const std::string kept = cookie.substr(0, cookie.find(';'));
+  EXPECT_EQ(statusOf("/api/state", {{"Cookie", kept}, {"Sec-Fetch-Site", "same-origin"}}), 200);
+  EXPECT_EQ(statusOf("/api/state", {{"Cookie", kept}, {"Sec-Fetch-Site", "cross-site"}}), 403);
+  engine.stop();
+  server.stop();
+  running.join();
+}
+
 }  // namespace
 }  // namespace fisheye_calibration::program
