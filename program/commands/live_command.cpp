@@ -14,7 +14,7 @@
 #include "base/interruption.h"
 #include "base/text.h"
 #include "commands/declared_options.h"
-#include "commands/option_values.h"
+#include "http/listen_address.h"
 #include "page/engine.h"
 #include "page/server.h"
 
@@ -26,29 +26,6 @@ struct Options {
   std::string listen = "127.0.0.1:8737";
   std::filesystem::path output;
 };
-
-struct Listen {
-  std::string host;
-  int port = 0;
-};
-
-// "127.0.0.1:8737" or "[::1]:8737"; port 0 takes a free one.
-Listen parseListen(const std::string& text) {
-  const std::size_t colon = text.rfind(':');
-  if (colon != std::string::npos) {
-    std::string host = text.substr(0, colon);
-    if (host.size() > 2 && host.front() == '[' && host.back() == ']') {
-      host = host.substr(1, host.size() - 2);
-    } else if (host.find(':') != std::string::npos) {
-      host.clear();
-    }
-    const auto port = parseInteger(text.substr(colon + 1));
-    if (!host.empty() && port && *port >= 0 && *port <= 65535) {
-      return {.host = host, .port = *port};
-    }
-  }
-  failBadInput("--listen: give an address and a port like 127.0.0.1:8737, not " + inQuotes(text));
-}
 
 void prepareOutput(const std::filesystem::path& folder) {
   std::error_code error;
@@ -68,7 +45,7 @@ int run(const Options& options, const Streams& streams) {
   if (options.sources.size() > 2) {
     failBadInput("--source: give one or two sources");
   }
-  const Listen listen = parseListen(options.listen);
+  const ListenAddress listen = parseListenAddress("--listen", options.listen);
   prepareOutput(options.output);
   Engine engine({.sources = options.sources,
                  .folder = options.output,
@@ -80,6 +57,10 @@ int run(const Options& options, const Streams& streams) {
   if (!server.access().token.empty()) {
     streams.messages << "note: whoever has this address can see the cameras and calibrate them; "
                         "what is sent is not encrypted\n";
+    if (listensEverywhere(listen.host)) {
+      streams.messages << "note: on other machines, put this one's address in the place of "
+                       << listen.host << "\n";
+    }
   }
   streams.progress << "Ctrl+C ends it" << std::endl;
   while (!interruption.requested()) {

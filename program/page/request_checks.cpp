@@ -6,6 +6,7 @@
 #include <random>
 
 #include "base/text.h"
+#include "http/listen_address.h"
 
 namespace fisheye_calibration::program {
 namespace {
@@ -22,8 +23,6 @@ bool isAddress(std::string_view host) {
   return std::count(host.begin(), host.end(), '.') == 3 &&
          std::all_of(host.begin(), host.end(), [](char c) { return isDigit(c) || c == '.'; });
 }
-
-bool listensEverywhere(const std::string& host) { return host == "0.0.0.0" || host == "::"; }
 
 bool isOwnHost(std::string_view value, const Access& access) {
   std::string port(1, ':');
@@ -116,6 +115,8 @@ std::optional<Refusal> refusalOfBody(const RequestRecord& request) {
 
 }  // namespace
 
+bool listensEverywhere(std::string_view host) { return host == "0.0.0.0" || host == "::"; }
+
 bool isLoopback(std::string_view host) {
   return host == "localhost" || host == "::1" || (host.starts_with("127.") && isAddress(host));
 }
@@ -182,11 +183,6 @@ std::optional<Refusal> refusalOf(const RequestRecord& request, const Access& acc
     return forbidden("open the address that the program has printed, with its token");
   }
   return refusalOfBody(request);
-}
-
-std::string authority(const std::string& host, int port) {
-  const bool isIpv6 = host.find(':') != std::string::npos;
-  return (isIpv6 ? "[" + host + "]" : host) + ":" + std::to_string(port);
 }
 
 }  // namespace fisheye_calibration::program

@@ -39,6 +39,7 @@ struct Refusal {
 };
 
 bool isLoopback(std::string_view host);
+bool listensEverywhere(std::string_view host);  // at all addresses of the machine
 
 // 256 bits of the system's random source, as hexadecimal digits.
 std::string newToken();
@@ -57,8 +58,5 @@ bool bringsToken(const RequestRecord& request, const Access& access);
 
 // Why the request is not answered; nothing if it is.
 std::optional<Refusal> refusalOf(const RequestRecord& request, const Access& access);
-
-// "host:port" with the host in square brackets if it is an IPv6 address.
-std::string authority(const std::string& host, int port);
 
 }  // namespace fisheye_calibration::program

@@ -7,7 +7,9 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "page/connection_threads.h"
+#include "http/connection_threads.h"
+#include "http/listen_address.h"
+#include "http/listening_options.h"
 #include "page/routes.h"
 
 namespace fisheye_calibration::program {
@@ -15,17 +17,6 @@ namespace {
 
 constexpr std::size_t kMostConnections = 2048;
 constexpr int kPatience = 2;  // seconds for a request to begin, and between its parts
-
-// A restarted server gets its port at once; two servers never share one.
-void setListeningOptions(socket_t socket) {
-  int yes = 1;
-#ifdef _WIN32
-  constexpr int kOption = SO_EXCLUSIVEADDRUSE;
-#else
-  constexpr int kOption = SO_REUSEADDR;
-#endif
-  setsockopt(socket, SOL_SOCKET, kOption, reinterpret_cast<const char*>(&yes), sizeof(yes));
-}
 
 // The library lets five connections wait to be taken up, and of more the system drops some for a
 // second.

@@ -30,8 +30,8 @@ class FrameStream {
   void show(const cv::Mat& clean, const SensorNoise& noise);
 
   // The newest frame once it is newer than the given one; after `patience` the newest there is, or
-  // one without bytes. Frames are
-  // made only while somebody waits for them, and readers who are slow miss some.
+  // one without bytes. Frames are made only while somebody waits for them, and readers who are slow
+  // miss some.
   StreamedFrame newerThan(std::uint64_t number, std::chrono::milliseconds patience);
 
  private:

@@ -10,9 +10,12 @@
 #include <mutex>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "http/connection_threads.h"
+#include "http/listening_options.h"
 #include "simulation/frame_stream.h"
 
 namespace fisheye_calibration::program {
@@ -20,7 +23,8 @@ namespace {
 
 constexpr int kUnavailable = 503;
 constexpr int kNotFound = 404;
-constexpr std::size_t kConnections = 32;
+constexpr int kForbidden = 403;
+constexpr std::size_t kMostConnections = 256;
 constexpr std::chrono::milliseconds kPatience(200);
 
 const char* const kBoundary = "frame";
@@ -28,6 +32,16 @@ const char* const kBoundary = "frame";
 std::string partHeader(std::size_t length) {
   return std::string("--") + kBoundary +
          "\r\nContent-Type: image/jpeg\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n";
+}
+
+// "http://localhost:8000"
+bool isOfThisMachine(std::string_view origin) {
+  for (const std::string_view own : {"http://127.0.0.1", "http://localhost", "http://[::1]"}) {
+    if (origin.starts_with(own) && (origin.size() == own.size() || origin[own.size()] == ':')) {
+      return true;
+    }
+  }
+  return false;
 }
 
 bool send(httplib::DataSink& sink, const std::string& text) {
@@ -46,9 +60,20 @@ class MachineServer::Implementation {
     }
     // The library deletes it.
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): so the library defines it
-    server.new_task_queue = [] { return new httplib::ThreadPool(kConnections); };
+    server.new_task_queue = [] { return new ConnectionThreads(kMostConnections); };
+    server.set_socket_options(setListeningOptions);
     server.set_tcp_nodelay(true);
     server.set_payload_max_length(1024);
+    // Browsers name the page that sends a request: what is open in one from elsewhere must not
+    // unplug cameras.
+    server.set_pre_routing_handler([](const Request& request, Response& response) {
+      if (!request.has_header("Origin") || isOfThisMachine(request.get_header_value("Origin"))) {
+        return httplib::Server::HandlerResponse::Unhandled;
+      }
+      response.status = kForbidden;
+      response.set_content("pages from elsewhere are not answered\n", "text/plain");
+      return httplib::Server::HandlerResponse::Handled;
+    });
     addStreams();
     addControls();
   }

@@ -110,6 +110,45 @@ TEST_F(MachineServerTest, UnpluggedStreamsEndAndAreRefusedUntilTheyAreBack) {
   EXPECT_NEAR(levelOf("/1.jpg"), 50, 12);
 }
 
+TEST_F(MachineServerTest, PagesFromElsewhereAreNotAnswered) {
+  const auto statusWith = [&](const std::string& origin) {
+    const httplib::Result result =
+        httplib::Client("127.0.0.1", port).Post("/off", {{"Origin", origin}}, "", "text/plain");
+    return result ? result->status : 0;
+  };
+  EXPECT_EQ(statusWith("http://example.org"), 403);
+  EXPECT_EQ(statusWith("http://localhost.example.org"), 403);
+  EXPECT_EQ(statusWith("null"), 403);
+  EXPECT_NEAR(levelOf("/1.jpg"), 50, 12);
+  EXPECT_EQ(statusWith("http://127.0.0.1:8000"), 200);
+  EXPECT_EQ(levelOf("/1.jpg"), -1) << "unplugged";
+}
+
+TEST_F(MachineServerTest, ManyReadersDoNotKeepTheControlsOut) {
+  constexpr int kReaders = 40;
+  std::atomic<int> reading = 0;
+  std::vector<std::thread> readers;
+  for (int i = 0; i < kReaders; ++i) {
+    readers.emplace_back([&] {
+      bool first = true;
+      httplib::Client client("127.0.0.1", port);
+      client.set_read_timeout(std::chrono::seconds(60));
+      client.Get("/1.mjpg", [&](const char*, std::size_t) {
+        reading += first ? 1 : 0;
+        first = false;
+        return true;
+      });
+    });
+  }
+  while (reading < kReaders) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  EXPECT_EQ(post("/off"), 200);
+  for (std::thread& reader : readers) {
+    reader.join();
+  }
+}
+
 TEST_F(MachineServerTest, ItsStreamsOpenAsVideo) {
   if (!hasFfmpeg()) {
     GTEST_SKIP() << "the image library has no FFmpeg here";
