@@ -12,6 +12,16 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
 
 void setFooter(CLI::App& command, const std::string& text) { command.footer(text); }
 
+std::vector<std::string> givenOptions(const CLI::App& command) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : command.get_options()) {
+    if (option->count() > 0) {
+      names.push_back(option->get_name());
+    }
+  }
+  return names;
+}
+
 DeclaredOption DeclaredOption::typeName(const std::string& name) const {
   return DeclaredOption(option_->type_name(name));
 }

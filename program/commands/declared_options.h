@@ -20,6 +20,9 @@ CLI::App* addCommand(CLI::App& app, const std::string& name, const std::string& 
 // The text below the list of the options in the command's help.
 void setFooter(CLI::App& command, const std::string& text);
 
+// The names of the options that the user has given ("--grid").
+std::vector<std::string> givenOptions(const CLI::App& command);
+
 // An option ("--grid", "-o,--output") or a positional argument ("image").
 class DeclaredOption {
  public:

@@ -69,6 +69,14 @@ double JsonFields::positive(const char* key) const {
   return found;
 }
 
+double JsonFields::notNegative(const char* key, double otherwise) const {
+  const double found = numberOr(key, otherwise);
+  if (!(found >= 0)) {
+    failBadInput(placeOf(key) + ": give a number from 0");
+  }
+  return found;
+}
+
 double JsonFields::share(const char* key, double otherwise) const {
   const double found = numberOr(key, otherwise);
   if (!(found >= 0 && found <= 1)) {

@@ -21,6 +21,7 @@ class JsonFields {
   double number(const char* key) const;
   double numberOr(const char* key, double otherwise) const;
   double positive(const char* key) const;
+  double notNegative(const char* key, double otherwise) const;
   double share(const char* key, double otherwise) const;  // 0 to 1
   int whole(const char* key, int least, int most) const;
   std::string text(const char* key) const;

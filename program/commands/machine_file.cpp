@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <limits>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -67,10 +68,10 @@ NominalCamera cameraOf(const JsonFields& fields) {
 CameraVariation variationOf(const JsonFields& fields) {
   fields.allowOnly({"focal", "centre", "k", "place", "tilt"});
   return {.focalLength = fields.share("focal", 0),
-          .centre = fields.numberOr("centre", 0),
-          .k = fields.numberOr("k", 0),
-          .place = fields.numberOr("place", 0),
-          .tilt = fields.numberOr("tilt", 0)};
+          .centre = fields.notNegative("centre", 0),
+          .k = fields.notNegative("k", 0),
+          .place = fields.notNegative("place", 0),
+          .tilt = fields.notNegative("tilt", 0)};
 }
 
 FrameEffects effectsOf(const JsonFields& fields) {
@@ -128,9 +129,15 @@ class MachineReader {
   Machine machine(const JsonFields& root) {
     root.allowOnly({"bed", "bed-picture", "background", "cameras", "variation", "scenes"});
     bed_ = areaOf(root, "bed");
+    const CameraVariation variation =
+        root.has("variation") ? variationOf(root.fields("variation")) : CameraVariation();
     std::vector<NominalCamera> cameras;
     for (const JsonFields& camera : root.list("cameras")) {
       cameras.push_back(cameraOf(camera));
+      lowest_ = std::min(lowest_, cameras.back().height - variation.place);
+    }
+    if (!(lowest_ > 0)) {
+      failBadInput(root.placeOf("variation.place") + ": a camera could be below the bed");
     }
     return {.bed = bed_,
             .bedPicture = root.has("bed-picture")
@@ -138,8 +145,7 @@ class MachineReader {
                               : slattedBed(bed_),
             .background = root.has("background") ? root.whole("background", 0, 255) : 40,
             .cameras = std::move(cameras),
-            .variation =
-                root.has("variation") ? variationOf(root.fields("variation")) : CameraVariation(),
+            .variation = variation,
             .scenes = scenesOf(root.fields("scenes"))};
   }
 
@@ -158,6 +164,12 @@ class MachineReader {
       if (!plain) {
         failBadInput(fields.placeOf(shortened(name)) +
                      ": a scene's name is made of letters, digits, - and _");
+      }
+      for (const Scene& other : scenes) {
+        if (equalIgnoringCase(name, other.name)) {
+          failBadInput(fields.placeOf(name) + ": there is a scene " + inQuotes(other.name) +
+                       ", whose files would have the same names on Windows");
+        }
       }
       scenes.push_back(sceneOf(name, JsonFields(complete(fields, name, 0), fields.placeOf(name))));
     }
@@ -190,12 +202,13 @@ class MachineReader {
       scene.effects = effectsOf(fields.fields("effects"));
     }
     if (fields.has("target")) {
-      scene.items.push_back(target(fields.fields("target")));
+      scene.items.push_back(target(fields, "target"));
     }
     if (fields.has("marks")) {
       const JsonFields marks = fields.fields("marks");
       marks.allowOnly({"spacing"});
-      scene.items.push_back(drawnMarks(bed_, marks.positive("spacing")));
+      scene.items.push_back(
+          drawnAt(fields, "marks", [&] { return drawnMarks(bed_, marks.positive("spacing")); }));
     }
     if (fields.has("picture")) {
       const JsonFields picture = fields.fields("picture");
@@ -203,29 +216,48 @@ class MachineReader {
       const cv::Rect2d area = areaOf(picture, "area");
       scene.items.push_back({.picture = PlacedPicture(pictureAt(picture, "file"), area)});
     }
+    const double height = fields.numberOr("height", 0);
+    if (!(height < lowest_)) {
+      failBadInput(fields.placeOf("height") + ": give less than " + general(lowest_, 6) +
+                   ", where a camera may be");
+    }
     for (SceneItem& item : scene.items) {
       const cv::Rect2d& area = item.picture.area();
       item.pose = {.centre = 0.5 * (area.tl() + area.br()),
                    .tilt = vectorOf(fields, "tilt"),
                    .move = fields.has("move") ? pointOf(fields, "move") : cv::Point2d(),
-                   .height = fields.numberOr("height", 0)};
+                   .height = height};
     }
     return scene;
   }
 
   // Scenes with the same target share its drawing.
-  SceneItem target(const JsonFields& fields) {
+  SceneItem target(const JsonFields& scene, const char* place) {
+    const JsonFields fields = scene.fields(place);
     const std::string key = fields.json().dump();
     const auto known = targets_.find(key);
     if (known != targets_.end()) {
       return known->second;
     }
-    return targets_.emplace(key, drawnTarget(targetOf(fields))).first->second;
+    const TargetOptions options = targetOf(fields);
+    SceneItem drawn = drawnAt(scene, place, [&] { return drawnTarget(options); });
+    return targets_.emplace(key, std::move(drawn)).first->second;
+  }
+
+  // Failures of drawing do not know the file.
+  template <class Draw>
+  static SceneItem drawnAt(const JsonFields& scene, const char* place, const Draw& draw) {
+    try {
+      return draw();
+    } catch (const Failure& failure) {
+      failBadInput(scene.placeOf(place) + ": " + failure.what());
+    }
   }
 
   std::filesystem::path folder_;
   std::ostream& messages_;
   cv::Rect2d bed_;
+  double lowest_ = std::numeric_limits<double>::infinity();  // that a camera can be above the bed
   std::map<std::string, SceneItem> targets_;
 };
 

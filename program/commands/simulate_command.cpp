@@ -1,8 +1,11 @@
 #include "commands/simulate_command.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -12,7 +15,34 @@
 namespace fisheye_calibration::program {
 namespace {
 
-int run(const SimulateOptions& options, const Streams& streams) {
+enum class Work { kFrame, kMachine, kComparison };
+
+bool fits(const std::string& option, Work work) {
+  const auto isOneOf = [&](std::initializer_list<const char*> options) {
+    return std::find(options.begin(), options.end(), option) != options.end();
+  };
+  if (isOneOf({"--machine", "--frames", "--scene", "--serve", "--rate"})) {
+    return work == Work::kMachine;
+  }
+  if (isOneOf({"--compare", "--truth-camera", "--tolerance"})) {
+    return work == Work::kComparison;
+  }
+  // What is left is for frames; some of it is for others, too.
+  return work == Work::kFrame || (work == Work::kMachine && option == "--seed") ||
+         (work == Work::kComparison && isOneOf({"--bed", "--force"}));
+}
+
+void refuseOthers(const CLI::App& command, Work work) {
+  for (const std::string& option : givenOptions(command)) {
+    if (!fits(option, work)) {
+      std::string reason = ": does not go with ";
+      reason += work == Work::kFrame ? "-o" : work == Work::kMachine ? "--machine" : "--compare";
+      failBadInput(option + reason);
+    }
+  }
+}
+
+int run(const SimulateOptions& options, const CLI::App& command, const Streams& streams) {
   const int kinds = (options.output.empty() ? 0 : 1) + (options.machine.empty() ? 0 : 1) +
                     (options.compare.empty() ? 0 : 1);
   if (kinds != 1) {
@@ -21,10 +51,15 @@ int run(const SimulateOptions& options, const Streams& streams) {
         "machine, or --compare with --truth-camera");
   }
   if (!options.machine.empty()) {
+    refuseOthers(command, Work::kMachine);
     return simulateMachine(options, streams);
   }
-  return options.compare.empty() ? simulateFrame(options, streams)
-                                 : compareWithTruth(options, streams);
+  if (!options.compare.empty()) {
+    refuseOthers(command, Work::kComparison);
+    return compareWithTruth(options, streams);
+  }
+  refuseOthers(command, Work::kFrame);
+  return simulateFrame(options, streams);
 }
 
 void addFrameOptions(CLI::App& command, SimulateOptions& options) {
@@ -65,7 +100,7 @@ void addMachineOptions(CLI::App& command, SimulateOptions& options) {
   addOption(command, "--serve", options.serve,
             "serve the cameras as streams at this address, such as 127.0.0.1:8738; port 0 takes a "
             "free one")
-      .typeName("[HOST:PORT]")
+      .typeName("[ADDRESS:PORT]")
       .orWithoutValue("127.0.0.1:8738");
   addOption(command, "--rate", options.rate, "frames per second with --serve")
       .typeName("N")
@@ -112,7 +147,8 @@ Command addSimulateCommand(CLI::App& app) {
       "  fisheye-calibration simulate --machine one.json --frames frames --seed 7\n"
       "  fisheye-calibration simulate --machine one.json --serve\n"
       "  fisheye-calibration simulate --compare camera.ini --truth-camera frames/camera1.ini");
-  return {command, [options](const Streams& streams) { return run(*options, streams); }};
+  return {command,
+          [options, command](const Streams& streams) { return run(*options, *command, streams); }};
 }
 
 }  // namespace fisheye_calibration::program

@@ -96,14 +96,23 @@ std::vector<SceneItem> itemsOf(const SimulateOptions& options, const Streams& st
 }
 
 Size frameSize(const SimulateOptions& options, const CheckedCamera& camera) {
-  if (!options.size.empty()) {
-    return parseImageSize("--size", options.size);
-  }
-  if (!camera.image) {
+  if (options.size.empty() && !camera.image) {
     failBadInput("--size: " + nameOf(options.camera) +
                  " does not note the size of the raw frame, so give it");
   }
-  return *camera.image;
+  const Size size = options.size.empty() ? *camera.image : parseImageSize("--size", options.size);
+  constexpr double kMostPixels = 128e6;  // of 16 bytes each in memory
+  if (static_cast<double>(size.width) * size.height > kMostPixels) {
+    failBadInput("--size: " + sizeText(size) + " is more than 128 million pixels");
+  }
+  return size;
+}
+
+void checkHeight(const PlanePose& pose, const CheckedCamera& camera) {
+  const double most = distanceFromBed(camera.param);
+  if (pose.height >= most) {
+    failBadInput("--height: give less than " + general(most, 6) + ", where the camera is");
+  }
 }
 
 }  // namespace
@@ -118,6 +127,7 @@ int simulateFrame(const SimulateOptions& options, const Streams& streams) {
   const CheckedCamera camera = loadCheckedCamera(options.camera, options.force, streams.messages);
   const Size size = frameSize(options, camera);
   const SceneItem item = itemsOf(options, streams).front();
+  checkHeight(item.pose, camera);
   const FishEyeCalibrationParam seeing = seenFromPlane(camera.param, item.pose);
   const cv::Mat clean =
       withLight(rawFrame(CornerRays(seeing, size), {{seeing, item.picture}}, kBackground), effects);

@@ -1,9 +1,9 @@
 // simulate: the frames of a machine, as files or served.
 #include <algorithm>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "base/failure.h"
@@ -16,6 +16,7 @@
 #include "files/output_files.h"
 #include "files/picture_file.h"
 #include "files/points_csv.h"
+#include "http/listen_address.h"
 #include "simulation/machine_server.h"
 #include "simulation/simulated_machine.h"
 
@@ -23,20 +24,30 @@ namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
-bool isWanted(const SimulateOptions& options, const Scene& scene) {
-  return options.scenes.empty() || std::find(options.scenes.begin(), options.scenes.end(),
-                                             scene.name) != options.scenes.end();
-}
-
-void checkScenes(const SimulateOptions& options, const SimulatedMachine& machine) {
+// Leaves only the scenes that the user has named, if any.
+void chooseScenes(const SimulateOptions& options, Machine& machine) {
   std::vector<std::string> names;
-  for (const Scene& scene : machine.scenes()) {
+  for (const Scene& scene : machine.scenes) {
     names.push_back(scene.name);
   }
-  for (const std::string& wanted : options.scenes) {
-    if (std::find(names.begin(), names.end(), wanted) == names.end()) {
-      failBadInput("--scene: there is no " + inQuotes(wanted) + ", there are " +
-                   joined(names, ", "));
+  const std::vector<std::string>& wanted = options.scenes;
+  for (const std::string& name : wanted) {
+    if (std::find(names.begin(), names.end(), name) == names.end()) {
+      failBadInput("--scene: there is no " + inQuotes(name) + ", there are " + joined(names, ", "));
+    }
+  }
+  if (!wanted.empty()) {
+    std::erase_if(machine.scenes, [&](const Scene& scene) {
+      return std::find(wanted.begin(), wanted.end(), scene.name) == wanted.end();
+    });
+  }
+}
+
+void checkCameras(const SimulateOptions& options, const SimulatedMachine& machine) {
+  for (std::size_t camera = 0; camera < machine.cameraCount(); ++camera) {
+    if (!machine.seesBed(camera)) {
+      failBadInput(nameOf(options.machine) + ": cameras[" + std::to_string(camera) +
+                   "] sees nothing of the bed");
     }
   }
 }
@@ -61,9 +72,6 @@ int writeFrames(const SimulateOptions& options, const SimulatedMachine& machine,
                 {.image = truth.image, .corrected = truth.corrected});
     record.commit();
     for (const Scene& scene : machine.scenes()) {
-      if (!isWanted(options, scene)) {
-        continue;
-      }
       const std::string stem = name + "-" + scene.name;
       streams.progress << stem << " ..." << std::endl;
       OutputFiles files;
@@ -83,22 +91,6 @@ int writeFrames(const SimulateOptions& options, const SimulatedMachine& machine,
   return kExitOk;
 }
 
-struct Address {
-  std::string host;
-  int port = 0;
-};
-
-Address addressOf(const std::string& text) {
-  const std::size_t colon = text.rfind(':');
-  if (colon != std::string::npos && colon > 0) {
-    const std::optional<int> port = parseInteger(text.substr(colon + 1));
-    if (port && *port >= 0 && *port <= 65535) {
-      return {.host = text.substr(0, colon), .port = *port};
-    }
-  }
-  failBadInput("--serve: give an address as HOST:PORT, not " + inQuotes(text));
-}
-
 double rateOf(const SimulateOptions& options) {
   const double rate = parsePositiveNumber("--rate", options.rate);
   if (rate < 0.1 || rate > 120) {
@@ -108,13 +100,13 @@ double rateOf(const SimulateOptions& options) {
 }
 
 int serve(const SimulateOptions& options, const SimulatedMachine& machine, const Streams& streams) {
-  const Address address = addressOf(options.serve);
+  const ListenAddress address = parseListenAddress("--serve", options.serve);
   MachineServer server(machine, rateOf(options));
   const int port = server.bind(address.host, address.port);
   if (port == 0) {
     failJob("--serve: the address " + inQuotes(options.serve) + " cannot be had");
   }
-  const std::string base = "http://" + address.host + ":" + std::to_string(port) + "/";
+  const std::string base = "http://" + authority(address.host, port) + "/";
   for (std::size_t camera = 0; camera < machine.cameraCount(); ++camera) {
     streams.out << "camera " << camera + 1 << ": " << base << camera + 1 << ".mjpg\n";
   }
@@ -128,8 +120,10 @@ int simulateMachine(const SimulateOptions& options, const Streams& streams) {
   if (options.frames.empty() == options.serve.empty()) {
     failBadInput("--machine: give either --frames or --serve");
   }
-  const SimulatedMachine machine(readMachine(options.machine, streams.messages), seedOf(options));
-  checkScenes(options, machine);
+  Machine description = readMachine(options.machine, streams.messages);
+  chooseScenes(options, description);
+  const SimulatedMachine machine(std::move(description), seedOf(options));
+  checkCameras(options, machine);
   return options.serve.empty() ? writeFrames(options, machine, streams)
                                : serve(options, machine, streams);
 }

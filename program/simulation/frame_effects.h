@@ -8,8 +8,8 @@ namespace fisheye_calibration::program {
 
 struct FrameEffects {
   double light = 1;  // factor of the brightness
-  double vignetting =
-      0;                // share of the light that is lost in the corners, with the distance squared
+  // Share of the light that is lost in the corners; it grows with the distance squared.
+  double vignetting = 0;
   double gradient = 0;  // share of the light that is lost from the left edge to the right one
   double blur = 0;      // standard deviation, pixels
   double noise = 0;     // standard deviation, grey levels

@@ -40,6 +40,13 @@ void setPose(const cv::Matx33d& R, const cv::Vec3d& T, Param& param) {
   param.Tz = static_cast<float>(T[2]);
 }
 
+// The Z of the lens: that of -R^T T.
+double lensHeight(const Param& camera) {
+  const cv::Matx33d R(rotationOfVector(camera).data());
+  const Vector3 T = translationOf(camera);
+  return -(R.t() * cv::Vec3d(T[0], T[1], T[2]))[2];
+}
+
 }  // namespace
 
 NominalCamera varied(const NominalCamera& camera, const CameraVariation& by,
@@ -97,13 +104,30 @@ TrueCamera trueCamera(const NominalCamera& camera, const cv::Rect2d& bed) {
   return result;
 }
 
+bool seesBed(const TrueCamera& camera, const cv::Rect2d& bed) {
+  constexpr int kSteps = 32;  // a side
+  for (int row = 0; row <= kSteps; ++row) {
+    for (int column = 0; column <= kSteps; ++column) {
+      const cv::Point2d raw(static_cast<double>(camera.image.width - 1) * column / kSteps,
+                            static_cast<double>(camera.image.height - 1) * row / kSteps);
+      const SeenPoint seen = bedPointAt(camera.param, raw);
+      if (seen.sight == Sight::kBed && bed.contains(seen.bed)) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+double distanceFromBed(const Param& camera) { return std::abs(lensHeight(camera)); }
+
 Param seenFromPlane(const Param& camera, const PlanePose& plane) {
   // With X = Rp (p - c) + c + t for a point p of the plane, R X + T = (R Rp) p + R (c + t - Rp c) +
   // T.
   cv::Matx33d R(rotationOfVector(camera).data());
   const Vector3 translation = translationOf(camera);
   const cv::Vec3d T(translation[0], translation[1], translation[2]);
-  const double side = (R.t() * T)[2] > 0 ? -1 : 1;  // the camera is at Z = -(R^T T)_z
+  const double side = lensHeight(camera) < 0 ? -1 : 1;
   const cv::Matx33d Rp = turned(plane.tilt);
   const cv::Vec3d c(plane.centre.x, plane.centre.y, 0);
   const cv::Vec3d t(plane.move.x, plane.move.y, side * plane.height);

@@ -42,6 +42,12 @@ struct TrueCamera {
 };
 TrueCamera trueCamera(const NominalCamera& camera, const cv::Rect2d& bed);
 
+// Whether some part of the bed is in the camera's picture.
+bool seesBed(const TrueCamera& camera, const cv::Rect2d& bed);
+
+// How far the lens is off the plane of the bed.
+double distanceFromBed(const FishEyeCalibrationParam& camera);
+
 // Where a plane lies: turned by `tilt` (a rotation vector, degrees) about the point `centre` of it,
 // and moved in X, in Y and towards the camera.
 struct PlanePose {

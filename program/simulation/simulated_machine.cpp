@@ -15,6 +15,10 @@ SimulatedMachine::SimulatedMachine(Machine machine, std::uint64_t seed)
   }
 }
 
+bool SimulatedMachine::seesBed(std::size_t camera) const {
+  return program::seesBed(cameras_[camera], machine_.bed);
+}
+
 cv::Mat SimulatedMachine::cleanFrame(const Scene& scene, std::size_t camera) const {
   const TrueCamera& seeing = cameras_[camera];
   std::vector<SeenPicture> pictures;

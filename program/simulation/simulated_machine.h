@@ -42,6 +42,7 @@ class SimulatedMachine {
 
   std::size_t cameraCount() const { return cameras_.size(); }
   const TrueCamera& camera(std::size_t camera) const { return cameras_[camera]; }
+  bool seesBed(std::size_t camera) const;  // some part of it
   const std::vector<Scene>& scenes() const { return machine_.scenes; }
 
   // The frame without noise.

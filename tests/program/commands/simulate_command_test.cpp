@@ -117,7 +117,7 @@ TEST_F(SimulateCommand, BadInputIsRefusedAndNothingIsWritten) {
       {{"--machine", bad, "--frames", folder.file("f")}, "bad.json: bed: give a list of 4 numbers"},
       {{"--machine", machine, "--frames", folder.file("f"), "--scene", "none"},
        "--scene: there is no \"none\", there are empty, board"},
-      {{"--machine", machine, "--serve", "8738"}, "--serve: give an address as HOST:PORT"},
+      {{"--machine", machine, "--serve", "8738"}, "--serve: give an address and a port"},
       {{"--machine", machine, "--frames", folder.file("f"), "--seed", "x"}, "--seed: give a whole"},
       {{"-o", folder.file("raw.png")}, "--camera is missing"},
   };
@@ -127,6 +127,76 @@ TEST_F(SimulateCommand, BadInputIsRefusedAndNothingIsWritten) {
     EXPECT_THAT(run.err, HasSubstr(message));
   }
   EXPECT_THAT(namesIn(folder), ElementsAre("bad.json", "machine.json"));
+}
+
+TEST_F(SimulateCommand, OptionsOfOtherWorkAreRefused) {
+  const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+      {{"--machine", machine, "--frames", folder.file("f"), "--noise", "3"},
+       "--noise: does not go with --machine\n"},
+      {{"--machine", machine, "--frames", folder.file("f"), "--chessboard", "8x5"},
+       "--chessboard: does not go with --machine\n"},
+      {{"--camera", "camera.ini", "-o", folder.file("raw.png"), "--rate", "3"},
+       "--rate: does not go with -o\n"},
+      {{"--camera", "camera.ini", "-o", folder.file("raw.png"), "--tolerance", "3"},
+       "--tolerance: does not go with -o\n"},
+      {{"--compare", "a.ini", "--truth-camera", "b.ini", "--seed", "3"},
+       "--seed: does not go with --compare\n"}};
+  for (const auto& [arguments, message] : wrong) {
+    const Outcome run = simulate(arguments);
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_EQ(run.err, message);
+  }
+}
+
+TEST_F(SimulateCommand, ImpossibleMachinesAreRefused) {
+  const std::string cameras =
+      R"("cameras": [{"size": [480, 360], "focal": [400, 400], "centre": [240, 180],)"
+      R"( "k": [0.01, -0.05], "over": [100, 75], "height": 200}], )";
+  const std::string scene = R"("scenes": {"empty": {}})";
+  const std::string aside =
+      R"("cameras": [{"size": [480, 360], "focal": [400, 400], "centre": [240, 180],)"
+      R"( "k": [0.01, -0.05], "over": [5000, 75], "height": 200}], )";
+  const std::vector<std::pair<std::string, std::string>> wrong = {
+      {cameras + R"("variation": {"place": -1}, )" + scene,
+       ": variation.place: give a number from 0\n"},
+      {cameras + R"("variation": {"place": 200}, )" + scene,
+       ": variation.place: a camera could be below the bed\n"},
+      {cameras + R"("scenes": {"high": {"height": 200}})",
+       ": scenes.high.height: give less than 200, where a camera may be\n"},
+      {cameras + R"("scenes": {"board": {}, "BOARD": {}})",
+       ": scenes.BOARD: there is a scene \"board\", whose files would have the same names on "
+       "Windows\n"},
+      {cameras + R"("scenes": {"a": {"target": {"chessboard": "1x5", "spacing": 20}}})",
+       ": scenes.a.target: --chessboard: "},
+      {cameras + R"("scenes": {"a": {"marks": {"spacing": 0.01}}})",
+       ": scenes.a.marks: marks: the spacing is too small for this bed\n"},
+      {aside + scene, ": cameras[0] sees nothing of the bed\n"}};
+  for (const auto& [text, message] : wrong) {
+    const std::string file =
+        writeFile(folder, "wrong.json", "{\"bed\": [0, 0, 200, 150], " + text + "}");
+    const Outcome run = simulate({"--machine", file, "--frames", folder.file("f")});
+    EXPECT_EQ(run.exitCode, 2) << text;
+    EXPECT_THAT(run.err, HasSubstr("wrong.json" + message));
+    EXPECT_FALSE(std::filesystem::exists(folder.file("f")));
+  }
+}
+
+TEST_F(SimulateCommand, FramesThatCannotBeAreRefused) {
+  const std::string camera = folder.file("camera.ini");
+  SaveCalibrationParam(camera.c_str(), sampleRecord());  // 170 above the bed
+  const auto messageOf = [&](const std::vector<std::string>& further) {
+    std::vector<std::string> arguments = {
+        "--camera", camera, "--chessboard", "9x7", "--spacing", "30", "-o", folder.file("raw.png")};
+    arguments.insert(arguments.end(), further.begin(), further.end());
+    const Outcome run = simulate(arguments);
+    EXPECT_EQ(run.exitCode, 2);
+    return run.err;
+  };
+  EXPECT_EQ(messageOf({"--size", "960x720", "--height", "170"}),
+            "--height: give less than 170, where the camera is\n");
+  EXPECT_EQ(messageOf({"--size", "32767x32767"}),
+            "--size: 32767x32767 is more than 128 million pixels\n");
+  EXPECT_FALSE(std::filesystem::exists(folder.file("raw.png")));
 }
 
 TEST_F(SimulateCommand, InputsAreNotOverwritten) {
