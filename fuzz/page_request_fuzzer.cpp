@@ -1,15 +1,20 @@
-// Arbitrary requests to the guided page: checking them and reading their action does no harm, and
-// none that lacks the own host, or for a change the own origin, is let through.
+// Arbitrary requests to the guided page: checking them, carrying out their action and showing the
+// state after it does no harm, and none that lacks the own host, or for a change the own origin, is
+// let through.
 //
 // Input: method, path and query, then header lines up to an empty line, then the body.
 #include <cstdint>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "base/failure.h"
 #include "page/actions.h"
 #include "page/request_checks.h"
+#include "page/session.h"
+#include "page/session_json.h"
 
 using namespace fisheye_calibration::program;
 
@@ -73,10 +78,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const RequestRecord request = readRequest(rest);
   checkLetThrough(request, {.host = "127.0.0.1", .port = 8737, .token = ""});
   checkLetThrough(request, {.host = "192.168.1.5", .port = 8737, .token = "0123456789abcdef"});
+  std::optional<Action> action;
   try {
-    parseAction(rest, 2);
+    action = parseAction(rest, 2);
   } catch (const Failure& failure) {
     require(failure.code() == kExitBadInput);
+    return 0;
   }
+  Session session({"left", "right"}, "folder");
+  try {
+    session.apply(*action);
+  } catch (const Failure& failure) {
+    require(failure.code() == kExitJobFailed);
+  }
+  require(nlohmann::json::accept(snapshotOf(session, {"id", "version"})));
   return 0;
 }

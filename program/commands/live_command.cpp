@@ -1,5 +1,6 @@
 #include "commands/live_command.h"
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <memory>
@@ -52,7 +53,14 @@ int run(const Options& options, const Streams& streams) {
                  .version = FISHEYE_CALIBRATION_VERSION});
   Server server(engine, listen.host, listen.port);
   const Interruption interruption;
-  std::thread answering([&] { server.run(); });
+  std::atomic<bool> ended = false;
+  std::thread answering([&] {
+    server.run();
+    ended = true;
+  });
+  while (!server.runs() && !ended) {
+    std::this_thread::yield();
+  }
   streams.out << "Open this address in a browser: " << server.address() << std::endl;
   if (!server.access().token.empty()) {
     streams.messages << "note: whoever has this address can see the cameras and calibrate them; "
@@ -63,12 +71,16 @@ int run(const Options& options, const Streams& streams) {
     }
   }
   streams.progress << "Ctrl+C ends it" << std::endl;
-  while (!interruption.requested()) {
+  while (!interruption.requested() && !ended) {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
   }
+  const bool asked = interruption.requested();
   engine.stop();
   server.stop();
   answering.join();
+  if (!asked) {
+    failJob("the system lets the program answer no more requests");
+  }
   return kExitOk;
 }
 

@@ -63,7 +63,10 @@ class ConnectionThreads : public httplib::TaskQueue {
       const std::function<void()> task = std::move(waiting_.front());
       waiting_.pop_front();
       lock.unlock();
-      task();
+      try {
+        task();
+      } catch (...) {  // such as no memory: that connection is lost, the others go on
+      }
       lock.lock();
     }
     --threads_;

@@ -12,13 +12,18 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
+// Nothing for what is no number.
+Json rounded(double value, int digits) {
+  return std::isfinite(value) ? Json(parseNumber(general(value, digits)).value_or(0)) : Json();
+}
+
 Json mapJson(const BedAccuracy& accuracy) {
   Json map = rectangle(accuracy.grid.area);
   map["columns"] = accuracy.grid.columns;
   map["rows"] = accuracy.grid.rows;
   Json errors = Json::array();
   for (const double error : accuracy.errors) {
-    errors.push_back(std::isfinite(error) ? Json(std::stod(general(error, 4))) : Json(nullptr));
+    errors.push_back(rounded(error, 4));
   }
   map["errors"] = std::move(errors);
   return map;
@@ -56,12 +61,7 @@ void addOutcome(Json& calibration, const CalibrationOutcome& outcome) {
 
 }  // namespace
 
-Json number(double value) {
-  if (!std::isfinite(value)) {
-    return nullptr;
-  }
-  return std::stod(general(value, 7));
-}
+Json number(double value) { return rounded(value, 7); }
 
 Json optionalText(const std::string& text) { return text.empty() ? Json(nullptr) : Json(text); }
 

@@ -11,6 +11,8 @@
 namespace fisheye_calibration::program {
 namespace {
 
+constexpr int kUsualPort = 80;
+
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 // "192.168.1.5" or "[...]": an address, not a name that somebody can point elsewhere.
@@ -27,17 +29,23 @@ bool isAddress(std::string_view host) {
 bool isOwnHost(std::string_view value, const Access& access) {
   std::string port(1, ':');
   port += std::to_string(access.port);
-  if (!value.ends_with(port)) {
+  std::string_view host = value;
+  if (host.ends_with(port)) {
+    host.remove_suffix(port.size());
+  } else if (access.port != kUsualPort) {  // which browsers leave out
     return false;
   }
-  const std::string_view host = value.substr(0, value.size() - port.size());
+  const std::string own = authority(access.host, access.port);
+  if (equalIgnoringCase(host, own.substr(0, own.size() - port.size()))) {
+    return true;
+  }
   if (isLoopback(access.host)) {
     return host == "127.0.0.1" || host == "localhost" || host == "[::1]";
   }
   if (listensEverywhere(access.host)) {
     return isAddress(host) || host == "localhost";
   }
-  return equalIgnoringCase(value, authority(access.host, access.port));
+  return false;
 }
 
 std::string cookieValue(std::string_view cookies, std::string_view name) {
@@ -93,6 +101,9 @@ std::optional<Refusal> refusalOfBody(const RequestRecord& request) {
   if (request.headers.contains("transfer-encoding") ||
       request.headers.contains("content-encoding")) {
     return Refusal{400, "badRequest", "send the body as it is, with its length"};
+  }
+  if (request.headers.contains("range")) {  // many ranges could make a short answer very long
+    return Refusal{400, "badRequest", "ask for the whole of it"};
   }
   const auto length = onlyHeader(request, "content-length");
   if (request.method != "POST") {

@@ -2,12 +2,14 @@
 
 #include <httplib.h>
 
+#include <chrono>
 #include <nlohmann/json.hpp>
 #include <utility>
 
 #include "base/failure.h"
 #include "base/text.h"
 #include "http/connection_threads.h"
+#include "http/limited_server.h"
 #include "http/listen_address.h"
 #include "http/listening_options.h"
 #include "page/routes.h"
@@ -16,17 +18,11 @@ namespace fisheye_calibration::program {
 namespace {
 
 constexpr std::size_t kMostConnections = 2048;
-constexpr int kPatience = 2;  // seconds for a request to begin, and between its parts
-
-// The library lets five connections wait to be taken up, and of more the system drops some for a
-// second.
-class PatientServer : public httplib::Server {
- public:
-  void letManyWait() { ::listen(svr_sock_, kMostWaiting); }
-
- private:
-  static constexpr int kMostWaiting = 512;
-};
+constexpr ConnectionLimits kLimits = {.request = 2 * kLargestHeaders + kLargestBody,
+                                      .silence = std::chrono::seconds(2),
+                                      .whole = std::chrono::seconds(10),
+                                      .sending = std::chrono::seconds(5),
+                                      .slowest = 32768};
 
 RequestRecord recordOf(const httplib::Request& request) {
   RequestRecord record{.method = request.method, .target = request.target, .path = request.path};
@@ -49,14 +45,14 @@ void rememberToken(httplib::Response& response, const Access& access) {
 struct Server::Parts {
   explicit Parts(Engine& engine) : service{.engine = engine} {}
 
-  PatientServer http;
+  LimitedServer http = LimitedServer(kLimits);
   Service service;
   Access access;
 };
 
 Server::Server(Engine& engine, const std::string& host, int port)
     : parts_(std::make_unique<Parts>(engine)) {
-  PatientServer& http = parts_->http;
+  LimitedServer& http = parts_->http;
   Access& access = parts_->access;
   access.host = host;
   if (!isLoopback(host)) {
@@ -65,11 +61,6 @@ Server::Server(Engine& engine, const std::string& host, int port)
   http.new_task_queue = [] { return new ConnectionThreads(kMostConnections); };
   http.set_socket_options(setListeningOptions);
   http.set_tcp_nodelay(true);
-  // One request a connection: what follows a refused request in the same stream is never read.
-  http.set_keep_alive_max_count(1);
-  http.set_keep_alive_timeout(kPatience);
-  http.set_read_timeout(kPatience);
-  http.set_write_timeout(5);
   http.set_payload_max_length(kLargestBody);
   http.set_default_headers({{"Content-Security-Policy", kPolicy},
                             {"X-Content-Type-Options", "nosniff"},
@@ -116,8 +107,13 @@ std::string Server::address() const {
          (access.token.empty() ? "" : "?token=" + access.token);
 }
 
-void Server::run() { parts_->http.listen_after_bind(); }
+bool Server::run() { return parts_->http.listen_after_bind(); }
 
-void Server::stop() { parts_->http.stop(); }
+void Server::stop() {
+  parts_->http.stop();
+  parts_->http.disconnect();
+}
+
+bool Server::runs() const { return parts_->http.is_running(); }
 
 }  // namespace fisheye_calibration::program

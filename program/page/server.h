@@ -22,9 +22,11 @@ class Server {
   std::string address() const;
   const Access& access() const;
 
-  // Answers until stop() is called from another thread.
-  void run();
+  // Answers until stop() is called from another thread, which has no effect before runs() is true.
+  // False if the system does not let it go on.
+  bool run();
   void stop();
+  bool runs() const;
 
  private:
   struct Parts;

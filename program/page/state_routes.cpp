@@ -69,8 +69,12 @@ void answerEvents(Service& service, httplib::Response& response) {
         if (service.engine.stopped()) {
           return false;
         }
-        const std::string events = stream->next();
-        if (!events.empty() && !sink.write(events.data(), events.size())) {
+        try {
+          const std::string events = stream->next();
+          if (!events.empty() && !sink.write(events.data(), events.size())) {
+            return false;
+          }
+        } catch (const std::exception&) {  // such as no memory: the page asks again
           return false;
         }
         std::this_thread::sleep_for(kBetweenEvents);

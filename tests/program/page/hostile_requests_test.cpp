@@ -98,6 +98,20 @@ TEST(HostileRequests, AThousandConnectionsDoNotKeepThePageOut) {
   }));
 }
 
+TEST(HostileRequests, NumbersThatAreNearlyZeroDoNoHarm) {
+  const RunningServer running;
+  RawConnection events(running.port());
+  events.send("GET /api/events HTTP/1.1\r\nHost: " + running.host() + "\r\n\r\n");
+  EXPECT_FALSE(events.readSome().empty());
+  EXPECT_EQ(
+      running.act(
+          {{"action", "setBed"}, {"x", 1e-310}, {"y", -1e-320}, {"width", 600}, {"height", 400}}),
+      200);
+  EXPECT_FALSE(events.readSome().empty());
+  EXPECT_EQ(running.state()["bed"]["width"], 600);
+  EXPECT_NEAR(running.state()["bed"]["x"].get<double>(), 0, 1e-300);
+}
+
 TEST(HostileRequests, NamesFromThePageReachNoFile) {
   const RunningServer running;
   EXPECT_EQ(running.post({{"action", "save"}, {"folder", "/tmp"}, {"name", "../x"}})->status, 409);

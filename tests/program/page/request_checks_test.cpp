@@ -122,6 +122,24 @@ TEST(RequestChecks, BodiesAreShortJsonWithTheirLength) {
   EXPECT_EQ(statusOf(smuggled), 400);
 }
 
+TEST(RequestChecks, PartsAreNotSent) {
+  RequestRecord request = get();
+  request.headers.emplace("range", "bytes=0-,0-,0-");
+  EXPECT_EQ(statusOf(request), 400);
+}
+
+TEST(RequestChecks, ThePrintedAddressIsAlwaysAnswered) {
+  RequestRecord request = get();
+  set(request, "host", "127.0.0.2:8737");
+  EXPECT_EQ(statusOf(request), 403);
+  EXPECT_FALSE(refusalOf(request, {.host = "127.0.0.2", .port = 8737, .token = ""}));
+  set(request, "host", "127.0.0.1");
+  EXPECT_EQ(statusOf(request), 403);
+  EXPECT_FALSE(refusalOf(request, {.host = "127.0.0.1", .port = 80, .token = ""}));
+  set(request, "host", "127.0.0.1:81");
+  EXPECT_TRUE(refusalOf(request, {.host = "127.0.0.1", .port = 80, .token = ""}));
+}
+
 TEST(RequestChecks, OtherMethodsAndLongRequestsAreRefused) {
   for (const char* method : {"PUT", "DELETE", "OPTIONS", "HEAD", "PATCH", "TRACE"}) {
     RequestRecord request = get();
