@@ -21,6 +21,7 @@ using Clock = std::chrono::steady_clock;
 constexpr milliseconds kRepeat{200};        // between repeats of a still picture
 constexpr milliseconds kEachPicture{2000};  // for which a folder's picture is shown
 constexpr milliseconds kLeave{1500};        // for the thread to end
+constexpr milliseconds kFaulty{2000};       // of broken frames only, then a camera is opened anew
 constexpr double kUsualRate = 25;           // of videos that do not state it, frames/s
 
 }  // namespace
@@ -43,6 +44,7 @@ struct SourceReader::Shared {
   std::promise<void> ended;
   std::future<void> end = ended.get_future();
   int failures = 0;
+  std::string fault;  // of the newest frame
 
   bool isStopped() {
     const std::lock_guard lock(mutex);
@@ -86,15 +88,24 @@ struct SourceReader::Shared {
     const double rate = source.rate() > 0 ? source.rate() : kUsualRate;
     bool any = false;
     Clock::time_point due = Clock::now();
+    Clock::time_point whole = Clock::now();
+    fault.clear();
     while (!isStopped()) {
       std::optional<SourceFrame> frame = source.next();
       if (!frame) {
         break;
       }
-      if (frame->picture.empty()) {
-        continue;  // broken; the next one may be whole
+      if (frame->picture.empty()) {  // broken; the next one may be whole
+        fault = frame->fault;
+        const bool isLive = kind == SourceKind::kDevice || kind == SourceKind::kStream;
+        if (isLive && Clock::now() - whole > kFaulty) {
+          break;
+        }
+        continue;
       }
       any = true;
+      whole = Clock::now();
+      fault.clear();
       if (kind == SourceKind::kPicture || kind == SourceKind::kFolder) {
         const bool alone = kind == SourceKind::kPicture;
         hold(frame->picture, alone ? std::nullopt : std::optional(kEachPicture));
@@ -119,9 +130,11 @@ struct SourceReader::Shared {
       const bool any = readAll(*source);
       const bool repeats =
           source->kind() != SourceKind::kDevice && source->kind() != SourceKind::kStream;
-      return any && repeats
-                 ? ""
-                 : sourceName(text) + (any ? ": gives no more frames" : ": gives no frame");
+      if (any && repeats) {
+        return "";
+      }
+      return sourceName(text) + (any ? ": gives no more frames" : ": gives no frame") +
+             (fault.empty() ? "" : " (" + fault + ")");
     } catch (const std::exception& failure) {
       return onOneLine(failure.what());
     }
