@@ -21,6 +21,9 @@ bool fits(const std::string& option, Work work) {
   const auto isOneOf = [&](std::initializer_list<const char*> options) {
     return std::find(options.begin(), options.end(), option) != options.end();
   };
+  if (isOneOf({"--quiet", "--verbose"})) {
+    return true;
+  }
   if (isOneOf({"--machine", "--frames", "--scene", "--serve", "--rate"})) {
     return work == Work::kMachine;
   }

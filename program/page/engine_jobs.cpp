@@ -66,7 +66,7 @@ void Engine::calibrate(std::size_t source) {
   {
     const std::lock_guard lock(mutex_);
     wish = session_.wishOf(source);
-    revision = session_.at(source).calibration.revision;
+    revision = session_.calibrationBegins(source);
   }
   attempt(
       [&] {
@@ -92,18 +92,20 @@ void Engine::expect(std::size_t source) {
   if (wish.views.empty()) {
     return;
   }
-  // Views that determine nothing yet have no expected error; the calibration says why.
   attempt(
       [&] {
         const Expectation expectation = expectationOf(wish);
         change([&](Session& session) { session.expectationDone(source, revision, expectation); });
       },
-      [](const std::string&) {});
+      [&](const std::string& why) {
+        change([&](Session& session) { session.expectationFailed(source, revision, why); });
+      });
 }
 
 void Engine::gain(std::size_t source) {
   CalibrationWish wish;
   int revision = 0;
+  int steadyTime = 0;
   std::optional<Expectation> before;
   {
     const std::lock_guard lock(mutex_);
@@ -113,12 +115,15 @@ void Engine::gain(std::size_t source) {
     }
     wish = session_.wishOf(source, &state.search->points);
     revision = state.revision;
+    steadyTime = state.steadyTime;
     before = state.expectation;
   }
   attempt(
       [&] {
         const double after = before ? expectedAfter(wish, *before) : expectationOf(wish).onBed;
-        change([&](Session& session) { enqueue(session.gainDone(source, revision, after)); });
+        change([&](Session& session) {
+          enqueue(session.gainDone(source, revision, steadyTime, after));
+        });
       },
       [](const std::string&) {});
 }
@@ -167,8 +172,8 @@ void Engine::save() {
     }
     stitch = session_.stitch().outcome;
   }
-  const std::vector<std::string> files = saveFiles(folder_, outcomes, stitch);
-  change([&](Session& session) { session.saved(files); });
+  const SavedFiles files = saveFiles(folder_, outcomes, stitch);
+  change([&](Session& session) { session.saved(files.names, files.note); });
 }
 
 void Engine::stitchFrames() {

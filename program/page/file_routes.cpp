@@ -142,6 +142,17 @@ httplib::Server::Handler ofOutcome(Service& service, const char* name, const cha
   });
 }
 
+httplib::Server::Handler ofStitch(Service& service, const char* name, const char* type,
+                                  std::string (*textOf)(const StitchOutcome&)) {
+  return guarded([&service, name, type, textOf](const auto&, auto& response) {
+    const auto stitch = service.engine.stitch();
+    if (!stitch) {
+      failJob("stitch the cameras first");
+    }
+    attach(response, name, textOf(*stitch), type);
+  });
+}
+
 }  // namespace
 
 void addFileRoutes(httplib::Server& server, Service& service) {
@@ -159,13 +170,9 @@ void addFileRoutes(httplib::Server& server, Service& service) {
              ofOutcome(service, "report.html", "text/html; charset=utf-8", reportPage));
   server.Get("/download/report\\.json",
              ofOutcome(service, "report.json", "application/json", reportText));
-  server.Get("/download/dual\\.ini", guarded([&service](const auto&, auto& response) {
-               const auto stitch = service.engine.stitch();
-               if (!stitch) {
-                 failJob("stitch the cameras first");
-               }
-               attach(response, "dual.ini", dualText(*stitch), "text/plain");
-             }));
+  server.Get("/download/dual\\.ini", ofStitch(service, "dual.ini", "text/plain", dualText));
+  server.Get("/download/dual\\.html",
+             ofStitch(service, "dual.html", "text/html; charset=utf-8", dualPage));
 }
 
 }  // namespace fisheye_calibration::program

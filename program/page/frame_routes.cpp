@@ -131,9 +131,8 @@ void answerCorrected(Service& service, const httplib::Request& request,
     response.status = 204;
     return;
   }
-  const EncodedPicture picture =
-      service.corrected[source].encoded({frame->number, outcome.get()}, wish,
-                                        [&] { return correctedPicture(frame->picture, *outcome); });
+  const EncodedPicture picture = service.corrected[source].encoded(
+      {frame->number, outcome}, wish, [&] { return correctedPicture(frame->picture, *outcome); });
   answerPicture(response, picture, frame->number, *frame);
 }
 
@@ -156,7 +155,7 @@ void answerStitched(Service& service, const httplib::Request& request,
     const FramePointer right = service.engine.frames(1).newest();
     if (left && right && left->number + right->number > after) {
       const std::uint64_t number = left->number + right->number;
-      const EncodedPicture picture = service.stitched.encoded({number, stitch.get()}, wish, [&] {
+      const EncodedPicture picture = service.stitched.encoded({number, stitch}, wish, [&] {
         return stitchedPicture(*stitch, left->picture, right->picture);
       });
       answerPicture(response, picture, number, left->captured < right->captured ? *left : *right);

@@ -29,7 +29,7 @@ struct EncodedPicture {
 // calibrations, apart.
 class PictureStream {
  public:
-  using Version = std::pair<std::uint64_t, const void*>;
+  using Version = std::pair<std::uint64_t, std::shared_ptr<const void>>;
   EncodedPicture encoded(const Version& version, const PartWish& wish,
                          const std::function<cv::Mat()>& render);
 

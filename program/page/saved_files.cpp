@@ -4,13 +4,16 @@
 
 #include "base/failure.h"
 #include "base/file_path.h"
+#include "drawing/seam_overlay.h"
 #include "files/camera_file.h"
 #include "files/dual_file.h"
 #include "files/output_files.h"
 #include "files/points_csv.h"
 #include "files/read_file.h"
+#include "geometry/stitch_agreement.h"
 #include "page/request_checks.h"
 #include "report_pages/calibration_page.h"
+#include "report_pages/stitch_page.h"
 #include "reports/calibration_json.h"
 #include "reports/calibration_notes.h"
 
@@ -60,12 +63,12 @@ std::string textOf(const char* name, const Stage& stage) {
 
 }  // namespace
 
-std::vector<std::string> saveFiles(const fs::path& folder, const Outcomes& outcomes,
-                                   const std::shared_ptr<const StitchOutcome>& stitch) {
+SavedFiles saveFiles(const fs::path& folder, const Outcomes& outcomes,
+                     const std::shared_ptr<const StitchOutcome>& stitch) {
   OutputFiles files;
-  std::vector<std::string> names;
+  SavedFiles saved;
   const auto pathOf = [&](const std::string& name) {
-    names.push_back(name);
+    saved.names.push_back(name);
     return folder / name;
   };
   for (std::size_t i = 0; i < outcomes.size(); ++i) {
@@ -78,11 +81,19 @@ std::vector<std::string> saveFiles(const fs::path& folder, const Outcomes& outco
     files.stage(pathOf("points" + suffix + ".csv"), pointsText(*outcomes[i]));
     files.stage(pathOf("report" + suffix + ".html"), pageOf(*outcomes[i], camera));
   }
-  if (stitch) {
+  if (stitch && stitch->trusted) {
     stageDual(files, pathOf("dual.ini"), stitch->whole.record);
+    files.stage(pathOf("dual.html"), dualPage(*stitch));
+  } else if (outcomes.size() > 1) {
+    std::error_code ignored;
+    saved.note = stitch ? "no dual.ini, because the cameras do not agree well enough"
+                        : "no dual.ini, because the two pictures are not joined";
+    if (fs::exists(folder / "dual.ini", ignored)) {
+      saved.note += "; the one that is there is of an earlier calibration";
+    }
   }
   files.commit();
-  return names;
+  return saved;
 }
 
 std::string cameraText(const CalibrationOutcome& outcome) {
@@ -98,6 +109,25 @@ std::string pointsText(const CalibrationOutcome& outcome) {
 std::string reportText(const CalibrationOutcome& outcome) { return formatJson(reportOf(outcome)); }
 
 std::string reportPage(const CalibrationOutcome& outcome) { return pageOf(outcome, "camera.ini"); }
+
+std::string dualPage(const StitchOutcome& stitch) {
+  StitchPair pair = stitch.pair;
+  DualFishEyeCalibrationParam record{};
+  const cv::Mat canvas = stitchedPicture(pair, record);
+  const SharedPoints shared = sharedPoints(pair);
+  StitchPage page{.leftName = "camera 1",
+                  .rightName = "camera 2",
+                  .pictureName = "joined picture",
+                  .pictureSize = {.width = canvas.cols, .height = canvas.rows},
+                  .canvas = canvas,
+                  .record = record,
+                  .agreement = agreementAt(pair, shared, record),
+                  .seam = seamRows(pair, shared),
+                  .seamOffset = (canvas.rows - pair.left.viewSize().height) / 2,
+                  .warnings = stitch.warnings,
+                  .trusted = stitch.trusted};
+  return stitchPage(page);
+}
 
 std::string dualText(const StitchOutcome& stitch) {
   return textOf("dual.ini", [&](OutputFiles& files, const fs::path& path) {

@@ -13,10 +13,16 @@ namespace fisheye_calibration::program {
 
 using Outcomes = std::vector<std::shared_ptr<const CalibrationOutcome>>;
 
-// Writes camera.ini, points.csv and report.html, numbered if there are two cameras, and dual.ini if
-// there is a stitch. Everything is staged before anything is replaced. Returns the names.
-std::vector<std::string> saveFiles(const std::filesystem::path& folder, const Outcomes& outcomes,
-                                   const std::shared_ptr<const StitchOutcome>& stitch);
+struct SavedFiles {
+  std::vector<std::string> names;
+  std::string note;  // of what was left out or does not fit; empty: nothing
+};
+
+// Writes camera.ini, points.csv and report.html, numbered if there are two cameras, and dual.ini
+// and dual.html if there is a stitch that is to be trusted. Everything is staged before anything is
+// replaced.
+SavedFiles saveFiles(const std::filesystem::path& folder, const Outcomes& outcomes,
+                     const std::shared_ptr<const StitchOutcome>& stitch);
 
 // The same texts for downloads.
 std::string cameraText(const CalibrationOutcome& outcome);
@@ -24,5 +30,6 @@ std::string pointsText(const CalibrationOutcome& outcome);
 std::string reportText(const CalibrationOutcome& outcome);  // JSON
 std::string reportPage(const CalibrationOutcome& outcome);  // HTML
 std::string dualText(const StitchOutcome& stitch);
+std::string dualPage(const StitchOutcome& stitch);  // HTML
 
 }  // namespace fisheye_calibration::program

@@ -108,19 +108,20 @@ void Session::forgetViews(SourceState& source) {
   ++source.revision;
   source.search.reset();
   source.pointsStill = false;
-  source.gain.reset();
-  source.gainAsked = false;
+  source.forgetGain();
   source.expectation.reset();
+  source.noExpectation.clear();
   source.verify = {};
   stitch_ = {};
+  forgetSaved();
 }
 
 Jobs Session::viewsChanged(std::size_t index) {
   SourceState& source = sources_.at(index);
   ++source.revision;
-  source.gain.reset();
-  source.gainAsked = false;
+  source.forgetGain();
   source.expectation.reset();
+  source.noExpectation.clear();
   return source.views.empty() ? Jobs() : Jobs{{Job::Kind::kExpect, index}};
 }
 
@@ -216,6 +217,7 @@ Jobs Session::begin(Job::Kind kind, const std::optional<std::size_t>& which) {
   Jobs jobs;
   for (const std::size_t i : meant(which)) {
     if (kind == Job::Kind::kCalibrate) {
+      forgetSaved();
       SourceState& source = sources_.at(i);
       source.calibration = {.status = JobStatus::kRunning,
                             .step = "beginning",

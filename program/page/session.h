@@ -67,11 +67,18 @@ struct StitchState {
   std::shared_ptr<const StitchOutcome> outcome;
 };
 
+struct SavedState {
+  std::vector<std::string> files;
+  std::string note;
+  int count = 0;  // how often
+};
+
 struct SourceState {
   std::string name;
   SourceStatus status = SourceStatus::kOpening;
   std::string message;
-  Size image;
+  Size image;                  // of the views and the calibration, if there are any
+  std::optional<Size> other;   // that the picture has now, if it is not that
   std::optional<double> rate;  // frames per second
   std::optional<double> age;   // ms from capture to JPEG
   std::optional<Exposure> exposure;
@@ -82,14 +89,21 @@ struct SourceState {
   std::optional<double> searchRate;
   std::optional<Gain> gain;
   bool gainAsked = false;  // since the picture has been steady
+  int steadyTime = 0;      // number of the time since then, to know whose gain a result is
   std::vector<TakenView> views;
   int bedView = 0;  // id
   int nextView = 1;
   int revision = 0;  // of what a calibration depends on
   std::optional<Expectation> expectation;
+  std::string noExpectation;  // why there is none
   CalibrationState calibration;
   VerifyState verify;
 
+  void forgetGain() {
+    gain.reset();
+    gainAsked = false;
+    ++steadyTime;
+  }
   bool steady() const { return still && pointsStill; }
   bool found() const { return search && !search->points.empty(); }
   // A view can be taken now.
@@ -122,18 +136,22 @@ class Session {
   void frameSent(std::size_t index, double age);
 
   // Results of jobs. Those that belong to views that have changed since are dropped or marked.
+  // The views that are there when it begins count. Returns their revision.
+  int calibrationBegins(std::size_t index);
   void calibrationStep(std::size_t index, double progress, const std::string& step);
   void calibrationDone(std::size_t index, int revision,
                        const std::shared_ptr<const CalibrationOutcome>& outcome);
   void calibrationFailed(std::size_t index, const std::string& message);
   void expectationDone(std::size_t index, int revision, const Expectation& expectation);
+  void expectationFailed(std::size_t index, int revision, const std::string& message);
   // Returns further jobs if the view was taken, because pages wish for that.
-  Jobs gainDone(std::size_t index, int revision, double after);
+  Jobs gainDone(std::size_t index, int revision, int steadyTime, double after);
   void verifyDone(std::size_t index, const BedMotion& motion);
   void verifyFailed(std::size_t index, const std::string& message);
   void stitchDone(const std::shared_ptr<const StitchOutcome>& outcome);
   void stitchFailed(const std::string& message);
-  void saved(const std::vector<std::string>& files);
+  // With what there is to say of them.
+  void saved(const std::vector<std::string>& files, const std::string& note);
 
   // What a calibration of the views would work on; `with` is added to them.
   CalibrationWish wishOf(std::size_t index,
@@ -154,7 +172,8 @@ class Session {
   bool autoTake() const { return autoTake_; }
   const std::string& folder() const { return folder_; }
   const StitchState& stitch() const { return stitch_; }
-  const std::vector<std::string>& savedFiles() const { return savedFiles_; }
+  // Of the present calibrations.
+  const SavedState& saved() const { return saved_; }
   std::uint64_t number() const { return number_; }
 
  private:
@@ -167,6 +186,8 @@ class Session {
   void accept(const std::optional<std::size_t>& which);
   void choose(const ChosenTarget& chosen);
   void forgetViews(SourceState& source);
+  void forgetSaved() { saved_ = {.files = {}, .note = "", .count = saved_.count}; }
+  bool keepsSize(std::size_t index, const Size& image);
   Jobs viewsChanged(std::size_t index);
   Jobs bedChanged();
   Jobs deleteView(const DeleteView& action);
@@ -182,7 +203,7 @@ class Session {
   int step_ = 1;
   bool autoTake_ = false;
   StitchState stitch_;
-  std::vector<std::string> savedFiles_;
+  SavedState saved_;
   std::uint64_t number_ = 1;
 };
 

@@ -35,7 +35,7 @@ bool sameplaced(const std::vector<CalibrationPoint>& a, const std::vector<Calibr
 
 void Session::sourceLive(std::size_t index) {
   SourceState& source = sources_.at(index);
-  if (source.status != SourceStatus::kLive) {
+  if (source.status != SourceStatus::kLive && !source.other) {
     source.status = SourceStatus::kLive;
     source.message.clear();
     changed();
@@ -52,28 +52,41 @@ void Session::sourceLost(std::size_t index, const std::string& message) {
   source.rate.reset();
   source.still = false;
   source.search.reset();
-  source.gain.reset();
-  source.gainAsked = false;
+  source.forgetGain();
   changed();
+}
+
+// Of another camera, or of another mode of it, that may be gone again soon: the views wait.
+bool Session::keepsSize(std::size_t index, const Size& image) {
+  SourceState& source = sources_.at(index);
+  const bool hasWork = !source.views.empty() || source.calibration.status != JobStatus::kNone;
+  if (source.image == image || !hasWork) {
+    source.image = image;
+    if (source.other) {
+      source.other.reset();
+      sourceLive(index);
+    }
+    return true;
+  }
+  source.other = image;
+  sourceLost(index, source.name + ": the picture has " + sizeText(image) +
+                        " pixels now, the views have " + sizeText(source.image) +
+                        "; set the camera back, or begin again in step 5");
+  return false;
 }
 
 void Session::measured(std::size_t index, const Size& image, double rate, const Exposure& exposure,
                        const Focus& focus, bool still) {
   SourceState& source = sources_.at(index);
-  if (source.image != image) {
-    if (source.image != Size()) {
-      forgetViews(source);  // of another camera or another mode of it
-      source.calibration = {};
-    }
-    source.image = image;
+  if (!keepsSize(index, image)) {
+    return;
   }
   source.rate = rate;
   source.exposure = exposure;
   source.focus = focus;
   source.still = still;
   if (!still) {
-    source.gain.reset();
-    source.gainAsked = false;
+    source.forgetGain();
   }
   changed();
 }
@@ -88,8 +101,7 @@ Jobs Session::searched(std::size_t index, const SearchResult& result, double rat
   source.searchRate = rate;
   changed();
   if (!source.steady()) {
-    source.gain.reset();
-    source.gainAsked = false;
+    source.forgetGain();
     return {};
   }
   if (!result.exact || source.gainAsked || step_ != 2 ||
@@ -106,13 +118,20 @@ void Session::searchStopped(std::size_t index) {
     source.search.reset();
     source.searchRate.reset();
     source.pointsStill = false;
-    source.gain.reset();
-    source.gainAsked = false;
+    source.forgetGain();
     changed();
   }
 }
 
 void Session::frameSent(std::size_t index, double age) { sources_.at(index).age = age; }
+
+int Session::calibrationBegins(std::size_t index) {
+  SourceState& source = sources_.at(index);
+  if (source.calibration.status == JobStatus::kRunning) {
+    source.calibration.revision = source.revision;
+  }
+  return source.revision;
+}
 
 void Session::calibrationStep(std::size_t index, double progress, const std::string& step) {
   CalibrationState& calibration = sources_.at(index).calibration;
@@ -126,13 +145,14 @@ void Session::calibrationStep(std::size_t index, double progress, const std::str
 void Session::calibrationDone(std::size_t index, int revision,
                               const std::shared_ptr<const CalibrationOutcome>& outcome) {
   CalibrationState& calibration = sources_.at(index).calibration;
-  if (calibration.status != JobStatus::kRunning) {
-    return;  // reset in the meantime
+  if (calibration.status != JobStatus::kRunning || calibration.revision != revision) {
+    return;  // reset in the meantime, and perhaps begun anew
   }
   calibration = {
       .status = JobStatus::kDone, .progress = 1, .revision = revision, .outcome = outcome};
   sources_.at(index).verify = {};
   stitch_ = {};
+  forgetSaved();
   changed();
 }
 
@@ -154,9 +174,17 @@ void Session::expectationDone(std::size_t index, int revision, const Expectation
   }
 }
 
-Jobs Session::gainDone(std::size_t index, int revision, double after) {
+void Session::expectationFailed(std::size_t index, int revision, const std::string& message) {
   SourceState& source = sources_.at(index);
-  if (source.revision != revision || !source.steady() || !source.found()) {
+  if (source.revision == revision) {
+    source.noExpectation = message;
+    changed();
+  }
+}
+
+Jobs Session::gainDone(std::size_t index, int revision, int steadyTime, double after) {
+  SourceState& source = sources_.at(index);
+  if (source.revision != revision || source.steadyTime != steadyTime || !source.ready()) {
     return {};
   }
   Gain gain{.after = after};
@@ -190,6 +218,7 @@ void Session::verifyFailed(std::size_t index, const std::string& message) {
 void Session::stitchDone(const std::shared_ptr<const StitchOutcome>& outcome) {
   if (stitch_.status == JobStatus::kRunning) {
     stitch_ = {.status = JobStatus::kDone, .message = "", .outcome = outcome};
+    forgetSaved();
     changed();
   }
 }
@@ -201,8 +230,8 @@ void Session::stitchFailed(const std::string& message) {
   }
 }
 
-void Session::saved(const std::vector<std::string>& files) {
-  savedFiles_ = files;
+void Session::saved(const std::vector<std::string>& files, const std::string& note) {
+  saved_ = {.files = files, .note = note, .count = saved_.count + 1};
   changed();
 }
 

@@ -170,6 +170,7 @@ Json sourceJson(const Session& session, std::size_t index) {
   result["gain"] = gainJson(source.gain);
   result["views"] = viewsJson(source);
   result["expectedError"] = source.expectation ? number(source.expectation->onBed) : Json(nullptr);
+  result["expectedProblem"] = optionalText(source.noExpectation);
   result["calibration"] = calibrationJson(source.calibration, session.isOutdated(index));
   result["verify"] = verifyJson(source.verify);
   return result;
@@ -226,10 +227,11 @@ std::string snapshotOf(const Session& session, const Instance& instance) {
   }
   state["stitch"] = stitchJson(session);
   state["saved"] = nullptr;
-  if (!session.savedFiles().empty()) {
-    state["saved"] = {
-        {"files", session.savedFiles()},
-        {"text", joined(session.savedFiles(), ", ") + " written to " + session.folder()}};
+  if (const SavedState& saved = session.saved(); !saved.files.empty()) {
+    state["saved"] = {{"files", saved.files},
+                      {"count", saved.count},
+                      {"text", joined(saved.files, ", ") + " written to " + session.folder() +
+                                   (saved.note.empty() ? "" : "; " + saved.note)}};
   }
   // Names of sources may hold bytes that are no UTF-8.
   return state.dump(-1, ' ', false, Json::error_handler_t::replace);

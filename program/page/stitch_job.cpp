@@ -70,12 +70,22 @@ StitchOutcome stitched(const CalibrationOutcome& left, const cv::Mat& leftFrame,
   return outcome;
 }
 
+cv::Mat stitchedPicture(StitchPair& pair, DualFishEyeCalibrationParam& record) {
+  return toPicture(stitchedBuffer(pair, record));
+}
+
 cv::Mat stitchedPicture(const StitchOutcome& outcome, const cv::Mat& left, const cv::Mat& right) {
+  const auto fits = [](const FrameBuffer& was, const cv::Mat& now) {
+    return was.size.width == now.cols && was.size.height == now.rows;
+  };
+  if (!fits(outcome.pair.left.frame, left) || !fits(outcome.pair.right.frame, right)) {
+    failJob("a camera's picture has another size now; calibrate again");
+  }
   StitchPair pair = outcome.pair;
   pair.left.frame = toBuffer(left);
   pair.right.frame = toBuffer(right);
   DualFishEyeCalibrationParam record{};
-  return toPicture(stitchedBuffer(pair, record));
+  return stitchedPicture(pair, record);
 }
 
 }  // namespace fisheye_calibration::program

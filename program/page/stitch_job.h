@@ -33,6 +33,9 @@ struct StitchOutcome {
 StitchOutcome stitched(const CalibrationOutcome& left, const cv::Mat& leftFrame,
                        const CalibrationOutcome& right, const cv::Mat& rightFrame);
 
+// The picture of the pair's own frames, and its record.
+cv::Mat stitchedPicture(StitchPair& pair, DualFishEyeCalibrationParam& record);
+
 // The picture of later frames.
 cv::Mat stitchedPicture(const StitchOutcome& outcome, const cv::Mat& left, const cv::Mat& right);
 

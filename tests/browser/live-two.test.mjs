@@ -11,7 +11,7 @@ import { Live, Machine, showScene, truth, until } from "./support/live.mjs";
 import { Person } from "./support/person.mjs";
 
 const kGoodEnough = 0.5; // mm
-const kFiles = ["camera1.ini", "camera2.ini", "dual.ini", "points1.csv", "points2.csv", "report1.html", "report2.html"];
+const kFiles = ["camera1.ini", "camera2.ini", "dual.html", "dual.ini", "points1.csv", "points2.csv", "report1.html", "report2.html"];
 
 let folder;
 let machine;

@@ -44,7 +44,15 @@ export class BedStage {
       this.position,
       element("p", { class: "note", id: "bed-keys" }, keys),
     );
-    this.loop = new FrameLoop({ request: () => this.request(), draw: (frame) => this.take(frame) });
+    this.refusal = "";
+    this.loop = new FrameLoop({
+      request: () => this.request(),
+      draw: (frame) => this.take(frame),
+      refused: (text) => {
+        this.refusal = `${text[0].toUpperCase()}${text.slice(1)}.`;
+        this.update(this.state);
+      },
+    });
     attachGestures(this.view, this.viewport, {
       moved: () => this.moved(),
       hover: (at) => this.hover(at),
@@ -91,6 +99,7 @@ export class BedStage {
 
   choose(value) {
     this.shown = value;
+    this.refusal = "";
     this.frame?.bitmap.close();
     this.frame = null;
     this.loop.renew();
@@ -114,7 +123,7 @@ export class BedStage {
     }
     const source = state.sources[this.shown] ?? state.sources.find(({ status }) => status !== "live") ?? state.sources[0];
     const gone = source.status !== "live" ? (source.message ?? "The picture is gone.") : "";
-    const waiting = this.frame ? "" : "Waiting for the picture.";
+    const waiting = this.refusal || (this.frame ? "" : "Waiting for the picture.");
     setText(this.message, this.viewport.view ? gone || waiting : "Calibrate first: step 3.");
     show(this.message, this.message.textContent !== "");
     this.element.classList.toggle("gone", source.status !== "live");
@@ -133,17 +142,22 @@ export class BedStage {
     const { part, size } = this.viewport;
     const wanted = size.width * Math.min(window.devicePixelRatio || 1, 2);
     const columns = Math.min(kMostColumns, Math.max(1, Math.ceil(wanted / kColumnStep)) * kColumnStep);
-    const path = this.shown === "stitched" ? "/frames/stitched.jpg" : `/frames/${this.shown}/corrected.jpg`;
-    return { path, query: { columns, ...part } };
+    return { path: this.path(), query: { columns, ...part } };
+  }
+
+  path() {
+    return this.shown === "stitched" ? "/frames/stitched.jpg" : `/frames/${this.shown}/corrected.jpg`;
   }
 
   take(frame) {
     // Frames of the view that was shown before belong nowhere.
-    if (frame.width !== this.viewport.view?.width || frame.height !== this.viewport.view.height) {
+    const { view } = this.viewport;
+    if (frame.path !== this.path() || frame.width !== view?.width || frame.height !== view.height) {
       frame.bitmap.close();
       return;
     }
-    const isFirst = this.frame === null;
+    const isFirst = this.frame === null || this.refusal !== "";
+    this.refusal = "";
     this.frame?.bitmap.close();
     this.frame = frame;
     this.redraw();

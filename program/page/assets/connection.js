@@ -3,7 +3,17 @@
 const kSilence = 6000; // ms without a word, after which the connection counts as lost
 const kRetry = 1000; // ms
 
-// Calls state(snapshot), points(event) and connected(boolean). Snapshots are whole, so the newest is all there is to know.
+// Why the program refuses the stream of events; nothing if it does not answer at all.
+async function reason() {
+  try {
+    const response = await fetch("/api/state");
+    return response.ok ? null : await refusal(response);
+  } catch {
+    return null;
+  }
+}
+
+// Calls state(snapshot), points(event) and connected(boolean, reason). Snapshots are whole, so the newest is all there is to know.
 export function connect({ state, points, connected }) {
   let stream = null;
   let watch = null;
@@ -22,8 +32,9 @@ export function connect({ state, points, connected }) {
     stream.close();
     if (alive !== false) {
       alive = false;
-      connected(false);
+      connected(false, null);
     }
+    reason().then((text) => alive === false && connected(false, text));
     setTimeout(open, kRetry);
   };
   const open = () => {

@@ -9,7 +9,7 @@ const numbersOf = (text) => text?.split(",").map(Number) ?? null;
 
 export class FrameLoop {
   // `request()` returns { path, query } or null if there is nothing to ask for now; `draw(frame)` is given
-  // { bitmap, number, width, height, part, age } and owns the bitmap. `refused(text)`: why there is no picture.
+  // { bitmap, path, number, width, height, part, age } and owns the bitmap. `refused(text)`: why there is no picture.
   constructor({ request, draw, refused = () => {} }) {
     Object.assign(this, { request, draw, refused });
     this.after = 0;
@@ -74,6 +74,7 @@ export class FrameLoop {
     const blob = await response.blob();
     const number = (name) => Number(response.headers.get(name));
     const frame = {
+      path,
       number: number("X-Frame"),
       width: number("X-Width"),
       height: number("X-Height"),

@@ -39,7 +39,7 @@ export class News {
     if (now.stitch?.status !== before.stitch?.status && ["done", "failed"].includes(now.stitch?.status)) {
       this.tell(now.stitch.text ?? now.stitch.message);
     }
-    if (now.saved && now.saved.text !== before.saved?.text) {
+    if (now.saved && now.saved.count !== before.saved?.count) {
       this.tell(now.saved.text);
     }
   }
@@ -57,8 +57,8 @@ function changesOf(before, now) {
     changes.push(`${now.views.length} views are left`);
   }
   if (now.calibration.status !== before.calibration.status) {
-    const { status, verdict, message, onBed } = now.calibration;
-    const told = { done: `calibrated: ${verdict}, ${mm(onBed)} on the bed`, failed: message };
+    const { status, verdict, message, onBed, trusted } = now.calibration;
+    const told = { done: `calibrated: ${trusted ? "" : "not to be trusted: "}${verdict}, ${mm(onBed)} on the bed`, failed: message };
     if (told[status]) {
       changes.push(told[status]);
     }

@@ -1,12 +1,12 @@
 // Numbers in words as a person reads them.
 
-// Three figures at most, no more than two decimals: 0.41, 12.3, 140.
+// Three figures at most, and no more than three decimals: 0.004, 0.41, 12.3, 140.
 export function mm(value) {
   if (value === null || value === undefined) {
     return "unknown";
   }
   const size = Math.abs(value);
-  return `${value.toFixed(size >= 100 ? 0 : size >= 10 ? 1 : 2)} mm`;
+  return `${value.toFixed(size >= 100 ? 0 : size >= 10 ? 1 : size >= 0.005 || size === 0 ? 2 : 3)} mm`;
 }
 
 // A measured length, to the hundredth.

@@ -161,13 +161,20 @@ function takeState(state) {
   }
 }
 
-function connected(alive) {
+function connected(alive, reason = null) {
   const again = alive && app.alive === false;
+  const lost = !alive && app.alive !== false;
   app.alive = alive;
   setAttribute(find("connection"), "data-state", alive ? "good" : "bad");
   setText(find("connection-text"), alive ? "connected" : "not connected");
   show(find("lost"), !alive);
   if (!alive) {
+    setText(
+      find("lost"),
+      reason ? `The program refuses this page: ${reason}.` : "The program does not answer. This page tries again every second.",
+    );
+  }
+  if (lost) {
     app.tell("the program does not answer; trying again");
     app.raw?.stop();
     app.bed?.stop();

@@ -99,6 +99,16 @@ function stitchPart(app, bed) {
   };
 }
 
+function reachedText({ sources }) {
+  const all = sources.map(({ calibration }) => calibration);
+  if (all.some(({ onBed }) => onBed === null)) {
+    return "";
+  }
+  const each = all.map(({ onBed }, index) => mm(onBed) + (all.length > 1 ? ` (${cameraName(index).toLowerCase()})` : ""));
+  const doubt = all.every(({ trusted }) => trusted) ? "" : " Not to be trusted: see step 3.";
+  return `Expected error at the worst place on the bed: at most ${each.join(" and ")}, with 95 % certainty.${doubt}`;
+}
+
 export function checkStep(app, count, bed) {
   const verify = verifyPart(app, count);
   const stitch = stitchPart(app, bed);
@@ -109,13 +119,7 @@ export function checkStep(app, count, bed) {
     lead: "The bed as seen from straight above. Measure something that you know, with the ruler or the crosshair.",
     element: element("div", {}, reached, stitch.element, crosshairForm(bed), verify.element, go.element),
     update(state) {
-      const errors = state.sources.map(({ calibration }) => calibration.onBed);
-      setText(
-        reached,
-        errors.every((error) => error !== null)
-          ? `Places on the bed are right to ${errors.map((error, index) => mm(error) + (count > 1 ? ` (${cameraName(index).toLowerCase()})` : "")).join(" and ")}, 95 % of them.`
-          : "",
-      );
+      setText(reached, reachedText(state));
       verify.update(state);
       stitch.update(state);
       const joined = state.stitch === null || state.stitch.status === "done";

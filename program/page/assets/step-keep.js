@@ -19,6 +19,7 @@ function downloadsOf(state) {
     ];
   });
   if (state.stitch?.status === "done") {
+    files.push({ path: "/download/dual.html", name: "dual.html", label: "Both cameras: report of how they join (dual.html)" });
     files.push({ path: "/download/dual.ini", name: "dual.ini", label: "Both cameras: how they join (dual.ini)" });
   }
   return files;
@@ -26,13 +27,19 @@ function downloadsOf(state) {
 
 const begun = (text) => text[0].toUpperCase() + text.slice(1);
 
+const allTrusted = ({ sources, stitch }) =>
+  sources.every(({ calibration }) => calibration.status !== "done" || calibration.trusted) && stitch?.trusted !== false;
+
 function reachedText({ sources }) {
   return sources
     .map(({ calibration }, index) => {
       const who = sources.length > 1 ? `${cameraName(index)}: ` : "";
-      return calibration.status === "done"
-        ? `${who}${begun(calibration.verdict)}, errors up to ${mm(calibration.onBed)} on the bed (95 %).`
-        : `${who}Not calibrated yet.`;
+      if (calibration.status !== "done") {
+        return `${who}Not calibrated yet.`;
+      }
+      const told = calibration.trusted ? begun(calibration.verdict) : `Not to be trusted: ${calibration.verdict}`;
+      const since = calibration.outdated ? " Views, target or bed have changed since." : "";
+      return `${who}${told}, errors up to ${mm(calibration.onBed)} on the bed (95 %).${since}`;
     })
     .join(" ");
 }
@@ -43,6 +50,7 @@ export function keepStep(app) {
   const where = element("p", { class: "note" });
   const saved = element("p", { class: "notice good" });
   const list = element("ul", { class: "downloads" });
+  const doubtful = element("p", { class: "notice warn" }, "Not all of these files are to be trusted: see steps 3 and 4.");
   const again = actionButton("Begin again", async () => {
     if (confirmed()) {
       // The bed is not shown any more before it is forgotten: no picture is asked for that is not there.
@@ -71,11 +79,13 @@ export function keepStep(app) {
       where,
       save.element,
       element("h3", { class: "rest" }, "Download"),
+      doubtful,
       list,
       element("div", { class: "row rest" }, again.element),
     ),
     update(state) {
       setText(reached, reachedText(state));
+      show(doubtful, !allTrusted(state));
       const accepted = state.sources.every(({ calibration }) => calibration.accepted);
       const done = state.sources.some(({ calibration }) => calibration.status === "done");
       save.enable(state.folder !== null && accepted);

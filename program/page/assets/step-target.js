@@ -21,11 +21,14 @@ function foundText({ status, detection, steady }) {
 }
 
 // What a view would do to the expected error, from -> to.
-function gainText({ gain, expectedError, views, detection, steady }) {
+function gainText({ gain, expectedError, expectedProblem, views, detection, steady }) {
   if (gain && detection.status === "found") {
     return gain.before === null
       ? `This view would give an expected bed error of ${mm(gain.after)}.`
       : `This view: expected bed error ${mm(gain.before)} → ${mm(gain.after)}.${gain.useful ? "" : " It adds little: tilt the target or move it."}`;
+  }
+  if (expectedProblem !== null) {
+    return `No error can be expected yet: ${expectedProblem}.`;
   }
   if (detection.status === "found" && steady) {
     return "Working out what this view adds.";

@@ -146,6 +146,9 @@ TEST_F(SimulateCommand, OptionsOfOtherWorkAreRefused) {
     EXPECT_EQ(run.exitCode, 2);
     EXPECT_EQ(run.err, message);
   }
+  for (const char* general : {"--quiet", "--verbose"}) {
+    EXPECT_EQ(simulate({"--machine", machine, "--frames", folder.file("f"), general}).exitCode, 0);
+  }
 }
 
 TEST_F(SimulateCommand, ImpossibleMachinesAreRefused) {

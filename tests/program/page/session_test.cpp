@@ -1,66 +1,19 @@
 #include "page/session.h"
 
-#include <gtest/gtest.h>
-
-#include <nlohmann/json.hpp>
-
-#include "base/failure.h"
-#include "page/session_json.h"
+#include "program/page/session_with_target.h"
 
 namespace fisheye_calibration::program {
 namespace {
 
 using nlohmann::json;
 
-constexpr Size kImage = {.width = 640, .height = 480};
-
-SearchResult found(float shift = 0, bool exact = true) {
-  SearchResult result{.frame = 7, .image = kImage, .exact = exact};
-  for (int id = 1; id <= 12; ++id) {
-    const auto x = static_cast<float>(40 * id);
-    result.points.push_back(
-        {.PointId = id, .Xw = x, .Yw = 0, .ImagePtX = x + shift, .ImagePtY = 9});
-  }
-  return result;
-}
-
-class SessionWithTarget : public testing::Test {
- protected:
-  SessionWithTarget() {
-    session.apply(SetTarget{checkedTarget("chessboard", 4, 3, 10, 0, 0)});
-    session.apply(SetStep{2});
-    session.sourceLive(0);
-    measure(true);
-  }
-
-  void measure(bool still) { session.measured(0, kImage, 30, {}, {}, still); }
-
-  Jobs seeSteadily() {
-    session.searched(0, found(), 10);
-    return session.searched(0, found(), 10);
-  }
-
-  std::string refusalOf(const Action& action) {
-    try {
-      session.apply(action);
-    } catch (const Failure& failure) {
-      return failure.what();
-    }
-    return "";
-  }
-
-  json shown() const { return json::parse(snapshotOf(session, {"id", "1"}))["sources"][0]; }
-
-  Session session{{"camera"}, "out"};
-};
-
 TEST_F(SessionWithTarget, ViewsAreTakenOfSteadyPicturesOnly) {
   EXPECT_EQ(refusalOf(TakeView{}), "the target is not found in the picture");
-  session.searched(0, found(), 10);
+  session.searched(0, foundTarget(), 10);
   EXPECT_EQ(refusalOf(TakeView{}), "the picture moves; hold the target still for a moment");
-  session.searched(0, found(3), 10);
+  session.searched(0, foundTarget(3), 10);
   EXPECT_EQ(refusalOf(TakeView{}), "the picture moves; hold the target still for a moment");
-  session.searched(0, found(3.5), 10);
+  session.searched(0, foundTarget(3.5), 10);
   EXPECT_EQ(refusalOf(TakeView{}), "");
   measure(false);
   EXPECT_EQ(refusalOf(TakeView{}), "the picture moves; hold the target still for a moment");
@@ -68,13 +21,13 @@ TEST_F(SessionWithTarget, ViewsAreTakenOfSteadyPicturesOnly) {
 }
 
 TEST_F(SessionWithTarget, AQuickSearchIsNotMeasuredWellEnoughForAView) {
-  session.searched(0, found(0, false), 10);
-  session.searched(0, found(0, false), 10);
+  session.searched(0, foundTarget(0, false), 10);
+  session.searched(0, foundTarget(0, false), 10);
   EXPECT_EQ(refusalOf(TakeView{}), "the picture moves; hold the target still for a moment");
 }
 
 TEST_F(SessionWithTarget, WhatIsThereInsteadOfTheTargetIsSaid) {
-  session.searched(0, {.image = kImage, .seen = "an 8 x 6 board is there"}, 10);
+  session.searched(0, {.image = kSessionImage, .seen = "an 8 x 6 board is there"}, 10);
   EXPECT_EQ(refusalOf(TakeView{}), "the target is not found; an 8 x 6 board is there");
   EXPECT_EQ(shown()["detection"]["status"], "none");
 }
@@ -83,31 +36,62 @@ TEST_F(SessionWithTarget, TheGainIsComputedOnceWhileThePictureIsSteady) {
   const Jobs jobs = seeSteadily();
   ASSERT_EQ(jobs.size(), 1U);
   EXPECT_EQ(jobs[0].kind, Job::Kind::kGain);
-  EXPECT_TRUE(session.searched(0, found(), 10).empty());
+  EXPECT_TRUE(session.searched(0, foundTarget(), 10).empty());
   EXPECT_EQ(shown()["detection"]["ready"], true);
   measure(false);
-  EXPECT_TRUE(session.searched(0, found(), 10).empty());
+  EXPECT_TRUE(session.searched(0, foundTarget(), 10).empty());
   EXPECT_EQ(shown()["detection"]["ready"], false);
   measure(true);
-  EXPECT_EQ(session.searched(0, found(), 10).size(), 1U);
+  EXPECT_EQ(session.searched(0, foundTarget(), 10).size(), 1U);
 }
 
 TEST_F(SessionWithTarget, AUsefulViewIsTakenByItselfIfThatIsWished) {
   seeSteadily();
-  EXPECT_TRUE(session.gainDone(0, session.at(0).revision, 0.8).empty());
+  EXPECT_TRUE(gained(0.8).empty());
   EXPECT_EQ(shown()["gain"]["text"], "this first view gives an expected bed error of 0.8 mm");
   session.apply(SetAutoTake{true});
-  const Jobs jobs = session.gainDone(0, session.at(0).revision, 0.8);
+  const Jobs jobs = gained(0.8);
   ASSERT_EQ(jobs.size(), 1U);
   EXPECT_EQ(jobs[0].kind, Job::Kind::kExpect);
   ASSERT_EQ(session.at(0).views.size(), 1U);
 
   session.expectationDone(0, session.at(0).revision, {.onBed = 0.8});
-  session.gainDone(0, session.at(0).revision, 0.75);
+  seeSteadily();
+  gained(0.75);
   EXPECT_EQ(session.at(0).views.size(), 1U);
   EXPECT_EQ(shown()["gain"]["useful"], false);
-  session.gainDone(0, session.at(0).revision, 0.4);
+  gained(0.4);
   EXPECT_EQ(session.at(0).views.size(), 2U);
+}
+
+TEST_F(SessionWithTarget, AGainOfAnotherPoseOrOfQuickPointsTakesNoView) {
+  session.apply(SetAutoTake{true});
+  seeSteadily();
+  const int before = session.at(0).steadyTime;
+  measure(false);
+  measure(true);
+  session.searched(0, foundTarget(200), 10);
+  session.searched(0, foundTarget(200), 10);
+  EXPECT_TRUE(session.at(0).ready());
+  EXPECT_TRUE(session.gainDone(0, session.at(0).revision, before, 0.8).empty());
+  session.searched(0, foundTarget(200, false), 10);
+  EXPECT_TRUE(gained(0.8).empty());
+  EXPECT_TRUE(session.at(0).views.empty());
+  session.searched(0, foundTarget(200), 10);
+  gained(0.8);
+  EXPECT_EQ(session.at(0).views.size(), 1U);
+}
+
+TEST_F(SessionWithTarget, WhyNoErrorCanBeExpectedIsSaid) {
+  seeSteadily();
+  session.apply(TakeView{});
+  EXPECT_EQ(shown()["expectedProblem"], nullptr);
+  session.expectationFailed(0, session.at(0).revision - 1, "old");
+  EXPECT_EQ(shown()["expectedProblem"], nullptr);
+  session.expectationFailed(0, session.at(0).revision, "too few points");
+  EXPECT_EQ(shown()["expectedProblem"], "too few points");
+  session.apply(TakeView{});
+  EXPECT_EQ(shown()["expectedProblem"], nullptr);
 }
 
 TEST_F(SessionWithTarget, TheFirstViewLiesOnTheBedUntilAnotherIsChosenOrItIsDeleted) {
@@ -145,49 +129,30 @@ TEST_F(SessionWithTarget, AnotherTargetForgetsTheViews) {
   EXPECT_EQ(shown()["detection"]["status"], "searching");
 }
 
-TEST_F(SessionWithTarget, AFrameOfAnotherSizeForgetsTheViews) {
+TEST_F(SessionWithTarget, ViewsWaitWhileThePictureHasAnotherSize) {
+  const Size other = {.width = 800, .height = 600};
+  session.measured(0, other, 30, {}, {}, true);
+  EXPECT_EQ(shown()["width"], 800) << "without views any size will do";
+  measure(true);
   seeSteadily();
   session.apply(TakeView{});
-  session.measured(0, {.width = 800, .height = 600}, 30, {}, {}, true);
-  EXPECT_TRUE(session.at(0).views.empty());
-}
-
-TEST_F(SessionWithTarget, ACalibrationIsOutdatedByWhatItDependsOn) {
-  seeSteadily();
-  EXPECT_EQ(refusalOf(Calibrate{}), "take a view first");
-  session.apply(TakeView{});
-  session.apply(Calibrate{});
-  EXPECT_EQ(refusalOf(Calibrate{}), "the calibration is still running");
-  EXPECT_EQ(refusalOf(Accept{}), "calibrate first");
-  auto outcome = std::make_shared<CalibrationOutcome>();
-  outcome->trusted = true;
-  session.calibrationDone(0, session.at(0).revision, outcome);
-  EXPECT_FALSE(session.isOutdated(0));
-  session.apply(SetTolerance{0.5});
-  EXPECT_EQ(refusalOf(Accept{}), "views, target or bed have changed since; calibrate again");
-  session.apply(Calibrate{});
-  session.calibrationDone(0, session.at(0).revision, outcome);
-  EXPECT_EQ(refusalOf(Save{}), "accept the calibration first");
-  session.apply(Accept{});
-  EXPECT_EQ(refusalOf(Save{}), "");
-}
-
-TEST_F(SessionWithTarget, ACalibrationThatIsNotToBeTrustedIsNotAccepted) {
-  seeSteadily();
-  session.apply(TakeView{});
-  session.apply(Calibrate{});
-  session.calibrationDone(0, session.at(0).revision, std::make_shared<CalibrationOutcome>());
-  EXPECT_EQ(refusalOf(Accept{}),
-            "this calibration is not to be trusted; add a view and calibrate again");
-}
-
-TEST_F(SessionWithTarget, AFailedCalibrationSaysWhy) {
-  seeSteadily();
-  session.apply(TakeView{});
-  session.apply(Calibrate{});
-  session.calibrationFailed(0, "view 1: too few points");
-  EXPECT_EQ(shown()["calibration"]["status"], "failed");
-  EXPECT_EQ(shown()["calibration"]["message"], "view 1: too few points");
+  session.measured(0, other, 30, {}, {}, true);
+  EXPECT_EQ(session.at(0).views.size(), 1U);
+  EXPECT_EQ(shown()["width"], 640);
+  EXPECT_EQ(shown()["status"], "lost");
+  EXPECT_EQ(shown()["message"],
+            "camera: the picture has 800x600 pixels now, the views have 640x480; set the camera "
+            "back, or begin again in step 5");
+  session.sourceLive(0);
+  EXPECT_EQ(shown()["status"], "lost") << "frames come, but cannot be used";
+  measure(true);
+  EXPECT_EQ(shown()["status"], "live");
+  EXPECT_EQ(shown()["message"], nullptr);
+  session.measured(0, other, 30, {}, {}, true);
+  session.apply(Reset{});
+  session.measured(0, other, 30, {}, {}, true);
+  EXPECT_EQ(shown()["status"], "live");
+  EXPECT_EQ(shown()["width"], 800);
 }
 
 TEST_F(SessionWithTarget, ALostSourceKeepsItsViews) {

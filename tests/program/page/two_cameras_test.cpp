@@ -1,4 +1,5 @@
 // Two cameras over one bed, from the target to the saved files.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -31,8 +32,8 @@ class TwoCameras : public testing::Test {
   TwoCameras() {
     cameras["left"] = std::make_shared<FakeCamera>();
     cameras["right"] = std::make_shared<FakeCamera>();
-    cameras["left"]->picture = drawTarget(cameraTilted(0.25, 0.3), SyntheticTarget());
-    cameras["right"]->picture = drawTarget(cameraTilted(0.25, -0.3), SyntheticTarget());
+    cameras["left"]->picture = drawTarget(cameraTilted(0.25, -0.3), SyntheticTarget());
+    cameras["right"]->picture = drawTarget(cameraTilted(0.25, 0.3), SyntheticTarget());
     engine = std::make_unique<Engine>(EngineSetup{
         .sources = {"left", "right"},
         .open = [this](const std::string& text) { return openerOf(cameras.at(text))(text); },
@@ -85,6 +86,7 @@ TEST_F(TwoCameras, AreCalibratedStitchedAndSaved) {
   ASSERT_TRUE(becomes([](const json& now) { return now["stitch"]["status"] != "running"; }));
   const json stitch = state()["stitch"];
   ASSERT_EQ(stitch["status"], "done") << stitch["message"];
+  EXPECT_EQ(stitch["trusted"], true) << stitch["warnings"];
   EXPECT_EQ(stitch["count"], 63);
   EXPECT_LT(stitch["rms"].get<double>(), 1);
   const cv::Mat frame = cameras["left"]->picture;
@@ -102,9 +104,23 @@ TEST_F(TwoCameras, AreCalibratedStitchedAndSaved) {
   ASSERT_EQ(refusalOf(R"({"action":"accept"})"), "");
   ASSERT_EQ(refusalOf(R"({"action":"save"})"), "");
   for (const char* name :
-       {"camera1.ini", "camera2.ini", "points1.csv", "points2.csv", "dual.ini"}) {
+       {"camera1.ini", "camera2.ini", "points1.csv", "points2.csv", "dual.ini", "dual.html"}) {
     EXPECT_GT(support::bytesOf(folder.file(name)).size(), 100U) << name;
   }
+  EXPECT_NE(support::bytesOf(folder.file("dual.html")).find("63 shared points"), std::string::npos);
+
+  // Calibrated anew, the cameras are not joined any more.
+  ASSERT_EQ(refusalOf(R"({"action":"calibrate"})"), "");
+  ASSERT_TRUE(becomes([](const json& now) {
+    return now["sources"][0]["calibration"]["status"] == "done" &&
+           now["sources"][1]["calibration"]["status"] == "done";
+  }));
+  EXPECT_EQ(state()["saved"], nullptr);
+  ASSERT_EQ(refusalOf(R"({"action":"accept"})"), "");
+  ASSERT_EQ(refusalOf(R"({"action":"save"})"), "");
+  EXPECT_THAT(state()["saved"]["text"].get<std::string>(),
+              testing::EndsWith("; no dual.ini, because the two pictures are not joined; the one "
+                                "that is there is of an earlier calibration"));
 }
 
 }  // namespace
