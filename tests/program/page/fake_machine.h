@@ -40,7 +40,8 @@ class FakeFrames : public FrameSource {
     }
     const std::lock_guard lock(camera_->mutex);
     ++camera_->given;
-    return SourceFrame{camera_->picture.clone(), "fake", ""};
+    return SourceFrame{camera_->picture.clone(), "fake",
+                       camera_->picture.empty() ? "it is broken" : "", ""};
   }
   SourceKind kind() const override { return kind_; }
   double rate() const override { return 0; }

@@ -85,6 +85,21 @@ TEST(SourceReader, OpensALostSourceAgainWithLongerAndLongerPauses) {
   EXPECT_EQ(heard.why, "cam: gives no more frames; next try in 0.5 s");
 }
 
+TEST(SourceReader, ACameraThatGivesBrokenFramesOnlyIsOpenedAnew) {
+  const auto fake = std::make_shared<FakeCamera>();
+  const auto slot = std::make_shared<FrameSlot>();
+  Heard heard;
+  const SourceReader reader("cam", openerOf(fake), slot, heard.events());
+  ASSERT_TRUE(within(milliseconds(20000), [&] { return heard.lost > 0; }));
+  {
+    const std::lock_guard lock(heard.mutex);
+    EXPECT_EQ(heard.why, "cam: gives no frame (it is broken); next try in 0.5 s");
+  }
+  fake->show(cv::Mat(4, 6, CV_8UC1, cv::Scalar(7)));
+  EXPECT_NE(slot->newerThan(0, milliseconds(20000)), nullptr);
+  EXPECT_GE(fake->opened, 2);
+}
+
 TEST(SourceReader, APictureStaysThere) {
   const auto slot = std::make_shared<FrameSlot>();
   Heard heard;
