@@ -19,6 +19,10 @@
 #include "page/engine.h"
 #include "page/server.h"
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace fisheye_calibration::program {
 namespace {
 
@@ -42,11 +46,23 @@ void prepareOutput(const std::filesystem::path& folder) {
   }
 }
 
+// Frames of many megabytes come and go all the time. Memory that the system takes back after each
+// must be cleared by it for the next, which took a third of the time of a corrected frame.
+void keepMemory() {
+#ifdef __GLIBC__
+  constexpr int kMegabyte = 1 << 20;
+  mallopt(M_MMAP_THRESHOLD, 32 * kMegabyte);
+  mallopt(M_TRIM_THRESHOLD, 256 * kMegabyte);
+  mallopt(M_ARENA_MAX, 4);  // each keeps its own
+#endif
+}
+
 int run(const Options& options, const Streams& streams) {
   if (options.sources.size() > 2) {
     failBadInput("--source: give one or two sources");
   }
   const ListenAddress listen = parseListenAddress("--listen", options.listen);
+  keepMemory();
   prepareOutput(options.output);
   Engine engine({.sources = options.sources,
                  .folder = options.output,
