@@ -78,7 +78,8 @@ TEST_F(TwoCameras, AreCalibratedStitchedAndSaved) {
            now["sources"][1]["calibration"]["status"] == "done";
   })) << state()["sources"][0]["calibration"]["message"]
       << state()["sources"][1]["calibration"]["message"];
-  for (const json& source : state()["sources"]) {
+  const json calibrated = state();
+  for (const json& source : calibrated["sources"]) {
     EXPECT_EQ(source["calibration"]["view"]["width"], 1280);
     EXPECT_LT(source["calibration"]["insideTarget"].get<double>(), 1);
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <system_error>
 #if !defined(_WIN32)
 #include <sys/wait.h>
 #endif
@@ -34,6 +35,11 @@ int exitCodeOf(int status) {
 #endif
 }
 
+bool isThere(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::exists(path, ignored);
+}
+
 // What a program printed, with LF line ends: on Windows they are CR LF.
 std::string printed(const std::string& path) {
   std::string text = support::bytesOf(path);
@@ -60,7 +66,12 @@ Outcome runProgram(const std::vector<std::string>& arguments, const std::string&
 #if defined(_WIN32)
   command = "\"" + command + "\"";
 #endif
-  const int status = std::system(command.c_str());
+  int status = std::system(command.c_str());
+  // The system cannot always start a command interpreter at once, so busy as tests make it. One
+  // that has been started makes the files.
+  for (int tried = 1; status == -1 && tried < 3 && !isThere(folder.file("err")); ++tried) {
+    status = std::system(command.c_str());
+  }
   return {.exitCode = exitCodeOf(status),
           .out = printed(folder.file("out")),
           .err = printed(folder.file("err"))};
