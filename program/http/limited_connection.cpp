@@ -43,7 +43,7 @@ bool becomes(short event, socket_t socket, Clock::time_point end) {
   }
 }
 
-ssize_t sendSome(socket_t socket, const char* bytes, std::size_t size) {
+ByteCount sendSome(socket_t socket, const char* bytes, std::size_t size) {
 #ifdef _WIN32
   return ::send(socket, bytes, static_cast<int>(std::min(size, kPiece)), 0);
 #else
@@ -63,7 +63,7 @@ bool LimitedConnection::is_writable() const {
   return becomes(POLLOUT, socket_, Clock::now() + limits_.sending);
 }
 
-ssize_t LimitedConnection::read(char* bytes, std::size_t size) {
+ByteCount LimitedConnection::read(char* bytes, std::size_t size) {
   if (begin_ == end_) {
     const std::size_t most = std::min(buffer_.size(), limits_.request - received_);
     if (most == 0 || !is_readable()) {
@@ -80,10 +80,10 @@ ssize_t LimitedConnection::read(char* bytes, std::size_t size) {
   const std::size_t count = std::min(size, end_ - begin_);
   std::copy_n(buffer_.data() + begin_, count, bytes);
   begin_ += count;
-  return static_cast<ssize_t>(count);
+  return static_cast<ByteCount>(count);
 }
 
-ssize_t LimitedConnection::write(const char* bytes, std::size_t size) {
+ByteCount LimitedConnection::write(const char* bytes, std::size_t size) {
   const auto end = Clock::now() + limits_.sending +
                    std::chrono::seconds(static_cast<long long>(size / limits_.slowest));
   std::size_t sent = 0;
@@ -95,9 +95,9 @@ ssize_t LimitedConnection::write(const char* bytes, std::size_t size) {
     if (count < 0 && !interrupted()) {
       return -1;
     }
-    sent += static_cast<std::size_t>(std::max<ssize_t>(0, count));
+    sent += static_cast<std::size_t>(std::max<ByteCount>(0, count));
   }
-  return static_cast<ssize_t>(sent);
+  return static_cast<ByteCount>(sent);
 }
 
 void LimitedConnection::finish() {

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <string>
+#include <utility>
 
 namespace fisheye_calibration::program {
 
@@ -18,6 +19,9 @@ struct ConnectionLimits {
   std::chrono::milliseconds sending;  // of one piece of the answer; long ones may take longer:
   std::size_t slowest;                // bytes a second
 };
+
+// A number of bytes, or -1.
+using ByteCount = decltype(std::declval<httplib::Stream&>().read(nullptr, std::size_t{0}));
 
 class LimitedConnection : public httplib::Stream {
  public:
@@ -32,8 +36,8 @@ class LimitedConnection : public httplib::Stream {
   bool is_writable() const;
   bool wait_readable() const { return is_readable(); }
   bool wait_writable() const { return is_writable(); }
-  ssize_t read(char* bytes, std::size_t size);
-  ssize_t write(const char* bytes, std::size_t size);
+  ByteCount read(char* bytes, std::size_t size);
+  ByteCount write(const char* bytes, std::size_t size);
   void get_remote_ip_and_port(std::string& /*address*/, int& /*port*/) const {}
   void get_local_ip_and_port(std::string& /*address*/, int& /*port*/) const {}
   socket_t socket() const { return socket_; }
