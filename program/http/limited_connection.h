@@ -31,7 +31,7 @@ class LimitedConnection : public httplib::Stream {
 
   // The stream's interface differs between the versions of the library, which call more or fewer of
   // these.
-  // NOLINTBEGIN(modernize-use-override,cppcoreguidelines-explicit-virtual-functions)
+  // NOLINTBEGIN(modernize-use-override,cppcoreguidelines-*,readability-identifier-naming)
   bool is_readable() const;
   bool is_writable() const;
   bool wait_readable() const { return is_readable(); }
@@ -42,7 +42,7 @@ class LimitedConnection : public httplib::Stream {
   void get_local_ip_and_port(std::string& /*address*/, int& /*port*/) const {}
   socket_t socket() const { return socket_; }
   time_t duration() const;
-  // NOLINTEND(modernize-use-override,cppcoreguidelines-explicit-virtual-functions)
+  // NOLINTEND(modernize-use-override,cppcoreguidelines-*,readability-identifier-naming)
 
   // Lets the other end read the answer before the connection is closed: what has not been read of a
   // request would take it away.
