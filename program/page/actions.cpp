@@ -170,8 +170,9 @@ ChosenTarget checkedTarget(std::string_view kind, double columns, double rows, d
     return count >= fewest && count <= kLargestGridSide && count == std::floor(count);
   };
   if (!isCount(columns) || !isCount(rows)) {
-    failBadInput("columns and rows are whole numbers from " + std::to_string(fewest) + " to " +
-                 std::to_string(kLargestGridSide));
+    std::string text = "columns and rows are whole numbers from ";
+    text.append(std::to_string(fewest)).append(" to ").append(std::to_string(kLargestGridSide));
+    failBadInput(text);
   }
   if (!(spacing > 0.01 && spacing <= 10000)) {
     failBadInput("the spacing is more than 0.01 mm and at most 10000 mm");
