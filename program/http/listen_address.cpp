@@ -24,9 +24,13 @@ ListenAddress parseListenAddress(const std::string& option, const std::string& t
   failBadInput(option + ": give an address and a port like 127.0.0.1:8737, not " + inQuotes(text));
 }
 
-std::string authority(const std::string& host, int port) {
+std::string hostInAddress(const std::string& host) {
   const bool isIpv6 = host.find(':') != std::string::npos;
-  return (isIpv6 ? "[" + host + "]" : host) + ":" + std::to_string(port);
+  return isIpv6 ? "[" + host + "]" : host;
+}
+
+std::string authority(const std::string& host, int port) {
+  return hostInAddress(host) + ":" + std::to_string(port);
 }
 
 }  // namespace fisheye_calibration::program

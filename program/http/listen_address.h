@@ -14,6 +14,9 @@ struct ListenAddress {
 ListenAddress parseListenAddress(const std::string& option, const std::string& text);
 
 // As it stands in a URL: an IPv6 address in brackets.
+std::string hostInAddress(const std::string& host);
+
+// Host and port, as they stand in a URL.
 std::string authority(const std::string& host, int port);
 
 }  // namespace fisheye_calibration::program

@@ -35,8 +35,7 @@ bool isOwnHost(std::string_view value, const Access& access) {
   } else if (access.port != kUsualPort) {  // which browsers leave out
     return false;
   }
-  const std::string own = authority(access.host, access.port);
-  if (equalIgnoringCase(host, own.substr(0, own.size() - port.size()))) {
+  if (equalIgnoringCase(host, hostInAddress(access.host))) {
     return true;
   }
   if (isLoopback(access.host)) {

@@ -8,10 +8,9 @@
 
 #include "base/failure.h"
 #include "base/text.h"
-#include "http/connection_threads.h"
+#include "http/connections.h"
 #include "http/limited_server.h"
 #include "http/listen_address.h"
-#include "http/listening_options.h"
 #include "page/routes.h"
 
 namespace fisheye_calibration::program {
@@ -58,10 +57,7 @@ Server::Server(Engine& engine, const std::string& host, int port)
   if (!isLoopback(host)) {
     access.token = newToken();
   }
-  http.new_task_queue = [] { return new ConnectionThreads(kMostConnections); };
-  http.set_socket_options(setListeningOptions);
-  http.set_tcp_nodelay(true);
-  http.set_payload_max_length(kLargestBody);
+  setUpConnections(http, {.most = kMostConnections, .largestBody = kLargestBody});
   http.set_default_headers({{"Content-Security-Policy", kPolicy},
                             {"X-Content-Type-Options", "nosniff"},
                             {"Referrer-Policy", "no-referrer"},

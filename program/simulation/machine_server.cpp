@@ -14,8 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "http/connection_threads.h"
-#include "http/listening_options.h"
+#include "http/connections.h"
 #include "simulation/frame_stream.h"
 
 namespace fisheye_calibration::program {
@@ -58,12 +57,7 @@ class MachineServer::Implementation {
       streams_.push_back(std::make_unique<FrameStream>(framesPerSecond, frames(first)[camera],
                                                        machine.noise(first, camera)));
     }
-    // The library deletes it.
-    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): so the library defines it
-    server.new_task_queue = [] { return new ConnectionThreads(kMostConnections); };
-    server.set_socket_options(setListeningOptions);
-    server.set_tcp_nodelay(true);
-    server.set_payload_max_length(1024);
+    setUpConnections(server, {.most = kMostConnections, .largestBody = 1024});
     // Browsers name the page that sends a request: what is open in one from elsewhere must not
     // unplug cameras.
     server.set_pre_routing_handler([](const Request& request, Response& response) {
