@@ -202,7 +202,7 @@ class MachineReader {
       scene.effects = effectsOf(fields.fields("effects"));
     }
     if (fields.has("target")) {
-      scene.items.push_back(target(fields, "target"));
+      scene.items.push_back(target(fields));
     }
     if (fields.has("marks")) {
       const JsonFields marks = fields.fields("marks");
@@ -232,15 +232,15 @@ class MachineReader {
   }
 
   // Scenes with the same target share its drawing.
-  SceneItem target(const JsonFields& scene, const char* place) {
-    const JsonFields fields = scene.fields(place);
+  SceneItem target(const JsonFields& scene) {
+    const JsonFields fields = scene.fields("target");
     const std::string key = fields.json().dump();
     const auto known = targets_.find(key);
     if (known != targets_.end()) {
       return known->second;
     }
     const TargetOptions options = targetOf(fields);
-    SceneItem drawn = drawnAt(scene, place, [&] { return drawnTarget(options); });
+    SceneItem drawn = drawnAt(scene, "target", [&] { return drawnTarget(options); });
     return targets_.emplace(key, std::move(drawn)).first->second;
   }
 

@@ -1,7 +1,7 @@
 // The corrected bed, live: pan, zoom, grid, ruler and crosshair.
 import { drawAgreement, drawCrosshair, drawGrid, drawMiddle, drawRuler, lengthOf } from "./bed-drawing.js";
 import { Choice } from "./choice.js";
-import { cameraName, element, setAttribute, setText, show } from "./elements.js";
+import { cameraName, capitalised, element, setAttribute, setText, show } from "./elements.js";
 import { FrameLoop, fitCanvas } from "./frames.js";
 import { attachGestures, attachKeys } from "./gestures.js";
 import { length, place } from "./numbers.js";
@@ -49,7 +49,7 @@ export class BedStage {
       request: () => this.request(),
       draw: (frame) => this.take(frame),
       refused: (text) => {
-        this.refusal = `${text[0].toUpperCase()}${text.slice(1)}.`;
+        this.refusal = `${capitalised(text)}.`;
         this.update(this.state);
       },
     });

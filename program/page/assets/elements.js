@@ -120,3 +120,5 @@ export function numberIn({ input }, name) {
 
 const name = (index) => `Camera ${index + 1}`;
 export const cameraName = name;
+
+export const capitalised = (text) => text[0].toUpperCase() + text.slice(1);

@@ -99,7 +99,7 @@ function stitchPart(app, bed) {
   };
 }
 
-function reachedText({ sources }) {
+function expectedErrorText({ sources }) {
   const all = sources.map(({ calibration }) => calibration);
   if (all.some(({ onBed }) => onBed === null)) {
     return "";
@@ -119,7 +119,7 @@ export function checkStep(app, count, bed) {
     lead: "The bed as seen from straight above. Measure something that you know, with the ruler or the crosshair.",
     element: element("div", {}, reached, stitch.element, crosshairForm(bed), verify.element, go.element),
     update(state) {
-      setText(reached, reachedText(state));
+      setText(reached, expectedErrorText(state));
       verify.update(state);
       stitch.update(state);
       const joined = state.stitch === null || state.stitch.status === "done";

@@ -1,5 +1,5 @@
 // Step 5: files.
-import { actionButton, cameraName, element, fill, setText, show } from "./elements.js";
+import { actionButton, cameraName, capitalised, element, fill, setText, show } from "./elements.js";
 import { download } from "./connection.js";
 import { mm } from "./numbers.js";
 
@@ -25,8 +25,6 @@ function downloadsOf(state) {
   return files;
 }
 
-const begun = (text) => text[0].toUpperCase() + text.slice(1);
-
 const allTrusted = ({ sources, stitch }) =>
   sources.every(({ calibration }) => calibration.status !== "done" || calibration.trusted) && stitch?.trusted !== false;
 
@@ -37,7 +35,7 @@ function reachedText({ sources }) {
       if (calibration.status !== "done") {
         return `${who}Not calibrated yet.`;
       }
-      const told = calibration.trusted ? begun(calibration.verdict) : `Not to be trusted: ${calibration.verdict}`;
+      const told = calibration.trusted ? capitalised(calibration.verdict) : `Not to be trusted: ${calibration.verdict}`;
       const since = calibration.outdated ? " Views, target or bed have changed since." : "";
       return `${who}${told}, errors up to ${mm(calibration.onBed)} on the bed (95 %).${since}`;
     })
