@@ -33,17 +33,18 @@ cv::Mat rendered(const CalibrationResult& result, const cv::Mat& frame) {
   return done ? toPicture(view) : cv::Mat();
 }
 
+// Whole coordinates are the middles of pixels, the drawing begins at the edge of the first one.
 std::string lineMarkup(const Grid& grid, double scale, cv::Point2d end) {
   std::string markup;
   for (const GridLine& line : grid.columns) {
-    const double x = line.pixel * scale;
+    const double x = (line.pixel + 0.5) * scale;
     markup += svgLine({x, 0}, {x, end.y}, "on-picture");
     if (x < end.x - kLabelWidth) {
       markup += svgText({x + 4, 14}, general(line.world + 0.0, 6), "start on-picture-label");
     }
   }
   for (const GridLine& line : grid.rows) {
-    const double y = line.pixel * scale;
+    const double y = (line.pixel + 0.5) * scale;
     markup += svgLine({0, y}, {end.x, y}, "on-picture");
     markup += svgText({4, y - 4}, general(line.world + 0.0, 6), "start on-picture-label");
   }

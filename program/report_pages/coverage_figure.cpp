@@ -42,8 +42,7 @@ std::string dotsMarkup(const Plan& plan, const std::vector<CalibrationPoint>& po
 }  // namespace
 
 std::string coverageFigure(const std::vector<ViewPoints>& views, const Size& image) {
-  const Plan plan({0, 0, static_cast<double>(image.width), static_cast<double>(image.height)},
-                  "px");
+  const Plan plan(pictureArea(image), "px");
   std::string hulls;
   std::string dots;
   std::vector<CalibrationPoint> all;

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/size.h"
+
 namespace fisheye_calibration::program {
 
 class Plan {
@@ -34,6 +36,11 @@ class Plan {
   double scale_ = 1;
   double legend_ = 0;
 };
+
+// A camera's picture from edge to edge: whole coordinates are the middles of pixels.
+inline cv::Rect2d pictureArea(const Size& image) {
+  return {-0.5, -0.5, static_cast<double>(image.width), static_cast<double>(image.height)};
+}
 
 std::string svgText(cv::Point2d at, std::string_view text, std::string_view style);
 std::string svgLine(cv::Point2d from, cv::Point2d to, std::string_view style);

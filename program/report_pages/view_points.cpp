@@ -107,8 +107,7 @@ std::size_t mostPointsOf(const ViewPoints& view, const std::vector<ViewPoints>& 
 
 std::string residualFigure(const ViewPoints& view, const Size& image, std::size_t number,
                            std::size_t most) {
-  const Plan plan({0, 0, static_cast<double>(image.width), static_cast<double>(image.height)},
-                  "px");
+  const Plan plan(pictureArea(image), "px");
   std::vector<Arrow> arrows;
   for (const std::size_t i : shownPoints(view, most)) {
     const CalibrationPoint& point = view.points[i];

@@ -6,6 +6,7 @@
 
 #include "report_pages/arrows.h"
 #include "report_pages/bed_map.h"
+#include "report_pages/corrected_figure.h"
 #include "report_pages/lens_figure.h"
 #include "report_pages/plan.h"
 #include "report_pages/view_points.h"
@@ -24,6 +25,20 @@ TEST(Plan, KeepsTheShapeOfWhatItShows) {
   EXPECT_DOUBLE_EQ(plan.scale(), 1.8);
   EXPECT_EQ(plan.position({100, 50}), cv::Point2d(62, 14));
   EXPECT_EQ(plan.position({500, 250}), cv::Point2d(782, 374));
+}
+
+// A picture of 800 x 400 pixels is drawn as large as it is. The bed's zero is the middle of its
+// first pixel, 0.5 from the edge.
+TEST(CorrectedFigure, LinesRunThroughTheMiddlesOfPixels) {
+  const MetricPicture metric{.size = {800, 400},
+                             .pixel = 1,
+                             .bedAt = [](cv::Point2d at) { return at; },
+                             .positionOf = [](cv::Point2d at) { return at; }};
+  const std::string drawing =
+      griddedPicture(cv::Mat(400, 800, CV_8UC1, cv::Scalar(0)), metric, "bed", "");
+  EXPECT_THAT(drawing, HasSubstr("lines every 100 mm"));
+  EXPECT_THAT(drawing, HasSubstr("x1=\"100.5\" y1=\"0\" x2=\"100.5\" y2=\"400\""));
+  EXPECT_THAT(drawing, HasSubstr("x1=\"0\" y1=\"200.5\" x2=\"800\" y2=\"200.5\""));
 }
 
 // Values that rise along x: 0 at x = 0, 4 at x = 100.
