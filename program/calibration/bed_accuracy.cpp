@@ -84,8 +84,10 @@ BedAccuracy bedAccuracy(const robust::BedView& robust, const FishEyeCalibrationP
   }
   accuracy.insideTarget = largestIn(target);
   accuracy.aroundTarget = largestIn(scaledAboutCentre(target, kAround));
-  // The picture may leave out a part of the target, which lies on the bed, too.
-  accuracy.onBed = largestOf({largestOf(accuracy.errors), accuracy.insideTarget});
+  // The picture may leave out a part of the target, which lies on the bed, too. Where nothing of
+  // the bed is seen, the target is somewhere else.
+  const double seen = largestOf(accuracy.errors);
+  accuracy.onBed = std::isnan(seen) ? seen : largestOf({seen, accuracy.insideTarget});
   return accuracy;
 }
 

@@ -19,7 +19,7 @@ struct BedAccuracy {
   std::vector<double> errors;  // at its points
   double insideTarget = 0;     // the largest within the target's box
   double aroundTarget = 0;     // ... within a box 1.5 times as large
-  double onBed = 0;            // ... of `errors` and inside the target
+  double onBed = 0;            // ... of `errors` and inside the target; NaN if no error is known
 };
 
 // The box of the target's points on the bed.

@@ -171,6 +171,13 @@ std::vector<Remedy> remediesFor(const RobustCamera& camera, const RobustRequest&
   return remedies;
 }
 
+std::vector<Remedy> helpfulRemedies(std::vector<Remedy> remedies, double now) {
+  std::erase_if(remedies, [&](const Remedy& remedy) { return remedy.onBed >= now; });
+  std::stable_sort(remedies.begin(), remedies.end(),
+                   [](const Remedy& a, const Remedy& b) { return a.onBed < b.onBed; });
+  return remedies;
+}
+
 const Remedy* bestRemedy(const std::vector<Remedy>& remedies, double now, double wanted) {
   const Remedy* best = nullptr;
   for (const Remedy& remedy : remedies) {

@@ -20,6 +20,10 @@ struct Remedy {
 std::vector<Remedy> remediesFor(const RobustCamera& camera, const RobustRequest& request,
                                 const BedAccuracy& accuracy);
 
+// Those that leave less than the present bound, the one that helps most first. All of them if that
+// is unknown.
+std::vector<Remedy> helpfulRemedies(std::vector<Remedy> remedies, double now);
+
 // The first remedy that reaches the wanted bound, otherwise the one that helps most; null if there
 // is none or none gains a tenth.
 const Remedy* bestRemedy(const std::vector<Remedy>& remedies, double now, double wanted);

@@ -60,7 +60,7 @@ bool checkChosen(const ChosenCamera& chosen, const RobustRequest& request, Warni
 }
 
 void warnOfBed(const SeenShares& seen, Warnings& warnings) {
-  const std::string missing = describeMissing(seen);
+  const std::string missing = describeMissing(seen, " (a finer --resolution shows more)");
   if (seen.nothingShown()) {
     failJob("the corrected picture would show nothing of --bed: " + missing);
   }

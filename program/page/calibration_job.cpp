@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "checks/input_checks.h"
 #include "checks/result_checks.h"
 #include "geometry/bed_grid.h"
+#include "geometry/conversions.h"
+#include "lens/rotation.h"
 #include "reports/picture_report.h"
 #include "robust/bed_error.h"
 
@@ -66,6 +70,34 @@ void judgeOnBed(CalibrationOutcome& outcome, const cv::Rect2d& bed) {
                                         targetBox(result.points), judged);
 }
 
+// The bounds where the picture shows the bed, NaN elsewhere: beyond its edge the model may still
+// reach.
+std::vector<double> boundsInPicture(const robust::BedView& view, const Size& image,
+                                    const std::vector<cv::Point2d>& points) {
+  std::vector<double> bounds = robust::bedBounds(view, points);
+  const cv::Matx33d R = lens::rotationFromVector(view.pose.om);
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    const cv::Point2d raw =
+        lens::projectPoint(view.camera, R, view.pose.T, {points[i].x, points[i].y, 0});
+    if (!isInPicture(raw, image)) {
+      bounds[i] = std::numeric_limits<double>::quiet_NaN();
+    }
+  }
+  return bounds;
+}
+
+// Says so if the verdict is about a part of the bed only.
+Verdict verdictOnSeen(Verdict verdict, const SeenShares& seen) {
+  if (seen.nothingShown()) {
+    return {false, "redo: the camera does not see the bed; check its place and size in step 1"};
+  }
+  const std::string share = fixed(100 * (1 - seen.unseen - seen.leftOut), 0);
+  if (verdict.good && share != "100") {
+    verdict.text += " on the " + share + " % of the bed that this camera sees";
+  }
+  return verdict;
+}
+
 bool checkOutcome(const CalibrationOutcome& outcome, std::vector<std::string>& warnings) {
   const Findings findings = checkResult(outcome.chosen.result, outcome.request.image);
   for (const Finding& finding : findings) {
@@ -104,8 +136,10 @@ CalibrationOutcome calibrated(const CalibrationWish& wish, const JobProgress& pr
   const cv::Rect2d target = targetBox(result.points);
   outcome.verdict = verdictOn(outcome.chosen.accuracy, std::hypot(target.width, target.height),
                               wish.tolerance, outcome.remedies);
-  std::stable_sort(outcome.remedies.begin(), outcome.remedies.end(),
-                   [](const Remedy& a, const Remedy& b) { return a.onBed < b.onBed; });
+  if (outcome.seen) {
+    outcome.verdict = verdictOnSeen(outcome.verdict, *outcome.seen);
+  }
+  outcome.remedies = helpfulRemedies(outcome.remedies, outcome.chosen.accuracy.onBed);
   return outcome;
 }
 
@@ -126,7 +160,7 @@ Expectation expectationOf(const CalibrationWish& wish) {
   Expectation expectation;
   if (wish.bed) {
     expectation.grid = gridOver(*wish.bed, kCells);
-    expectation.errors = robust::bedBounds(robust.bed, expectation.grid.points());
+    expectation.errors = boundsInPicture(robust.bed, wish.image, expectation.grid.points());
   } else {
     const BedAccuracy accuracy =
         chooseCamera(SolverChoice::kRobust, robust, request, wish.tolerance).accuracy;
@@ -134,6 +168,9 @@ Expectation expectationOf(const CalibrationWish& wish) {
     expectation.errors = accuracy.errors;
   }
   expectation.onBed = largestOf(expectation.errors);
+  if (std::isnan(expectation.onBed)) {
+    failJob("the camera does not see the bed; check its place and size in step 1");
+  }
   return expectation;
 }
 

@@ -53,9 +53,10 @@ CalibrationReport reportOf(const CalibrationOutcome& outcome);
 // The bound on the bed that the views give together, at every point of a grid.
 struct Expectation {
   BedGrid grid;
-  std::vector<double> errors;  // NaN where the camera does not see the bed
+  std::vector<double> errors;  // NaN where the picture does not show the bed
   double onBed = 0;            // the largest
 };
+// Fails if that is nowhere.
 Expectation expectationOf(const CalibrationWish& wish);
 
 // The largest bound that these views give at the points at which `before` has one.

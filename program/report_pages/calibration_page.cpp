@@ -14,6 +14,7 @@
 #include "report_pages/corrected_figure.h"
 #include "report_pages/lens_figure.h"
 #include "report_pages/page.h"
+#include "report_pages/plan.h"
 #include "report_pages/view_points.h"
 #include "robust/viewing_ray.h"
 
@@ -51,14 +52,7 @@ std::string headMarkup(const CalibrationPage& page) {
 // What helps most comes first.
 std::string remedyMarkup(const CalibrationReport& report) {
   const double now = report.chosen.accuracy.onBed;
-  std::vector<Remedy> remedies;
-  for (const Remedy& remedy : report.remedies) {
-    if (remedy.onBed < now || !std::isfinite(now)) {
-      remedies.push_back(remedy);
-    }
-  }
-  std::stable_sort(remedies.begin(), remedies.end(),
-                   [](const Remedy& a, const Remedy& b) { return a.onBed < b.onBed; });
+  const std::vector<Remedy> remedies = helpfulRemedies(report.remedies, now);
   if (remedies.empty()) {
     return textElement("p", {},
                        "No further view of this target would make it more accurate by a "
@@ -93,9 +87,9 @@ LensCurve lensCurveOf(const CalibrationReport& report, const std::vector<ViewPoi
       }
     }
   }
-  const Size& image = report.request.image;
-  for (const double x : {0.0, static_cast<double>(image.width)}) {
-    for (const double y : {0.0, static_cast<double>(image.height)}) {
+  const cv::Rect2d picture = pictureArea(report.request.image);
+  for (const double x : {picture.x, picture.br().x}) {
+    for (const double y : {picture.y, picture.br().y}) {
       curve.pictureEnd = std::max(curve.pictureEnd, angleAt(x, y));
     }
   }

@@ -24,16 +24,16 @@ std::string describePicture(const FishEyeCalibrationParam& record, const Size& c
          " mm a pixel";
 }
 
-std::string describeMissing(const SeenShares& shares) {
+std::string describeMissing(const SeenShares& shares, const std::string& remedy) {
   std::vector<std::string> parts;
-  const auto add = [&](double share, const char* text) {
+  const auto add = [&](double share, const std::string& text) {
     if (share > 0) {
       parts.push_back(percent(share) + text);
     }
   };
   add(shares.unseen, " is not seen");
   add(shares.behind, " lies behind the camera, where the corrected picture shows something else");
-  add(shares.leftOut, " is beyond the corrected picture's reach (a finer --resolution shows more)");
+  add(shares.leftOut, " is beyond the corrected picture's reach" + remedy);
   add(shares.blurred, " is seen with less than a third of the best sharpness");
   return joined(parts, ", ");
 }

@@ -15,7 +15,8 @@ std::string describePicture(const FishEyeCalibrationParam& record, const Size& c
                             const cv::Rect2d& shown);
 
 // What is missing of the wanted part of the bed: "3 % is not seen, 12 % is seen with less than a
-// third of the best sharpness"; empty if nothing is.
-std::string describeMissing(const SeenShares& shares);
+// third of the best sharpness"; empty if nothing is. `remedy` is added to what is beyond the
+// corrected picture's reach.
+std::string describeMissing(const SeenShares& shares, const std::string& remedy = "");
 
 }  // namespace fisheye_calibration::program

@@ -23,7 +23,8 @@ TEST(PictureReport, SaysWhatIsMissingOfTheBed) {
             "3 % is not seen, less than 1 % is seen with less than a third of the best sharpness");
   shares = {};
   shares.leftOut = 0.5;
-  EXPECT_EQ(describeMissing(shares),
+  EXPECT_EQ(describeMissing(shares), "50 % is beyond the corrected picture's reach");
+  EXPECT_EQ(describeMissing(shares, " (a finer --resolution shows more)"),
             "50 % is beyond the corrected picture's reach (a finer --resolution shows more)");
 }
 
