@@ -71,13 +71,13 @@ void Engine::calibrate(std::size_t source) {
   attempt(
       [&] {
         const auto progress = [&](double share, const std::string& step) {
-          change([&](Session& session) { session.calibrationStep(source, share, step); });
+          change([&](Session& session) { session.calibrationStep(source, revision, share, step); });
         };
         auto outcome = std::make_shared<const CalibrationOutcome>(calibrated(wish, progress));
         change([&](Session& session) { session.calibrationDone(source, revision, outcome); });
       },
       [&](const std::string& why) {
-        change([&](Session& session) { session.calibrationFailed(source, why); });
+        change([&](Session& session) { session.calibrationFailed(source, revision, why); });
       });
 }
 
@@ -144,6 +144,11 @@ void Engine::verify(std::size_t source) {
             slots_[source]->newerThan(seen ? seen->number : 0, std::chrono::seconds(3));
         if (!outcome || !target || !frame) {
           failJob("no frame has come from the camera; look at the source first");
+        }
+        const Size size{.width = frame->picture.cols, .height = frame->picture.rows};
+        if (size != outcome->request.image) {
+          failJob("the picture has " + sizeText(size) + " pixels now, the calibration is for " +
+                  sizeText(outcome->request.image));
         }
         cv::Mat grey = frame->picture;
         if (grey.channels() == 3) {

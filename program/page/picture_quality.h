@@ -16,7 +16,7 @@ Exposure exposureOf(const cv::Mat& grey);
 
 struct Focus {
   std::string word;  // "sharp", "soft", "blurred", "nothing to focus on"
-  double blur = 0;   // standard deviation of the blur of the sharpest edges, pixels
+  double blur = 0;   // standard deviation of the blur of the sharpest edges, pixels; 0 without any
 };
 // An edge of height c that is blurred with standard deviation s rises by at most c / (s sqrt(2 pi))
 // a pixel. The steepest rise of the picture and its contrast thus tell s; noise makes it look

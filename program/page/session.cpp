@@ -106,6 +106,7 @@ void Session::forgetViews(SourceState& source) {
   source.views.clear();
   source.bedView = 0;
   ++source.revision;
+  source.calibration.accepted = false;
   source.search.reset();
   source.pointsStill = false;
   source.forgetGain();
@@ -119,6 +120,7 @@ void Session::forgetViews(SourceState& source) {
 Jobs Session::viewsChanged(std::size_t index) {
   SourceState& source = sources_.at(index);
   ++source.revision;
+  source.calibration.accepted = false;
   source.forgetGain();
   source.expectation.reset();
   source.noExpectation.clear();

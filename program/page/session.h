@@ -138,10 +138,10 @@ class Session {
   // Results of jobs. Those that belong to views that have changed since are dropped or marked.
   // The views that are there when it begins count. Returns their revision.
   int calibrationBegins(std::size_t index);
-  void calibrationStep(std::size_t index, double progress, const std::string& step);
+  void calibrationStep(std::size_t index, int revision, double progress, const std::string& step);
   void calibrationDone(std::size_t index, int revision,
                        const std::shared_ptr<const CalibrationOutcome>& outcome);
-  void calibrationFailed(std::size_t index, const std::string& message);
+  void calibrationFailed(std::size_t index, int revision, const std::string& message);
   void expectationDone(std::size_t index, int revision, const Expectation& expectation);
   void expectationFailed(std::size_t index, int revision, const std::string& message);
   // Returns further jobs if the view was taken, because pages wish for that.

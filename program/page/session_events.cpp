@@ -31,6 +31,19 @@ bool sameplaced(const std::vector<CalibrationPoint>& a, const std::vector<Calibr
   return 2 * shared > a.size();
 }
 
+// False if it was reset in the meantime, and perhaps begun anew.
+bool isExpected(const CalibrationState& calibration, int revision) {
+  return calibration.status == JobStatus::kRunning && calibration.revision == revision;
+}
+
+// The picture shows what a view that has been taken shows. It would count as new information, which
+// it is not.
+bool isTakenAlready(const SourceState& source) {
+  return std::any_of(source.views.begin(), source.views.end(), [&](const TakenView& view) {
+    return sameplaced(view.points, source.search->points);
+  });
+}
+
 }  // namespace
 
 void Session::sourceLive(std::size_t index) {
@@ -133,9 +146,10 @@ int Session::calibrationBegins(std::size_t index) {
   return source.revision;
 }
 
-void Session::calibrationStep(std::size_t index, double progress, const std::string& step) {
+void Session::calibrationStep(std::size_t index, int revision, double progress,
+                              const std::string& step) {
   CalibrationState& calibration = sources_.at(index).calibration;
-  if (calibration.status == JobStatus::kRunning) {
+  if (isExpected(calibration, revision)) {
     calibration.progress = progress;
     calibration.step = step;
     changed();
@@ -145,8 +159,8 @@ void Session::calibrationStep(std::size_t index, double progress, const std::str
 void Session::calibrationDone(std::size_t index, int revision,
                               const std::shared_ptr<const CalibrationOutcome>& outcome) {
   CalibrationState& calibration = sources_.at(index).calibration;
-  if (calibration.status != JobStatus::kRunning || calibration.revision != revision) {
-    return;  // reset in the meantime, and perhaps begun anew
+  if (!isExpected(calibration, revision)) {
+    return;
   }
   calibration = {
       .status = JobStatus::kDone, .progress = 1, .revision = revision, .outcome = outcome};
@@ -156,12 +170,13 @@ void Session::calibrationDone(std::size_t index, int revision,
   changed();
 }
 
-void Session::calibrationFailed(std::size_t index, const std::string& message) {
+void Session::calibrationFailed(std::size_t index, int revision, const std::string& message) {
   CalibrationState& calibration = sources_.at(index).calibration;
-  if (calibration.status == JobStatus::kRunning) {
+  if (isExpected(calibration, revision)) {
     calibration.status = JobStatus::kFailed;
     calibration.message = message;
     calibration.outcome.reset();
+    stitch_ = {};
     changed();
   }
 }
@@ -191,7 +206,8 @@ Jobs Session::gainDone(std::size_t index, int revision, int steadyTime, double a
   if (source.expectation) {
     gain.before = source.expectation->onBed;
   }
-  gain.useful = !gain.before || (std::isfinite(after) && after < kWorthwhile * *gain.before);
+  gain.useful = !isTakenAlready(source) &&
+                (!gain.before || (std::isfinite(after) && after < kWorthwhile * *gain.before));
   source.gain = gain;
   changed();
   return autoTake_ && gain.useful ? take(source, index) : Jobs();

@@ -162,7 +162,8 @@ Json sourceJson(const Session& session, std::size_t index) {
                           {"bright", number(source.exposure->bright)}};
   }
   if (source.focus) {
-    result["focus"] = {{"word", source.focus->word}, {"blur", number(source.focus->blur)}};
+    const double blur = source.focus->blur;
+    result["focus"] = {{"word", source.focus->word}, {"blur", blur > 0 ? number(blur) : nullptr}};
   }
   result["detection"] = detectionJson(source, session.target());
   result["coverage"] = coverageJson(source);

@@ -71,11 +71,47 @@ TEST_F(SessionWithTarget, ACalibrationThatIsNotToBeTrustedIsNotAccepted) {
             "this calibration is not to be trusted; add a view and calibrate again");
 }
 
+TEST_F(SessionWithTarget, WhatIsAcceptedIsNotAnyMoreAfterAChange) {
+  const auto trusted = std::make_shared<CalibrationOutcome>();
+  trusted->trusted = true;
+  for (const Action& change :
+       {Action(SetTolerance{0.1}), Action(SetBed{cv::Rect2d(0, 0, 300, 200)}), Action(TakeView{}),
+        Action(SetTarget{checkedTarget("chessboard", 5, 3, 10, 0, 0)})}) {
+    session.apply(SetTarget{checkedTarget("chessboard", 4, 3, 10, 0, 0)});
+    seeSteadily();
+    session.apply(TakeView{});
+    session.apply(Calibrate{});
+    session.calibrationDone(0, session.at(0).revision, trusted);
+    session.apply(Accept{});
+    ASSERT_TRUE(session.at(0).calibration.accepted);
+    session.apply(change);
+    EXPECT_FALSE(session.at(0).calibration.accepted);
+    EXPECT_EQ(refusalOf(Save{}), "accept the calibration first");
+  }
+}
+
+TEST_F(SessionWithTarget, TheFailureOfAnAbandonedCalibrationDoesNotEndItsSuccessor) {
+  seeSteadily();
+  session.apply(TakeView{});
+  session.apply(Calibrate{});
+  const int abandoned = session.calibrationBegins(0);
+  session.apply(Reset{});
+  seeSteadily();
+  session.apply(TakeView{});
+  session.apply(Calibrate{});
+  session.calibrationStep(0, abandoned, 0.5, "solving");
+  EXPECT_EQ(session.at(0).calibration.progress, 0);
+  session.calibrationFailed(0, abandoned, "the points do not determine the camera");
+  EXPECT_EQ(session.at(0).calibration.status, JobStatus::kRunning);
+  session.calibrationDone(0, session.calibrationBegins(0), std::make_shared<CalibrationOutcome>());
+  EXPECT_EQ(session.at(0).calibration.status, JobStatus::kDone);
+}
+
 TEST_F(SessionWithTarget, AFailedCalibrationSaysWhy) {
   seeSteadily();
   session.apply(TakeView{});
   session.apply(Calibrate{});
-  session.calibrationFailed(0, "view 1: too few points");
+  session.calibrationFailed(0, session.at(0).revision, "view 1: too few points");
   EXPECT_EQ(shown()["calibration"]["status"], "failed");
   EXPECT_EQ(shown()["calibration"]["message"], "view 1: too few points");
 }

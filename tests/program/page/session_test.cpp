@@ -56,11 +56,32 @@ TEST_F(SessionWithTarget, AUsefulViewIsTakenByItselfIfThatIsWished) {
   ASSERT_EQ(session.at(0).views.size(), 1U);
 
   session.expectationDone(0, session.at(0).revision, {.onBed = 0.8});
-  seeSteadily();
+  seeSteadily(200);
   gained(0.75);
   EXPECT_EQ(session.at(0).views.size(), 1U);
   EXPECT_EQ(shown()["gain"]["useful"], false);
   gained(0.4);
+  EXPECT_EQ(session.at(0).views.size(), 2U);
+}
+
+TEST_F(SessionWithTarget, APoseThatHasBeenTakenIsNotTakenAgainByItself) {
+  session.apply(SetAutoTake{true});
+  for (const float shift : {0.0F, 200.0F}) {
+    seeSteadily(shift);
+    gained(0.1);
+    session.expectationDone(0, session.at(0).revision, {.onBed = 0.8});
+  }
+  ASSERT_EQ(session.at(0).views.size(), 2U);
+  for (const float shift : {1.0F, 201.0F}) {
+    seeSteadily(shift);
+    gained(0.1);
+    EXPECT_EQ(shown()["gain"]["useful"], false);
+  }
+  EXPECT_EQ(session.at(0).views.size(), 2U);
+  session.apply(DeleteView{0, 2});
+  session.expectationDone(0, session.at(0).revision, {.onBed = 0.8});
+  seeSteadily(201);
+  gained(0.1);
   EXPECT_EQ(session.at(0).views.size(), 2U);
 }
 

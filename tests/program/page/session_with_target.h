@@ -35,9 +35,9 @@ class SessionWithTarget : public testing::Test {
 
   void measure(bool still) { session.measured(0, kSessionImage, 30, {}, {}, still); }
 
-  Jobs seeSteadily() {
-    session.searched(0, foundTarget(), 10);
-    return session.searched(0, foundTarget(), 10);
+  Jobs seeSteadily(float shift = 0) {
+    session.searched(0, foundTarget(shift), 10);
+    return session.searched(0, foundTarget(shift), 10);
   }
 
   Jobs gained(double after) {
