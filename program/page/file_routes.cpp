@@ -64,6 +64,14 @@ json convertedBy(const MetricPicture& view, const std::string& from, cv::Point2d
   return {{"raw", nullptr}, {"view", pairOf(view.positionOf(bed))}, {"bed", pairOf(bed)}};
 }
 
+std::shared_ptr<const CalibrationOutcome> outcomeOf(Service& service, std::size_t source) {
+  auto outcome = service.engine.outcome(source);
+  if (!outcome) {
+    failJob("calibrate first");
+  }
+  return outcome;
+}
+
 void answerConversion(Service& service, const httplib::Request& request,
                       httplib::Response& response) {
   const cv::Point2d point = askedPoint(request);
@@ -80,10 +88,7 @@ void answerConversion(Service& service, const httplib::Request& request,
     answerJson(response, convertedBy(metricPicture(stitch->exact), from, point).dump());
     return;
   }
-  const auto outcome = service.engine.outcome(querySource(request, service));
-  if (!outcome) {
-    failJob("calibrate first");
-  }
+  const auto outcome = outcomeOf(service, querySource(request, service));
   const CalibrationResult& result = outcome->chosen.result;
   const MetricPicture view = metricPicture(result.param, result.corrected);
   std::optional<cv::Point2d> bed = point;
@@ -134,10 +139,7 @@ void answerTarget(const httplib::Request& request, httplib::Response& response) 
 httplib::Server::Handler ofOutcome(Service& service, const char* name, const char* type,
                                    std::string (*textOf)(const CalibrationOutcome&)) {
   return guarded([&service, name, type, textOf](const auto& request, auto& response) {
-    const auto outcome = service.engine.outcome(querySource(request, service));
-    if (!outcome) {
-      failJob("calibrate first");
-    }
+    const auto outcome = outcomeOf(service, querySource(request, service));
     attach(response, name, textOf(*outcome), type);
   });
 }
@@ -166,8 +168,13 @@ void addFileRoutes(httplib::Server& server, Service& service) {
              guarded([](const auto& request, auto& response) { answerTarget(request, response); }));
   server.Get("/download/camera\\.ini", ofOutcome(service, "camera.ini", "text/plain", cameraText));
   server.Get("/download/points\\.csv", ofOutcome(service, "points.csv", "text/csv", pointsText));
-  server.Get("/download/report\\.html",
-             ofOutcome(service, "report.html", "text/html; charset=utf-8", reportPage));
+  server.Get("/download/report\\.html", guarded([&service](const auto& request, auto& response) {
+               const std::size_t source = querySource(request, service);
+               const auto outcome = outcomeOf(service, source);
+               attach(response, "report.html",
+                      reportPage(*outcome, cameraFileName(source, service.engine.sourceCount())),
+                      "text/html; charset=utf-8");
+             }));
   server.Get("/download/report\\.json",
              ofOutcome(service, "report.json", "application/json", reportText));
   server.Get("/download/dual\\.ini", ofStitch(service, "dual.ini", "text/plain", dualText));

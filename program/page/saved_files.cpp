@@ -25,14 +25,6 @@ void stageCamera(OutputFiles& files, const fs::path& path, const CalibrationOutc
   stageCamera(files, path, outcome.chosen.result.param, notesOf(reportOf(outcome)));
 }
 
-std::string pageOf(const CalibrationOutcome& outcome, const std::string& camera) {
-  const CalibrationReport report = reportOf(outcome);
-  return calibrationPage({.report = report,
-                          .cameraName = camera,
-                          .trusted = outcome.trusted,
-                          .bedPicture = outcome.bedPicture});
-}
-
 // A folder of its own among the system's temporary ones, gone at the end.
 class TemporaryFolder {
  public:
@@ -63,6 +55,10 @@ std::string textOf(const char* name, const Stage& stage) {
 
 }  // namespace
 
+std::string cameraFileName(std::size_t source, std::size_t sources) {
+  return "camera" + (sources > 1 ? std::to_string(source + 1) : std::string()) + ".ini";
+}
+
 SavedFiles saveFiles(const fs::path& folder, const Outcomes& outcomes,
                      const std::shared_ptr<const StitchOutcome>& stitch) {
   OutputFiles files;
@@ -76,10 +72,10 @@ SavedFiles saveFiles(const fs::path& folder, const Outcomes& outcomes,
       failJob("calibrate first");
     }
     const std::string suffix = outcomes.size() > 1 ? std::to_string(i + 1) : "";
-    const std::string camera = "camera" + suffix + ".ini";
+    const std::string camera = cameraFileName(i, outcomes.size());
     stageCamera(files, pathOf(camera), *outcomes[i]);
     files.stage(pathOf("points" + suffix + ".csv"), pointsText(*outcomes[i]));
-    files.stage(pathOf("report" + suffix + ".html"), pageOf(*outcomes[i], camera));
+    files.stage(pathOf("report" + suffix + ".html"), reportPage(*outcomes[i], camera));
   }
   if (stitch && stitch->trusted) {
     stageDual(files, pathOf("dual.ini"), stitch->whole.record);
@@ -88,8 +84,8 @@ SavedFiles saveFiles(const fs::path& folder, const Outcomes& outcomes,
     std::error_code ignored;
     saved.note = stitch ? "no dual.ini, because the cameras do not agree well enough"
                         : "no dual.ini, because the two pictures are not joined";
-    if (fs::exists(folder / "dual.ini", ignored)) {
-      saved.note += "; the one that is there is of an earlier calibration";
+    if (fs::exists(folder / "dual.ini", ignored) || fs::exists(folder / "dual.html", ignored)) {
+      saved.note += "; what is there of both cameras is of an earlier calibration";
     }
   }
   files.commit();
@@ -108,7 +104,13 @@ std::string pointsText(const CalibrationOutcome& outcome) {
 
 std::string reportText(const CalibrationOutcome& outcome) { return formatJson(reportOf(outcome)); }
 
-std::string reportPage(const CalibrationOutcome& outcome) { return pageOf(outcome, "camera.ini"); }
+std::string reportPage(const CalibrationOutcome& outcome, const std::string& camera) {
+  const CalibrationReport report = reportOf(outcome);
+  return calibrationPage({.report = report,
+                          .cameraName = camera,
+                          .trusted = outcome.trusted,
+                          .bedPicture = outcome.bedPicture});
+}
 
 std::string dualPage(const StitchOutcome& stitch) {
   StitchPair pair = stitch.pair;

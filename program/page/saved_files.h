@@ -24,11 +24,15 @@ struct SavedFiles {
 SavedFiles saveFiles(const std::filesystem::path& folder, const Outcomes& outcomes,
                      const std::shared_ptr<const StitchOutcome>& stitch);
 
+// "camera.ini", "camera1.ini" ...
+std::string cameraFileName(std::size_t source, std::size_t sources);
+
 // The same texts for downloads.
 std::string cameraText(const CalibrationOutcome& outcome);
 std::string pointsText(const CalibrationOutcome& outcome);
 std::string reportText(const CalibrationOutcome& outcome);  // JSON
-std::string reportPage(const CalibrationOutcome& outcome);  // HTML
+// HTML. Calls the camera by the name of its file.
+std::string reportPage(const CalibrationOutcome& outcome, const std::string& camera);
 std::string dualText(const StitchOutcome& stitch);
 std::string dualPage(const StitchOutcome& stitch);  // HTML
 

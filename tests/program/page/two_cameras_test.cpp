@@ -120,8 +120,8 @@ TEST_F(TwoCameras, AreCalibratedStitchedAndSaved) {
   ASSERT_EQ(refusalOf(R"({"action":"accept"})"), "");
   ASSERT_EQ(refusalOf(R"({"action":"save"})"), "");
   EXPECT_THAT(state()["saved"]["text"].get<std::string>(),
-              testing::EndsWith("; no dual.ini, because the two pictures are not joined; the one "
-                                "that is there is of an earlier calibration"));
+              testing::EndsWith("; no dual.ini, because the two pictures are not joined; what is "
+                                "there of both cameras is of an earlier calibration"));
 }
 
 }  // namespace
