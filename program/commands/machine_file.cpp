@@ -129,6 +129,9 @@ class MachineReader {
   Machine machine(const JsonFields& root) {
     root.allowOnly({"bed", "bed-picture", "background", "cameras", "variation", "scenes"});
     bed_ = areaOf(root, "bed");
+    if (!(bed_.width >= 1 && bed_.height >= 1)) {
+      failBadInput(root.placeOf("bed") + ": give sides of at least 1 mm");
+    }
     const CameraVariation variation =
         root.has("variation") ? variationOf(root.fields("variation")) : CameraVariation();
     std::vector<NominalCamera> cameras;
@@ -264,7 +267,14 @@ class MachineReader {
 }  // namespace
 
 Machine readMachine(const std::filesystem::path& path, std::ostream& messages) {
-  const Json json = Json::parse(readFile(path), nullptr, false);
+  constexpr int kDeepest = 16;  // copies of the description are made level by level
+  const auto shallow = [&](int depth, Json::parse_event_t, const Json&) {
+    if (depth > kDeepest) {
+      failBadInput(nameOf(path) + ": this is nested too deeply");
+    }
+    return true;
+  };
+  const Json json = Json::parse(readFile(path), shallow, false);
   if (json.is_discarded()) {
     failBadInput(nameOf(path) + ": this is not JSON");
   }

@@ -106,6 +106,17 @@ TrueCamera trueCamera(const NominalCamera& camera, const cv::Rect2d& bed) {
 
 bool seesBed(const TrueCamera& camera, const cv::Rect2d& bed) {
   constexpr int kSteps = 32;  // a side
+  // From the bed to the picture, as it may be small there, and the other way, as it may be large.
+  std::vector<CalibrationPoint> places;
+  for (int i = 0; i < (kSteps + 1) * (kSteps + 1); ++i) {
+    CalibrationPoint place{};
+    place.Xw = static_cast<float>(bed.x + bed.width * (i % (kSteps + 1)) / kSteps);
+    place.Yw = static_cast<float>(bed.y + bed.height * (i / (kSteps + 1)) / kSteps);
+    places.push_back(place);
+  }
+  if (!seenPoints(camera.param, places, camera.image).empty()) {
+    return true;
+  }
   for (int row = 0; row <= kSteps; ++row) {
     for (int column = 0; column <= kSteps; ++column) {
       const cv::Point2d raw(static_cast<double>(camera.image.width - 1) * column / kSteps,

@@ -184,6 +184,33 @@ TEST_F(SimulateCommand, ImpossibleMachinesAreRefused) {
   }
 }
 
+TEST_F(SimulateCommand, BedsThatAreTooSmallAndDeepDescriptionsAreRefused) {
+  const std::string rest =
+      R"("cameras": [{"size": [480, 360], "focal": [400, 400], "centre": [240, 180],)"
+      R"( "k": [0.01, -0.05], "over": [6, 5.5], "height": 200}], "scenes": {"empty": {}}})";
+  const std::string levels(100000, '[');
+  for (const auto& [text, message] :
+       {std::pair(std::string(R"({"bed": [0, 0, 0.001, 0.001], )") + rest,
+                  std::string("wrong.json: bed: give sides of at least 1 mm\n")),
+        {std::string(R"({"bed": )") + levels, "wrong.json: this is nested too deeply\n"}}) {
+    const Outcome run = simulate(
+        {"--machine", writeFile(folder, "wrong.json", text), "--frames", folder.file("f")});
+    EXPECT_EQ(run.exitCode, 2);
+    EXPECT_THAT(run.err, HasSubstr(message));
+  }
+}
+
+// Some 8 pixels of the picture, away from its middle.
+TEST_F(SimulateCommand, ASmallBedIsSeen) {
+  const std::string file =
+      writeFile(folder, "small.json",
+                R"({"bed": [0, 0, 4, 3], "cameras": [{"size": [480, 360], "focal": [400, 400],)"
+                R"( "centre": [240, 180], "k": [0.01, -0.05], "over": [6, 5.5], "height": 200}],)"
+                R"( "scenes": {"empty": {}}})");
+  const Outcome run = simulate({"--machine", file, "--frames", folder.file("f")});
+  EXPECT_EQ(run.exitCode, 0) << run.err;
+}
+
 TEST_F(SimulateCommand, FramesThatCannotBeAreRefused) {
   const std::string camera = folder.file("camera.ini");
   SaveCalibrationParam(camera.c_str(), sampleRecord());  // 170 above the bed
