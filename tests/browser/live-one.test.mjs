@@ -115,7 +115,7 @@ test("views are taken by the button and by themselves", async () => {
   const { covered, views } = await source();
   await other.getByText(`View ${views.length}: 104 points`).waitFor();
   await context.close();
-  await person.reads(new RegExp(`${views.length} views \\(shaded: where they had points, ${Math.round(100 * covered)} % of the picture\\)`));
+  await person.reads(new RegExp(`${views.length} views, spanning ${Math.round(100 * covered)} % of the picture \\(shaded: where points were\\)`));
   await person.reads(/That is enough: go on\./);
   await person.looksRight("one-2-target");
 });

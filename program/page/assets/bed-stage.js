@@ -2,14 +2,11 @@
 import { drawAgreement, drawCrosshair, drawGrid, drawMiddle, drawRuler, lengthOf } from "./bed-drawing.js";
 import { Choice } from "./choice.js";
 import { cameraName, capitalised, element, setAttribute, setText, show } from "./elements.js";
-import { FrameLoop, fitCanvas } from "./frames.js";
-import { attachGestures, attachKeys } from "./gestures.js";
+import { FrameLoop, columnsFor, fitCanvas } from "./frames.js";
+import { attachGestures, attachKeys, kZoomStep } from "./gestures.js";
 import { length, place } from "./numbers.js";
 import { Viewport } from "./viewport.js";
 
-const kColumnStep = 160; // px, in which the size asked for changes
-const kMostColumns = 1920;
-const kZoomStep = 1.4;
 const kQuiet = 700; // ms without a key before the place is read out
 
 export class BedStage {
@@ -99,11 +96,15 @@ export class BedStage {
 
   choose(value) {
     this.shown = value;
+    this.dropFrame();
+    this.update(this.app.state);
+  }
+
+  dropFrame() {
     this.refusal = "";
     this.frame?.bitmap.close();
     this.frame = null;
     this.loop.renew();
-    this.update(this.app.state);
   }
 
   update(state) {
@@ -111,6 +112,7 @@ export class BedStage {
     const joined = state.stitch?.status === "done";
     if (this.shown === "stitched" && !joined) {
       this.shown = 0;
+      this.dropFrame();
     }
     this.choice.offer("stitched", joined);
     show(this.choice.element, this.count > 1);
@@ -124,7 +126,8 @@ export class BedStage {
     const source = state.sources[this.shown] ?? state.sources.find(({ status }) => status !== "live") ?? state.sources[0];
     const gone = source.status !== "live" ? (source.message ?? "The picture is gone.") : "";
     const waiting = this.refusal || (this.frame ? "" : "Waiting for the picture.");
-    setText(this.message, this.viewport.view ? gone || waiting : "Calibrate first: step 3.");
+    const unknown = made.status === "running" ? "Calibrating." : "Calibrate first: step 3.";
+    setText(this.message, this.viewport.view ? gone || waiting : unknown);
     show(this.message, this.message.textContent !== "");
     this.element.classList.toggle("gone", source.status !== "live");
     this.redraw();
@@ -140,9 +143,7 @@ export class BedStage {
       return null;
     }
     const { part, size } = this.viewport;
-    const wanted = size.width * Math.min(window.devicePixelRatio || 1, 2);
-    const columns = Math.min(kMostColumns, Math.max(1, Math.ceil(wanted / kColumnStep)) * kColumnStep);
-    return { path: this.path(), query: { columns, ...part } };
+    return { path: this.path(), query: { columns: columnsFor(size.width), ...part } };
   }
 
   path() {
@@ -280,6 +281,4 @@ export class BedStage {
   renew() {
     this.loop.renew();
   }
-
-  found() {}
 }

@@ -1,5 +1,5 @@
 // A row of buttons of which one is pressed: which camera, which tool.
-import { element, setAttribute, setText, show } from "./elements.js";
+import { element, setAttribute, show } from "./elements.js";
 
 export class Choice {
   // options: [[value, label], ...]
@@ -22,11 +22,7 @@ export class Choice {
     }
   }
 
-  offer(value, offered, label) {
-    const { button } = this.buttons.find((each) => each.value === value);
-    show(button, offered);
-    if (label) {
-      setText(button, label);
-    }
+  offer(value, offered) {
+    show(this.buttons.find((each) => each.value === value).button, offered);
   }
 }

@@ -83,9 +83,6 @@ export function actionButton(label, run, { primary = false } = {}) {
     primary(is) {
       setClass(button, is ? "primary" : "");
     },
-    clear() {
-      setText(error, "");
-    },
   };
 }
 

@@ -14,7 +14,11 @@ const length = (value) => String(Number(value.toPrecision(6)));
 
 // Steps of a round number of mm up to the largest error; the tolerance is a border if it is among them.
 function bandsOf(errors, tolerance) {
-  const worst = Math.max(...errors.filter((error) => error !== null), 1e-6);
+  const known = errors.filter((error) => error !== null);
+  if (known.length === 0) {
+    return [];
+  }
+  const worst = Math.max(...known, 1e-6);
   const step = niceStep(worst / (kBands - 1));
   const limits = Array.from({ length: Math.ceil(worst / step) }, (_, i) => (i + 1) * step);
   if (tolerance !== null && tolerance < worst && !limits.some((limit) => Math.abs(limit - tolerance) < 1e-6 * step)) {
@@ -78,12 +82,9 @@ export class ErrorMap {
   describe(tolerance) {
     const { errors, x, y, width, height } = this.map;
     const seen = errors.filter((error) => error !== null);
-    const worst = Math.max(...seen);
-    const within = seen.filter((error) => error <= (tolerance ?? worst)).length / errors.length;
     const text =
       `The bed${this.who} from ${place([x, y])} to ${place([x + width, y + height])}. ` +
-      `The largest error is ${mm(worst)}, at ${place(this.placeOf(errors.indexOf(worst)))}` +
-      `${tolerance === null ? "" : `; ${percent(within)} of the bed is within ${mm(tolerance)}`}.`;
+      (seen.length > 0 ? this.worstText(seen, tolerance) : "No error is known, because none of it is seen.");
     setText(this.caption, `${text} Dots are points of the target.`);
     setAttribute(this.canvas, "aria-label", `Map of errors. ${text}`);
     const entries = this.bands.map(({ from, to, colour, good }) => [
@@ -99,6 +100,16 @@ export class ErrorMap {
         swatch.style.background = colour;
         return element("li", {}, swatch, name);
       }),
+    );
+  }
+
+  worstText(seen, tolerance) {
+    const { errors } = this.map;
+    const worst = Math.max(...seen);
+    const within = seen.filter((error) => error <= (tolerance ?? worst)).length / errors.length;
+    return (
+      `The largest error is ${mm(worst)}, at ${place(this.placeOf(errors.indexOf(worst)))}` +
+      `${tolerance === null ? "" : `; ${percent(within)} of the bed is within ${mm(tolerance)}`}.`
     );
   }
 

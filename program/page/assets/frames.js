@@ -2,6 +2,8 @@
 // decoded: one on the way and one in work are all there ever are.
 
 const kPause = 1000; // ms after something went wrong
+const kColumnStep = 160; // px, in which the size asked for changes
+const kMostColumns = 1920;
 
 const sleep = (time) => new Promise((resolve) => setTimeout(resolve, time));
 
@@ -9,7 +11,7 @@ const numbersOf = (text) => text?.split(",").map(Number) ?? null;
 
 export class FrameLoop {
   // `request()` returns { path, query } or null if there is nothing to ask for now; `draw(frame)` is given
-  // { bitmap, path, number, width, height, part, age } and owns the bitmap. `refused(text)`: why there is no picture.
+  // { bitmap, path, number, width, height, part } and owns the bitmap. `refused(text)`: why there is no picture.
   constructor({ request, draw, refused = () => {} }) {
     Object.assign(this, { request, draw, refused });
     this.after = 0;
@@ -78,7 +80,6 @@ export class FrameLoop {
       number: number("X-Frame"),
       width: number("X-Width"),
       height: number("X-Height"),
-      age: number("X-Age"),
       part: numbersOf(response.headers.get("X-Part")),
     };
     this.after = wishes === this.wishes ? frame.number : 0;
@@ -100,9 +101,14 @@ export class FrameLoop {
   }
 }
 
+const ratioOf = () => Math.min(window.devicePixelRatio || 1, 2);
+
+// Columns to ask for a picture that is `width` CSS pixels wide: in steps, so that few sizes are made.
+export const columnsFor = (width) => Math.min(kMostColumns, Math.max(1, Math.ceil((width * ratioOf()) / kColumnStep)) * kColumnStep);
+
 // Fits a canvas's pixels to its size on the screen. Returns { width, height, ratio } in CSS pixels.
 export function fitCanvas(canvas) {
-  const ratio = Math.min(window.devicePixelRatio || 1, 2);
+  const ratio = ratioOf();
   const { clientWidth: width, clientHeight: height } = canvas;
   const [columns, rows] = [Math.round(width * ratio), Math.round(height * ratio)];
   if (canvas.width !== columns || canvas.height !== rows) {

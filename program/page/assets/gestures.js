@@ -2,7 +2,7 @@
 
 const kClick = 5; // px that a click may wander
 const kStep = 60; // px that an arrow key moves
-const kZoomStep = 1.4;
+export const kZoomStep = 1.4;
 
 // Calls moved() after changes of the viewport, hover(place | null) and click(place) with places on the screen.
 export function attachGestures(node, viewport, { moved, hover, click }) {

@@ -51,10 +51,10 @@ function changesOf(before, now) {
     changes.push(now.status === "live" ? "the picture is live" : (now.message ?? "the picture is gone"));
   }
   if (now.views.length > before.views.length) {
-    changes.push(`view ${now.views.length} is taken`);
+    changes.push(`view ${now.views.at(-1).id} is taken`);
   }
   if (now.views.length < before.views.length) {
-    changes.push(`${now.views.length} views are left`);
+    changes.push(now.views.length === 1 ? "1 view is left" : `${now.views.length} views are left`);
   }
   if (now.calibration.status !== before.calibration.status) {
     const { status, verdict, message, onBed, trusted } = now.calibration;

@@ -29,13 +29,13 @@ const app = {
   },
   focusHeading: () => find("step-heading")?.focus(),
   update: () => app.state && update(app.state),
-  // Resolves as soon as `test(state)` is true; gives up with `text` for the person.
-  until(test, text) {
+  // Resolves as soon as `test(state)` is true; gives up with `text` for the person, after a while or when it is in vain.
+  until(test, text, inVain = () => false) {
     return new Promise((resolve, reject) => {
-      const waiting = { test, resolve };
+      const waiting = { test, inVain, resolve, giveUp: () => reject(new Error(text)) };
       waiting.timer = setTimeout(() => {
         app.waiting.delete(waiting);
-        reject(new Error(text));
+        waiting.giveUp();
       }, kPatience);
       app.waiting.add(waiting);
       app.tryAgain();
@@ -44,10 +44,11 @@ const app = {
   waiting: new Set(),
   tryAgain() {
     for (const waiting of app.waiting) {
-      if (waiting.test(app.state)) {
+      const inVain = waiting.inVain(app.state);
+      if (inVain || waiting.test(app.state)) {
         clearTimeout(waiting.timer);
         app.waiting.delete(waiting);
-        waiting.resolve();
+        (inVain ? waiting.giveUp : waiting.resolve)();
       }
     }
   },

@@ -1,10 +1,8 @@
 // A camera's raw picture, live, with what was found in it drawn over it.
 import { cameraName, element, setText, show } from "./elements.js";
-import { FrameLoop, fitCanvas } from "./frames.js";
+import { FrameLoop, columnsFor, fitCanvas } from "./frames.js";
 import { drawCoverage, drawPoints } from "./overlay.js";
 
-const kColumnStep = 160; // px, in which the size asked for changes
-const kMostColumns = 1920;
 const kOld = 1500; // ms after which found points are no longer those of the picture
 
 export class RawPicture {
@@ -29,9 +27,7 @@ export class RawPicture {
     if (!this.source || this.source.width === null || this.source.status !== "live") {
       return null;
     }
-    const wanted = this.view.clientWidth * Math.min(window.devicePixelRatio || 1, 2);
-    const columns = Math.min(kMostColumns, Math.max(1, Math.ceil(wanted / kColumnStep)) * kColumnStep);
-    return { path: `/frames/${this.index}/raw.jpg`, query: { columns } };
+    return { path: `/frames/${this.index}/raw.jpg`, query: { columns: columnsFor(this.view.clientWidth) } };
   }
 
   draw({ bitmap, width, height }) {

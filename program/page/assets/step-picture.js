@@ -68,9 +68,16 @@ function bedForm(app) {
       height: numberIn(height, "Height"),
     };
     const wish = numberIn(tolerance, "Good enough");
-    await app.act("setBed", bed);
-    await app.act("setTolerance", { tolerance: wish });
+    // What is typed stays until all of it is taken.
+    asking = true;
+    try {
+      await app.act("setTolerance", { tolerance: wish });
+      await app.act("setBed", bed);
+    } finally {
+      asking = false;
+    }
     details.open = false;
+    summary.focus(); // the button is gone
   });
   const form = element(
     "form",
@@ -82,6 +89,7 @@ function bedForm(app) {
   const summary = element("summary");
   const details = element("details", { class: "part" }, summary, form);
   let shown = null;
+  let asking = false;
   return {
     element: details,
     update({ bed, tolerance: wish }) {
@@ -92,7 +100,7 @@ function bedForm(app) {
           : "Bed: say how large it is and how exact it must be",
       );
       const key = JSON.stringify([bed, wish]);
-      if (key !== shown) {
+      if (key !== shown && !asking) {
         shown = key;
         width.input.value = bed?.width ?? 600;
         height.input.value = bed?.height ?? 400;

@@ -61,7 +61,7 @@ class CameraViews {
       this.covered,
       count === 0
         ? "No views yet. First lay the target flat on the bed, at the place you typed."
-        : `${count} ${count === 1 ? "view" : "views"} (shaded: where they had points, ${percent(source.covered)} of the picture). ` +
+        : `${count} ${count === 1 ? "view" : "views"}, spanning ${percent(source.covered)} of the picture (shaded: where points were). ` +
             "For the next, lift and tilt the target, towards the edges, too.",
     );
     fill(this.list, source.views, (views) => views.map((view) => this.row(view)));
@@ -116,6 +116,7 @@ export function targetStep(app, count) {
         await app.until(
           (state) => meant(state).every(({ detection }) => detection.ready),
           "The picture moves: hold the target still, then take the view.",
+          (state) => state.step !== 2 || meant(state).some(({ status }) => status !== "live"),
         );
         await app.act("takeView", which());
       } finally {
@@ -126,19 +127,22 @@ export function targetStep(app, count) {
     { primary: true },
   );
   const calibrate = actionButton("Go on: calibrate", async () => {
+    await app.act("calibrate"); // first: a refusal is said where the button is
     await app.act("setStep", { step: 3 });
-    await app.act("calibrate");
   });
   const automatic = element("input", { type: "checkbox", id: "automatic" });
   const automaticError = element("p", { class: "error", role: "alert" });
+  let setting = false;
   automatic.addEventListener("change", async () => {
     automaticError.textContent = "";
+    setting = true;
     try {
       await app.act("setAutoTake", { on: automatic.checked });
     } catch (problem) {
       automatic.checked = !automatic.checked;
       automaticError.textContent = problem.message;
     }
+    setting = false;
   });
   const advice = element("p", { class: "note" });
   const views = element(
@@ -166,7 +170,7 @@ export function targetStep(app, count) {
         camera.update(state.sources[index]);
         show(camera.element, app.shown === "both" || app.shown === index);
       });
-      if (automatic.checked !== state.autoTake && document.activeElement !== automatic) {
+      if (automatic.checked !== state.autoTake && !setting) {
         automatic.checked = state.autoTake;
       }
       take.enable(meant(state).every(({ detection }) => detection.status === "found"));

@@ -62,6 +62,7 @@ export class TargetForm {
   async choose() {
     await this.app.act("setTarget", this.wish());
     this.element.open = false;
+    this.summary.focus(); // the button is gone
   }
 
   async download() {
