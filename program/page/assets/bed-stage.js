@@ -126,7 +126,7 @@ export class BedStage {
     const source = state.sources[this.shown] ?? state.sources.find(({ status }) => status !== "live") ?? state.sources[0];
     const gone = source.status !== "live" ? (source.message ?? "The picture is gone.") : "";
     const waiting = this.refusal || (this.frame ? "" : "Waiting for the picture.");
-    const unknown = made.status === "running" ? "Calibrating." : "Calibrate first: step 3.";
+    const unknown = made.status === "running" ? "The calibration is running." : "Calibrate first: step 3.";
     setText(this.message, this.viewport.view ? gone || waiting : unknown);
     show(this.message, this.message.textContent !== "");
     this.element.classList.toggle("gone", source.status !== "live");

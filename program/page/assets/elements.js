@@ -71,7 +71,6 @@ export function actionButton(label, run, { primary = false } = {}) {
   });
   return {
     button,
-    error,
     element: element("div", { class: "action" }, button, error),
     // A button that is off keeps the focus; why it is off is said beside it.
     enable(enabled) {

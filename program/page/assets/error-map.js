@@ -84,7 +84,7 @@ export class ErrorMap {
     const seen = errors.filter((error) => error !== null);
     const text =
       `The bed${this.who} from ${place([x, y])} to ${place([x + width, y + height])}. ` +
-      (seen.length > 0 ? this.worstText(seen, tolerance) : "No error is known, because none of it is seen.");
+      (seen.length > 0 ? this.worstText(seen, tolerance) : "No error is known at any place of it.");
     setText(this.caption, `${text} Dots are points of the target.`);
     setAttribute(this.canvas, "aria-label", `Map of errors. ${text}`);
     const entries = this.bands.map(({ from, to, colour, good }) => [

@@ -29,13 +29,14 @@ const app = {
   },
   focusHeading: () => find("step-heading")?.focus(),
   update: () => app.state && update(app.state),
-  // Resolves as soon as `test(state)` is true; gives up with `text` for the person, after a while or when it is in vain.
-  until(test, text, inVain = () => false) {
+  // Resolves as soon as `test(state)` is true. Gives up with `text` for the person after a while, or at once with what
+  // `inVain(state)` says if that is anything.
+  until(test, text, inVain = () => "") {
     return new Promise((resolve, reject) => {
-      const waiting = { test, inVain, resolve, giveUp: () => reject(new Error(text)) };
+      const waiting = { test, inVain, resolve, giveUp: (why) => reject(new Error(why)) };
       waiting.timer = setTimeout(() => {
         app.waiting.delete(waiting);
-        waiting.giveUp();
+        waiting.giveUp(text);
       }, kPatience);
       app.waiting.add(waiting);
       app.tryAgain();
@@ -44,11 +45,11 @@ const app = {
   waiting: new Set(),
   tryAgain() {
     for (const waiting of app.waiting) {
-      const inVain = waiting.inVain(app.state);
-      if (inVain || waiting.test(app.state)) {
+      const why = waiting.inVain(app.state);
+      if (why || waiting.test(app.state)) {
         clearTimeout(waiting.timer);
         app.waiting.delete(waiting);
-        (inVain ? waiting.giveUp : waiting.resolve)();
+        (why ? waiting.giveUp : waiting.resolve)(why);
       }
     }
   },

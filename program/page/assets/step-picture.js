@@ -11,6 +11,8 @@ const kAdvice = {
   "nothing to focus on": "Lay something with edges on the bed: the target, or a printed page.",
 };
 
+const kUsualBed = { x: 0, y: 0, width: 600, height: 400 };
+
 // Readings of a camera: [what, word, number in words, good?, advice].
 // Those of a picture that is gone are told no more.
 function readingsOf(source) {
@@ -68,14 +70,10 @@ function bedForm(app) {
       height: numberIn(height, "Height"),
     };
     const wish = numberIn(tolerance, "Good enough");
-    // What is typed stays until all of it is taken.
-    asking = true;
-    try {
-      await app.act("setTolerance", { tolerance: wish });
-      await app.act("setBed", bed);
-    } finally {
-      asking = false;
-    }
+    typed = true;
+    await app.act("setTolerance", { tolerance: wish });
+    await app.act("setBed", bed);
+    typed = false;
     details.open = false;
     summary.focus(); // the button is gone
   });
@@ -89,7 +87,10 @@ function bedForm(app) {
   const summary = element("summary");
   const details = element("details", { class: "part" }, summary, form);
   let shown = null;
-  let asking = false;
+  let typed = false; // and not all of it taken yet: it stays, also if a half of it is refused
+  form.addEventListener("input", () => {
+    typed = true;
+  });
   return {
     element: details,
     update({ bed, tolerance: wish }) {
@@ -100,14 +101,15 @@ function bedForm(app) {
           : "Bed: say how large it is and how exact it must be",
       );
       const key = JSON.stringify([bed, wish]);
-      if (key !== shown && !asking) {
+      if (key !== shown) {
         shown = key;
-        width.input.value = bed?.width ?? 600;
-        height.input.value = bed?.height ?? 400;
-        x.input.value = bed?.x ?? 0;
-        y.input.value = bed?.y ?? 0;
-        tolerance.input.value = wish ?? 0.5;
-        details.open = bed === null;
+        details.open = bed === null || (typed && details.open);
+        if (!typed) {
+          for (const [name, { input }] of Object.entries({ x, y, width, height })) {
+            input.value = (bed ?? kUsualBed)[name];
+          }
+          tolerance.input.value = wish ?? 0.5;
+        }
       }
     },
   };
@@ -122,7 +124,7 @@ function coveredText({ calibration, covered, views }) {
     return "Say how large the bed is to learn how much of it is seen.";
   }
   return views.length > 0
-    ? `The target has been in ${percent(covered)} of the picture so far.`
+    ? `The views span ${percent(covered)} of the picture so far.`
     : "How much of the bed is seen is known after calibrating. For now: the whole bed should be in the picture.";
 }
 

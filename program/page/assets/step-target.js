@@ -93,6 +93,14 @@ class CameraViews {
 const goodEnough = ({ tolerance }, { expectedError, views }) =>
   tolerance === null ? views.length >= kEnough : expectedError !== null && expectedError <= tolerance;
 
+// Why it is in vain to wait until the target lies still; nothing if it is not. One that is not found for a moment is moved.
+function whyNoView({ step }, sources) {
+  if (step !== 2) {
+    return "This step was left before the target lay still: no view was taken.";
+  }
+  return sources.every(({ status }) => status === "live") ? "" : "The picture is gone: no view was taken.";
+}
+
 function takeLabel({ shown }, count) {
   if (count === 1) {
     return "Take this view";
@@ -116,7 +124,7 @@ export function targetStep(app, count) {
         await app.until(
           (state) => meant(state).every(({ detection }) => detection.ready),
           "The picture moves: hold the target still, then take the view.",
-          (state) => state.step !== 2 || meant(state).some(({ status }) => status !== "live"),
+          (state) => whyNoView(state, meant(state)),
         );
         await app.act("takeView", which());
       } finally {
