@@ -1,7 +1,14 @@
 // Rows of an image split over the image library's threads.
 #pragma once
 
+#include <algorithm>
+#include <condition_variable>
+#include <cstddef>
+#include <memory>
+#include <mutex>
 #include <opencv2/core/utility.hpp>
+#include <utility>
+#include <vector>
 
 #if defined(__SANITIZE_THREAD__)
 #include <sanitizer/tsan_interface.h>
@@ -50,5 +57,60 @@ void forRowRanges(int rows, const Work& work) {
 
 // How many threads share the rows.
 inline int rowThreads() { return cv::getNumThreads(); }
+
+// What threads need for their work, handed from one range of rows to the next. All of it is made
+// beforehand, so that where memory does not suffice no row has been worked on.
+template <class Tool>
+class ThreadTools {
+ public:
+  // make() returns a unique_ptr<Tool>.
+  template <class Make>
+  ThreadTools(int ranges, const Make& make) {
+    const auto count = static_cast<std::size_t>(std::max(std::min(ranges, rowThreads()), 1));
+    idle_.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+      idle_.push_back(make());
+    }
+  }
+
+  // Calls work(tool) with a tool that nobody else has meanwhile.
+  template <class Work>
+  void lend(const Work& work) {
+    const Loan loan(*this);
+    work(loan.tool());
+  }
+
+ private:
+  class Loan {
+   public:
+    explicit Loan(ThreadTools& tools) : tools_(tools), tool_(tools.take()) {}
+    Loan(const Loan&) = delete;
+    Loan& operator=(const Loan&) = delete;
+    ~Loan() { tools_.giveBack(std::move(tool_)); }
+    Tool& tool() const { return *tool_; }
+
+   private:
+    ThreadTools& tools_;
+    std::unique_ptr<Tool> tool_;
+  };
+
+  std::unique_ptr<Tool> take() {
+    std::unique_lock lock(mutex_);
+    returned_.wait(lock, [this] { return !idle_.empty(); });
+    std::unique_ptr<Tool> tool = std::move(idle_.back());
+    idle_.pop_back();
+    return tool;
+  }
+
+  void giveBack(std::unique_ptr<Tool> tool) {
+    const std::lock_guard lock(mutex_);
+    idle_.push_back(std::move(tool));  // into reserved memory
+    returned_.notify_one();
+  }
+
+  std::mutex mutex_;
+  std::condition_variable returned_;
+  std::vector<std::unique_ptr<Tool>> idle_;
+};
 
 }  // namespace fisheye_calibration::platform

@@ -8,18 +8,17 @@ namespace fisheye_calibration::rendering {
 namespace {
 
 constexpr int kFewestBits = 3;
-constexpr int kMostKept = 512;
 constexpr int kFewSteps = 6;
 
-int spacingBitsOf(int width) {
-  int bits = kFewestBits;
-  while (width >> bits >= kMostKept) {
-    ++bits;
-  }
-  return bits;
-}
-
 }  // namespace
+
+// kept_ has no values yet: views of a few pixels would pay for them.
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+ExactPositions::Sums::Sums(double step, int width) : step_(step), spacingBits_(kFewestBits) {
+  while (static_cast<std::size_t>(width >> spacingBits_) >= kMostKept) {
+    ++spacingBits_;
+  }
+}
 
 double ExactPositions::Sums::at(double start, int count) {
   if (step_ == 0) {
@@ -77,21 +76,22 @@ void ExactPositions::Sums::replaceStarts(const int* counts, int number, double* 
 double ExactPositions::Sums::keptAt(double start, int count) {
   if (!(start == start_)) {
     start_ = start;
-    kept_.assign(1, start);
+    kept_[0] = start;
+    keptCount_ = 1;
     return steppedSum(start, step_, count);
   }
   const int spacing = 1 << spacingBits_;
-  const auto block = static_cast<std::size_t>(count >> spacingBits_);
-  while (kept_.size() <= block) {
-    kept_.push_back(steppedSum(kept_.back(), step_, spacing));
+  // Columns beyond the view's width, if there were any, would begin at the last one kept.
+  const auto block = std::min(static_cast<std::size_t>(count >> spacingBits_), kMostKept - 1);
+  for (; keptCount_ <= block; ++keptCount_) {
+    kept_[keptCount_] = steppedSum(kept_[keptCount_ - 1], step_, spacing);
   }
-  return steppedSum(kept_[block], step_, count & (spacing - 1));
+  return steppedSum(kept_[block], step_, count - static_cast<int>(block << spacingBits_));
 }
 
 ExactPositions::ExactPositions(const RectifyingRays& rays, int width)
     : rays_(rays),
-      sums_{Sums(rays.iR(0, 0), spacingBitsOf(width)), Sums(rays.iR(1, 0), spacingBitsOf(width)),
-            Sums(rays.iR(2, 0), spacingBitsOf(width))} {}
+      sums_{Sums(rays.iR(0, 0), width), Sums(rays.iR(1, 0), width), Sums(rays.iR(2, 0), width)} {}
 
 RawPosition ExactPositions::at(int column, int row) {
   const cv::Matx33d& iR = rays_.iR;

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <limits>
-#include <vector>
 
 #include "rendering/raw_position.h"
 
@@ -12,7 +11,8 @@ namespace fisheye_calibration::rendering {
 
 // A ray is the sum of the steps from the start of its row, whose rounding is part of the result
 // (compatibility 37). Some sums for the latest row start are cached (without skew all rows start
-// alike), few for any width. Not thread-safe.
+// alike), few for any width. Computing them allocates no memory, which could fail when a part of a
+// picture is written. Not thread-safe.
 class ExactPositions {
  public:
   ExactPositions(const RectifyingRays& rays, int width);
@@ -26,7 +26,7 @@ class ExactPositions {
   // start, start + step, start + step + step ...
   class Sums {
    public:
-    Sums(double step, int spacingBits) : step_(step), spacingBits_(spacingBits) {}
+    Sums(double step, int width);
 
     double at(double start, int count);
 
@@ -34,12 +34,15 @@ class ExactPositions {
     void replaceStarts(const int* counts, int number, double* sums);
 
    private:
+    static constexpr std::size_t kMostKept = 512;
+
     double keptAt(double start, int count);
 
     double step_;
     int spacingBits_;  // one sum in 2^spacingBits is kept
     double start_ = std::numeric_limits<double>::quiet_NaN();
-    std::vector<double> kept_;
+    std::array<double, kMostKept> kept_;  // as many as keptCount_
+    std::size_t keptCount_ = 0;
     // The latest sum, from which the next ones along a row are a few steps away.
     double lastStart_ = std::numeric_limits<double>::quiet_NaN();
     int lastCount_ = 0;

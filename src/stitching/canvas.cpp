@@ -1,6 +1,7 @@
 #include "stitching/canvas.h"
 
 #include <algorithm>
+#include <memory>
 #include <type_traits>
 
 #include "platform/parallel_rows.h"
@@ -31,8 +32,18 @@ void withBytesOf(const images::Target& canvas, const Compose& compose) {
   }
 }
 
+// What a thread renders the rows of both views with.
+struct RenderedViews {
+  RenderedViews(const ViewOnDemand& firstView, const ViewOnDemand& secondView, int bytes,
+                const RowBudget& budget)
+      : first(firstView.view, bytes, 1), second(secondView.view, bytes, budget.ring) {}
+
+  RenderedRows first;
+  RenderedRows second;
+};
+
 template <int kBytes, class Rows>
-void composeRows(const Layout& layout, Rows first, Rows second, std::int32_t begin,
+void composeRows(const Layout& layout, Rows& first, Rows& second, std::int32_t begin,
                  std::int32_t end) {
   RowComposer<kBytes, Rows> composer(layout, first, second);
   for (std::int32_t r = begin; r < end; ++r) {
@@ -51,7 +62,9 @@ void compose(const DoubledView& first, const DoubledView& second, const cv::Matx
   const Layout layout{M, canvas, verticalOffset(canvas.height, first.height)};
   withBytesOf(canvas, [&](auto bytes) {
     platform::forRowRanges(canvas.height, [&](int begin, int end) {
-      composeRows<bytes()>(layout, WholeRows(first), WholeRows(second), begin, end);
+      WholeRows firstRows(first);
+      WholeRows secondRows(second);
+      composeRows<bytes()>(layout, firstRows, secondRows, begin, end);
     });
   });
 }
@@ -61,12 +74,15 @@ void composeOnDemand(const ViewOnDemand& first, const ViewOnDemand& second, cons
   const Layout layout{M, canvas, verticalOffset(canvas.height, first.height)};
   withBytesOf(canvas, [&](auto bytes) {
     const std::int32_t ranges = (canvas.height - 1) / budget.rangeRows + 1;
+    platform::ThreadTools<RenderedViews> tools(
+        ranges, [&] { return std::make_unique<RenderedViews>(first, second, bytes(), budget); });
     platform::forRowRanges(ranges, [&](int begin, int end) {
       const std::int64_t endRow = std::int64_t{end} * budget.rangeRows;
-      composeRows<bytes()>(
-          layout, RenderedRows(first.view, bytes(), 1),
-          RenderedRows(second.view, bytes(), budget.ring), begin * budget.rangeRows,
-          static_cast<std::int32_t>(std::min<std::int64_t>(endRow, canvas.height)));
+      tools.lend([&](RenderedViews& views) {
+        composeRows<bytes()>(
+            layout, views.first, views.second, begin * budget.rangeRows,
+            static_cast<std::int32_t>(std::min<std::int64_t>(endRow, canvas.height)));
+      });
     });
   });
 }
