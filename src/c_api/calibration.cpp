@@ -1,5 +1,6 @@
 #include "single/calibration.h"
 
+#include <new>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -121,7 +122,7 @@ fcal_status fcal_fit_affine(const fcal_point* points, int32_t count, double coef
     }
     if (!registration::calibrateHandEye(recordsOf(list), registration::PairsFile::kOmit,
                                         coefficients, errorX, errorY)) {
-      return withoutResult("points", "too many");
+      throw std::bad_alloc();  // the equations do not fit into memory
     }
     return FCAL_OK;
   });

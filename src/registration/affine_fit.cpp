@@ -69,7 +69,10 @@ bool fitAffine(const std::vector<cv::Point2f>& src, const std::vector<cv::Point2
   if (N.Data == nullptr || r.Data == nullptr || At.Data == nullptr) {
     return false;
   }
-  N.Invert();  // a singular N is used as left (compatibility 43)
+  // A singular N is used as left (compatibility 43).
+  if (invert(N) == Inversion::kNoMemory) {
+    return false;
+  }
   const CEQMatrix p = N.Multiply(r);
   if (p.Data == nullptr) {
     return false;

@@ -177,21 +177,24 @@ CEQMatrix CEQMatrix::Multiply(const CEQMatrix& B) const {
   return C;
 }
 
-int CEQMatrix::Invert() {
-  if (Rows != Cols || Cols < 0 || (Cols > 0 && Data == nullptr)) {
-    return 0;
+int CEQMatrix::Invert() { return invert(*this) == Inversion::kInverted ? 1 : 0; }
+
+Inversion invert(CEQMatrix& matrix) {
+  if (matrix.Rows != matrix.Cols || matrix.Cols < 0 ||
+      (matrix.Cols > 0 && matrix.Data == nullptr)) {
+    return Inversion::kNotInvertible;
   }
-  const auto n = static_cast<std::size_t>(Cols);
+  const auto n = static_cast<std::size_t>(matrix.Cols);
   const std::unique_ptr<std::size_t[]> pivotRows(new (std::nothrow) std::size_t[n]());
   const std::unique_ptr<std::size_t[]> pivotCols(new (std::nothrow) std::size_t[n]());
   if (pivotRows == nullptr || pivotCols == nullptr) {
-    return 0;
+    return Inversion::kNoMemory;
   }
 
-  Elimination elimination(Data, Cols);
+  Elimination elimination(matrix.Data, matrix.Cols);
   for (std::size_t k = 0; k < n; ++k) {
     if (elimination.findPivot(k, pivotRows[k], pivotCols[k]) == 0.0) {
-      return 0;
+      return Inversion::kNotInvertible;
     }
     elimination.swapRows(k, pivotRows[k]);
     elimination.swapColumns(k, pivotCols[k]);
@@ -203,7 +206,7 @@ int CEQMatrix::Invert() {
     elimination.swapRows(k, pivotCols[k]);
     elimination.swapColumns(k, pivotRows[k]);
   }
-  return 1;
+  return Inversion::kInverted;
 }
 
 CEQMatrix CEQMatrix::Transpose() const {

@@ -43,4 +43,9 @@ class CEQMatrix {
   double* Data = nullptr;  // owned, allocated as an array
 };
 
+enum class Inversion { kInverted, kNotInvertible, kNoMemory };
+
+// Invert, with the reason for a result of 0.
+Inversion invert(CEQMatrix& matrix);
+
 }  // namespace fisheye_calibration

@@ -76,7 +76,7 @@ TEST(AllocationFailure, FitReturnsFalseAndWritesNothing) {
   const std::vector<cv::Point2f> points{{0, 0}, {1, 0}, {0, 1}};
   // In turn: both sides of the equations, the transpose, the normal equations' two sides; then
   // the inversion's two pivot lists and the solution.
-  for (const int allowed : {0, 1, 2, 3, 4, 7}) {
+  for (const int allowed : {0, 1, 2, 3, 4, 5, 6, 7}) {
     float params[6] = {9, 9, 9, 9, 9, 9};
     const AllowAllocations some(allowed);
     EXPECT_FALSE(AffineFit(points, points, params)) << "after " << allowed << " allocations";
