@@ -108,11 +108,13 @@ bool seesBed(const TrueCamera& camera, const cv::Rect2d& bed) {
   constexpr int kSteps = 32;  // a side
   // From the bed to the picture, as it may be small there, and the other way, as it may be large.
   std::vector<CalibrationPoint> places;
-  for (int i = 0; i < (kSteps + 1) * (kSteps + 1); ++i) {
-    CalibrationPoint place{};
-    place.Xw = static_cast<float>(bed.x + bed.width * (i % (kSteps + 1)) / kSteps);
-    place.Yw = static_cast<float>(bed.y + bed.height * (i / (kSteps + 1)) / kSteps);
-    places.push_back(place);
+  for (int row = 0; row <= kSteps; ++row) {
+    for (int column = 0; column <= kSteps; ++column) {
+      CalibrationPoint place{};
+      place.Xw = static_cast<float>(bed.x + bed.width * column / kSteps);
+      place.Yw = static_cast<float>(bed.y + bed.height * row / kSteps);
+      places.push_back(place);
+    }
   }
   if (!seenPoints(camera.param, places, camera.image).empty()) {
     return true;
