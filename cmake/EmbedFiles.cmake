@@ -75,4 +75,5 @@ function(fisheye_calibration_embed_files)
     COMMENT "Embedding the files of ${embed_FUNCTION}"
     VERBATIM)
   target_sources(${embed_TARGET} PRIVATE "${source}")
+  fisheye_calibration_compile_alone("${source}") # scripts/lint reads what is united, without a build
 endfunction()

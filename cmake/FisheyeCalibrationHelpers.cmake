@@ -2,7 +2,9 @@
 function(fisheye_calibration_compile_settings target)
   target_compile_features(${target} PRIVATE cxx_std_20)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden
-                                             VISIBILITY_INLINES_HIDDEN ON)
+                                             VISIBILITY_INLINES_HIDDEN ON
+                                             # scripts/lint reads unity builds, too
+                                             UNITY_BUILD_CODE_BEFORE_INCLUDE "// NOLINTNEXTLINE(bugprone-suspicious-include)")
   if(WIN32)
     target_compile_definitions(${target} PRIVATE NOMINMAX)
   endif()
@@ -40,13 +42,10 @@ function(fisheye_calibration_compile_settings target)
   endif()
 endfunction()
 
-# fisheye_calibration_precompile(<target> <header>...): with FISHEYE_CALIBRATION_PRECOMPILED_HEADERS, the
-# headers that most of the target's sources include are compiled once.
-function(fisheye_calibration_precompile target)
-  if(FISHEYE_CALIBRATION_PRECOMPILED_HEADERS)
-    list(TRANSFORM ARGN REPLACE "(.+)" "<\\1>" OUTPUT_VARIABLE headers)
-    target_precompile_headers(${target} PRIVATE ${headers})
-  endif()
+# fisheye_calibration_compile_alone(<source>...): also with CMAKE_UNITY_BUILD, because these sources are compiled once
+# per instruction set, or have names of their own for what their neighbours name alike.
+function(fisheye_calibration_compile_alone)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
 # Links everything but the system's own libraries statically into a program or dynamic library for Windows,

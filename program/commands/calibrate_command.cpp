@@ -34,7 +34,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-struct Options {
+struct CalibrateOptions {
   InputOptions inputs;
   OutputOptions outputs;
   PictureOptions picture;
@@ -65,7 +65,7 @@ robust::HeldLens lensOf(const std::filesystem::path& path, Warnings& warnings) {
   return lens;
 }
 
-RobustRequest requestOf(const Options& options, const CalibrationInputs& inputs,
+RobustRequest requestOf(const CalibrateOptions& options, const CalibrationInputs& inputs,
                         Warnings& warnings) {
   return {
       .views = inputs.views,
@@ -97,7 +97,7 @@ std::optional<SeenShares> seenOfBed(const ChosenCamera& chosen, const RobustRequ
                     *request.picture.bed);
 }
 
-std::string nextStep(const Options& options, const CalibrationReport& report) {
+std::string nextStep(const CalibrateOptions& options, const CalibrationReport& report) {
   const std::string camera = nameOf(options.outputs.camera);
   if (!report.verdict.good && options.picture.bed.empty() &&
       report.chosen.accuracy.aroundTarget <= report.tolerance) {
@@ -111,7 +111,7 @@ std::string nextStep(const Options& options, const CalibrationReport& report) {
          " NEW_VIEWS... -o " + camera;
 }
 
-void reportOutcome(const Options& options, const OutputOptions& outputs,
+void reportOutcome(const CalibrateOptions& options, const OutputOptions& outputs,
                    const CalibrationReport& report, bool trusted, bool saved,
                    const Streams& streams) {
   const CalibrationResult& result = report.chosen.result;
@@ -144,7 +144,7 @@ void reportOutcome(const Options& options, const OutputOptions& outputs,
               << nextStep(options, report) << "\n";
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const CalibrateOptions& options, const Streams& streams) {
   const OutputOptions outputs = checkedOutputs(options.outputs, options.inputs.views);
   const double tolerance =
       options.tolerance.empty()
@@ -198,7 +198,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addCalibrateCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<CalibrateOptions>();
   CLI::App* command = addCommand(app, "calibrate", "Calibrate the camera from views of a target");
   addInputOptions(*command, options->inputs);
   addOutputOptions(*command, options->outputs);

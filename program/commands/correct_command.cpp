@@ -26,7 +26,7 @@ namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
-struct Options {
+struct CorrectOptions {
   fs::path camera;
   std::vector<fs::path> frames;  // pictures, one folder of them, or a moving source
   fs::path output;               // a picture or a video; a folder for several frames
@@ -38,7 +38,7 @@ struct Options {
   bool force = false;
 };
 
-void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
+void checkMask(const CorrectOptions& options, const std::vector<FrameJob>& jobs) {
   if (options.mask.empty()) {
     return;
   }
@@ -51,7 +51,7 @@ void checkMask(const Options& options, const std::vector<FrameJob>& jobs) {
   }
 }
 
-Renderer preparedRenderer(const Options& options, std::ostream& messages) {
+Renderer preparedRenderer(const CorrectOptions& options, std::ostream& messages) {
   Renderer renderer;
   if (!options.size.empty()) {
     renderer.size = parseImageSize("--size", options.size);
@@ -68,7 +68,7 @@ Renderer preparedRenderer(const Options& options, std::ostream& messages) {
 // Frames that are pictures, each with the file for its view.
 class Batch {
  public:
-  Batch(const Options& options, const Renderer& renderer, std::ostream& messages)
+  Batch(const CorrectOptions& options, const Renderer& renderer, std::ostream& messages)
       : options_(options), corrector_(renderer, messages), messages_(messages) {}
 
   // Failures name the frame.
@@ -87,7 +87,7 @@ class Batch {
   }
 
  private:
-  const Options& options_;
+  const CorrectOptions& options_;
   FrameCorrector corrector_;
   std::ostream& messages_;
 };
@@ -122,7 +122,7 @@ int correctMany(const std::vector<FrameJob>& jobs, Batch& batch, const fs::path&
   return failed == 0 ? kExitOk : kExitJobFailed;
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const CorrectOptions& options, const Streams& streams) {
   if (options.frames.empty()) {
     failBadInput("no frame is given");
   }
@@ -157,7 +157,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addCorrectCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<CorrectOptions>();
   CLI::App* command =
       addCommand(app, "correct", "Render frames as seen from straight above the bed");
   addPath(*command, "--camera", options->camera, "the camera's parameter file")

@@ -16,13 +16,13 @@
 namespace fisheye_calibration::program {
 namespace {
 
-struct Options {
+struct CropOptions {
   std::filesystem::path image;
   std::string size;
   std::filesystem::path output;
 };
 
-int run(const Options& options, const Streams& streams) {
+int run(const CropOptions& options, const Streams& streams) {
   const Size size = parseImageSize("--size", options.size);
   requireWritable("-o", options.output);
   requirePictureName("-o", options.output);
@@ -48,7 +48,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addCropCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<CropOptions>();
   CLI::App* command = addCommand(app, "crop", "Cut the centre out of a picture");
   addPath(*command, "image", options->image, "the picture").required();
   addOption(*command, "--size", options->size, "size of what is kept").typeName("WxH").required();

@@ -18,14 +18,14 @@
 namespace fisheye_calibration::program {
 namespace {
 
-struct Options {
+struct DetectOptions {
   std::filesystem::path image;
   TargetOptions target;
   std::filesystem::path output;
   std::string frameLimit;
 };
 
-int run(const Options& options, const Streams& streams) {
+int run(const DetectOptions& options, const Streams& streams) {
   if (sourceKind(nameOf(options.image)) != SourceKind::kPicture) {
     return detectInSource(nameOf(options.image), options.target, options.output, options.frameLimit,
                           streams);
@@ -55,7 +55,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addDetectCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<DetectOptions>();
   CLI::App* command = addCommand(
       app, "detect", "Find the target in a picture and write its numbered points as CSV");
   addPath(*command, "image", options->image,

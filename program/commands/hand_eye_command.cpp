@@ -29,13 +29,13 @@ constexpr std::size_t kFewestPoints = 3;
 // with about this relative precision.
 constexpr double kThinnestSpread = 1e-5;
 
-struct Options {
+struct HandEyeOptions {
   std::filesystem::path points;
   std::filesystem::path output;
   std::filesystem::path plot;  // empty: none
 };
 
-void checkOutputs(const Options& options) {
+void checkOutputs(const HandEyeOptions& options) {
   requireWritable("-o", options.output);
   if (isSameFile(options.output, options.points)) {
     failBadInput("-o: " + nameOf(options.output) + " is the file of the points");
@@ -74,7 +74,7 @@ AffineMap fitted(const std::vector<CalibrationPoint>& points, const std::string&
   return map;
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const HandEyeOptions& options, const Streams& streams) {
   checkOutputs(options);
   const std::vector<CalibrationPoint> points = readSpreadPoints(options.points);
   const AffineMap map = fitted(points, nameOf(options.points));
@@ -96,7 +96,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addHandEyeCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<HandEyeOptions>();
   CLI::App* command =
       addCommand(app, "hand-eye", "Fit the affine map from raw-image pixels to the work plane");
   addPath(*command, "points", options->points, "points (CSV), at least three").required();

@@ -17,7 +17,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-struct Options {
+struct InfoOptions {
   std::filesystem::path camera;
 };
 
@@ -37,7 +37,7 @@ std::string describeNotes(const CameraNotes& notes) {
   return text;
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const InfoOptions& options, const Streams& streams) {
   const CameraFile camera = loadCamera(options.camera);
   const std::string name = nameOf(options.camera);
   streams.out << name << "\n" << describeRecord(camera.param, streams.verbose) << std::flush;
@@ -60,7 +60,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addInfoCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<InfoOptions>();
   CLI::App* command =
       addCommand(app, "info", "Show a camera's parameter file and what in it is impossible");
   addPath(*command, "camera", options->camera, "the camera's parameter file").required();

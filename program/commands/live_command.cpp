@@ -26,7 +26,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-struct Options {
+struct LiveOptions {
   std::vector<std::string> sources;
   std::string listen = "127.0.0.1:8737";
   std::filesystem::path output;
@@ -57,7 +57,7 @@ void keepMemory() {
 #endif
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const LiveOptions& options, const Streams& streams) {
   if (options.sources.size() > 2) {
     failBadInput("--source: give one or two sources");
   }
@@ -103,7 +103,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addLiveCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<LiveOptions>();
   CLI::App* command =
       addCommand(app, "live", "Set a machine up in the browser: a page that guides through it");
   addOption(*command, "--source", options->sources,

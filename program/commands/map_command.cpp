@@ -26,7 +26,7 @@
 namespace fisheye_calibration::program {
 namespace {
 
-struct Options {
+struct MapOptions {
   std::vector<std::filesystem::path> cameras;  // for conversions of cameras
   std::filesystem::path dual;                  // for those of a stitched picture
   std::string from;
@@ -137,7 +137,7 @@ bool mapTable(const Task& task, const Streams& streams) {
   return complete;
 }
 
-void requireRightRecord(const Options& options, const Conversion& conversion) {
+void requireRightRecord(const MapOptions& options, const Conversion& conversion) {
   if (options.cameras.empty() == options.dual.empty()) {
     failBadInput("give either --camera, or --dual for a stitched picture");
   }
@@ -177,7 +177,7 @@ void noteRows(const DualFishEyeCalibrationParam& dual, std::ostream& messages) {
   }
 }
 
-std::vector<NamedMapper> mappersOf(const Options& options, const Conversion& conversion,
+std::vector<NamedMapper> mappersOf(const MapOptions& options, const Conversion& conversion,
                                    std::ostream& messages) {
   std::optional<Size> wished;
   if (!options.correctedSize.empty()) {
@@ -201,7 +201,7 @@ std::vector<NamedMapper> mappersOf(const Options& options, const Conversion& con
   return mappers;
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const MapOptions& options, const Streams& streams) {
   const Conversion conversion = findConversion(options.from, options.to);
   requireRightRecord(options, conversion);
   std::optional<Coordinates> point;
@@ -223,7 +223,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addMapCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<MapOptions>();
   CLI::App* command =
       addCommand(app, "map", "Carry points between the frames of a camera or a stitched picture");
   addPaths(*command, "--camera", options->cameras,

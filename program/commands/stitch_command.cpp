@@ -37,7 +37,7 @@ namespace fisheye_calibration::program {
 namespace fs = std::filesystem;
 namespace {
 
-struct Options {
+struct StitchOptions {
   std::string left;   // "frame,camera.ini,points.csv"
   std::string right;  // the same
   fs::path output;
@@ -49,7 +49,7 @@ struct Options {
   bool force = false;
 };
 
-void checkOutputs(const Options& options, const CameraFiles& left, const CameraFiles& right) {
+void checkOutputs(const StitchOptions& options, const CameraFiles& left, const CameraFiles& right) {
   struct Output {
     const char* option;
     const fs::path& path;
@@ -97,7 +97,8 @@ void requireInside(const Crop& crop, const Size& canvas) {
   failBadInput("--crop: it reaches beyond the stitched picture of " + sizeText(canvas));
 }
 
-void describe(const Options& options, const DualFishEyeCalibrationParam& dual, std::ostream& out) {
+void describe(const StitchOptions& options, const DualFishEyeCalibrationParam& dual,
+              std::ostream& out) {
   out << "Stitched picture: " << nameOf(options.output) << ", " << dual.StdImageWidth << "x"
       << dual.StdImageHeight << ", " << shortest(dual.Pixel) << " world units a pixel\n"
       << "Its record: " << nameOf(options.dual)
@@ -171,7 +172,7 @@ cv::Mat pictureOf(const FrameBuffer& canvas, const DualFishEyeCalibrationParam& 
   return picture;
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const StitchOptions& options, const Streams& streams) {
   const CameraFiles left = parseFiles("--left", options.left);
   const CameraFiles right = parseFiles("--right", options.right);
   const std::optional<Crop> crop =
@@ -232,7 +233,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addStitchCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<StitchOptions>();
   CLI::App* command =
       addCommand(app, "stitch", "Join the frames of two cameras over one bed in one picture");
   addOption(*command, "--left", options->left,

@@ -27,7 +27,7 @@ namespace {
 constexpr const char* kInputPicture = "D:/CorrectedImage.bmp";
 constexpr const char* kResultPicture = "D:/CorrectedImage2.bmp";
 
-struct Options {
+struct StraightenOptions {
   fs::path points;
   fs::path image;
   fs::path output;  // empty: only the library's own file
@@ -68,7 +68,7 @@ std::optional<fs::file_time_type> writtenAt(const char* path) {
   return error ? std::nullopt : std::optional(time);
 }
 
-void checkOutput(const Options& options) {
+void checkOutput(const StraightenOptions& options) {
   if (options.output.empty()) {
     return;
   }
@@ -90,7 +90,7 @@ std::string savedResult(const fs::path& output, std::ostream& messages) {
   return nameOf(output);
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const StraightenOptions& options, const Streams& streams) {
   checkOutput(options);
   const std::vector<CalibrationPoint> points = readCorners(options.points);
   const cv::Mat picture = readColourPicture(options.image, streams.messages);
@@ -120,7 +120,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addStraightenCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<StraightenOptions>();
   CLI::App* command =
       addCommand(app, "straighten",
                  "Show a corrected picture straightened by four points, and keep the result");

@@ -24,7 +24,7 @@ constexpr int kLargestBed = 100000;       // mm
 constexpr double kLargestPixels = 100e6;  // of the picture
 constexpr double kLargestSide = 20000;    // mm, of the sheet
 
-struct Options {
+struct TargetFileOptions {
   TargetOptions target;
   std::string bed;
   std::string pixelsPerMm = "10";
@@ -33,7 +33,7 @@ struct Options {
   std::filesystem::path points;   // csv
 };
 
-void checkOutputs(const Options& options) {
+void checkOutputs(const TargetFileOptions& options) {
   const std::pair<const char*, const std::filesystem::path&> outputs[] = {
       {"-o", options.output}, {"--picture", options.picture}, {"--points", options.points}};
   for (const auto& [option, path] : outputs) {
@@ -82,7 +82,7 @@ void checkSheet(const Sheet& sheet, double pixelsPerMm, bool drawn) {
   }
 }
 
-int run(Options options, const Streams& streams) {
+int run(TargetFileOptions options, const Streams& streams) {
   checkOutputs(options);
   const double pixelsPerMm =
       static_cast<double>(parsePositive("--pixels-per-mm", options.pixelsPerMm));
@@ -131,7 +131,7 @@ int run(Options options, const Streams& streams) {
 }  // namespace
 
 Command addTargetCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<TargetFileOptions>();
   CLI::App* command =
       addCommand(app, "target", "Draw a target to print or engrave and list its points");
   addTargetKindOptions(*command, options->target);

@@ -18,13 +18,13 @@
 namespace fisheye_calibration::program {
 namespace {
 
-struct Options {
+struct VerifyOptions {
   InputOptions input;
   std::filesystem::path camera;
   std::string tolerance;  // empty: the bound inside the target that the camera file notes
 };
 
-double toleranceOf(const Options& options) {
+double toleranceOf(const VerifyOptions& options) {
   if (!options.tolerance.empty()) {
     return static_cast<double>(parsePositive("--tolerance", options.tolerance));
   }
@@ -36,7 +36,7 @@ double toleranceOf(const Options& options) {
   return *noted;
 }
 
-int run(const Options& options, const Streams& streams) {
+int run(const VerifyOptions& options, const Streams& streams) {
   const FishEyeCalibrationParam record =
       loadCheckedCamera(options.camera, false, streams.messages).param;
   const double tolerance = toleranceOf(options);
@@ -64,7 +64,7 @@ int run(const Options& options, const Streams& streams) {
 }  // namespace
 
 Command addVerifyCommand(CLI::App& app) {
-  const auto options = std::make_shared<Options>();
+  const auto options = std::make_shared<VerifyOptions>();
   CLI::App* command =
       addCommand(app, "verify", "Check with one photo whether a camera file is still true");
   addInputOptions(*command, options->input);

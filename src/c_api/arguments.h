@@ -21,6 +21,10 @@ Value& required(Value* pointer, std::string_view name) {
   return *pointer;
 }
 
+// Numbers of a point.
+constexpr std::size_t kPlane = 2;
+constexpr std::size_t kSpace = 3;
+
 // An array of `width` numbers for each of `count` elements. It may be null if it is empty.
 template <class Value>
 std::span<Value> checkedArray(Value* values, std::int32_t count, std::string_view name,

@@ -12,8 +12,6 @@
 namespace fisheye_calibration::c_api {
 namespace {
 
-constexpr std::size_t kPlane = 2;  // numbers of a point
-constexpr std::size_t kSpace = 3;
 constexpr float kNowhere = std::numeric_limits<float>::quiet_NaN();
 
 // Calls map(in, out) with the first number of every point.

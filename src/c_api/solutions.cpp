@@ -33,7 +33,6 @@ fcal_solution solutionOf(const robust::BedView& view) {
 
 namespace {
 
-constexpr std::size_t kPlane = 2;  // numbers of a point
 constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
 
 std::vector<cv::Point2d> gridOf(std::span<const double> xy) {

@@ -9,17 +9,17 @@ namespace fisheye_calibration::rendering {
 namespace {
 
 constexpr int kFewAdditions = 32;  // making so few is faster than skipping them
-constexpr int kFractionBits = 52;
+constexpr int kSignificandBits = 52;
 
 // Sign and exponent: numbers that share them lie on one equally spaced grid.
 std::uint64_t binadeOf(double value) {
-  return std::bit_cast<std::uint64_t>(value) >> kFractionBits;
+  return std::bit_cast<std::uint64_t>(value) >> kSignificandBits;
 }
 
 bool isInLastBinade(std::uint64_t binade) { return (binade & 0x7ff) >= 0x7fe; }
 
 // The end of the binade nearer to zero; that of the next binade is the other end of this one.
-double innerEnd(std::uint64_t binade) { return std::bit_cast<double>(binade << kFractionBits); }
+double innerEnd(std::uint64_t binade) { return std::bit_cast<double>(binade << kSignificandBits); }
 
 // How many times, up to `count`, `moved` can be added to `sum` without any risk of leaving the
 // binade.

@@ -11,8 +11,8 @@
 namespace fisheye_calibration::robust {
 namespace {
 
-constexpr double kSuspicious = 1.2;  // times the median rms of the views
-constexpr double kWrong = 4;
+constexpr double kSuspiciousView = 1.2;  // times the median rms of the views
+constexpr double kWrongView = 4;
 
 // A wrong view spoils the residuals of others, the more so the fewer they are, and the view with
 // the largest is not always the one.
@@ -62,7 +62,7 @@ double explainedVariance(const solver::ViewPoints& view, const lens::Camera& cam
 // a few views, all.
 std::vector<std::size_t> suspects(const std::vector<double>& rms) {
   const bool few = rms.size() <= kFewViews;
-  const double limit = few ? 0 : kSuspicious * std::max(median(rms), kFinestNoise);
+  const double limit = few ? 0 : kSuspiciousView * std::max(median(rms), kFinestNoise);
   std::vector<std::size_t> worst;
   for (std::size_t j = 0; j < rms.size(); ++j) {
     if (rms[j] > limit) {
@@ -130,7 +130,7 @@ std::vector<std::size_t> findWrongViews(const std::vector<solver::ViewPoints>& v
         worst = j;
       }
     }
-    if (!(best.contradiction > kWrong)) {
+    if (!(best.contradiction > kWrongView)) {
       break;
     }
     wrong.push_back(indices[worst]);
